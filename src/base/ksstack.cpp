@@ -1,0 +1,202 @@
+// Growable arrays of fixed-size elements.
+//
+// Elements are moved as bytes, so they must be trivially copyable.  The sorted
+// operations bisect while more than eight elements are in question and then
+// walk: below that a linear scan is cheaper than further bisection.
+
+#include "base/ksstack.h"
+
+#include <climits>
+#include <cstring>
+
+#include "base/error.h"
+#include "base/xmalloc.h"
+
+namespace kestro {
+
+// Range in which the sorted operations stop bisecting.
+static constexpr int scan_limit = 8;
+
+static char *element_at(const ksstack *s, int index) {
+  return s->data + static_cast<ptrdiff_t>(index) * s->element_size;
+}
+
+static size_t bytes_of(const ksstack *s, int count) {
+  return static_cast<size_t>(count) * static_cast<size_t>(s->element_size);
+}
+
+static size_t buffer_bytes(const ksstack *s) {
+  return (static_cast<size_t>(s->capacity) + 1) *
+         static_cast<size_t>(s->element_size);
+}
+
+ksstack *ksstack_new(int capacity, int element_size) {
+  assert(capacity > 0 && element_size > 0);
+  xptr<ksstack> s(static_cast<ksstack *>(xmalloc(sizeof(ksstack))));
+  s->capacity = capacity;
+  s->element_size = element_size;
+  s->count = 0;
+  s->buffer = static_cast<char *>(xmalloc(buffer_bytes(s.get())));
+  s->data = s->buffer + element_size;
+  return s.release();
+}
+
+ksstack *ksstack_copy(const ksstack *s) {
+  ksstack *copy = ksstack_new(s->capacity, s->element_size);
+  copy->count = s->count;
+  memcpy(copy->buffer, s->buffer, buffer_bytes(s));
+  return copy;
+}
+
+void ksstack_free(ksstack *s) {
+  if (!s)
+    return;
+  xfree(s->buffer);
+  xfree(s);
+}
+
+static void grow(ksstack *s) {
+  if (s->capacity > INT_MAX / 2)
+    die_out_of_memory();
+  const size_t bytes = (2 * static_cast<size_t>(s->capacity) + 1) *
+                       static_cast<size_t>(s->element_size);
+  s->buffer = static_cast<char *>(xrealloc(s->buffer, bytes));
+  s->data = s->buffer + s->element_size;
+  s->capacity *= 2;
+}
+
+void *ksstack_push(const void *element, ksstack *s) {
+  return ksstack_insert_at(element, s, s->count);
+}
+
+void *ksstack_top(const ksstack *s) {
+  return s->count ? element_at(s, s->count - 1) : nullptr;
+}
+
+void *ksstack_at(const ksstack *s, int index) {
+  if (index >= s->count)
+    die("stack.c", "invalid index\n");
+  return element_at(s, index);
+}
+
+void *ksstack_pop(ksstack *s) {
+  return s->count ? ksstack_remove_at(s, s->count - 1) : nullptr;
+}
+
+void *ksstack_remove_at(ksstack *s, int index) {
+  char *removed = element_at(s, index);
+  memcpy(s->buffer, removed, bytes_of(s, 1));
+  memmove(removed, removed + s->element_size,
+          bytes_of(s, s->count - index - 1));
+  s->count--;
+  memset(element_at(s, s->count), 0, bytes_of(s, 1));
+  return s->buffer;
+}
+
+void ksstack_sort(ksstack *s, comparator compare) {
+  qsort(s->data, static_cast<size_t>(s->count),
+        static_cast<size_t>(s->element_size), compare);
+}
+
+void *ksstack_bsearch(const void *key, const ksstack *s, comparator compare) {
+  return bsearch(key, s->data, static_cast<size_t>(s->count),
+                 static_cast<size_t>(s->element_size), compare);
+}
+
+static int index_of(const void *element, const ksstack *s) {
+  if (!element)
+    return -1;
+  return static_cast<int>((static_cast<const char *>(element) - s->data) /
+                          s->element_size);
+}
+
+int ksstack_bsearch_index(const void *key, const ksstack *s,
+                          comparator compare) {
+  return index_of(ksstack_bsearch(key, s, compare), s);
+}
+
+void *ksstack_find(const void *key, const ksstack *s, comparator compare) {
+  for (int i = 0; i < s->count; i++)
+    if (compare(element_at(s, i), key) == 0)
+      return element_at(s, i);
+  return nullptr;
+}
+
+int ksstack_find_index(const void *key, const ksstack *s, comparator compare) {
+  return index_of(ksstack_find(key, s, compare), s);
+}
+
+int ksstack_lower_bound(const void *key, const ksstack *s, comparator compare) {
+  int lo = -1;
+  int hi = s->count;
+  while (lo + 1 < hi) {
+    const int mid = lo + (hi - lo) / 2;
+    if (compare(element_at(s, mid), key) < 0)
+      lo = mid;
+    else
+      hi = mid;
+  }
+  if (hi < s->count && compare(element_at(s, hi), key) == 0)
+    return hi;
+  return -1;
+}
+
+void *ksstack_insert_sorted(const void *element, ksstack *s,
+                            comparator compare) {
+  int lo = 0;
+  int hi = s->count;
+  while (hi - lo > scan_limit) {
+    const int mid = lo + (hi - lo) / 2;
+    const int r = compare(element, element_at(s, mid));
+    if (r < 0)
+      hi = mid;
+    else
+      lo = mid;
+    if (r == 0)
+      break;
+  }
+  while (lo < hi && compare(element, element_at(s, lo)) >= 0)
+    lo++;
+  return ksstack_insert_at(element, s, lo);
+}
+
+void *ksstack_insert_at(const void *element, ksstack *s, int index) {
+  if (s->count >= s->capacity)
+    grow(s);
+  char *place = element_at(s, index);
+  memmove(place + s->element_size, place, bytes_of(s, s->count - index));
+  memcpy(place, element, bytes_of(s, 1));
+  s->count++;
+  return place;
+}
+
+void *ksstack_remove_sorted(const void *key, ksstack *s, comparator compare) {
+  int lo = 0;
+  int hi = s->count;
+  while (hi - lo > scan_limit) {
+    const int mid = lo + (hi - lo) / 2;
+    if (compare(element_at(s, mid), key) > 0)
+      hi = mid;
+    else
+      lo = mid;
+  }
+  for (int i = lo; i < hi; i++)
+    if (compare(element_at(s, i), key) == 0)
+      return ksstack_remove_at(s, i);
+  return nullptr;
+}
+
+void *ksstack_release(ksstack *s, int *count) {
+  *count = s->count;
+  if (s->count == 0) {
+    ksstack_free(s);
+    return nullptr;
+  }
+  const size_t bytes = bytes_of(s, s->count);
+  memmove(s->buffer, s->data, bytes);
+  void *array = s->buffer;
+  xfree(s);
+  return xrealloc(array, bytes);
+}
+
+} // namespace kestro

@@ -1,0 +1,89 @@
+// A growable array of fixed-size elements: a stack, an array by position and,
+// kept in order by a comparator, a sorted set with binary search.
+#pragma once
+
+#include <memory>
+
+#include "base/utils.h"
+
+namespace kestro {
+
+// The buffer holds capacity + 1 elements:
+//
+//   buffer -> | scratch | element 0 | element 1 | ... |
+//                         ^ data
+//
+// Pop and removal copy the removed element to the scratch slot and return its
+// address, which stays valid until the next pop or removal.
+struct ksstack {
+  int capacity;     // elements that fit before the next growth, at least 1
+  int element_size; // bytes
+  int count;        // elements held
+  char *data;       // element 0
+  char *buffer;     // the allocation; element -1 is the scratch slot
+};
+
+// Element addresses go in and come out as void *; what is not found is a null
+// address or index -1.  A full stack doubles its capacity first.
+
+// An empty stack; freed with ksstack_free.  Capacity must be positive.
+ksstack *ksstack_new(int capacity, int element_size);
+// Same capacity and elements, scratch slot included.
+ksstack *ksstack_copy(const ksstack *s);
+// Frees the stack, which may be null; what elements point at stays.
+void ksstack_free(ksstack *s);
+
+// Copies an element to the end; returns the copy's address.
+void *ksstack_push(const void *element, ksstack *s);
+// The last element, null when empty.
+void *ksstack_top(const ksstack *s);
+// Element index; dies with "invalid index" for index >= count.
+void *ksstack_at(const ksstack *s, int index);
+// Removes the last element (null when empty) or element index (unchecked);
+// returns the scratch slot.  The vacated place is zero-filled.
+void *ksstack_pop(ksstack *s);
+void *ksstack_remove_at(ksstack *s, int index);
+
+// Sorts with qsort.
+void ksstack_sort(ksstack *s, comparator compare);
+// Binary search with compare(key, element).
+void *ksstack_bsearch(const void *key, const ksstack *s, comparator compare);
+int ksstack_bsearch_index(const void *key, const ksstack *s,
+                          comparator compare);
+// First equal element from index 0, with compare(element, key).
+void *ksstack_find(const void *key, const ksstack *s, comparator compare);
+int ksstack_find_index(const void *key, const ksstack *s, comparator compare);
+// Index of the first element not less than key if it equals key, with
+// compare(element, key).
+int ksstack_lower_bound(const void *key, const ksstack *s, comparator compare);
+
+// Inserts in order after all equal elements, with compare(key, element);
+// returns the new element's address.
+void *ksstack_insert_sorted(const void *element, ksstack *s,
+                            comparator compare);
+// Inserts at index, which is not checked.
+void *ksstack_insert_at(const void *element, ksstack *s, int index);
+// Removes an equal element, with compare(element, key); returns the scratch
+// slot, or null when absent.
+void *ksstack_remove_sorted(const void *key, ksstack *s, comparator compare);
+
+// Ends the stack and hands over its elements as an array of *count, to be
+// freed with xfree; null when empty.
+void *ksstack_release(ksstack *s, int *count);
+
+struct ksstack_deleter {
+  void operator()(ksstack *s) const { ksstack_free(s); }
+};
+using ksstack_ptr = std::unique_ptr<ksstack, ksstack_deleter>;
+
+// Element 0 as an array of T, valid until the next growth.
+template <class T> T *ksstack_array(const ksstack *s) {
+  return reinterpret_cast<T *>(s->data);
+}
+
+// A copy of element index; dies with "invalid index" for index >= count.
+template <class T> T ksstack_get(const ksstack *s, int index) {
+  return *static_cast<T *>(ksstack_at(s, index));
+}
+
+} // namespace kestro

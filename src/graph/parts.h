@@ -1,0 +1,26 @@
+// Making smaller graphs out of one: its components, or the edges to keep.
+#pragma once
+
+#include "base/ksstack.h"
+#include "graph/graph.h"
+
+namespace kestro {
+
+// A new stack (of graph *, capacity 128) of c new graphs, one per component as
+// numbered by graph_connected_components, vertices in their old order.  The
+// caller frees stack and graphs.
+ksstack *split_components(const graph *g, int c, const int *comp);
+
+// A new graph of the slots j with keep[j] != 0 and of the vertices that keep a
+// slot; null when no slot is kept.  Both slots of an edge must be kept or
+// dropped together: dies with "wrong edge removal" otherwise.
+graph *graph_remove_edges(const graph *g, const int *keep);
+
+// Lists of graphs (stacks of graph *) that own their graphs.
+// Replaces every graph by its remainder under its keep array, dropping those
+// of which nothing is kept.
+void graph_filter_by_slots(ksstack *list, const int *const *keep);
+// Replaces every graph by its components, dropping single vertices.
+void graph_split_all(ksstack *list);
+
+} // namespace kestro
