@@ -11,15 +11,9 @@
 #include "base/error.h"
 #include "base/xmalloc.h"
 #include "graph/connectivity.h"
+#include "graph/graph_list.h"
 
 namespace kestro {
-
-static constexpr int list_capacity = 128;
-
-static ksstack_ptr new_graph_list() {
-  return ksstack_ptr(
-      ksstack_new(list_capacity, static_cast<int>(sizeof(graph *))));
-}
 
 // Copies vertex i of g as vertex u of part, whose first u vertices hold es
 // slots; kept tells whether a slot is taken, renumber gives neighbours their
@@ -63,12 +57,9 @@ ksstack *split_components(const graph *g, int c, const int *comp) {
     c_es[t] = copy_vertex(g, i, made[t].get(), index[static_cast<size_t>(i)],
                           c_es[t], index.data(), [](int) { return true; });
   }
-  ksstack_ptr list = new_graph_list();
-  for (graph_ptr &part : made) {
-    graph *g_part = part.get();
-    ksstack_push(&g_part, list.get());
-    part.release();
-  }
+  graph_list_ptr list(graph_list_new());
+  for (graph_ptr &part : made)
+    graph_list_push(std::move(part), list.get());
   return list.release();
 }
 
@@ -115,15 +106,9 @@ graph *graph_remove_edges(const graph *g, const int *keep) {
 static xvector<graph_ptr> take_graphs(ksstack *list) {
   xvector<graph_ptr> graphs(static_cast<size_t>(list->count));
   for (size_t i = 0; i < graphs.size(); i++)
-    graphs[i].reset(ksstack_array<graph *>(list)[i]);
+    graphs[i].reset(graph_list_at(list, static_cast<int>(i)));
   list->count = 0;
   return graphs;
-}
-
-static void push_graph(graph_ptr g, ksstack *list) {
-  graph *address = g.get();
-  ksstack_push(&address, list);
-  g.release();
 }
 
 void graph_filter_by_slots(ksstack *list, const int *const *keep) {
@@ -134,7 +119,7 @@ void graph_filter_by_slots(ksstack *list, const int *const *keep) {
     if (std::find(first, last, 0) != last)
       graphs[i].reset(graph_remove_edges(graphs[i].get(), first));
     if (graphs[i] && graphs[i]->es > 0)
-      push_graph(std::move(graphs[i]), list);
+      graph_list_push(std::move(graphs[i]), list);
   }
 }
 
@@ -144,10 +129,10 @@ void graph_split_all(ksstack *list) {
       continue;
     xvector<int> comp(static_cast<size_t>(g->vs));
     const int c = graph_connected_components(g.get(), comp.data());
-    ksstack_ptr components(split_components(g.get(), c, comp.data()));
+    graph_list_ptr components(split_components(g.get(), c, comp.data()));
     for (graph_ptr &part : take_graphs(components.get()))
       if (part->vs > 1)
-        push_graph(std::move(part), list);
+        graph_list_push(std::move(part), list);
   }
 }
 

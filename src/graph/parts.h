@@ -6,9 +6,9 @@
 
 namespace kestro {
 
-// A new stack (of graph *, capacity 128) of c new graphs, one per component as
+// A new graph list of c new graphs, one per component as
 // numbered by graph_connected_components, vertices in their old order.  The
-// caller frees stack and graphs.
+// caller frees the list.
 ksstack *split_components(const graph *g, int c, const int *comp);
 
 // A new graph of the slots j with keep[j] != 0 and of the vertices that keep a
@@ -16,7 +16,6 @@ ksstack *split_components(const graph *g, int c, const int *comp);
 // dropped together: dies with "wrong edge removal" otherwise.
 graph *graph_remove_edges(const graph *g, const int *keep);
 
-// Lists of graphs (stacks of graph *) that own their graphs.
 // Replaces every graph by its remainder under its keep array, dropping those
 // of which nothing is kept.
 void graph_filter_by_slots(ksstack *list, const int *const *keep);

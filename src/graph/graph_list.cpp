@@ -1,0 +1,25 @@
+// Stacks of graph pointers that own what they point at.
+
+#include "graph/graph_list.h"
+
+namespace kestro {
+
+ksstack *graph_list_new() {
+  return ksstack_new(128, static_cast<int>(sizeof(graph *)));
+}
+
+void graph_list_free(ksstack *list) {
+  if (!list)
+    return;
+  for (int i = 0; i < list->count; i++)
+    graph_free(graph_list_at(list, i));
+  ksstack_free(list);
+}
+
+void graph_list_push(graph_ptr g, ksstack *list) {
+  graph *address = g.get();
+  ksstack_push(&address, list);
+  g.release();
+}
+
+} // namespace kestro

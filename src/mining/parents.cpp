@@ -1,0 +1,52 @@
+// The choice of the two kept parents.
+//
+// A pattern meets its join partners in the child lists of its kept parents, and
+// the least frequent parents have the shortest lists.
+
+#include "mining/parents.h"
+
+#include "base/error.h"
+
+namespace kestro {
+
+// Negative when the pattern x of prev ranks before y.
+static int compare_ranks(int x, int y, const sg_set *prev) {
+  const int d =
+      sg_support(sg_set_get(prev, x)) - sg_support(sg_set_get(prev, y));
+  return d ? d : x - y;
+}
+
+static void insert_entry(subgraph *sg, const sg_parent *entry) {
+  ksstack_insert_sorted(entry, sg->parent, compar_int);
+}
+
+void sg_update_parent_info(subgraph *sg, const sg_parent *entry,
+                           const sg_set *prev) {
+  if (ksstack_bsearch(&entry->pid, sg->parent, compar_int))
+    return;
+  if (sg_parent_size(sg) < 2) {
+    insert_entry(sg, entry);
+    return;
+  }
+  const int p0 = sg_parent_at(sg, 0)->pid;
+  const int p1 = sg_parent_at(sg, 1)->pid;
+  const int cmpx0 = compare_ranks(entry->pid, p0, prev);
+  const int cmpx1 = compare_ranks(entry->pid, p1, prev);
+  const int cmp01 = compare_ranks(p0, p1, prev);
+  assert(cmpx0 && cmpx1 && cmp01);
+  int dropped;
+  if (cmpx0 < 0 && cmpx1 < 0)
+    dropped = cmp01 < 0 ? 1 : 0;
+  else if (cmpx0 < 0 && cmpx1 > 0)
+    dropped = 0;
+  else if (cmpx0 > 0 && cmpx1 < 0)
+    dropped = 1;
+  else if (cmpx0 > 0 && cmpx1 > 0)
+    return;
+  else
+    die("subgraph.c", "can't happen\n");
+  ksstack_remove_at(sg->parent, dropped);
+  insert_entry(sg, entry);
+}
+
+} // namespace kestro

@@ -1,0 +1,16 @@
+// Which of its parents a pattern keeps.
+#pragma once
+
+#include "mining/sg_set.h"
+
+namespace kestro {
+
+// Offers a parent entry to sg; prev is the previous level, whose supports
+// decide.  At most two entries stay, those of the least frequent parents (of
+// equally frequent ones, the smaller id); of several entries for one parent the
+// first stays.  Kept parents are those under which the pattern is joined at the
+// next level.
+void sg_update_parent_info(subgraph *sg, const sg_parent *entry,
+                           const sg_set *prev);
+
+} // namespace kestro

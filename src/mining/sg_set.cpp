@@ -1,0 +1,78 @@
+// Sets of pattern records.
+//
+// Insertion and search compare records through their addresses; the key in
+// sg_compare decides nearly all comparisons at once.
+
+#include "mining/sg_set.h"
+
+#include "base/error.h"
+
+namespace kestro {
+
+static const subgraph *record(const void *element) {
+  return *static_cast<const subgraph *const *>(element);
+}
+
+static int compare_records(const void *a, const void *b) {
+  return sg_compare(record(a), record(b));
+}
+
+sg_set *sg_set_create() {
+  return ksstack_new(1024, static_cast<int>(sizeof(subgraph *)));
+}
+
+void sg_set_free(sg_set *s) {
+  if (!s)
+    return;
+  for (int i = 0; i < s->count; i++) {
+    sg_free(ksstack_array<subgraph *>(s)[i]);
+    ksstack_array<subgraph *>(s)[i] = nullptr;
+  }
+  ksstack_free(s);
+}
+
+int sg_set_size(const sg_set *s) { return s->count; }
+
+subgraph *sg_set_get(const sg_set *s, int i) {
+  return ksstack_get<subgraph *>(s, i);
+}
+
+void sg_set_push(sg_set *s, sg_ptr sg) {
+  subgraph *address = sg.get();
+  ksstack_push(&address, s);
+  sg.release();
+}
+
+void sg_set_insert(sg_set *s, sg_ptr sg) {
+  subgraph *address = sg.get();
+  ksstack_insert_sorted(&address, s, compare_records);
+  sg.release();
+}
+
+void sg_set_sort(sg_set *s) { ksstack_sort(s, compare_records); }
+
+int sg_set_find(const sg_set *s, const subgraph *sg) {
+  return ksstack_bsearch_index(&sg, s, compare_records);
+}
+
+subgraph *sg_set_find_record(const sg_set *s, const subgraph *sg) {
+  const int index = sg_set_find(s, sg);
+  return index == -1 ? nullptr : sg_set_get(s, index);
+}
+
+sg_ptr sg_remove_sg_from_set(const subgraph *sg, sg_set *s) {
+  const int index = sg_set_find(s, sg);
+  assert(index != -1);
+  sg_ptr removed(sg_set_get(s, index));
+  ksstack_remove_at(s, index);
+  return removed;
+}
+
+void sg_set_clear(sg_set *s) { s->count = 0; }
+
+void sg_set_check(const sg_set *s) {
+  for (int i = 1; i < sg_set_size(s); i++)
+    assert(sg_compare(sg_set_get(s, i - 1), sg_set_get(s, i)) < 0);
+}
+
+} // namespace kestro

@@ -1,0 +1,39 @@
+// One level of the search: an ordered array of pattern records.
+#pragma once
+
+#include "mining/subgraph.h"
+
+namespace kestro {
+
+// A stack of subgraph *, kept sorted by sg_compare once complete; a pattern's
+// position in it is its id.
+using sg_set = ksstack;
+
+sg_set *sg_set_create(); // empty, capacity 1024
+// Frees every record, then the set; s may be null.
+void sg_set_free(sg_set *s);
+
+struct sg_set_deleter {
+  void operator()(sg_set *s) const { sg_set_free(s); }
+};
+using sg_set_ptr = std::unique_ptr<sg_set, sg_set_deleter>;
+
+int sg_set_size(const sg_set *s);
+// Record i; dies with "invalid index" for i >= size.
+subgraph *sg_set_get(const sg_set *s, int i);
+// Appends, or inserts after equal records; the set owns sg from then on.
+void sg_set_push(sg_set *s, sg_ptr sg);
+void sg_set_insert(sg_set *s, sg_ptr sg);
+void sg_set_sort(sg_set *s);
+// By binary search: the position of an equal record or -1; the record or null.
+int sg_set_find(const sg_set *s, const subgraph *sg);
+subgraph *sg_set_find_record(const sg_set *s, const subgraph *sg);
+// Takes the record equal to sg out of the set, which closes the gap.
+sg_ptr sg_remove_sg_from_set(const subgraph *sg, sg_set *s);
+// Empties the set without touching the records, which have moved elsewhere.
+void sg_set_clear(sg_set *s);
+
+// Dies through an assertion unless s is sorted without repeats.
+void sg_set_check(const sg_set *s);
+
+} // namespace kestro

@@ -1,0 +1,172 @@
+// Pattern records.
+//
+// Header and graph share one allocation; the five sets are stacks of their own
+// because they grow at different times.  Their elements start with the id, so
+// all of them sort and search with compar_int.
+
+#include "mining/subgraph.h"
+
+#include <cstring>
+
+#include "base/error.h"
+#include "base/xmalloc.h"
+
+namespace kestro {
+
+static_assert(sizeof(sg_parent) == 4 * sizeof(int));
+
+// The graph starts behind the header, at the next multiple of eight bytes.
+static_assert(sizeof(subgraph) % alignof(graph) == 0);
+
+static constexpr int int_bytes = static_cast<int>(sizeof(int));
+
+size_t sg_size(int es, int vs) { return sizeof(subgraph) + graph_size(es, vs); }
+
+// Record in memory with its graph laid out and no sets.
+static subgraph *lay_out(void *memory, int es, int vs) {
+  subgraph *sg = static_cast<subgraph *>(memory);
+  sg->g = graph_init(sg + 1, es, vs);
+  sg->count = 0;
+  sg->child = sg->parent = sg->pid = sg->tid = sg->cover = nullptr;
+  return sg;
+}
+
+// Gives a record without sets its empty ones.
+static void create_sets(subgraph *sg) {
+  const int vs = sg->g->vs;
+  const int edges = sg->g->es / 2;
+  ksstack_ptr child(ksstack_new(vs, int_bytes));
+  ksstack_ptr parent(ksstack_new(2, sg_parent_ints(vs) * int_bytes));
+  ksstack_ptr pid(ksstack_new(edges, 2 * int_bytes));
+  ksstack_ptr tid(ksstack_new(1, int_bytes));
+  sg->cover = ksstack_new(1, int_bytes);
+  sg->child = child.release();
+  sg->parent = parent.release();
+  sg->pid = pid.release();
+  sg->tid = tid.release();
+}
+
+subgraph *sg_create(int es, int vs) {
+  xptr<void> memory(xmalloc(sg_size(es, vs)));
+  subgraph *sg = sg_init(memory.get(), es, vs);
+  memory.release();
+  return sg;
+}
+
+subgraph *sg_init(void *memory, int es, int vs) {
+  subgraph *sg = lay_out(memory, es, vs);
+  create_sets(sg);
+  return sg;
+}
+
+static ksstack *copy_set(const ksstack *s) {
+  return s ? ksstack_copy(s) : nullptr;
+}
+
+subgraph *sg_copy(const subgraph *sg) {
+  sg_ptr copy(
+      lay_out(xmalloc(sg_size(sg->g->es, sg->g->vs)), sg->g->es, sg->g->vs));
+  graph_copy_into(sg->g, copy->g);
+  copy->count = sg->count;
+  copy->child = copy_set(sg->child);
+  copy->parent = copy_set(sg->parent);
+  copy->pid = copy_set(sg->pid);
+  copy->tid = copy_set(sg->tid);
+  copy->cover = copy_set(sg->cover);
+  return copy.release();
+}
+
+subgraph *sg_light_copy(const subgraph *sg, void *memory) {
+  subgraph *copy = lay_out(memory, sg->g->es, sg->g->vs);
+  graph_copy_into(sg->g, copy->g);
+  copy->count = sg->count;
+  return copy;
+}
+
+void sg_free_sets(subgraph *sg) {
+  for (ksstack *s : {sg->child, sg->parent, sg->pid, sg->tid, sg->cover})
+    ksstack_free(s);
+}
+
+void sg_free(subgraph *sg) {
+  if (!sg)
+    return;
+  sg_free_sets(sg);
+  xfree(sg);
+}
+
+int sg_support(const subgraph *sg) { return sg_tid_size(sg); }
+
+// Difference of the pairs (a[i], b[i]) of two graphs, i below n.
+static int compare_interleaved(const int *xa, const int *xb, const int *ya,
+                               const int *yb, int n) {
+  for (int i = 0; i < n; i++) {
+    if (xa[i] != ya[i])
+      return xa[i] - ya[i];
+    if (xb[i] != yb[i])
+      return xb[i] - yb[i];
+  }
+  return 0;
+}
+
+int sg_compare(const subgraph *x, const subgraph *y) {
+  const graph *a = x->g;
+  const graph *b = y->g;
+  if (a->es != b->es)
+    return a->es - b->es;
+  if (a->vs != b->vs)
+    return a->vs - b->vs;
+  if (a->key != b->key)
+    return static_cast<int>(a->key) < static_cast<int>(b->key) ? -1 : 1;
+  const int d = compare_interleaved(a->v, a->vlabel, b->v, b->vlabel, a->vs);
+  if (d)
+    return d;
+  return compare_interleaved(a->e, a->elabel, b->e, b->elabel, a->es);
+}
+
+// First int of element i of a set.
+static int id_at(const ksstack *s, int i) { return ksstack_get<int>(s, i); }
+
+static void add_id(ksstack *s, int id) {
+  const int element[2] = {id, 0}; // wide enough for either width
+  if (!ksstack_bsearch(element, s, compar_int))
+    ksstack_insert_sorted(element, s, compar_int);
+}
+
+int sg_child_size(const subgraph *sg) { return sg->child->count; }
+int sg_child_at(const subgraph *sg, int i) { return id_at(sg->child, i); }
+void sg_add_child(subgraph *sg, int id) { add_id(sg->child, id); }
+void sg_clear_child(subgraph *sg) { sg->child->count = 0; }
+
+int sg_pid_size(const subgraph *sg) { return sg->pid->count; }
+int sg_pid_at(const subgraph *sg, int i) { return id_at(sg->pid, i); }
+void sg_add_pid(subgraph *sg, int id) { add_id(sg->pid, id); }
+void sg_clear_pid(subgraph *sg) { sg->pid->count = 0; }
+
+int sg_tid_size(const subgraph *sg) { return sg->tid->count; }
+int sg_tid_at(const subgraph *sg, int i) { return id_at(sg->tid, i); }
+void sg_add_tid(subgraph *sg, int tid) { add_id(sg->tid, tid); }
+void sg_append_tid(subgraph *sg, int tid) { ksstack_push(&tid, sg->tid); }
+void sg_clear_tid(subgraph *sg) { sg->tid->count = 0; }
+
+int sg_cover_size(const subgraph *sg) { return sg->cover->count; }
+int sg_cover_at(const subgraph *sg, int i) { return id_at(sg->cover, i); }
+void sg_add_cover(subgraph *sg, int id) { add_id(sg->cover, id); }
+bool sg_in_cover(const subgraph *sg, int id) {
+  return ksstack_bsearch(&id, sg->cover, compar_int) != nullptr;
+}
+void sg_remove_cover(subgraph *sg, int id) {
+  ksstack_remove_sorted(&id, sg->cover, compar_int);
+}
+void sg_clear_cover(subgraph *sg) { sg->cover->count = 0; }
+
+int sg_parent_size(const subgraph *sg) { return sg->parent->count; }
+sg_parent *sg_parent_at(const subgraph *sg, int i) {
+  return static_cast<sg_parent *>(ksstack_at(sg->parent, i));
+}
+int sg_find_parent(const subgraph *sg, int pid) {
+  return ksstack_lower_bound(&pid, sg->parent, compar_int);
+}
+void sg_clear_parent(subgraph *sg) { sg->parent->count = 0; }
+
+} // namespace kestro

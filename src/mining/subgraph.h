@@ -1,0 +1,100 @@
+// One pattern or candidate: its graph and what ties it to the levels below and
+// above and to the transactions.
+#pragma once
+
+#include <memory>
+
+#include "base/ksstack.h"
+#include "graph/graph.h"
+
+namespace kestro {
+
+// Header, followed in the same block by the graph.
+//
+// The id sets are ascending and without repeats; an id is a position in the
+// sorted set of its level.  Any of them may be absent (null).
+struct subgraph {
+  graph *g;        // in canonical form once looked up or kept; in this block
+  int count;       // transactions that contain it; 0 until counted
+  ksstack *child;  // of int: patterns of the next level registered under it
+  ksstack *parent; // of sg_parent: at most two, by pid
+  ksstack *pid;    // of two ints, the second unused: all parents
+  ksstack *tid;    // of int: transactions, or their bound before the count
+  ksstack *cover;  // of int: next-level patterns assigned to it; empty
+};
+
+// A way to reach a pattern from one of its parents, stored by value in blocks
+// of 4 + vs ints:
+//
+//   | pid | u | v | vs | map: vs |
+struct sg_parent {
+  int pid; // the parent's id in the previous level
+  int u;   // the edge u-v, u <= v, of this pattern that the parent lacks
+  int v;
+  int vs;    // vertices of this pattern
+  int map[]; // per vertex, the parent's vertex, -1 for one that went with u-v
+};
+
+// Ints in a parent entry of a pattern with vs vertices.
+inline int sg_parent_ints(int vs) { return 4 + vs; }
+
+// A new record with room for es slots and vs vertices and five empty sets;
+// freed with sg_free.
+subgraph *sg_create(int es, int vs);
+// The same in caller memory of sg_size(es, vs) bytes; the sets are still to be
+// freed, with sg_free_sets.
+subgraph *sg_init(void *memory, int es, int vs);
+size_t sg_size(int es, int vs);
+// A new record with deep copies of the sets that are present.
+subgraph *sg_copy(const subgraph *sg);
+// Header and graph only, without sets, in caller memory of sg_size() bytes for
+// the graph's sizes.
+subgraph *sg_light_copy(const subgraph *sg, void *memory);
+void sg_free_sets(subgraph *sg);
+void sg_free(subgraph *sg);
+
+struct sg_deleter {
+  void operator()(subgraph *sg) const { sg_free(sg); }
+};
+using sg_ptr = std::unique_ptr<subgraph, sg_deleter>;
+
+// Transactions in tid.
+int sg_support(const subgraph *sg);
+
+// Order of records by their graphs: slots, vertices, key as a signed number,
+// then offset and label of each vertex, then neighbour and label of each slot.
+// Equal exactly when the canonical graphs are.
+int sg_compare(const subgraph *x, const subgraph *y);
+
+// The id sets.  add inserts unless present; clear keeps the memory.
+int sg_child_size(const subgraph *sg);
+int sg_child_at(const subgraph *sg, int i);
+void sg_add_child(subgraph *sg, int id);
+void sg_clear_child(subgraph *sg);
+
+int sg_pid_size(const subgraph *sg);
+int sg_pid_at(const subgraph *sg, int i);
+void sg_add_pid(subgraph *sg, int id);
+void sg_clear_pid(subgraph *sg);
+
+int sg_tid_size(const subgraph *sg);
+int sg_tid_at(const subgraph *sg, int i);
+void sg_add_tid(subgraph *sg, int tid);
+void sg_append_tid(subgraph *sg, int tid); // tid is above all present
+void sg_clear_tid(subgraph *sg);
+
+int sg_cover_size(const subgraph *sg);
+int sg_cover_at(const subgraph *sg, int i);
+void sg_add_cover(subgraph *sg, int id);
+bool sg_in_cover(const subgraph *sg, int id);
+void sg_remove_cover(subgraph *sg, int id); // if present
+void sg_clear_cover(subgraph *sg);
+
+// The parent entries: how many, the i-th, and the index of the one of a pid or
+// -1.
+int sg_parent_size(const subgraph *sg);
+sg_parent *sg_parent_at(const subgraph *sg, int i);
+int sg_find_parent(const subgraph *sg, int pid);
+void sg_clear_parent(subgraph *sg);
+
+} // namespace kestro
