@@ -1,0 +1,40 @@
+// Candidate generation: size k from the frequent patterns of sizes k-1 and k-2.
+#pragma once
+
+#include "mining/automorphisms.h"
+#include "mining/registration.h"
+#include "mining/sg_set.h"
+
+namespace kestro {
+
+// The candidates of one size: a new sorted set of records with canonical graph,
+// parents and no support.  children is the level k-1, not empty, cores the
+// level k-2, whose child lists say which children share a core.  Sets the
+// statistics' candidate counter of size k.
+sg_set *sg_generate_candidates(const sg_set *children, const sg_set *cores);
+
+// What joining works on while one size is generated.
+struct join_context {
+  const sg_set *children; // level k-1
+  const sg_set *cores;    // level k-2
+  automorphism_cache *automorphisms;
+  failed_candidates *failed;
+  sg_set *out; // candidates accepted so far
+};
+
+// Joins two patterns of level k-1 through their core with id p, which is among
+// the kept parents of both; a and b may be the same.
+void sg_join_pair(const subgraph *a, const subgraph *b, int p,
+                  const join_context *context);
+// One join through the core that both entries lead to: along each of its
+// automorphisms, at most two candidates.
+void sg_join(const subgraph *a, const subgraph *b, const sg_parent *ea,
+             const sg_parent *eb, const join_context *context);
+
+// For each vertex of the pattern that ea belongs to, the vertex of eb's pattern
+// that it meets through the automorphism perm of their core of n vertices; -1
+// for the one outside the core.
+void setup_map(const sg_parent *ea, const sg_parent *eb, const int *perm, int n,
+               int *map);
+
+} // namespace kestro

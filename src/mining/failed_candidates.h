@@ -1,0 +1,39 @@
+// The candidates of a level that failed the downward-closure test.
+#pragma once
+
+#include "base/rbtree.h"
+#include "base/xmalloc.h"
+#include "mining/subgraph.h"
+
+namespace kestro {
+
+// Memory handed out piece by piece and freed as a whole.  A chunk that is used
+// up is followed by one of twice its size.
+class copy_arena {
+public:
+  static constexpr size_t first_chunk = 1048576; // bytes
+  // size bytes, aligned for any record, until the arena's end.
+  void *allocate(size_t size);
+
+private:
+  xvector<xptr<void>> chunks_;
+  size_t chunk_size_ = first_chunk; // of the last chunk, in bytes
+  size_t used_ = 0;                 // of the last chunk, in bytes
+};
+
+// Light copies (graph and count, no sets) of failed candidates, found again by
+// sg_compare.  Lives for the generation of one level.
+class failed_candidates {
+public:
+  failed_candidates();
+  bool contains(const subgraph *sg) const;
+  // Keeps a copy of sg, which must not be contained.
+  void insert(const subgraph *sg);
+  int size() const { return tree_->count; }
+
+private:
+  copy_arena arena_;
+  rbt_ptr tree_;
+};
+
+} // namespace kestro

@@ -1,0 +1,269 @@
+// Levels one and two.
+//
+// Every transaction is walked edge by edge, then path by path; a sorted set of
+// what it has shown already makes each pattern count once per transaction,
+// whatever the number of its embeddings.  The frequent cells become records in
+// fixed layouts, which are the canonical forms of such graphs, so that later
+// look-ups by sg_compare find them.  A second walk fills the TID lists.
+
+#include "mining/first_levels.h"
+
+#include <algorithm>
+
+#include "base/error.h"
+#include "graph/graph_list.h"
+#include "mining/label_table.h"
+#include "mining/parents.h"
+#include "mining/statistics.h"
+
+namespace kestro {
+
+namespace {
+
+// An edge seen from its end with the smaller label, and a path seen from its
+// end with the smaller label (of equal ones, the smaller edge label).
+struct edge_key {
+  int la, lb, e;
+};
+struct path_key {
+  int va, vb, vc, ea, eb;
+};
+
+} // namespace
+
+template <class Key> static int compare_keys(const void *a, const void *b) {
+  return compare_int_arrays(static_cast<const int *>(a),
+                            static_cast<const int *>(b),
+                            static_cast<int>(sizeof(Key) / sizeof(int)));
+}
+
+// Adds key to a transaction's sorted set; false when it is there already.
+template <class Key> static bool is_new(const Key &key, ksstack *seen) {
+  if (ksstack_bsearch(&key, seen, compare_keys<Key>))
+    return false;
+  ksstack_insert_sorted(&key, seen, compare_keys<Key>);
+  return true;
+}
+
+template <class Key> static ksstack_ptr new_seen() {
+  return ksstack_ptr(ksstack_new(128, static_cast<int>(sizeof(Key))));
+}
+
+// Calls visit with the key of every slot whose own end has the smaller label.
+template <class Visit> static void walk_edges(const graph *t, Visit visit) {
+  for (int u = 0; u < t->vs; u++)
+    for (int j = t->v[u]; j < t->v[u + 1]; j++)
+      if (t->vlabel[u] <= t->vlabel[t->e[j]])
+        visit(edge_key{t->vlabel[u], t->vlabel[t->e[j]], t->elabel[j]});
+}
+
+// Calls visit with the key of every path u-w-x whose end u has the smaller
+// label.
+template <class Visit> static void walk_paths(const graph *t, Visit visit) {
+  for (int u = 0; u < t->vs; u++) {
+    for (int j = t->v[u]; j < t->v[u + 1]; j++) {
+      const int w = t->e[j];
+      for (int k = t->v[w]; k < t->v[w + 1]; k++) {
+        const int x = t->e[k];
+        if (x == u || t->vlabel[u] > t->vlabel[x])
+          continue;
+        path_key key = {t->vlabel[u], t->vlabel[x], t->vlabel[w], t->elabel[j],
+                        t->elabel[k]};
+        if (key.va == key.vb && key.ea > key.eb)
+          std::swap(key.ea, key.eb);
+        visit(key);
+      }
+    }
+  }
+}
+
+// The layout of a one-edge pattern, la <= lb.
+static void set_edge_graph(int la, int lb, int e, subgraph *sg) {
+  graph *g = sg->g;
+  for (int i = 0; i < 2; i++) {
+    g->v[i] = i;
+    g->e[i] = 1 - i;
+    g->vid[i] = i;
+    g->elabel[i] = e;
+  }
+  g->v[2] = 2;
+  g->vlabel[0] = la;
+  g->vlabel[1] = lb;
+  g->key = graph_key(g);
+}
+
+subgraph *sg_create_edge(int la, int lb, int e) {
+  subgraph *sg = sg_create(2, 2);
+  set_edge_graph(std::min(la, lb), std::max(la, lb), e, sg);
+  return sg;
+}
+
+subgraph *sg_create_double_edge(int ea, int eb, int va, int vb, int vc) {
+  subgraph *sg = sg_create(4, 3);
+  sg_set_double_edge_graph(ea, eb, va, vb, vc, sg);
+  return sg;
+}
+
+void sg_set_double_edge_graph(int ea, int eb, int va, int vb, int vc,
+                              subgraph *sg) {
+  if (va > vb) {
+    std::swap(va, vb);
+    std::swap(ea, eb);
+  }
+  if (va == vb && ea > eb)
+    std::swap(ea, eb);
+  static constexpr int offsets[] = {0, 2, 3, 4};
+  static constexpr int targets[] = {1, 2, 0, 0};
+  const int vlabels[] = {vc, va, vb};
+  const int elabels[] = {ea, eb, ea, eb};
+  graph *g = sg->g;
+  std::copy(offsets, offsets + 4, g->v);
+  std::copy(targets, targets + 4, g->e);
+  std::copy(vlabels, vlabels + 3, g->vlabel);
+  std::copy(elabels, elabels + 4, g->elabel);
+  for (int i = 0; i < 3; i++)
+    g->vid[i] = i;
+  g->key = graph_key(g);
+}
+
+// Adds every transaction to the TID lists of its frequent edges.
+static void check_in_edges2(sg_set *level1, const ksstack *transactions,
+                            int minsup, edge_table *table) {
+  sg_ptr probe(sg_create(2, 2));
+  for (int tid = 0; tid < transactions->count; tid++) {
+    walk_edges(graph_list_at(transactions, tid), [&](const edge_key &k) {
+      if (table->at(k.la, k.lb, k.e) < minsup)
+        return;
+      set_edge_graph(k.la, k.lb, k.e, probe.get());
+      subgraph *sgp = sg_set_find_record(level1, probe.get());
+      assert(sgp);
+      sg_add_tid(sgp, tid);
+    });
+  }
+}
+
+sg_set *sg_frequent_edges(const ksstack *transactions, int minsup, int nel,
+                          int nvl) {
+  edge_table table(nel, nvl);
+  ksstack_ptr seen = new_seen<edge_key>();
+  for (int tid = 0; tid < transactions->count; tid++) {
+    seen->count = 0;
+    walk_edges(graph_list_at(transactions, tid), [&](const edge_key &k) {
+      if (is_new(k, seen.get()))
+        table.at(k.la, k.lb, k.e)++;
+    });
+  }
+
+  sg_set_ptr level1(sg_set_create());
+  for (int la = 0; la < nvl; la++) {
+    for (int lb = la; lb < nvl; lb++) {
+      for (int e = 0; e < nel; e++) {
+        if (table.at(la, lb, e) < minsup)
+          continue;
+        sg_ptr sg(sg_create_edge(la, lb, e));
+        sg->count = table.at(la, lb, e);
+        sg_set_push(level1.get(), std::move(sg));
+      }
+    }
+  }
+  sg_set_sort(level1.get());
+  check_in_edges2(level1.get(), transactions, minsup, &table);
+  stats_set(stats_frequent, 1, sg_set_size(level1.get()));
+  return level1.release();
+}
+
+void setup_double_edge_subgraph_parent_info(subgraph *sg,
+                                            const sg_set *level1) {
+  assert(sg->g->es == 4 && sg->g->vs == 3);
+  // Room for a parent entry with its map of three vertices.
+  alignas(sg_parent) int memory[7];
+  auto *entry = reinterpret_cast<sg_parent *>(memory);
+  const int *labels = sg->g->vlabel;
+  const int centre = labels[0];
+  const bool twins =
+      labels[1] == labels[2] && sg->g->elabel[0] == sg->g->elabel[1];
+  for (int end = 1; end <= (twins ? 1 : 2); end++) {
+    sg_ptr parent(sg_create_edge(centre, labels[end], sg->g->elabel[end - 1]));
+    const int index = sg_set_find(level1, parent.get());
+    assert(index != -1);
+    entry->pid = index;
+    entry->u = 0;
+    entry->v = 3 - end;
+    entry->vs = 3;
+    const int centre_at = labels[end] > centre ? 0 : 1;
+    entry->map[0] = centre_at;
+    entry->map[end] = 1 - centre_at;
+    entry->map[3 - end] = -1;
+    sg_update_parent_info(sg, entry, level1);
+    sg_add_pid(sg, entry->pid);
+  }
+}
+
+// Appends the record of one cell of the table.
+static void register_double_edge_subgraph(const path_key &k,
+                                          double_edge_table *table,
+                                          const sg_set *level1, sg_set *out) {
+  const int va = k.va;
+  const int vb = k.vb;
+  const int ea = k.ea;
+  const int eb = k.eb;
+  assert(va < vb || (va == vb && ea <= eb));
+  sg_ptr sg(sg_create_double_edge(ea, eb, va, vb, k.vc));
+  sg->count = table->at(va, vb, k.vc, ea, eb);
+  setup_double_edge_subgraph_parent_info(sg.get(), level1);
+  sg_set_push(out, std::move(sg));
+}
+
+// Adds every transaction to the TID lists of its frequent paths.
+static void check_in_double_edges2(sg_set *level2, const ksstack *transactions,
+                                   int minsup, double_edge_table *table) {
+  sg_ptr probe(sg_create(4, 3));
+  for (int tid = 0; tid < transactions->count; tid++) {
+    walk_paths(graph_list_at(transactions, tid), [&](const path_key &k) {
+      if (table->at(k.va, k.vb, k.vc, k.ea, k.eb) < minsup)
+        return;
+      sg_set_double_edge_graph(k.ea, k.eb, k.va, k.vb, k.vc, probe.get());
+      const int index = sg_set_find(level2, probe.get());
+      assert(index >= 0);
+      sg_add_tid(sg_set_get(level2, index), tid);
+    });
+  }
+}
+
+static void register_children(const sg_set *level2, const sg_set *level1) {
+  for (int j = 0; j < sg_set_size(level2); j++) {
+    const subgraph *sg = sg_set_get(level2, j);
+    for (int i = 0; i < sg_parent_size(sg); i++)
+      sg_add_child(sg_set_get(level1, sg_parent_at(sg, i)->pid), j);
+  }
+}
+
+sg_set *sg_frequent_double_edges(sg_set *level1, const ksstack *transactions,
+                                 int minsup, int nel, int nvl) {
+  double_edge_table table(nel, nvl);
+  ksstack_ptr seen = new_seen<path_key>();
+  for (int tid = 0; tid < transactions->count; tid++) {
+    seen->count = 0;
+    walk_paths(graph_list_at(transactions, tid), [&](const path_key &k) {
+      if (is_new(k, seen.get()))
+        table.at(k.va, k.vb, k.vc, k.ea, k.eb)++;
+    });
+  }
+
+  sg_set_ptr level2(sg_set_create());
+  for (int va = 0; va < nvl; va++)
+    for (int vb = 0; vb < nvl; vb++)
+      for (int vc = 0; vc < nvl; vc++)
+        for (int ea = 0; ea < nel; ea++)
+          for (int eb = 0; eb < nel; eb++)
+            if (table.at(va, vb, vc, ea, eb) >= minsup)
+              register_double_edge_subgraph({va, vb, vc, ea, eb}, &table,
+                                            level1, level2.get());
+  sg_set_sort(level2.get());
+  check_in_double_edges2(level2.get(), transactions, minsup, &table);
+  register_children(level2.get(), level1);
+  stats_set(stats_frequent, 2, sg_set_size(level2.get()));
+  return level2.release();
+}
+
+} // namespace kestro

@@ -1,0 +1,93 @@
+// Registration: canonical form, duplicates, downward closure.
+//
+// Duplicates meet because isomorphic candidates share one canonical form.  The
+// closure test takes out each edge in turn, in place, and looks the canonical
+// remainder up in the previous level; edges that hold the candidate together
+// are not tested.  The remainder's vertex ids tell which vertex of the
+// candidate went where, which is the map of the parent entry.
+
+#include "mining/registration.h"
+
+#include <algorithm>
+
+#include "cl/canonical.h"
+#include "graph/edge_marks.h"
+#include "graph/parts.h"
+#include "mining/parents.h"
+
+namespace kestro {
+
+static thread_local registration_counts counts;
+
+registration_counts *sg_registration_counts() { return &counts; }
+
+// Offers cand the parent prev[pid], whose canonical graph rest is cand's
+// without u-w.
+static void offer_parent(subgraph *cand, int pid, int u, int w,
+                         const graph *rest, const sg_set *prev) {
+  const int vs = cand->g->vs;
+  xvector<int> memory(static_cast<size_t>(sg_parent_ints(vs)), -1);
+  auto *entry = reinterpret_cast<sg_parent *>(memory.data());
+  entry->pid = pid;
+  entry->u = u;
+  entry->v = w;
+  entry->vs = vs;
+  for (int j = 0; j < rest->vs; j++)
+    entry->map[rest->vid[j]] = j;
+  sg_update_parent_info(cand, entry, prev);
+  sg_add_pid(cand, pid);
+}
+
+// Whether cand without u-w is in prev, if it is connected at all; records it as
+// a parent.
+static bool check_deletion(subgraph *cand, int u, int w, subgraph *scratch,
+                           const sg_set *prev) {
+  if (!graph_disable_edge_between(cand->g, u, w))
+    return true;
+  graph_copy_compacted(cand->g, scratch->g);
+  graph_enable_edge_between(cand->g, u, w);
+  cl_canonicalize_graph(scratch->g);
+  const int pid = sg_set_find(prev, scratch);
+  if (pid == -1)
+    return false;
+  offer_parent(cand, pid, u, w, scratch->g, prev);
+  return true;
+}
+
+// Whether every connected graph that is cand less one edge is in prev.
+static bool is_downward_closed(subgraph *cand, const sg_set *prev) {
+  const graph *g = cand->g;
+  sg_ptr scratch(sg_create(g->es, g->vs));
+  for (int u = 0; u < g->vs; u++)
+    for (int j = g->v[u]; j < g->v[u + 1]; j++)
+      if (g->e[j] >= u &&
+          !check_deletion(cand, u, g->e[j], scratch.get(), prev))
+        return false;
+  return true;
+}
+
+void sg_register_candidate(subgraph *cand, failed_candidates *failed,
+                           sg_set *out, const sg_set *prev) {
+  counts.attempts++;
+  sg_clear_pid(cand);
+  cl_canonicalize_graph(cand->g);
+  if (failed->contains(cand)) {
+    counts.already_rejected++;
+    return;
+  }
+  if (sg_set_find(out, cand) != -1) {
+    counts.duplicates++;
+    return;
+  }
+  for (int i = 0; i < cand->g->vs; i++)
+    cand->g->vid[i] = i;
+  if (!is_downward_closed(cand, prev)) {
+    failed->insert(cand);
+    counts.newly_rejected++;
+    return;
+  }
+  sg_set_insert(out, sg_ptr(sg_copy(cand)));
+  counts.accepted++;
+}
+
+} // namespace kestro

@@ -1,0 +1,26 @@
+// Support: which transactions contain a candidate.
+#pragma once
+
+#include "mining/sg_set.h"
+
+namespace kestro {
+
+// Appends to sg's tid the transactions common to all its parents in prev.
+void sg_intersect_parent_tids(subgraph *sg, const sg_set *prev,
+                              const ksstack *transactions);
+
+// Gives every candidate that bound on its transactions and frees those whose
+// bound is below minsup; the rest stays, sorted.
+void sg_filter_candidates_by_support(sg_set *cand, const sg_set *prev,
+                                     const ksstack *transactions, int minsup);
+
+// The exact support of sg, whose tid is a bound before and exact afterwards.
+int sg_count_support(subgraph *sg, const ksstack *transactions);
+
+// The frequent ones among the candidates: a new sorted set of records with
+// exact TID lists and counts, registered as children of their kept parents in
+// prev.  Consumes cand.  Sets the statistics' counter of frequent patterns.
+sg_set *sg_count_frequents(sg_set *cand, sg_set *prev,
+                           const ksstack *transactions, int minsup);
+
+} // namespace kestro
