@@ -26,7 +26,9 @@ registration_counts *sg_registration_counts() { return &counts; }
 static void offer_parent(subgraph *cand, int pid, int u, int w,
                          const graph *rest, const sg_set *prev) {
   const int vs = cand->g->vs;
-  xvector<int> memory(static_cast<size_t>(sg_parent_ints(vs)), -1);
+  // As wide as the set's elements, which have room for one vertex more.
+  const size_t bytes = static_cast<size_t>(cand->parent->element_size);
+  xvector<int> memory(bytes / sizeof(int), -1);
   auto *entry = reinterpret_cast<sg_parent *>(memory.data());
   entry->pid = pid;
   entry->u = u;

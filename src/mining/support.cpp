@@ -54,6 +54,8 @@ void sg_filter_candidates_by_support(sg_set *cand, const sg_set *prev,
     sg_intersect_parent_tids(sg.get(), prev, transactions);
     if (sg_support(sg.get()) >= minsup)
       sg_set_insert(cand, std::move(sg));
+    else
+      sg.reset();
   }
   assert(old >= sg_set_size(cand));
 }
@@ -98,8 +100,10 @@ sg_set *sg_count_frequents(sg_set *cand, sg_set *prev,
   sg_set_ptr level(sg_set_create());
   for (sg_ptr &sg : take_records(cand)) {
     const int support = sg_count_support(sg.get(), transactions);
-    if (support < minsup)
+    if (support < minsup) {
+      sg.reset();
       continue;
+    }
     sg->count = support;
     sg_set_push(level.get(), std::move(sg));
   }

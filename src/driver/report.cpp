@@ -1,0 +1,172 @@
+// The texts of the run report.
+//
+// Column widths are part of the texts: other programs read these lines.
+
+#include "driver/report.h"
+
+#include <algorithm>
+#include <climits>
+
+#include "graph/graph_list.h"
+#include "mining/statistics.h"
+
+namespace kestro {
+
+static const char stars[] =
+    "*******************************************************";
+
+namespace {
+
+// What the header says of the transactions.
+struct transaction_totals {
+  long long es = 0;
+  long long vs = 0;
+  int max_es = 0;
+  int max_vs = 0;
+};
+
+} // namespace
+
+static transaction_totals sum_up(const ksstack *transactions) {
+  transaction_totals totals;
+  for (int i = 0; i < transactions->count; i++) {
+    const graph *t = graph_list_at(transactions, i);
+    totals.es += t->es;
+    totals.vs += t->vs;
+    totals.max_es = std::max(totals.max_es, t->es);
+    totals.max_vs = std::max(totals.max_vs, t->vs);
+  }
+  return totals;
+}
+
+// An average to the nearest whole number; of nothing it is the division's "not
+// a number", whose sign would otherwise depend on the machine.
+static void print_average(long long sum, int count, FILE *out) {
+  if (count == 0)
+    fputs("-nan\n", out);
+  else
+    fprintf(out, "%.0f\n", static_cast<double>(sum) / count);
+}
+
+static const char *yes_no(int flag) { return flag ? "Yes" : "No"; }
+
+// clang-format off
+static void print_transaction_information(const options *o,
+                                          const ksstack *transactions,
+                                          const label_set *ls, FILE *out,
+                                          const char *prefix) {
+  const transaction_totals totals = sum_up(transactions);
+  const int n = transactions->count;
+  fprintf(out, "%sTransaction File Information --------------------------\n", prefix);
+  fprintf(out, "%s  Transaction File Name:                       %s\n", prefix, o->input_file);
+  fprintf(out, "%s  Number of Input Transactions:                %d\n", prefix, n);
+  fprintf(out, "%s  Number of Distinct Edge Labels:              %d\n", prefix, label_set_edge_labels(ls));
+  fprintf(out, "%s  Number of Distinct Vertex Labels:            %d\n", prefix, label_set_vertex_labels(ls));
+  fprintf(out, "%s  Average Number of Edges In a Transaction:    ", prefix);
+  print_average(totals.es / 2, n, out);
+  fprintf(out, "%s  Average Number of Vertices In a Transaction: ", prefix);
+  print_average(totals.vs, n, out);
+  fprintf(out, "%s  Max Number of Edges In a Transaction:        %d\n", prefix, totals.max_es / 2);
+  fprintf(out, "%s  Max Number of Vertices In a Transaction:     %d\n", prefix, totals.max_vs);
+  fprintf(out, "%s\n", prefix);
+}
+
+static void print_options(const options *o, FILE *out, const char *prefix) {
+  fprintf(out, "%sOptions -----------------------------------------------\n", prefix);
+  fprintf(out, "%s  Min Output Pattern Size:                     %d\n", prefix, o->minsize);
+  fprintf(out, "%s  Max Output Pattern Size:                     %d%s\n", prefix, o->maxsize,
+          o->maxsize == INT_MAX ? "(INT_MAX)" : "");
+  fprintf(out, "%s  Min Support Threshold:                       %.1f%% (%d transaction%s)\n", prefix,
+          o->support, o->min_support_count, o->min_support_count == 1 ? "" : "s");
+  fprintf(out, "%s  Generate Only Maximal Patterns:              %s\n", prefix, yes_no(o->maximal));
+  fprintf(out, "%s  Generate PC-List:                            %s\n", prefix, yes_no(o->parent_children_list));
+  fprintf(out, "%s  Generate TID-List:                           %s\n", prefix, yes_no(o->tid_list));
+  fprintf(out, "%s\n", prefix);
+}
+
+static void print_outputs(const options *o, FILE *out, const char *prefix) {
+  fprintf(out, "%sOutputs -----------------------------------------------\n", prefix);
+  fprintf(out, "%s  Frequent Pattern File:                       %s\n", prefix, o->pattern_file.get());
+  if (o->parent_children_list)
+    fprintf(out, "%s  PC-List File:                                %s\n", prefix, o->pc_file.get());
+  if (o->tid_list)
+    fprintf(out, "%s  TID-List File:                               %s\n", prefix, o->tid_file.get());
+  fprintf(out, "%s\n", prefix);
+}
+
+void print_header(const options *o, const ksstack *transactions,
+                  const label_set *ls, FILE *out, const char *prefix) {
+  fprintf(out, "%s%s\n", prefix, stars);
+  fprintf(out, "%skestro 1.34 (VESK 1.0)\n", prefix);
+  fprintf(out, "%s\n", prefix);
+  print_transaction_information(o, transactions, ls, out, prefix);
+  print_options(o, out, prefix);
+  print_outputs(o, out, prefix);
+  fflush(out);
+}
+
+void print_summary(const options *o, FILE *out, const char *prefix) {
+  const int generated = stats_total(stats_candidates, o->minsize, o->maxsize);
+  const int found = stats_total(stats_frequent, o->minsize, o->maxsize);
+  fprintf(out, "%s  Largest Frequent Pattern Size:               %d\n", prefix, stats_largest(stats_frequent));
+  if (generated)
+    fprintf(out, "%s  Total Number of Candidates Generated:        %d\n", prefix, generated);
+  fprintf(out, "%s  Total Number of Frequent Patterns Found:     %d\n", prefix, found);
+  fprintf(out, "%s\n", prefix);
+  fflush(out);
+}
+
+void print_timing(double seconds, FILE *out, const char *prefix) {
+  fprintf(out, "%sTiming Information ------------------------------------\n", prefix);
+  fprintf(out, "%s  Elapsed User CPU Time:                       %.1f[sec]\n", prefix, seconds);
+  fprintf(out, "%s%s\n", prefix, stars);
+  fflush(out);
+}
+// clang-format on
+
+void print_table_heading(FILE *out, const char *prefix, int mask) {
+  if (mask & column_size)
+    fprintf(out, "%s  %-4s ", prefix, "Size");
+  if (mask & column_candidates)
+    fprintf(out, "%-10s ", "Candidates");
+  if (mask & column_frequent)
+    fprintf(out, "%-17s ", "Frequent Patterns");
+  if (mask & column_line_end)
+    fputc('\n', out);
+  fflush(out);
+}
+
+void print_table_row(int size, FILE *out, const char *prefix, int mask) {
+  if (mask & column_size)
+    fprintf(out, "%s  %-4d ", prefix, size);
+  if (mask & column_candidates) {
+    if (size > 2)
+      fprintf(out, "%-10d ", stats_get(stats_candidates, size));
+    else
+      fprintf(out, "%-10s ", "");
+  }
+  if (mask & column_frequent)
+    fprintf(out, "%-17d ", stats_get(stats_frequent, size));
+  if (mask & column_line_end)
+    fputc('\n', out);
+  fflush(out);
+}
+
+void print_size_table(const options *o, int last, FILE *out, const char *prefix,
+                      int mask) {
+  bool headed = false;
+  for (int size = std::max(1, o->minsize); size <= std::min(last, o->maxsize);
+       size++) {
+    if (size == last && stats_get(stats_candidates, size) == 0 &&
+        stats_get(stats_frequent, size) == 0)
+      break;
+    if (!headed)
+      print_table_heading(out, prefix, mask);
+    headed = true;
+    print_table_row(size, out, prefix, mask);
+  }
+  fprintf(out, "%s\n", prefix);
+  fflush(out);
+}
+
+} // namespace kestro

@@ -1,0 +1,135 @@
+// The run: labels, transactions, mining, report.
+//
+// The report goes to the stream given and, behind "# ", to the head and foot of
+// the pattern file.  A run for maximal patterns mines and writes everything
+// first, then reduces the files and reports what is left.
+
+#include "driver/run.h"
+
+#include <cmath>
+
+#include "base/rbtree.h"
+#include "cl/canonical.h"
+#include "cl/subgraph_isomorphism.h"
+#include "driver/level_files.h"
+#include "driver/level_loop.h"
+#include "driver/live_table.h"
+#include "driver/report.h"
+#include "driver/transaction_counter.h"
+#include "graph/transactions.h"
+#include "mining/maximal.h"
+#include "mining/statistics.h"
+
+namespace kestro {
+
+// The name asked for, or else input_file's with suffix ".ls".
+static const char *label_file_name(const char *asked, const options *o,
+                                   xptr<char> *derived) {
+  if (asked)
+    return asked;
+  *derived = make_output_name(o->input_file, ".ls");
+  return derived->get();
+}
+
+static label_set_ptr obtain_labels(const options *o) {
+  if (o->load_labels) {
+    xptr<char> derived;
+    return label_set_ptr(
+        label_set_load(label_file_name(o->load_labels_file, o, &derived)));
+  }
+  label_set_ptr ls(label_set_create());
+  label_set_build(o->input_file, ls.get());
+  return ls;
+}
+
+int min_support_count(double support, int n) {
+  // Extended precision decides which supports fall just short of a count.
+  const long double count =
+      truncl(static_cast<long double>(support) / 100.0L * n + 0.5L);
+  if (std::isnan(count))
+    return 1;
+  const long double capped = count > n ? n : count;
+  return capped < 1 ? 1 : static_cast<int>(capped);
+}
+
+void run_kestro(options *o, FILE *out) {
+  const label_set_ptr ls = obtain_labels(o);
+  if (o->save_labels) {
+    xptr<char> derived;
+    label_set_save(ls.get(), label_file_name(o->save_labels_file, o, &derived));
+    return;
+  }
+  cl_set_stabilizer_threshold(o->stabilizer_threshold);
+  const graph_list_ptr transactions(
+      graph_read_transactions(o->input_file, ls.get()));
+  o->min_support_count = min_support_count(o->support, transactions->count);
+  mine_frequent_subgraphs(transactions.get(), ls.get(), o, out);
+}
+
+// Table, summary and timing, as they stand at the foot of the report.
+static void print_foot(const options *o, int last, int mask, double seconds,
+                       FILE *out, const char *prefix) {
+  print_size_table(o, last, out, prefix, mask);
+  print_summary(o, out, prefix);
+  print_timing(seconds, out, prefix);
+}
+
+// Reduces the closed output files to the maximal patterns and reports them.
+static void finish_maximal(const label_set *ls, const options *o, int last,
+                           double seconds, FILE *out) {
+  select_maximal_patterns(ls, o->minsize, o->maximal, o->parent_children_list,
+                          o->tid_list, o->pattern_file.get(), o->pc_file.get(),
+                          o->tid_file.get());
+  const file_ptr patterns(open_file(o->pattern_file.get(), "a"));
+  print_foot(o, last, mask_maximal, seconds, out, "");
+  print_foot(o, last, mask_maximal, seconds, patterns.get(), "# ");
+}
+
+// The live table has shown the rows on out already.
+static void finish_report(const options *o, int last, double seconds,
+                          FILE *out) {
+  fputc('\n', out);
+  print_summary(o, out, "");
+  print_timing(seconds, out, "");
+  print_foot(o, last, mask_full, seconds, o->pattern_stream.get(), "# ");
+}
+
+void mine_frequent_subgraphs(const ksstack *transactions, const label_set *ls,
+                             options *o, FILE *out) {
+  stats_init();
+  open_outputs(o);
+  print_header(o, transactions, ls, out, "");
+  print_header(o, transactions, ls, o->pattern_stream.get(), "# ");
+
+  level_files files(o, ls);
+  transaction_counter counter(transactions, o->min_support_count);
+  live_table table(out, o->maximal);
+  const mining_run run = {transactions,
+                          label_set_edge_labels(ls),
+                          label_set_vertex_labels(ls),
+                          o->min_support_count,
+                          o->minsize,
+                          o->maxsize,
+                          &files,
+                          &counter,
+                          &table};
+  const double start = user_cpu_time();
+  const int last = mine_levels(&run);
+  const double seconds = user_cpu_time() - start;
+
+  if (!o->maximal)
+    finish_report(o, last, seconds, out);
+  close_outputs(o);
+  if (o->maximal)
+    finish_maximal(ls, o, last, seconds, out);
+  stats_free();
+}
+
+void free_work_areas() {
+  stats_free();
+  cl_free_work_area();
+  graph_free_label_matrix();
+  rbt_release_nodes();
+}
+
+} // namespace kestro

@@ -1,0 +1,21 @@
+// Counting candidates against the transactions in memory.
+#pragma once
+
+#include "driver/seams.h"
+
+namespace kestro {
+
+class transaction_counter : public candidate_counter {
+public:
+  // Borrows the graph list of transactions; minsup is at least 1.
+  transaction_counter(const ksstack *transactions, int minsup)
+      : transactions_(transactions), minsup_(minsup) {}
+  void filter(sg_set *cand, const sg_set *prev) override;
+  sg_set *count(sg_set *cand, sg_set *prev) override;
+
+private:
+  const ksstack *transactions_;
+  int minsup_;
+};
+
+} // namespace kestro
