@@ -1,0 +1,94 @@
+// The label matrix and the work arrays of the isomorphism searches.
+//
+// A search reads an edge label of g2 in one step from a matrix that is all -1
+// between calls: a call writes the cells of g2's edges and sets the same cells
+// back, so neither costs a sweep of the matrix.  Nothing is allocated per call
+// once the arrays have grown to the largest graph.
+
+#include "cl/isomorphism_work.h"
+
+#include <algorithm>
+
+#include "base/error.h"
+#include "base/xmalloc.h"
+
+namespace kestro {
+
+namespace {
+
+struct isomorphism_state {
+  xptr<int *> matrix; // capacity rows, followed by their cells
+  int capacity = 0;   // vertices the matrix was built for
+  xvector<int> ints1; // four arrays by g1 vertex
+  xvector<int> ints2; // two arrays by g2 vertex
+  uint64_t calls = 0;
+};
+
+} // namespace
+
+static thread_local isomorphism_state state;
+
+uint64_t graph_isomorphism_calls() { return state.calls; }
+
+void graph_free_label_matrix() {
+  state.matrix.reset();
+  state.capacity = 0;
+  state.ints1 = xvector<int>();
+  state.ints2 = xvector<int>();
+}
+
+static void grow_matrix(int n) {
+  state.matrix.reset();
+  state.capacity = 0;
+  const size_t side = static_cast<size_t>(n);
+  const size_t size = side * sizeof(int *) + side * side * sizeof(int);
+  state.matrix.reset(static_cast<int **>(xmalloc(size)));
+  state.capacity = n;
+  int **rows = state.matrix.get();
+  int *cells = reinterpret_cast<int *>(rows + side);
+  std::fill_n(cells, side * side, -1);
+  for (size_t w = 0; w < side; w++)
+    rows[w] = cells + w * side;
+}
+
+int **graph_label_matrix(int n) {
+  if (n > state.capacity)
+    grow_matrix(n);
+  return state.matrix.get();
+}
+
+// The first of count arrays of n ints each.
+static int *grown(xvector<int> *ints, int count, int n) {
+  const size_t size = static_cast<size_t>(count) * static_cast<size_t>(n);
+  if (ints->size() < size)
+    ints->resize(size);
+  return ints->data();
+}
+
+isomorphism_call::isomorphism_call(const graph *g1, const graph *g2, int *map,
+                                   int *order) {
+  state.calls++;
+  if (graph_active_vertices(g1) > g2->vs)
+    die("isomorphism.c", "g1 must be smaller than g2\n");
+  int *const by_g1 = grown(&state.ints1, 4, g1->vs);
+  int *const by_g2 = grown(&state.ints2, 2, g2->vs);
+  work.g1 = g1;
+  work.g2 = g2;
+  work.label_matrix = graph_label_matrix(g2->vs);
+  work.mapped_nbrs1 = by_g1;
+  work.mapped_nbrs2 = by_g2;
+  work.used = by_g2 + g2->vs;
+  work.map = map ? map : by_g1 + g1->vs;
+  work.order = order ? order : by_g1 + 2 * g1->vs;
+  work.active = by_g1 + 3 * g1->vs;
+  std::fill_n(work.active, g1->vs, 0);
+}
+
+isomorphism_call::~isomorphism_call() {
+  const graph *g = work.g2;
+  for (int w = 0; w < g->vs; w++)
+    for (int j = g->v[w]; j < g->v[w + 1]; j++)
+      work.label_matrix[w][g->e[j]] = -1;
+}
+
+} // namespace kestro
