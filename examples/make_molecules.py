@@ -108,6 +108,8 @@ def parse_smiles(smiles: str) -> Molecule:
             atom = len(molecule.atoms) - 1
             if previous is not None:
                 molecule.add_bond(previous, atom, bond)
+            elif bond:
+                raise MoleculeError("a SMILES must begin with an atom")
             previous = atom
         elif previous is None:
             raise MoleculeError("a SMILES must begin with an atom")
@@ -137,7 +139,7 @@ def count_hydrogens(molecule: Molecule, index: int) -> int:
     for valence in VALENCES[atom.element]:
         if valence >= used:
             # An aromatic atom gives one electron more to the ring's pi system
-            # where it has one to spare: c and n, but not c=O, substituted n, o, s.
+            # if it has one to spare: c and n, not c=O, substituted n, o or s.
             return max(valence - used - atom.aromatic, 0)
     raise MoleculeError(f"atom {index} ({atom.element}) has valence {used}")
 
@@ -149,7 +151,9 @@ def hill_formula(molecule: Molecule) -> str:
         count_hydrogens(molecule, i) for i in range(len(molecule.atoms))
     )
     order = ["C", "H", *sorted(count.keys() - {"C", "H"})]
-    parts = [e + (str(count[e]) if count[e] > 1 else "") for e in order if count[e]]
+    parts = [
+        e + (str(count[e]) if count[e] > 1 else "") for e in order if count[e]
+    ]
     charge = sum(atom.charge for atom in molecule.atoms)
     return "".join(parts) + ("+" if charge > 0 else "-") * abs(charge)
 
@@ -175,14 +179,16 @@ def check_aromatic_rings(molecule: Molecule) -> None:
     for edge in aromatic:
         others = [other for other in aromatic if other != edge]
         if not reaches(others, *edge):
-            raise MoleculeError(f"aromatic bond {edge} lies on no aromatic ring")
+            raise MoleculeError(
+                f"aromatic bond {edge} lies on no aromatic ring"
+            )
     for index, atom in enumerate(molecule.atoms):
         if atom.aromatic and "a" not in molecule.bond_labels(index):
             raise MoleculeError(f"aromatic atom {index} lies on no ring")
 
 
 def read_molecule(line: str) -> tuple[Molecule, str, str]:
-    """One line of molecules.smi, checked: the molecule, its name and formula."""
+    """One line of molecules.smi, checked: molecule, name and formula."""
     fields = line.split("\t")
     if len(fields) != 3:
         raise MoleculeError("expected SMILES, name and formula between tabs")
@@ -198,7 +204,9 @@ def read_molecule(line: str) -> tuple[Molecule, str, str]:
 def transaction_lines(tid: int, molecule: Molecule, title: str) -> list[str]:
     lines = [f"t # {tid}", f"# {title}"]
     lines += [f"v {i} {atom.element}" for i, atom in enumerate(molecule.atoms)]
-    lines += [f"u {a} {b} {label}" for (a, b), label in sorted(molecule.bonds.items())]
+    lines += [
+        f"u {a} {b} {label}" for (a, b), label in sorted(molecule.bonds.items())
+    ]
     return lines
 
 
