@@ -5,6 +5,12 @@
 // neighbours, and at least as many used neighbours as u has mapped ones; only
 // then are the edges to mapped vertices looked up, one read each in the label
 // matrix.  Between two steps the neighbour counts agree with map and used.
+//
+// Searches for one mapping cut two kinds of branches that hold none, or none
+// that comes first; otherwise a hub with many like leaves would cost the
+// factorial of their number.  Twins, leaves of one vertex with equal labels,
+// are mapped in ascending order; and a vertex is mapped only where enough free
+// neighbours remain for its own unmapped ones.
 
 #include "cl/isomorphism.h"
 
@@ -24,6 +30,35 @@ static void add_to_neighbours(const graph *g, int u, int delta, int *counts) {
   for (int j = graph_unmark(g->v[u]); j < end; j++)
     if (!graph_is_disabled(g->e[j]))
       counts[g->e[j]] += delta;
+}
+
+// The slot of a leaf that is free to be mapped, -1 for any other vertex.
+static int free_leaf_slot(const isomorphism_work *work, int u) {
+  const graph *g = work->g1;
+  if (work->active[u] || graph_vertex_degree(g, u) != 1)
+    return -1;
+  int j = g->v[u];
+  while (graph_is_disabled(g->e[j]))
+    j++;
+  return j;
+}
+
+// The first leaf of u's only neighbour that has u's labels; u itself if it is
+// no free leaf or the first of its kind.
+static int first_twin(const isomorphism_work *work, int u) {
+  const graph *g = work->g1;
+  const int slot = free_leaf_slot(work, u);
+  if (slot == -1)
+    return u;
+  const int hub = g->e[slot];
+  const int end = graph_unmark(g->v[hub + 1]);
+  for (int j = graph_unmark(g->v[hub]); j < end && g->e[j] != u; j++) {
+    const int x = g->e[j];
+    if (!graph_is_disabled(x) && g->elabel[j] == g->elabel[slot] &&
+        g->vlabel[x] == g->vlabel[u] && free_leaf_slot(work, x) != -1)
+      return x;
+  }
+  return u;
 }
 
 static void write_label_matrix(const graph *g, int **label_matrix) {
@@ -50,6 +85,9 @@ isomorphism_start setup_isomorphism_work_area(const isomorphism_work *work) {
     if (start.vertex == -1)
       start.vertex = i;
   }
+  for (int i = 0; i < vs; i++)
+    work->twins[i] = first_twin(work, i);
+  std::fill_n(work->last_twin, vs, -1);
   write_label_matrix(work->g2, work->label_matrix);
   return start;
 }
@@ -94,6 +132,37 @@ bool isomorphism_candidate(const isomorphism_work *work, int u, int degree,
          (depth == 0 || graph_check_edges_by_matrix(work, u, w));
 }
 
+// How many unmapped neighbours of u have the labels of its slot j.
+static int wanted_neighbours(const isomorphism_work *work, int u, int j) {
+  const graph *g = work->g1;
+  int wanted = 0;
+  const int end = graph_unmark(g->v[u + 1]);
+  for (int k = graph_unmark(g->v[u]); k < end; k++)
+    wanted += !graph_is_disabled(g->e[k]) && work->map[g->e[k]] == -1 &&
+              g->elabel[k] == g->elabel[j] &&
+              g->vlabel[g->e[k]] == g->vlabel[g->e[j]];
+  return wanted;
+}
+
+// Whether w has free neighbours enough, by labels, for u's unmapped ones.
+static bool has_room(const isomorphism_work *work, int u, int w) {
+  const graph *g1 = work->g1;
+  const graph *g2 = work->g2;
+  const int end = graph_unmark(g1->v[u + 1]);
+  for (int j = graph_unmark(g1->v[u]); j < end; j++) {
+    const int x = g1->e[j];
+    if (graph_is_disabled(x) || work->map[x] != -1)
+      continue;
+    int missing = wanted_neighbours(work, u, j);
+    for (int k = g2->v[w]; k < g2->v[w + 1] && missing > 0; k++)
+      missing -= !work->used[g2->e[k]] && g2->elabel[k] == g1->elabel[j] &&
+                 g2->vlabel[g2->e[k]] == g1->vlabel[x];
+    if (missing > 0)
+      return false;
+  }
+  return true;
+}
+
 void isomorphism_map_vertex(const isomorphism_work *work, int u, int w) {
   work->map[u] = w;
   work->used[w] = 1;
@@ -125,10 +194,14 @@ static int choose_next(const graph *g, const int *map) {
 int isomorphism_and_order(const isomorphism_work *work, int u, int depth) {
   counters.searches++;
   const int degree = graph_vertex_degree(work->g1, u);
-  for (int w = 0; w < work->g2->vs; w++) {
-    if (!isomorphism_candidate(work, u, degree, w, depth))
+  int *const last_twin = &work->last_twin[work->twins[u]];
+  const int last = *last_twin;
+  for (int w = last + 1; w < work->g2->vs; w++) {
+    if (!isomorphism_candidate(work, u, degree, w, depth) ||
+        !has_room(work, u, w))
       continue;
     work->order[depth] = u;
+    *last_twin = w;
     isomorphism_map_vertex(work, u, w);
     if (depth + 1 == work->g1->vs)
       return 1;
@@ -138,6 +211,7 @@ int isomorphism_and_order(const isomorphism_work *work, int u, int depth) {
       return 1;
     isomorphism_unmap_vertex(work, u);
   }
+  *last_twin = last;
   return 0;
 }
 
@@ -152,14 +226,19 @@ int isomorphism_by_order(const isomorphism_work *work, int depth) {
     return 1;
   const int u = work->order[depth];
   const int degree = graph_vertex_degree(work->g1, u);
-  for (int w = 0; w < work->g2->vs; w++) {
-    if (!isomorphism_candidate(work, u, degree, w, depth))
+  int *const last_twin = &work->last_twin[work->twins[u]];
+  const int last = *last_twin;
+  for (int w = last + 1; w < work->g2->vs; w++) {
+    if (!isomorphism_candidate(work, u, degree, w, depth) ||
+        !has_room(work, u, w))
       continue;
+    *last_twin = w;
     isomorphism_map_vertex(work, u, w);
     if (depth + 1 == work->g1->vs || isomorphism_by_order(work, depth + 1))
       return 1;
     isomorphism_unmap_vertex(work, u);
   }
+  *last_twin = last;
   return 0;
 }
 

@@ -23,6 +23,8 @@ struct isomorphism_work {
   int *active;        // g1->vs: 1 for vertices fixed in advance
   int *map;           // g1->vs: the image of each vertex, or -1
   int *order;         // g1->vs: the vertex matched at each depth, or -1
+  int *twins;         // g1->vs: for a free leaf, the first of its twins
+  int *last_twin;     // g1->vs: by first twin, the largest image so far, or -1
 };
 
 // Where a search starts.

@@ -19,7 +19,7 @@ namespace {
 struct isomorphism_state {
   xptr<int *> matrix; // capacity rows, followed by their cells
   int capacity = 0;   // vertices the matrix was built for
-  xvector<int> ints1; // four arrays by g1 vertex
+  xvector<int> ints1; // six arrays by g1 vertex
   xvector<int> ints2; // two arrays by g2 vertex
   uint64_t calls = 0;
 };
@@ -70,7 +70,7 @@ isomorphism_call::isomorphism_call(const graph *g1, const graph *g2, int *map,
   state.calls++;
   if (graph_active_vertices(g1) > g2->vs)
     die("isomorphism.c", "g1 must be smaller than g2\n");
-  int *const by_g1 = grown(&state.ints1, 4, g1->vs);
+  int *const by_g1 = grown(&state.ints1, 6, g1->vs);
   int *const by_g2 = grown(&state.ints2, 2, g2->vs);
   work.g1 = g1;
   work.g2 = g2;
@@ -81,6 +81,8 @@ isomorphism_call::isomorphism_call(const graph *g1, const graph *g2, int *map,
   work.map = map ? map : by_g1 + g1->vs;
   work.order = order ? order : by_g1 + 2 * g1->vs;
   work.active = by_g1 + 3 * g1->vs;
+  work.twins = by_g1 + 4 * g1->vs;
+  work.last_twin = by_g1 + 5 * g1->vs;
   std::fill_n(work.active, g1->vs, 0);
 }
 
