@@ -42,8 +42,13 @@ TEST(Refine, VerticesCompareByPartDegreeLabelAndLists) {
   far.part = 2;
   cl_edge list_a[] = {{1, &near}, {1, &near}};
   cl_edge list_b[] = {{1, &near}, {1, &far}};
-  cl_vertex a = {.degree = 2, .label = 5, .part = 1, .adj = list_a};
-  cl_vertex b = {.degree = 2, .label = 5, .part = 1, .adj = list_b};
+  cl_vertex a = {};
+  a.part = 1;
+  a.degree = 2;
+  a.label = 5;
+  a.adj = list_a;
+  cl_vertex b = a;
+  b.adj = list_b;
   EXPECT_EQ(compare_vertices(&a, &b), -2);
   EXPECT_EQ(compare_vertices(&b, &a), 2);
   EXPECT_EQ(compare_vertices(&a, &a), 0);
