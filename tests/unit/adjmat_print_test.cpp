@@ -2,24 +2,12 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <string>
 
 #include "support/graphs.h"
+#include "support/streams.h"
 
 namespace kestro {
-
-// What print(stream) writes.
-template <class Print> static std::string printed(Print print) {
-  char *text = nullptr;
-  size_t length = 0;
-  FILE *stream = open_memstream(&text, &length);
-  print(stream);
-  fclose(stream);
-  std::string result(text, length);
-  free(text);
-  return result;
-}
 
 static adjmat_ptr filled(const graph *g) {
   adjmat_ptr m(cl_new_adjmat(g->vs));
@@ -31,7 +19,7 @@ TEST(AdjmatPrint, TableFollowsThePositions) {
   const graph_ptr g = make_graph({5, 7, 6}, {{0, 1, 2}, {1, 2, 12}});
   const adjmat_ptr m = filled(g.get());
   cl_swap_positions(m.get(), 0, 2);
-  EXPECT_EQ(printed([&](FILE *out) { cl_print_adjmat(m.get(), out); }),
+  EXPECT_EQ(written_text([&](FILE *out) { cl_print_adjmat(m.get(), out); }),
             "perm: 2  1  0\n"
             "part : 0  3\n"
             "\n"
@@ -53,7 +41,7 @@ TEST(AdjmatPrint, PartsShowInTheirLines) {
   m->part[1] = 1;
   m->part[2] = 2;
   m->vertex[1].part = 1;
-  EXPECT_EQ(printed([&](FILE *out) { cl_print_adjmat(m.get(), out); }),
+  EXPECT_EQ(written_text([&](FILE *out) { cl_print_adjmat(m.get(), out); }),
             "perm:0 1\n"
             "part :0 1 2\n"
             "\n"
@@ -72,7 +60,7 @@ TEST(AdjmatPrint, NeighbourNeverFilledShowsAsNull) {
   const adjmat_ptr m = filled(path_graph(3).get());
   m->vertex[1].adj[0].v = nullptr;
   const std::string text =
-      printed([&](FILE *out) { cl_print_adjmat(m.get(), out); });
+      written_text([&](FILE *out) { cl_print_adjmat(m.get(), out); });
   EXPECT_NE(text.find("1 1|1 0 1| null 1->0(2)\n"), std::string::npos) << text;
 }
 
@@ -80,7 +68,7 @@ TEST(AdjmatPrint, GraphShowsItsKeyFirst) {
   const graph_ptr g = make_graph({0}, {});
   g->vid[0] = -4;
   g->key = 0xabc;
-  EXPECT_EQ(printed([&](FILE *out) { cl_print_graph(g.get(), out); }),
+  EXPECT_EQ(written_text([&](FILE *out) { cl_print_graph(g.get(), out); }),
             "key: abc\n"
             "perm: 0\n"
             "part : 0  1\n"
