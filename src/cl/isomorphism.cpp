@@ -191,6 +191,13 @@ static int choose_next(const graph *g, const int *map) {
   return -1;
 }
 
+// The last vertex completes the mapping; no step reads the counts any more.
+static int map_last_vertex(const isomorphism_work *work, int u, int w) {
+  work->map[u] = w;
+  work->used[w] = 1;
+  return 1;
+}
+
 int isomorphism_and_order(const isomorphism_work *work, int u, int depth) {
   counters.searches++;
   const int degree = graph_vertex_degree(work->g1, u);
@@ -201,10 +208,10 @@ int isomorphism_and_order(const isomorphism_work *work, int u, int depth) {
         !has_room(work, u, w))
       continue;
     work->order[depth] = u;
+    if (depth + 1 == work->g1->vs)
+      return map_last_vertex(work, u, w);
     *last_twin = w;
     isomorphism_map_vertex(work, u, w);
-    if (depth + 1 == work->g1->vs)
-      return 1;
     const int next_u = choose_next(work->g1, work->map);
     KESTRO_CHECK(next_u != -1);
     if (isomorphism_and_order(work, next_u, depth + 1))
@@ -232,9 +239,11 @@ int isomorphism_by_order(const isomorphism_work *work, int depth) {
     if (!isomorphism_candidate(work, u, degree, w, depth) ||
         !has_room(work, u, w))
       continue;
+    if (depth + 1 == work->g1->vs)
+      return map_last_vertex(work, u, w);
     *last_twin = w;
     isomorphism_map_vertex(work, u, w);
-    if (depth + 1 == work->g1->vs || isomorphism_by_order(work, depth + 1))
+    if (isomorphism_by_order(work, depth + 1))
       return 1;
     isomorphism_unmap_vertex(work, u);
   }

@@ -43,8 +43,8 @@ isomorphism_start setup_isomorphism_work_area(const isomorphism_work *work);
 // but for what is fixed.
 int isomorphism_and_order(const isomorphism_work *work, int u, int depth);
 
-// The same along the given order, which must hold the fixed vertices among the
-// positions before depth or pass them by; 1 or 0.
+// The same along the given order, in which the fixed vertices come first; fixed
+// vertices at depth and behind it are passed by.
 int isomorphism_by_order(const isomorphism_work *work, int depth);
 
 // Pushes every mapping that extends the fixed part, g1->vs ints each, in

@@ -1,0 +1,225 @@
+#include "cl/canonical.h"
+
+#include <gtest/gtest.h>
+
+#include <climits>
+
+#include "cl/canonical_search.h"
+#include "support/graphs.h"
+
+namespace kestro {
+
+namespace {
+
+// Sets the stabilizer threshold for one scope.
+struct threshold_scope {
+  int before = cl_get_stabilizer_threshold();
+  explicit threshold_scope(int n) { cl_set_stabilizer_threshold(n); }
+  ~threshold_scope() { cl_set_stabilizer_threshold(before); }
+};
+
+} // namespace
+
+static graph_ptr canonical(const graph *g) {
+  graph_ptr copy(graph_copy(g));
+  cl_canonicalize_graph(copy.get());
+  return copy;
+}
+
+// Steps of the stabilizer search that a graph takes.
+static uint64_t stabilizer_steps(const graph *g) {
+  const uint64_t before = cl_stabilizer_calls();
+  canonical(g);
+  return cl_stabilizer_calls() - before;
+}
+
+// A form of g must be g with its vertices renamed as vid tells.
+static void expect_form_of(const graph *form, const graph *g) {
+  std::vector<int> to(static_cast<size_t>(g->vs));
+  for (int i = 0; i < g->vs; i++)
+    to[static_cast<size_t>(form->vid[i])] = i;
+  EXPECT_TRUE(same_structure(relabelled(g, to).get(), form));
+}
+
+// All relabelled copies must come to the same form and key.
+static void expect_one_form(const graph *g, test_rng &rng) {
+  const graph_ptr form = canonical(g);
+  expect_form_of(form.get(), g);
+  for (int copy = 0; copy < 5; copy++) {
+    const std::vector<int> to = random_permutation(rng, g->vs);
+    graph_ptr other = relabelled(g, to);
+    std::copy_n(identity_of(g->vs).begin(), g->vs, other->vid);
+    const graph_ptr other_form = canonical(other.get());
+    EXPECT_TRUE(same_structure(other_form.get(), form.get()));
+    EXPECT_EQ(other_form->key, form->key);
+    expect_form_of(other_form.get(), other.get());
+  }
+}
+
+TEST(Canonical, ThresholdIsFiveUntilSet) {
+  EXPECT_EQ(cl_get_stabilizer_threshold(), 5);
+  const threshold_scope scope(-3);
+  EXPECT_EQ(cl_get_stabilizer_threshold(), -3);
+}
+
+TEST(Canonical, DiscreteRefinementIsTheForm) {
+  // Centre first for its degree, then the ends by label.
+  const threshold_scope scope(1);
+  const graph_ptr g = make_graph({7, 3, 5}, {{0, 1, 8}, {1, 2, 9}});
+  EXPECT_EQ(stabilizer_steps(g.get()), 0u);
+  const uint32_t key = cl_canonicalize_graph(g.get());
+  const graph_ptr expected = make_graph({3, 5, 7}, {{0, 2, 8}, {0, 1, 9}});
+  EXPECT_TRUE(same_structure(g.get(), expected.get()));
+  EXPECT_EQ(vlabels_of(g.get()), (std::vector<int>{3, 5, 7}));
+  EXPECT_EQ(std::vector<int>(g->vid, g->vid + 3), (std::vector<int>{1, 2, 0}));
+  EXPECT_EQ(key, graph_key(expected.get()));
+  EXPECT_EQ(g->key, key);
+}
+
+TEST(Canonical, VidIsCarriedAlongUntouched) {
+  const graph_ptr g = make_graph({7, 3, 5}, {{0, 1}, {1, 2}});
+  const int vids[] = {-20, 400, 0};
+  std::copy_n(vids, 3, g->vid);
+  cl_canonicalize_graph(g.get());
+  EXPECT_EQ(std::vector<int>(g->vid, g->vid + 3),
+            (std::vector<int>{400, 0, -20}));
+}
+
+TEST(Canonical, OneVertexAndNoVertex) {
+  const graph_ptr one = make_graph({4}, {});
+  EXPECT_EQ(cl_canonicalize_graph(one.get()), graph_key(one.get()));
+  EXPECT_EQ(one->vlabel[0], 4);
+  const graph_ptr none = make_graph({}, {});
+  EXPECT_EQ(cl_canonicalize_graph(none.get()), graph_key(none.get()));
+}
+
+TEST(Canonical, ExhaustiveFormIsOneForAllCopies) {
+  const threshold_scope scope(INT_MAX);
+  test_rng rng(5);
+  for (int round = 0; round < 80; round++) {
+    const graph_ptr g = random_graph(rng, {.vs = 2 + round % 5,
+                                           .extra_edges = random_below(rng, 6),
+                                           .vlabels = 1 + round % 2,
+                                           .elabels = 1 + round % 3});
+    expect_one_form(g.get(), rng);
+  }
+}
+
+TEST(Canonical, ExhaustiveFormsAreEqualOnlyWhenIsomorphic) {
+  const threshold_scope scope(INT_MAX);
+  test_rng rng(6);
+  int isomorphic = 0;
+  for (int round = 0; round < 300; round++) {
+    const random_graph_shape shape = {.vs = 4,
+                                      .extra_edges = 1 + round % 3,
+                                      .vlabels = 1 + round % 2,
+                                      .elabels = 1};
+    const graph_ptr a = random_graph(rng, shape);
+    const graph_ptr b = random_graph(rng, shape);
+    const bool same = a->es == b->es && !naive_maps(a.get(), b.get()).empty();
+    isomorphic += same;
+    EXPECT_EQ(
+        same_structure(canonical(a.get()).get(), canonical(b.get()).get()),
+        same)
+        << round;
+  }
+  EXPECT_GT(isomorphic, 20);
+  EXPECT_LT(isomorphic, 280);
+}
+
+TEST(Canonical, TreesHaveOneFormUnderEveryThreshold) {
+  for (const int threshold : {1, 3, 5}) {
+    const threshold_scope scope(threshold);
+    test_rng rng(7);
+    for (int round = 0; round < 60; round++) {
+      const graph_ptr g = random_graph(rng, {.vs = 1 + round % 8,
+                                             .extra_edges = 0,
+                                             .vlabels = 1 + round % 2,
+                                             .elabels = 1});
+      expect_one_form(g.get(), rng);
+    }
+  }
+}
+
+TEST(Canonical, RingsAndCompleteGraphsHaveOneFormUnderEveryThreshold) {
+  test_rng rng(8);
+  for (const int threshold : {1, 5}) {
+    const threshold_scope scope(threshold);
+    for (int n = 3; n <= 7; n++)
+      expect_one_form(ring_graph(n).get(), rng);
+    for (int n = 2; n <= 5; n++)
+      expect_one_form(complete_graph(n).get(), rng);
+  }
+}
+
+TEST(Canonical, LargeDiscreteGraphsHaveOneForm) {
+  test_rng rng(9);
+  for (int round = 0; round < 5; round++) {
+    const graph_ptr g = random_graph(
+        rng, {.vs = 40, .extra_edges = 60, .vlabels = 40, .elabels = 9});
+    if (stabilizer_steps(g.get()) == 0)
+      expect_one_form(g.get(), rng);
+  }
+}
+
+TEST(Canonical, EveryThresholdGivesAFormOfTheGraph) {
+  test_rng rng(10);
+  for (int round = 0; round < 200; round++) {
+    const graph_ptr g = random_graph(rng, {.vs = 1 + round % 8,
+                                           .extra_edges = random_below(rng, 9),
+                                           .vlabels = 1 + round % 2,
+                                           .elabels = 1 + round % 2,
+                                           .connected = round % 4 != 0});
+    const threshold_scope scope(round % 7 - 1);
+    const graph_ptr form = canonical(g.get());
+    expect_form_of(form.get(), g.get());
+    EXPECT_EQ(form->key, graph_key(form.get()));
+  }
+}
+
+TEST(Canonical, PartSizeChoosesTheSearch) {
+  EXPECT_EQ(stabilizer_steps(ring_graph(4).get()), 0u);
+  EXPECT_GT(stabilizer_steps(ring_graph(5).get()), 0u);
+  EXPECT_EQ(stabilizer_steps(star_graph(5).get()), 0u);
+  EXPECT_GT(stabilizer_steps(star_graph(6).get()), 0u);
+}
+
+TEST(Canonical, ThresholdOneSendsAllToTheStabilizerSearch) {
+  const threshold_scope scope(1);
+  EXPECT_GT(stabilizer_steps(path_graph(2).get()), 0u);
+  EXPECT_GT(stabilizer_steps(path_graph(3).get()), 0u);
+  EXPECT_EQ(stabilizer_steps(make_graph({0, 1}, {{0, 1}}).get()), 0u);
+}
+
+TEST(Canonical, FirstOfEqualArrangementsIsKept) {
+  const graph_ptr g = complete_graph(4);
+  cl_canonicalize_graph(g.get());
+  EXPECT_EQ(std::vector<int>(g->vid, g->vid + 4), identity_of(4));
+}
+
+TEST(Canonical, WorkAreaServesGraphsOfAllSizes) {
+  cl_free_work_area();
+  const graph_ptr small = canonical(path_graph(4).get());
+  const graph_ptr large = canonical(path_graph(9).get());
+  EXPECT_TRUE(
+      same_structure(canonical(path_graph(4).get()).get(), small.get()));
+  cl_free_work_area();
+  EXPECT_TRUE(
+      same_structure(canonical(path_graph(9).get()).get(), large.get()));
+  EXPECT_TRUE(
+      same_structure(canonical(path_graph(4).get()).get(), small.get()));
+}
+
+TEST(Canonical, AdjmatEndsInOrderWithItsInverse) {
+  const graph_ptr g = ring_graph(6);
+  const adjmat_ptr m(cl_new_adjmat(6));
+  cl_graph_to_adjmat(g.get(), m.get());
+  cl_canonicalize_adjmat(m.get());
+  const graph_ptr form = canonical(g.get());
+  for (int i = 0; i < 6; i++) {
+    EXPECT_EQ(m->iperm[m->perm[i]], i);
+    EXPECT_EQ(m->perm[i], form->vid[i]);
+  }
+}
+
+} // namespace kestro
