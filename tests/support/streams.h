@@ -1,0 +1,29 @@
+// Text in and text out for functions that work on a FILE *.
+#pragma once
+
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+
+#include "base/utils.h"
+
+namespace kestro {
+
+// What write(stream) writes.
+template <class Callable> std::string written_text(Callable write) {
+  char *text = nullptr;
+  size_t length = 0;
+  FILE *stream = open_memstream(&text, &length);
+  write(stream);
+  fclose(stream);
+  const std::string written(text, length);
+  free(text);
+  return written;
+}
+
+// A stream that reads text, which must outlive it.
+inline file_ptr reading(const std::string &text) {
+  return file_ptr(fmemopen(const_cast<char *>(text.data()), text.size(), "r"));
+}
+
+} // namespace kestro
