@@ -1,5 +1,6 @@
 #include "base/error.h"
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <csignal>
@@ -98,16 +99,20 @@ TEST(Error, CheckFailureIsNoFatalError) {
   }
 }
 
-// Panics with standard output sent to standard error, where death tests look.
-static void panic_to_stderr() {
-  dup2(STDERR_FILENO, STDOUT_FILENO);
+// Panics with standard output sent elsewhere: death tests see standard error.
+[[noreturn]] static void panic_with_stdout_at(int descriptor) {
+  dup2(descriptor, STDOUT_FILENO);
   panic("some.c", "wrong by %d\n", 3);
 }
 
 TEST(ErrorDeathTest, PanicPrintsOnStandardOutputAndAborts) {
-  EXPECT_EXIT(panic_to_stderr(), testing::KilledBySignal(SIGABRT),
+  EXPECT_EXIT(panic_with_stdout_at(STDERR_FILENO),
+              testing::KilledBySignal(SIGABRT),
               "^some\\.c:[0-9]+: wrong by 3\n$");
-  EXPECT_EXIT(panic("some.c", "wrong by %d\n", 3),
+}
+
+TEST(ErrorDeathTest, PanicPrintsNothingOnStandardError) {
+  EXPECT_EXIT(panic_with_stdout_at(open("/dev/null", O_WRONLY)),
               testing::KilledBySignal(SIGABRT), "^$");
 }
 
