@@ -72,10 +72,10 @@ TEST(IsConnected, DisabledSlotsAreNotFollowed) {
 }
 
 TEST(IsConnected, EndsOfRangesAreReadThroughMarks) {
-  const graph_ptr g = path_graph(3);
-  graph_toggle(&g->e[2]); // 1-2 and vertex 2 off: v[2] ends the list of 1
-  graph_toggle(&g->e[3]);
-  graph_toggle(&g->v[2]);
+  const graph_ptr g = star_graph(3); // e = 1 2 | 0 | 0
+  graph_toggle(&g->e[0]);            // 0-1 and vertex 1 off: v[1] ends the
+  graph_toggle(&g->e[2]);            // list of 0, which leads on to 2
+  graph_toggle(&g->v[1]);
   EXPECT_EQ(graph_is_connected(g.get()), 1);
 }
 

@@ -72,14 +72,13 @@ TEST(GraphPrint, WidthCountsTheDigitsOfPowersOfTen) {
 }
 
 TEST(GraphPrint, WidthCountsTheSlots) {
-  // Six edges around vertex 0 make twelve slots; no other value has two digits
-  // but the offset 11.
-  EXPECT_EQ(printed(star_graph(7)), "key: 0\n"
-                                    "#:                 0| 1| 2| 3| 4| 5| 6\n"
-                                    "v:                 0| 6| 7| 8| 9|10|11\n"
-                                    "V:                 0| 0| 0| 0| 0| 0| 0\n"
-                                    "e:  1  2  3  4  5  6| 0| 0| 0| 0| 0| 0\n"
-                                    "E:  0  0  0  0  0  0| 0| 0| 0| 0| 0| 0\n");
+  // Five edges make ten slots; every other value has one digit.
+  EXPECT_EQ(printed(star_graph(6)), "key: 0\n"
+                                    "#:              0| 1| 2| 3| 4| 5\n"
+                                    "v:              0| 5| 6| 7| 8| 9\n"
+                                    "V:              0| 0| 0| 0| 0| 0\n"
+                                    "e:  1  2  3  4  5| 0| 0| 0| 0| 0\n"
+                                    "E:  0  0  0  0  0| 0| 0| 0| 0| 0\n");
 }
 
 TEST(GraphPrint, MarksAreShownAsStoredInWiderCells) {
