@@ -240,23 +240,28 @@ rbt_key rbt_delete(rbt_node *node, rbt *tree) {
 }
 
 // Black nodes on every path from node down to the sentinel.
-static int checked_black_height(const rbt_node *node, const rbt *tree) {
+static int checked_black_height(const rbt_node *node) {
   if (rbt_nil(node))
     return 0;
   assert(rbt_nil(node->l) || node->l->p == node);
   assert(rbt_nil(node->r) || node->r->p == node);
-  assert(rbt_nil(node->l) || tree->compare(node->l->key, node->key) < 0);
-  assert(rbt_nil(node->r) || tree->compare(node->r->key, node->key) > 0);
   assert(!node->red || (!node->l->red && !node->r->red));
-  const int height = checked_black_height(node->l, tree);
-  assert(height == checked_black_height(node->r, tree));
+  const int height = checked_black_height(node->l);
+  assert(height == checked_black_height(node->r));
   return height + !node->red;
 }
 
 void rbt_check(const rbt *tree) {
   assert(!state.nil.red);
   assert(!tree->root->red);
-  checked_black_height(tree->root, tree);
+  assert(rbt_nil(tree->root) || rbt_nil(tree->root->p));
+  checked_black_height(tree->root);
+  int nodes = 0;
+  for (rbt_node *x = rbt_min(tree->root), *next; x; x = next, nodes++) {
+    next = rbt_successor(x);
+    assert(!next || tree->compare(x->key, next->key) < 0);
+  }
+  assert(nodes == tree->count);
 }
 
 static void print_child(const rbt_node *child,

@@ -54,7 +54,8 @@ bool rbt_is_nil(const rbt_node *node);
 // Frees every node on this thread's free list.
 void rbt_release_nodes();
 
-// Dies through an assertion unless tree is a red-black tree in order.
+// Dies through an assertion unless tree is a red-black tree, its keys in
+// ascending order and counted.
 void rbt_check(const rbt *tree);
 
 // Debug print of a subtree to out, indented by depth.

@@ -47,7 +47,8 @@ const char *basename(const char *path) {
 }
 
 char *chomp_newlines(char *text) {
-  text[strcspn(text, "\n")] = '\0';
+  for (char *newline = text; (newline = strchr(newline, '\n'));)
+    *newline++ = '\0';
   return text;
 }
 

@@ -29,7 +29,8 @@ double cpu_time();
 // What follows the last "/" of path, as an address inside path.
 const char *basename(const char *path);
 
-// Ends text at its first newline, in place; returns text.
+// Replaces every newline of text by a terminating zero; returns text, which so
+// ends at its first newline.
 char *chomp_newlines(char *text);
 
 // Differences of the first unequal key.  compar_int compares ints;

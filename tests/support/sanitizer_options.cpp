@@ -1,0 +1,13 @@
+// Lets allocations of absurd size return null under a sanitizer, as they do
+// without one: what becomes of a refused allocation is under test.
+
+extern "C" const char *__asan_default_options();
+extern "C" const char *__tsan_default_options();
+
+extern "C" const char *__asan_default_options() {
+  return "allocator_may_return_null=1";
+}
+
+extern "C" const char *__tsan_default_options() {
+  return "allocator_may_return_null=1";
+}
