@@ -250,15 +250,13 @@ bool plain_part_connected(const plain_graph &g, uint32_t keep) {
   return reached == keep;
 }
 
-std::vector<plain_graph> plain_deletions(const plain_graph &g) {
-  std::vector<plain_graph> rest;
+bool plain_delete(const plain_graph &g, size_t i, plain_graph *rest) {
   const uint32_t all = (uint32_t{1} << g.edges.size()) - 1;
-  for (size_t i = 0; i < g.edges.size(); i++) {
-    const uint32_t keep = all & ~(uint32_t{1} << i);
-    if (keep != 0 && plain_part_connected(g, keep))
-      rest.push_back(plain_part(g, keep));
-  }
-  return rest;
+  const uint32_t keep = all & ~(uint32_t{1} << i);
+  if (keep == 0 || !plain_part_connected(g, keep))
+    return false;
+  *rest = plain_part(g, keep);
+  return true;
 }
 
 std::string plain_invariant(const plain_graph &g) {

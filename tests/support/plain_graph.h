@@ -38,8 +38,9 @@ plain_graph plain_part(const plain_graph &g, uint32_t keep);
 // Whether the kept edges hang together; so do no edges and one edge.
 bool plain_part_connected(const plain_graph &g, uint32_t keep);
 
-// Every connected graph of one edge less, one per edge that can go.
-std::vector<plain_graph> plain_deletions(const plain_graph &g);
+// g without its i-th edge, and without an end that only this edge held, in
+// rest; false when that is nothing or falls apart.
+bool plain_delete(const plain_graph &g, size_t i, plain_graph *rest);
 
 // A text that isomorphic graphs share: how often each neighbourhood occurs.
 std::string plain_invariant(const plain_graph &g);

@@ -79,8 +79,10 @@ size_lists reference_frequent(const class_table &table, int min_count) {
 std::vector<int> reference_parents(const class_table &table,
                                    const plain_graph &g) {
   std::set<int> parents;
-  for (const plain_graph &rest : plain_deletions(g))
-    parents.insert(class_find(table, rest));
+  plain_graph rest;
+  for (size_t i = 0; i < g.edges.size(); i++)
+    if (plain_delete(g, i, &rest))
+      parents.insert(class_find(table, rest));
   return {parents.begin(), parents.end()};
 }
 
@@ -99,7 +101,10 @@ struct candidate_filter {
   void offer(const plain_graph &g) {
     if (!seen.insert(plain_text(g)).second)
       return;
-    for (const plain_graph &rest : plain_deletions(g)) {
+    plain_graph rest;
+    for (size_t i = 0; i < g.edges.size(); i++) {
+      if (!plain_delete(g, i, &rest))
+        continue;
       const int parent = class_find(table, rest);
       if (parent < 0 || !frequent[static_cast<size_t>(parent)])
         return;
