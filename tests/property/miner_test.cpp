@@ -230,8 +230,7 @@ private:
             "a TID list too many");
     for (const written_pattern &p : result.patterns)
       require(result.tids.count(p.name) > 0 &&
-                  result.tids.at(p.name) ==
-                      class_at(class_of_.at(p.name)).tids,
+                  result.tids.at(p.name) == class_at(class_of_.at(p.name)).tids,
               "a wrong TID list", p);
   }
 
@@ -311,11 +310,12 @@ TEST_P(Miner, WritesWhatTheReferenceFinds) {
     const mining_case c =
         case_of_seed(static_cast<uint64_t>(GetParam() * seeds_per_test + i));
     const std::string found = difference(c);
-    if (const known_limit *limit = find_limit(c.seed))
+    if (const known_limit *limit = find_limit(c.seed)) {
       EXPECT_NE(found, "") << "seed " << c.seed
                            << " no longer shows: " << limit->reason;
-    else if (!found.empty())
+    } else if (!found.empty()) {
       ADD_FAILURE() << shrunk(c);
+    }
   }
 }
 
