@@ -22,7 +22,7 @@ namespace kestro {
 
 namespace {
 
-constexpr int pairs_per_test = 1300;
+constexpr int pairs_per_test = 1600;
 constexpr int test_count = 8;
 
 plain_graph plain_of(const graph *g) {

@@ -92,14 +92,14 @@ run_result run(const mining_case &c, bool maximal) {
   const std::string input = directory.file("in.txt");
   std::ofstream(input) << database_text(c.database, c.style);
   options o;
-  options_init(&o);
+  o.input_file = input.c_str();
   o.support = c.support;
   o.minsize = c.min_size;
   o.maxsize = c.max_size;
   o.tid_list = o.parent_children_list = o.candidates = 1;
   o.maximal = maximal;
   const file_ptr report(open_file(directory.file("report").c_str(), "w"));
-  run_kestro(&o, input.c_str(), report.get());
+  run_kestro(&o, report.get());
   return {read_patterns(directory.file("in.fp")),
           read_patterns(directory.file("in.c.g")),
           read_tids(directory.file("in.tid")),
