@@ -29,6 +29,7 @@ namespace {
 
 constexpr int seeds_per_test = 20;
 constexpr int test_count = 26;
+constexpr int edge_limit = 9; // of a transaction
 
 // Seeds whose run is known to differ from the definition, and why.  They are
 // run too, and must differ: a seed that agrees has to leave the list.
@@ -52,7 +53,7 @@ mining_case case_of_seed(uint64_t seed) {
   dice chance(seed);
   mining_case c{};
   c.seed = seed;
-  c.database = random_database(&chance, 9);
+  c.database = random_database(&chance, edge_limit);
   c.style = random_style(&chance);
   c.support = chance.between(200, 800) / 10.0;
   c.min_size = chance.one_in(6) ? chance.between(2, 4) : 1;
@@ -111,7 +112,7 @@ run_result run(const mining_case &c, bool maximal) {
 class comparison {
 public:
   explicit comparison(const mining_case &c)
-      : case_(c), table_(reference_classes(c.database, 9)),
+      : case_(c), table_(reference_classes(c.database, edge_limit)),
         min_count_(reference_min_count(c.support,
                                        static_cast<int>(c.database.size()))),
         frequent_(reference_frequent(table_, min_count_)),
