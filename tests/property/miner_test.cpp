@@ -31,14 +31,6 @@ constexpr int seeds_per_test = 20;
 constexpr int test_count = 26;
 constexpr int edge_limit = 9; // of a transaction
 
-// Seeds whose run is known to differ from the definition, and why.  They are
-// run too, and must differ: a seed that agrees has to leave the list.
-struct known_limit {
-  uint64_t seed;
-  const char *reason;
-};
-const std::vector<known_limit> known_limits = {};
-
 struct mining_case {
   uint64_t seed;
   std::vector<plain_graph> database;
@@ -295,13 +287,6 @@ std::string shrunk(mining_case c) {
          "\nin the database\n" + database_text(c.database, c.style);
 }
 
-const known_limit *find_limit(uint64_t seed) {
-  for (const known_limit &limit : known_limits)
-    if (limit.seed == seed)
-      return &limit;
-  return nullptr;
-}
-
 } // namespace
 
 class Miner : public testing::TestWithParam<int> {};
@@ -310,16 +295,33 @@ TEST_P(Miner, WritesWhatTheReferenceFinds) {
   for (int i = 0; i < seeds_per_test; i++) {
     const mining_case c =
         case_of_seed(static_cast<uint64_t>(GetParam() * seeds_per_test + i));
-    const std::string found = difference(c);
-    if (const known_limit *limit = find_limit(c.seed)) {
-      EXPECT_NE(found, "") << "seed " << c.seed
-                           << " no longer shows: " << limit->reason;
-    } else if (!found.empty()) {
+    if (!difference(c).empty())
       ADD_FAILURE() << shrunk(c);
-    }
   }
 }
 
 INSTANTIATE_TEST_SUITE_P(Seeds, Miner, testing::Range(0, test_count));
+
+// The one departure from the definition.  When all vertices of a graph look
+// alike to refinement though no automorphism relates them all, the canonical
+// form depends on the vertex order that came in, and one graph can be listed in
+// two forms.  The smallest such graph known joins three vertices with three
+// others, a perfect matching of it with another label: nine edges, so that up
+// to eight all is well.
+TEST(MinerLimits, AGraphTooSymmetricToOrderIsListedTwice) {
+  mining_case c{};
+  c.database = plain_read("t\n"
+                          "v 0 a\nv 1 a\nv 2 a\nv 3 a\nv 4 a\nv 5 a\n"
+                          "u 0 3 y\nu 0 4 x\nu 0 5 x\n"
+                          "u 1 3 x\nu 1 4 y\nu 1 5 x\n"
+                          "u 2 3 x\nu 2 4 x\nu 2 5 y\n");
+  c.support = 100;
+  c.min_size = 1;
+  c.max_size = 8;
+  EXPECT_EQ(difference(c), "");
+  c.max_size = 9;
+  EXPECT_EQ(difference(c).rfind("the same candidate twice: 9-1", 0), 0U)
+      << difference(c);
+}
 
 } // namespace kestro
