@@ -302,12 +302,12 @@ TEST_P(Miner, WritesWhatTheReferenceFinds) {
 
 INSTANTIATE_TEST_SUITE_P(Seeds, Miner, testing::Range(0, test_count));
 
-// The one departure from the definition.  When all vertices of a graph look
-// alike to refinement though no automorphism relates them all, the canonical
-// form depends on the vertex order that came in, and one graph can be listed in
-// two forms.  The smallest such graph known joins three vertices with three
-// others, a perfect matching of it with another label: nine edges, so that up
-// to eight all is well.
+// The one departure from the definition.  Where refinement leaves five vertices
+// or more alike, the search for the canonical form measures its branches
+// against the order that came in, and keeps that one when it begins better than
+// all of them; one graph can then be listed in several forms.  Three vertices
+// joined with three others, a perfect matching with another label, show it:
+// nine edges, and up to eight all is well.
 TEST(MinerLimits, AGraphTooSymmetricToOrderIsListedTwice) {
   mining_case c{};
   c.database = plain_read("t\n"
