@@ -2,6 +2,7 @@
 # FILE is completions/kestro.bash.
 set -u
 
+# shellcheck source=completions/kestro.bash
 source "$1"
 compopt() { :; } # works only while bash itself completes
 failures=0
