@@ -66,6 +66,14 @@ std::string message_text(place at, const char *format, ...)
 
 } // namespace kestro
 
+// Runs a whole-structure checker (graph_check, sg_set_check, rbt_check) in
+// builds that ask for it; they cost more than what they check.
+#if KESTRO_CHECKERS
+#define KESTRO_STRUCTURE(checker) checker
+#else
+#define KESTRO_STRUCTURE(checker) static_cast<void>(0)
+#endif
+
 // An assertion that input can break: throws check_failure instead of aborting.
 #define KESTRO_CHECK(expression)                                               \
   ((expression)                                                                \

@@ -148,6 +148,7 @@ rbt_node *rbt_insert(rbt_key key, rbt *tree) {
     parent->r = node;
   insert_fixup(node, tree);
   tree->count++;
+  KESTRO_STRUCTURE(rbt_check(tree));
   return node;
 }
 
@@ -236,6 +237,7 @@ rbt_key rbt_delete(rbt_node *node, rbt *tree) {
     delete_fixup(child, tree);
   recycle(spliced);
   tree->count--;
+  KESTRO_STRUCTURE(rbt_check(tree));
   return key;
 }
 

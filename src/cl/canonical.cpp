@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <cassert>
 
+#include "base/error.h"
 #include "cl/canonical_search.h"
 #include "cl/refine.h"
 
@@ -55,6 +56,7 @@ uint32_t cl_canonicalize_graph(graph *g) {
   cl_canonicalize_adjmat(m);
   cl_adjmat_to_graph(m, g);
   g->key = graph_key(g);
+  KESTRO_STRUCTURE(graph_check(g));
   return g->key;
 }
 

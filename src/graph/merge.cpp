@@ -89,6 +89,7 @@ static void add_edge(const graph *g2, int p, int q, int label, graph *result) {
   }
   assert(!flag_p && !flag_q);
   result->v[g2->vs] = out.count;
+  KESTRO_STRUCTURE(graph_check(result));
 }
 
 static int first_unmapped(const graph *g1, const int *map) {
@@ -133,6 +134,7 @@ void merge_graphs1(const graph *g1, const graph *g2, const int *map, int x,
   out.begin(n, g1->vlabel[x], n);
   out.slot(p, el);
   result->v[n + 1] = out.count;
+  KESTRO_STRUCTURE(graph_check(result));
 }
 
 int merge_graphs2(const graph *g1, const graph *g2, const int *map, int u,

@@ -166,6 +166,7 @@ void graph_copy_compacted(const graph *g, graph *out) {
   out->v[vs] = filled;
   out->es = es;
   out->vs = vs;
+  KESTRO_STRUCTURE(graph_check(out));
 }
 
 } // namespace kestro

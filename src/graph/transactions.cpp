@@ -125,6 +125,7 @@ public:
     fill_slots(sorted);
     for (int i = 0; i < g_->vs; i++)
       g_->vid[i] = i;
+    KESTRO_STRUCTURE(graph_check(g_));
   }
 
 private:

@@ -35,6 +35,7 @@ sg_set *sg_generate_candidates(const sg_set *children, const sg_set *cores) {
         sg_join_pair(sg_set_get(children, sg_child_at(core, i)),
                      sg_set_get(children, sg_child_at(core, j)), p, &context);
   }
+  KESTRO_STRUCTURE(sg_set_check(out.get()));
   stats_set(stats_candidates, k, sg_set_size(out.get()));
   return out.release();
 }

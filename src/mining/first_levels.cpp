@@ -167,6 +167,7 @@ sg_set *sg_frequent_edges(const ksstack *transactions, int minsup, int nel,
     }
   }
   sg_set_sort(level1.get());
+  KESTRO_STRUCTURE(sg_set_check(level1.get()));
   check_in_edges2(level1.get(), transactions, minsup, &table);
   stats_set(stats_frequent, 1, sg_set_size(level1.get()));
   return level1.release();
@@ -260,6 +261,7 @@ sg_set *sg_frequent_double_edges(sg_set *level1, const ksstack *transactions,
               register_double_edge_subgraph({va, vb, vc, ea, eb}, &table,
                                             level1, level2.get());
   sg_set_sort(level2.get());
+  KESTRO_STRUCTURE(sg_set_check(level2.get()));
   check_in_double_edges2(level2.get(), transactions, minsup, &table);
   register_children(level2.get(), level1);
   stats_set(stats_frequent, 2, sg_set_size(level2.get()));

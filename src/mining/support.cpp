@@ -108,6 +108,7 @@ sg_set *sg_count_frequents(sg_set *cand, sg_set *prev,
     sg_set_push(level.get(), std::move(sg));
   }
   sg_set_sort(level.get());
+  KESTRO_STRUCTURE(sg_set_check(level.get()));
   register_children(level.get(), prev);
   stats_set(stats_frequent, k, sg_set_size(level.get()));
   return level.release();
