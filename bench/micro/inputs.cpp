@@ -44,10 +44,10 @@ static int degree(const sketch &s, int u) {
       }));
 }
 
-// One of 0..n-1, half of the time 0, half of the rest 1 and so on.
+// One of 0..n-1: 0 three times in four, 1 in three quarters of the rest, ...
 static int draw_label(generator &draw, int n) {
   int label = 0;
-  while (label < n - 1 && draw_below(draw, 2) == 0)
+  while (label < n - 1 && draw_below(draw, 4) == 0)
     label++;
   return label;
 }
