@@ -1,0 +1,14 @@
+// One function per file of benchmarks: adds them to the list that main runs.
+// db must outlive the run.
+#pragma once
+
+#include "micro/inputs.h"
+
+namespace kestro {
+
+void register_parse_benchmarks(const database &db);
+void register_canonical_benchmarks();
+void register_closure_benchmarks(const database &db);
+void register_isomorphism_benchmarks(const database &db);
+
+} // namespace kestro

@@ -1,0 +1,70 @@
+// Registration of candidates, which is the downward-closure test and what comes
+// before it.
+//
+// All candidates of a size that passed the test are registered again, in three
+// settings: against the level they came from (all are accepted), against that
+// level without every other pattern (most are rejected, and go to the failed
+// candidates), and into a set that holds them already (all are duplicates).
+// One iteration registers them all.
+
+#include <benchmark/benchmark.h>
+
+#include "micro/benchmarks.h"
+#include "mining/registration.h"
+
+namespace kestro {
+
+// Copies of every step-th record, in order.
+static sg_set_ptr copy_records(const sg_set *s, int step) {
+  sg_set_ptr copy(sg_set_create());
+  for (int i = 0; i < sg_set_size(s); i += step)
+    sg_set_push(copy.get(), sg_ptr(sg_copy(sg_set_get(s, i))));
+  return copy;
+}
+
+static void register_all(const sg_set *candidates, sg_set *out,
+                         const sg_set *prev) {
+  failed_candidates failed;
+  for (int i = 0; i < sg_set_size(candidates); i++) {
+    sg_clear_parent(sg_set_get(candidates, i));
+    sg_register_candidate(sg_set_get(candidates, i), &failed, out, prev);
+  }
+}
+
+// known: out holds the candidates beforehand.
+static void measure(benchmark::State &state, const database &db, int step,
+                    bool known) {
+  const search_levels levels = mine_until(db, static_cast<int>(state.range(0)));
+  const sg_set_ptr candidates = copy_records(levels.candidates.get(), 1);
+  const sg_set_ptr prev = copy_records(levels.children.get(), step);
+  *sg_registration_counts() = {};
+  for (auto _ : state) {
+    if (known) {
+      register_all(candidates.get(), levels.candidates.get(), prev.get());
+      continue;
+    }
+    sg_set_ptr out(sg_set_create());
+    register_all(candidates.get(), out.get(), prev.get());
+  }
+  const registration_counts &counts = *sg_registration_counts();
+  const auto attempts = static_cast<double>(counts.attempts);
+  state.SetItemsProcessed(counts.attempts);
+  state.counters["accepted"] = static_cast<double>(counts.accepted) / attempts;
+}
+
+void register_closure_benchmarks(const database &db) {
+  const auto add = [&](const char *name, int step, bool known) {
+    benchmark::RegisterBenchmark(name,
+                                 [&db, step, known](benchmark::State &state) {
+                                   measure(state, db, step, known);
+                                 })
+        ->Arg(4)
+        ->Arg(6)
+        ->Unit(benchmark::kMicrosecond);
+  };
+  add("closure/accepted", 1, false);
+  add("closure/rejected", 2, false);
+  add("closure/duplicate", 1, true);
+}
+
+} // namespace kestro
