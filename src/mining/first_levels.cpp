@@ -1,17 +1,20 @@
 // Levels one and two.
 //
-// Every transaction is walked edge by edge, then path by path; a sorted set of
-// what it has shown already makes each pattern count once per transaction,
+// Every transaction is walked edge by edge, then path by path; a second table
+// of who was counted last makes each pattern count once per transaction,
 // whatever the number of its embeddings.  The frequent cells become records in
 // fixed layouts, which are the canonical forms of such graphs, so that later
-// look-ups by sg_compare find them.  A second walk fills the TID lists.
+// look-ups by sg_compare find them.  A second walk, with the patterns' ids in
+// the table, fills the TID lists and the first rows of embeddings.
 
 #include "mining/first_levels.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "base/error.h"
 #include "graph/graph_list.h"
+#include "mining/embeddings.h"
 #include "mining/label_table.h"
 #include "mining/parents.h"
 #include "mining/statistics.h"
@@ -29,25 +32,12 @@ struct path_key {
   int va, vb, vc, ea, eb;
 };
 
+// The vertices of a path in a transaction.
+struct path_ends {
+  int centre, a, b;
+};
+
 } // namespace
-
-template <class Key> static int compare_keys(const void *a, const void *b) {
-  return compare_int_arrays(static_cast<const int *>(a),
-                            static_cast<const int *>(b),
-                            static_cast<int>(sizeof(Key) / sizeof(int)));
-}
-
-// Adds key to a transaction's sorted set; false when it is there already.
-template <class Key> static bool is_new(const Key &key, ksstack *seen) {
-  if (ksstack_bsearch(&key, seen, compare_keys<Key>))
-    return false;
-  ksstack_insert_sorted(&key, seen, compare_keys<Key>);
-  return true;
-}
-
-template <class Key> static ksstack_ptr new_seen() {
-  return ksstack_ptr(ksstack_new(128, static_cast<int>(sizeof(Key))));
-}
 
 // Calls visit with the key of every slot whose own end has the smaller label.
 template <class Visit> static void walk_edges(const graph *t, Visit visit) {
@@ -58,7 +48,7 @@ template <class Visit> static void walk_edges(const graph *t, Visit visit) {
 }
 
 // Calls visit with the key of every path u-w-x whose end u has the smaller
-// label.
+// label, and with its vertices: centre, va's end, vb's end.
 template <class Visit> static void walk_paths(const graph *t, Visit visit) {
   for (int u = 0; u < t->vs; u++) {
     for (int j = t->v[u]; j < t->v[u + 1]; j++) {
@@ -69,9 +59,12 @@ template <class Visit> static void walk_paths(const graph *t, Visit visit) {
           continue;
         path_key key = {t->vlabel[u], t->vlabel[x], t->vlabel[w], t->elabel[j],
                         t->elabel[k]};
-        if (key.va == key.vb && key.ea > key.eb)
+        path_ends ends = {w, u, x};
+        if (key.va == key.vb && key.ea > key.eb) {
           std::swap(key.ea, key.eb);
-        visit(key);
+          std::swap(ends.a, ends.b);
+        }
+        visit(key, ends);
       }
     }
   }
@@ -126,18 +119,26 @@ void sg_set_double_edge_graph(int ea, int eb, int va, int vb, int vc,
   g->key = graph_key(g);
 }
 
+// Appends a transaction to a TID list, once.
+static bool add_last_tid(subgraph *sg, int tid) {
+  const int *last = static_cast<const int *>(ksstack_top(sg->tid));
+  if (last && *last == tid)
+    return false;
+  sg_append_tid(sg, tid);
+  return true;
+}
+
 // Adds every transaction to the TID lists of its frequent edges.
 static void check_in_edges2(sg_set *level1, const ksstack *transactions,
-                            int minsup, edge_table *table) {
-  sg_ptr probe(sg_create(2, 2));
+                            edge_table *ids) {
+  for (int i = 0; i < sg_set_size(level1); i++) {
+    const graph *g = sg_set_get(level1, i)->g;
+    ids->at(g->vlabel[0], g->vlabel[1], g->elabel[0]) = i + 1;
+  }
   for (int tid = 0; tid < transactions->count; tid++) {
     walk_edges(graph_list_at(transactions, tid), [&](const edge_key &k) {
-      if (table->at(k.la, k.lb, k.e) < minsup)
-        return;
-      set_edge_graph(k.la, k.lb, k.e, probe.get());
-      subgraph *sgp = sg_set_find_record(level1, probe.get());
-      assert(sgp);
-      sg_add_tid(sgp, tid);
+      if (const int id = ids->at(k.la, k.lb, k.e))
+        add_last_tid(sg_set_get(level1, id - 1), tid);
     });
   }
 }
@@ -145,30 +146,32 @@ static void check_in_edges2(sg_set *level1, const ksstack *transactions,
 sg_set *sg_frequent_edges(const ksstack *transactions, int minsup, int nel,
                           int nvl) {
   edge_table table(nel, nvl);
-  ksstack_ptr seen = new_seen<edge_key>();
-  for (int tid = 0; tid < transactions->count; tid++) {
-    seen->count = 0;
-    walk_edges(graph_list_at(transactions, tid), [&](const edge_key &k) {
-      if (is_new(k, seen.get()))
-        table.at(k.la, k.lb, k.e)++;
-    });
+  {
+    edge_table last(nel, nvl); // TID + 1 of the transaction counted last
+    for (int tid = 0; tid < transactions->count; tid++) {
+      walk_edges(graph_list_at(transactions, tid), [&](const edge_key &k) {
+        if (std::exchange(last.at(k.la, k.lb, k.e), tid + 1) != tid + 1)
+          table.at(k.la, k.lb, k.e)++;
+      });
+    }
   }
 
   sg_set_ptr level1(sg_set_create());
   for (int la = 0; la < nvl; la++) {
     for (int lb = la; lb < nvl; lb++) {
       for (int e = 0; e < nel; e++) {
-        if (table.at(la, lb, e) < minsup)
+        const int count = std::exchange(table.at(la, lb, e), 0);
+        if (count < minsup)
           continue;
         sg_ptr sg(sg_create_edge(la, lb, e));
-        sg->count = table.at(la, lb, e);
+        sg->count = count;
         sg_set_push(level1.get(), std::move(sg));
       }
     }
   }
   sg_set_sort(level1.get());
   KESTRO_STRUCTURE(sg_set_check(level1.get()));
-  check_in_edges2(level1.get(), transactions, minsup, &table);
+  check_in_edges2(level1.get(), transactions, &table);
   stats_set(stats_frequent, 1, sg_set_size(level1.get()));
   return level1.release();
 }
@@ -200,9 +203,8 @@ void setup_double_edge_subgraph_parent_info(subgraph *sg,
   }
 }
 
-// Appends the record of one cell of the table.
-static void register_double_edge_subgraph(const path_key &k,
-                                          double_edge_table *table,
+// Appends the record of one frequent cell of the table.
+static void register_double_edge_subgraph(const path_key &k, int count,
                                           const sg_set *level1, sg_set *out) {
   const int va = k.va;
   const int vb = k.vb;
@@ -210,24 +212,40 @@ static void register_double_edge_subgraph(const path_key &k,
   const int eb = k.eb;
   assert(va < vb || (va == vb && ea <= eb));
   sg_ptr sg(sg_create_double_edge(ea, eb, va, vb, k.vc));
-  sg->count = table->at(va, vb, k.vc, ea, eb);
+  sg->count = count;
   setup_double_edge_subgraph_parent_info(sg.get(), level1);
   sg_set_push(out, std::move(sg));
 }
 
-// Adds every transaction to the TID lists of its frequent paths.
+static void push_path_row(const path_ends &ends, ksstack *rows) {
+  const row_vertex row[3] = {static_cast<row_vertex>(ends.centre),
+                             static_cast<row_vertex>(ends.a),
+                             static_cast<row_vertex>(ends.b)};
+  ksstack_push(row, rows);
+}
+
+// Adds every transaction to the TID lists of its frequent paths, with the first
+// place of each as its row.
 static void check_in_double_edges2(sg_set *level2, const ksstack *transactions,
-                                   int minsup, double_edge_table *table) {
-  sg_ptr probe(sg_create(4, 3));
+                                   double_edge_table *ids) {
+  embedding_budget budget(transactions);
+  for (int i = 0; i < sg_set_size(level2); i++) {
+    subgraph *sg = sg_set_get(level2, i);
+    const graph *g = sg->g;
+    ids->at(g->vlabel[1], g->vlabel[2], g->vlabel[0], g->elabel[0],
+            g->elabel[1]) = i + 1;
+    sg->rows = budget.take_rows(sg, sg->count);
+  }
   for (int tid = 0; tid < transactions->count; tid++) {
-    walk_paths(graph_list_at(transactions, tid), [&](const path_key &k) {
-      if (table->at(k.va, k.vb, k.vc, k.ea, k.eb) < minsup)
-        return;
-      sg_set_double_edge_graph(k.ea, k.eb, k.va, k.vb, k.vc, probe.get());
-      const int index = sg_set_find(level2, probe.get());
-      assert(index >= 0);
-      sg_add_tid(sg_set_get(level2, index), tid);
-    });
+    walk_paths(graph_list_at(transactions, tid),
+               [&](const path_key &k, const path_ends &ends) {
+                 const int id = ids->at(k.va, k.vb, k.vc, k.ea, k.eb);
+                 if (!id)
+                   return;
+                 subgraph *sg = sg_set_get(level2, id - 1);
+                 if (add_last_tid(sg, tid) && sg->rows)
+                   push_path_row(ends, sg->rows);
+               });
   }
 }
 
@@ -242,13 +260,16 @@ static void register_children(const sg_set *level2, const sg_set *level1) {
 sg_set *sg_frequent_double_edges(sg_set *level1, const ksstack *transactions,
                                  int minsup, int nel, int nvl) {
   double_edge_table table(nel, nvl);
-  ksstack_ptr seen = new_seen<path_key>();
-  for (int tid = 0; tid < transactions->count; tid++) {
-    seen->count = 0;
-    walk_paths(graph_list_at(transactions, tid), [&](const path_key &k) {
-      if (is_new(k, seen.get()))
-        table.at(k.va, k.vb, k.vc, k.ea, k.eb)++;
-    });
+  {
+    double_edge_table last(nel, nvl); // TID + 1 of the one counted last
+    for (int tid = 0; tid < transactions->count; tid++) {
+      walk_paths(graph_list_at(transactions, tid),
+                 [&](const path_key &k, const path_ends &) {
+                   int &seen = last.at(k.va, k.vb, k.vc, k.ea, k.eb);
+                   if (std::exchange(seen, tid + 1) != tid + 1)
+                     table.at(k.va, k.vb, k.vc, k.ea, k.eb)++;
+                 });
+    }
   }
 
   sg_set_ptr level2(sg_set_create());
@@ -256,13 +277,15 @@ sg_set *sg_frequent_double_edges(sg_set *level1, const ksstack *transactions,
     for (int vb = 0; vb < nvl; vb++)
       for (int vc = 0; vc < nvl; vc++)
         for (int ea = 0; ea < nel; ea++)
-          for (int eb = 0; eb < nel; eb++)
-            if (table.at(va, vb, vc, ea, eb) >= minsup)
-              register_double_edge_subgraph({va, vb, vc, ea, eb}, &table,
-                                            level1, level2.get());
+          for (int eb = 0; eb < nel; eb++) {
+            const int count = std::exchange(table.at(va, vb, vc, ea, eb), 0);
+            if (count >= minsup)
+              register_double_edge_subgraph({va, vb, vc, ea, eb}, count, level1,
+                                            level2.get());
+          }
   sg_set_sort(level2.get());
   KESTRO_STRUCTURE(sg_set_check(level2.get()));
-  check_in_double_edges2(level2.get(), transactions, minsup, &table);
+  check_in_double_edges2(level2.get(), transactions, &table);
   register_children(level2.get(), level1);
   stats_set(stats_frequent, 2, sg_set_size(level2.get()));
   return level2.release();

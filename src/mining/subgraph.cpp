@@ -28,6 +28,7 @@ static subgraph *lay_out(void *memory, int es, int vs) {
   sg->g = graph_init(sg + 1, es, vs);
   sg->count = 0;
   sg->child = sg->parent = sg->pid = sg->tid = sg->cover = nullptr;
+  sg->rows = nullptr;
   return sg;
 }
 
@@ -73,6 +74,7 @@ subgraph *sg_copy(const subgraph *sg) {
   copy->pid = copy_set(sg->pid);
   copy->tid = copy_set(sg->tid);
   copy->cover = copy_set(sg->cover);
+  copy->rows = copy_set(sg->rows);
   return copy.release();
 }
 
@@ -84,7 +86,8 @@ subgraph *sg_light_copy(const subgraph *sg, void *memory) {
 }
 
 void sg_free_sets(subgraph *sg) {
-  for (ksstack *s : {sg->child, sg->parent, sg->pid, sg->tid, sg->cover})
+  for (ksstack *s :
+       {sg->child, sg->parent, sg->pid, sg->tid, sg->cover, sg->rows})
     ksstack_free(s);
 }
 

@@ -21,6 +21,7 @@ struct subgraph {
   ksstack *pid;    // of two ints, the second unused: all parents
   ksstack *tid;    // of int: transactions, or their bound before the count
   ksstack *cover;  // of int: next-level patterns assigned to it; empty
+  ksstack *rows;   // embeddings by transaction (mining/embeddings.h), or null
 };
 
 // A way to reach a pattern from one of its parents, stored by value in blocks

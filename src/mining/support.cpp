@@ -8,10 +8,14 @@
 
 #include "mining/support.h"
 
+#include <algorithm>
+#include <utility>
+
 #include "base/error.h"
 #include "base/xmalloc.h"
-#include "cl/subgraph_isomorphism.h"
+#include "cl/search_plan.h"
 #include "graph/graph_list.h"
+#include "mining/embeddings.h"
 #include "mining/statistics.h"
 
 namespace kestro {
@@ -60,28 +64,96 @@ void sg_filter_candidates_by_support(sg_set *cand, const sg_set *prev,
   assert(old >= sg_set_size(cand));
 }
 
-int sg_count_support(subgraph *sg, const ksstack *transactions) {
-  const size_t vs = static_cast<size_t>(sg->g->vs);
-  xvector<int> map(vs);
-  xvector<int> order(vs);
-  ksstack_ptr tids(ksstack_new(1, static_cast<int>(sizeof(int))));
-  int matches = 0;
-  for (int i = 0; i < sg_tid_size(sg); i++) {
-    const int tid = sg_tid_at(sg, i);
-    const graph *t = graph_list_at(transactions, tid);
-    if (sg->g->es > t->es || sg->g->vs > t->vs)
-      continue;
-    const int found = matches == 0 ? graph_find_isomorphism_and_order(
-                                         sg->g, t, map.data(), order.data())
-                                   : graph_find_isomorphism_by_order(
-                                         sg->g, t, map.data(), order.data());
-    if (!found)
-      continue;
-    matches++;
-    ksstack_push(&tid, tids.get());
+namespace {
+
+// Walks one kept parent's transactions in step with the candidate's.
+struct parent_cursor {
+  const sg_parent *entry;
+  const subgraph *parent;
+  int at = 0; // position in the parent's tid
+
+  // The parent's row for transaction tid, which its list must hold; null when
+  // it has none.
+  const row_vertex *row(int tid) {
+    if (!parent->rows)
+      return nullptr;
+    const int *tids = ksstack_array<int>(parent->tid);
+    while (tids[at] < tid)
+      at++;
+    assert(tids[at] == tid);
+    return sg_row(parent, at);
   }
-  ksstack_free(sg->tid);
-  sg->tid = tids.release();
+};
+
+// Looks for one candidate in transaction after transaction.
+class occurrence_finder {
+public:
+  occurrence_finder(const subgraph *sg, const sg_set *prev,
+                    const xvector<int> &label_counts)
+      : sg_(sg), plan_(search_plan::rarest_first(sg->g, label_counts)),
+        map_(static_cast<size_t>(sg->g->vs)),
+        row_(static_cast<size_t>(sg->g->vs)) {
+    for (int i = 0; i < sg_parent_size(sg); i++) {
+      const sg_parent *entry = sg_parent_at(sg, i);
+      cursors_.push_back({entry, sg_set_get(prev, entry->pid)});
+    }
+  }
+
+  // Whether the candidate occurs in transaction t; where, is told by row().
+  bool find(const graph *t, int tid) {
+    for (parent_cursor &cursor : cursors_) {
+      const row_vertex *parent_row = cursor.row(tid);
+      if (parent_row &&
+          extend_row(sg_, cursor.entry, parent_row, t, row_.data()))
+        return true;
+    }
+    if (!plan_.find(t, map_.data()))
+      return false;
+    std::copy(map_.begin(), map_.end(), row_.begin());
+    return true;
+  }
+  const row_vertex *row() const { return row_.data(); }
+
+private:
+  const subgraph *sg_;
+  search_plan plan_;
+  xvector<parent_cursor> cursors_;
+  xvector<int> map_;
+  xvector<row_vertex> row_;
+};
+
+} // namespace
+
+xvector<int> count_vertex_labels(const ksstack *transactions) {
+  xvector<int> counts;
+  for (int i = 0; i < transactions->count; i++) {
+    const graph *t = graph_list_at(transactions, i);
+    for (int u = 0; u < t->vs; u++) {
+      const size_t label = static_cast<size_t>(t->vlabel[u]);
+      if (label >= counts.size())
+        counts.resize(label + 1, 0);
+      counts[label]++;
+    }
+  }
+  return counts;
+}
+
+int sg_count_support(subgraph *sg, const sg_set *prev,
+                     const ksstack *transactions,
+                     const xvector<int> &label_counts) {
+  occurrence_finder finder(sg, prev, label_counts);
+  int matches = 0;
+  int *tids = ksstack_array<int>(sg->tid);
+  for (int i = 0; i < sg_tid_size(sg); i++) {
+    const int tid = tids[i];
+    const graph *t = graph_list_at(transactions, tid);
+    if (sg->g->es > t->es || sg->g->vs > t->vs || !finder.find(t, tid))
+      continue;
+    tids[matches++] = tid;
+    if (sg->rows)
+      ksstack_push(finder.row(), sg->rows);
+  }
+  sg->tid->count = matches;
   return matches;
 }
 
@@ -93,20 +165,33 @@ static void register_children(const sg_set *level, sg_set *prev) {
   }
 }
 
+static void free_rows(sg_set *level) {
+  for (int i = 0; i < sg_set_size(level); i++)
+    ksstack_free(std::exchange(sg_set_get(level, i)->rows, nullptr));
+}
+
 sg_set *sg_count_frequents(sg_set *cand, sg_set *prev,
                            const ksstack *transactions, int minsup) {
   sg_set_ptr consumed(cand);
   const int k = sg_set_get(prev, 0)->g->es / 2 + 1;
   sg_set_ptr level(sg_set_create());
+  embedding_budget budget(transactions);
+  const xvector<int> label_counts = count_vertex_labels(transactions);
+  for (int i = 0; i < sg_set_size(prev); i++)
+    budget.charge(sg_set_get(prev, i));
   for (sg_ptr &sg : take_records(cand)) {
-    const int support = sg_count_support(sg.get(), transactions);
+    sg->rows = budget.take_rows(sg.get(), sg_tid_size(sg.get()));
+    const int support =
+        sg_count_support(sg.get(), prev, transactions, label_counts);
     if (support < minsup) {
+      budget.give_back(sg.get());
       sg.reset();
       continue;
     }
     sg->count = support;
     sg_set_push(level.get(), std::move(sg));
   }
+  free_rows(prev);
   sg_set_sort(level.get());
   KESTRO_STRUCTURE(sg_set_check(level.get()));
   register_children(level.get(), prev);

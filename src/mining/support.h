@@ -1,6 +1,7 @@
 // Support: which transactions contain a candidate.
 #pragma once
 
+#include "base/xmalloc.h"
 #include "mining/sg_set.h"
 
 namespace kestro {
@@ -14,8 +15,13 @@ void sg_intersect_parent_tids(subgraph *sg, const sg_set *prev,
 void sg_filter_candidates_by_support(sg_set *cand, const sg_set *prev,
                                      const ksstack *transactions, int minsup);
 
-// The exact support of sg, whose tid is a bound before and exact afterwards.
-int sg_count_support(subgraph *sg, const ksstack *transactions);
+// The exact support of sg, whose tid is a bound before and exact afterwards;
+// prev holds its parents.  Rows of embeddings are filled where sg has been
+// given an empty stack for them.
+int sg_count_support(subgraph *sg, const sg_set *prev,
+                     const ksstack *transactions,
+                     const xvector<int> &label_counts);
+xvector<int> count_vertex_labels(const ksstack *transactions);
 
 // The frequent ones among the candidates: a new sorted set of records with
 // exact TID lists and counts, registered as children of their kept parents in

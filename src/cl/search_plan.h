@@ -1,0 +1,67 @@
+// A pattern prepared for being looked for in many graphs.
+#pragma once
+
+#include "base/xmalloc.h"
+#include "graph/graph.h"
+
+namespace kestro {
+
+// One vertex of the pattern, to be mapped at one depth of the search.
+struct plan_step {
+  int u;            // the vertex
+  int vlabel;       // its label
+  int degree;       // its neighbours
+  int anchor;       // depth of a neighbour mapped before, -1 at depth 0
+  int anchor_label; // label of the edge to it
+  int twin;         // depth of the leaf before that is like it, or -1
+  int closing;      // end of its range of closing edges
+  int needs;        // end of its range of needs
+};
+
+// An edge to a further neighbour mapped before.
+struct plan_edge {
+  int depth; // of the neighbour
+  int label;
+};
+
+// Neighbours mapped later that are alike.
+struct plan_need {
+  int elabel;
+  int vlabel;
+  int count;
+};
+
+// The search for a connected pattern along a fixed order of its vertices.  The
+// pattern is borrowed and must be without marks.
+class search_plan {
+public:
+  // order lists the vertices such that each but the first has a neighbour
+  // before it.
+  search_plan(const graph *pattern, const int *order);
+  // The same along an order that starts with a vertex of rarest label and goes
+  // on with the vertex that has most neighbours mapped, then rarest label;
+  // rarity is told by the number of vertices per label.
+  static search_plan rarest_first(const graph *pattern,
+                                  const xvector<int> &label_counts);
+
+  // Whether the pattern occurs in t, a graph without marks; where, is written
+  // to image, by pattern vertex: of all mappings the first in lexicographic
+  // order along the plan's.
+  bool find(const graph *t, int *image);
+
+private:
+  bool fits(const plan_step &step, const graph *t, int w, int depth) const;
+  bool has_room(const plan_need &need, const graph *t, int w) const;
+
+  const graph *pattern_;
+  xvector<plan_step> steps_;
+  xvector<plan_edge> closing_;
+  xvector<plan_need> needs_;
+  xvector<int> at_;    // per depth: slot, or vertex at depth 0, looked at next
+  xvector<int> image_; // per depth: the vertex of t mapped to
+};
+
+// Frees the marks that searches of this thread keep.
+void search_plan_free_work_area();
+
+} // namespace kestro
