@@ -1,19 +1,17 @@
 // Canonical labelling.
 //
-// Refinement alone settles most graphs.  Where it leaves parts of several
-// vertices, a search picks the order: the exhaustive one when every part is
-// small, else the stabilizer search.  One adjmat serves all graphs and only
-// grows; a call allocates nothing but, before a search, a copy to hold the best
-// order found.
+// Refinement alone settles most graphs.  Where it leaves cells of several
+// vertices, a search picks the order: the exhaustive one when every cell is
+// small, whose result depends on the graph alone, else the individualising one.
+// The work arrays only grow.
 
 #include "cl/canonical.h"
 
 #include <algorithm>
-#include <cassert>
+#include <utility>
 
 #include "base/error.h"
 #include "cl/canonical_search.h"
-#include "cl/refine.h"
 
 namespace kestro {
 
@@ -21,8 +19,11 @@ namespace {
 
 struct canonical_state {
   int stabilizer_threshold = 5;
-  adjmat_ptr work;  // null before the first graph
-  int capacity = 0; // vertices that work has room for
+  bool invariant = true; // of the form made last
+  colouring cells;
+  label_cells labels;
+  xvector<int> position; // by vertex, its canonical index
+  xvector<int> arrays;   // a copy of the graph's arrays
 };
 
 } // namespace
@@ -33,54 +34,100 @@ void cl_set_stabilizer_threshold(int n) { state.stabilizer_threshold = n; }
 
 int cl_get_stabilizer_threshold() { return state.stabilizer_threshold; }
 
+bool cl_form_is_invariant() { return state.invariant; }
+
 void cl_free_work_area() {
-  state.work.reset();
-  state.capacity = 0;
+  const int threshold = state.stabilizer_threshold;
+  state = canonical_state();
+  state.stabilizer_threshold = threshold;
+  colouring_free_work_area();
 }
 
-// The shared adjmat, ready for n vertices.
-static adjmat *work_area(int n) {
-  if (state.capacity < n)
-    cl_free_work_area();
-  if (!state.work) {
-    state.work.reset(cl_new_adjmat(n));
-    state.capacity = n;
-  }
-  cl_reset_adjmat(state.work.get(), n);
-  return state.work.get();
-}
-
-uint32_t cl_canonicalize_graph(graph *g) {
-  adjmat *m = work_area(g->vs);
-  cl_graph_to_adjmat(g, m);
-  cl_canonicalize_adjmat(m);
-  cl_adjmat_to_graph(m, g);
-  g->key = graph_key(g);
-  KESTRO_STRUCTURE(graph_check(g));
-  return g->key;
-}
-
-static int largest_part(const adjmat *m) {
+static int largest_cell(const colouring *c) {
   int largest = 0;
-  for (int k = 0; k < m->parts; k++)
-    largest = std::max(largest, m->part[k + 1] - m->part[k]);
+  const int vs = static_cast<int>(c->order.size());
+  for (int s = 0, end; s < vs; s = end) {
+    end = c->cell_end[static_cast<size_t>(s)];
+    largest = std::max(largest, end - s);
+  }
   return largest;
 }
 
-void cl_canonicalize_adjmat(adjmat *m) {
-  cl_refine(m);
-  if (m->parts == m->vs)
-    return;
-  const adjmat_ptr best(cl_dup_adjmat(m));
-  if (largest_part(m) < state.stabilizer_threshold) {
-    save_adjmat_perm(m);
-    compare_adjmat_parts(m, 0, best.get());
-  } else {
-    const int part = first_open_part(m, 0);
-    assert(part != -1);
-    get_min_adjmat_by_stabilizer(m, part, 0, best.get());
+// Brings order into canonical order; returns whether the form is invariant.
+static bool find_order(const graph *g) {
+  colouring *c = &state.cells;
+  colouring_init(c, g);
+  if (c->cells == g->vs)
+    return true;
+  state.labels.fill(g);
+  if (largest_cell(c) >= state.stabilizer_threshold)
+    return search_by_stabilizer(c, g, state.labels);
+  search_exhaustively(c, g, state.labels);
+  return true;
+}
+
+// The graph's arrays as they were, read while they are rewritten.
+struct old_arrays {
+  const int *e, *v, *vid, *elabel, *vlabel;
+};
+
+static old_arrays copy_arrays(const graph *g) {
+  const size_t ints = static_cast<size_t>(2 * g->es + 3 * g->vs + 1);
+  if (state.arrays.size() < ints)
+    state.arrays.resize(ints);
+  int *to = state.arrays.data();
+  const auto copied = [&to](const int *from, int count) {
+    std::copy(from, from + count, to);
+    return std::exchange(to, to + count);
+  };
+  old_arrays old;
+  old.e = copied(g->e, g->es);
+  old.v = copied(g->v, g->vs + 1);
+  old.vid = copied(g->vid, g->vs);
+  old.elabel = copied(g->elabel, g->es);
+  old.vlabel = copied(g->vlabel, g->vs);
+  return old;
+}
+
+// Inserts the slot (neighbour, label) among the sorted ones in [first, end).
+static void insert_slot(graph *g, int first, int end, int neighbour,
+                        int label) {
+  int j = end;
+  for (; j > first && g->e[j - 1] > neighbour; j--) {
+    g->e[j] = g->e[j - 1];
+    g->elabel[j] = g->elabel[j - 1];
   }
-  cl_copy_adjmat2(best.get(), m);
+  g->e[j] = neighbour;
+  g->elabel[j] = label;
+}
+
+// Rewrites g with vertex order[i] as vertex i.
+static void relabel(graph *g, const int *order) {
+  const old_arrays old = copy_arrays(g);
+  if (state.position.size() < static_cast<size_t>(g->vs))
+    state.position.resize(static_cast<size_t>(g->vs));
+  int *position = state.position.data();
+  for (int i = 0; i < g->vs; i++)
+    position[order[i]] = i;
+  int filled = 0;
+  g->v[0] = 0;
+  for (int i = 0; i < g->vs; i++) {
+    const int u = order[i];
+    g->vid[i] = old.vid[u];
+    g->vlabel[i] = old.vlabel[u];
+    const int first = filled;
+    for (int j = old.v[u]; j < old.v[u + 1]; j++)
+      insert_slot(g, first, filled++, position[old.e[j]], old.elabel[j]);
+    g->v[i + 1] = filled;
+  }
+}
+
+uint32_t cl_canonicalize_graph(graph *g) {
+  state.invariant = find_order(g);
+  relabel(g, state.cells.order.data());
+  g->key = graph_key(g);
+  KESTRO_STRUCTURE(graph_check(g));
+  return g->key;
 }
 
 } // namespace kestro

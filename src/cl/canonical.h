@@ -1,27 +1,27 @@
-// Canonical labelling: one vertex order for all graphs of one structure, so
-// that duplicates have identical arrays and keys.
+// Canonical labelling: one vertex order for all isomorphic graphs.
 #pragma once
 
-#include <cstdint>
-
-#include "cl/adjmat.h"
+#include "graph/graph.h"
 
 namespace kestro {
 
-// The part size from which on the stabilizer search replaces the exhaustive
-// one; 5 at first.  Held per thread.
+// The size, exclusive, of the largest cell up to which refined graphs are
+// searched exhaustively; at or above it the individualising search runs.  Read
+// at every call; 5 at first.  Belongs to the calling thread.
 void cl_set_stabilizer_threshold(int n);
 int cl_get_stabilizer_threshold();
 
-// Puts the vertices of g, a graph without marks, into canonical order in place,
-// vid along with them: vid[i] tells which vertex came to position i.  Stores
-// the new key in g and returns it.
+// Reorders the vertices of g, which has no marks, in place into canonical
+// order, vid along with them, sets its key and returns it.  Costs a few passes
+// over the edges when refinement tells all vertices apart; else a search.
 uint32_t cl_canonicalize_graph(graph *g);
 
-// The same for a filled adjmat, of which perm, iperm and the parts change.
-void cl_canonicalize_adjmat(adjmat *m);
+// Whether the graph canonicalised last by this thread has one form whatever the
+// order its vertices came in.  False for some graphs in which many vertices
+// look alike: there the search can end differently.
+bool cl_form_is_invariant();
 
-// Frees the adjmat that is kept from one graph to the next on this thread.
+// Frees what canonical labelling keeps for this thread.
 void cl_free_work_area();
 
 } // namespace kestro

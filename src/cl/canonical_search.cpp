@@ -1,26 +1,22 @@
 // The searches behind canonical order.
 //
-// The exhaustive search walks the product of all arrangements inside the parts
-// and drops a prefix as soon as it falls below the best one found.  It costs
-// the product of the factorials of the part sizes at worst.
+// The exhaustive search places vertices position by position.  Rows of the
+// matrix depend on the vertices placed before only, so of the vertices that may
+// come next only those with the greatest row can lead to the best arrangement;
+// it branches where several have it, and once for all twins among them.
 //
-// The stabilizer search sets one vertex of the first open part apart, refines,
-// and goes on until the partition is discrete.  Every leaf it reaches replaces
-// the best one: the search prunes on prefixes only, and the last leaf reached
-// wins.  The order in which vertices are visited, which depends on stable
-// sorting, is therefore part of the canonical form.
-//
-// Neither search moves a cell: only perm, iperm and the parts change.
+// The individualising search takes every leaf it reaches, so the last one wins,
+// and which one that is depends on the order of visits.  Usually it does not
+// matter: where every cell that is set apart is an orbit of the automorphisms
+// that fix what was set apart before, all leaves are images of one another and
+// show the same matrix.  That is checked along one path, from its leaf upwards:
+// a vertex of the cell that leads to a leaf with the same matrix is in the
+// orbit.  Only where the check fails is the search carried out step by step.
 
 #include "cl/canonical_search.h"
 
 #include <algorithm>
 #include <cassert>
-#include <cstring>
-
-#include "base/utils.h"
-#include "base/xmalloc.h"
-#include "cl/refine.h"
 
 namespace kestro {
 
@@ -36,120 +32,285 @@ static thread_local search_counters counters;
 
 uint64_t cl_stabilizer_calls() { return counters.stabilizer_calls; }
 
-int compare_adjmat_parts_from_to(const adjmat *a, const adjmat *b, int from,
-                                 int to) {
-  assert(a->vs == b->vs);
-  for (int i = a->part[from]; i < a->part[to + 1]; i++) {
-    const int *row_a = a->rows[a->perm[i]];
-    const int *row_b = b->rows[b->perm[i]];
+void label_cells::fill(const graph *g) {
+  vs_ = g->vs;
+  cells_.assign(index(vs_) * index(vs_), 0);
+  for (int u = 0; u < g->vs; u++)
+    for (int j = g->v[u]; j < g->v[u + 1]; j++)
+      cells_[index(u) * index(vs_) + index(g->e[j])] = g->elabel[j] + 1;
+}
+
+// Difference of the rows of a at the positions [from, to) of one arrangement
+// and those of b.
+static int compare_rows(const label_cells &cells, const int *a, const int *b,
+                        int from, int to) {
+  for (int i = from; i < to; i++) {
+    const int *row_a = cells.row(a[i]);
+    const int *row_b = cells.row(b[i]);
     for (int j = 0; j < i; j++)
-      if (const int d = row_a[a->perm[j]] - row_b[b->perm[j]])
+      if (const int d = row_a[a[j]] - row_b[b[j]])
         return d;
   }
   return 0;
 }
 
-static size_t row_bytes(const adjmat *m) {
-  return static_cast<size_t>(m->vs) * sizeof(int);
+// Whether exchanging u and w alone, of one cell, is an automorphism: they see
+// the same edges to all other vertices.
+static bool are_twins(const graph *g, const label_cells &cells, int u, int w) {
+  const int *row_u = cells.row(u);
+  const int *row_w = cells.row(w);
+  for (int x = 0; x < g->vs; x++)
+    if (x != u && x != w && row_u[x] != row_w[x])
+      return false;
+  return true;
 }
 
-void save_adjmat_perm(adjmat *m) {
-  memcpy(m->start_perm, m->perm, row_bytes(m));
-}
+namespace {
 
-bool next_part_permutation(adjmat *m, int p) {
-  const int begin = m->part[p];
-  const int end = m->part[p + 1];
-  if (end - begin == 1)
-    return false;
-  if (!next_permutation(m->perm + begin, end - begin))
-    std::sort(m->perm + begin, m->perm + end);
-  for (int i = begin; i < end; i++)
-    m->iperm[m->perm[i]] = i;
-  return !std::equal(m->perm + begin, m->perm + end, m->start_perm + begin);
-}
+class exhaustive_search {
+public:
+  exhaustive_search(const colouring *c, const graph *g,
+                    const label_cells &cells)
+      : c_(c), g_(g), cells_(cells), placed_(c->order), best_(c->order),
+        rows_(g->vs) {}
 
-// Skips parts of isolated vertices.  The record looked at is the one numbered
-// like the position, not the vertex that stands there; in a connected graph of
-// several vertices neither has degree 0.
-static int skip_isolated(const adjmat *m, int p) {
-  while (p + 1 < m->parts && m->vertex[m->part[p]].degree == 0)
-    p++;
-  return p;
-}
-
-void compare_adjmat_parts(adjmat *m, int p, adjmat *best) {
-  p = skip_isolated(m, p);
-  const bool last = p + 1 == m->parts;
-  do {
-    const int d = compare_adjmat_parts_from_to(m, best, p, p);
-    if (d > 0)
-      copy_adjmat_perm(m, best);
-    if (d >= 0 && !last)
-      compare_adjmat_parts(m, p + 1, best);
-  } while (next_part_permutation(m, p));
-}
-
-void fix_vertex(adjmat *m, int v, int *saved_part) {
-  for (int i = 0; i < m->vs; i++)
-    saved_part[i] = m->vertex[i].part;
-
-  bool hit = false;
-  for (int i = m->part[m->vertex[v].part]; i < m->vs; i++) {
-    if (m->perm[i] == v)
-      hit = true;
-    else
-      m->vertex[m->perm[i]].part++;
+  // The best arrangement; of equal ones the first met, at first the incoming.
+  const xvector<int> &find_best() {
+    place_from(0, false);
+    return best_;
   }
-  assert(hit);
-  cl_refine(m);
-}
 
-void unfix_vertex(adjmat *m, const int *saved_part) {
-  for (int i = 0; i < m->vs; i++)
-    m->vertex[i].part = saved_part[i];
-  cl_refine(m);
-}
-
-int first_open_part(const adjmat *m, int from) {
-  for (int k = from; k < m->parts; k++)
-    if (m->part[k + 1] - m->part[k] > 1)
-      return k;
-  return -1;
-}
-
-// best keeps the part count of the refined start, so it counts as discrete only
-// for a caller who passes it so: in a search, every leaf is taken over.
-static void take_leaf(const adjmat *m, int part, int from, adjmat *best) {
-  if (best->parts == best->vs &&
-      compare_adjmat_parts_from_to(m, best, from, part) <= 0)
-    return;
-  copy_adjmat_perm(m, best);
-  copy_adjmat_partitioning(m, best);
-}
-
-void get_min_adjmat_by_stabilizer(adjmat *m, int part, int from, adjmat *best) {
-  if (m->parts == m->vs) {
-    take_leaf(m, part, from, best);
-    return;
+  // Whether no arrangement's first rows are above those of the given one.
+  // Answers no when that takes more than some steps to find out.
+  bool is_greatest(const xvector<int> &arrangement, int rows) {
+    best_ = arrangement;
+    rows_ = rows;
+    steps_left_ = 1000;
+    place_from(0, false);
+    return best_ == arrangement && steps_left_ > 0;
   }
-  assert(m->part[part + 1] - m->part[part] > 1);
-  const int pindex = first_open_part(m, 0);
-  assert(pindex != -1);
-  assert(pindex == part);
-  const xptr<int> saved_part(static_cast<int *>(xmalloc(row_bytes(m))));
 
-  for (int q = m->part[part]; q < m->part[part + 1]; q++) {
-    fix_vertex(m, m->perm[q], saved_part.get());
-    assert(m->parts <= m->vs);
-    if (compare_adjmat_parts_from_to(m, best, 0, part) >= 0) {
-      const int open = first_open_part(m, part + 1);
-      counters.stabilizer_calls++;
-      get_min_adjmat_by_stabilizer(m, open == -1 ? m->vs - 1 : open, part,
-                                   best);
+private:
+  static size_t index(int i) { return static_cast<size_t>(i); }
+
+  // Compares the row of u, coming next at position i, with that of w.
+  int compare_next(int u, int w, int i) const {
+    const int *row_u = cells_.row(u);
+    const int *row_w = cells_.row(w);
+    for (int j = 0; j < i; j++)
+      if (const int d = row_u[placed_[index(j)]] - row_w[placed_[index(j)]])
+        return d;
+    return 0;
+  }
+
+  // The end, within placed_, of the vertices from position i to the end of its
+  // cell that have the greatest row, which are moved to the front.
+  int gather_greatest(int i, int cell_end) {
+    int ties = i + 1;
+    for (int q = i + 1; q < cell_end; q++) {
+      const int d = compare_next(placed_[index(q)], placed_[index(i)], i);
+      if (d < 0)
+        continue;
+      if (d > 0)
+        ties = i;
+      std::swap(placed_[index(ties)], placed_[index(q)]);
+      ties++;
     }
-    unfix_vertex(m, saved_part.get());
+    return ties;
   }
+
+  // Compares row i of placed_ with that of best_.
+  int compare_with_best(int i) const {
+    return compare_rows(cells_, placed_.data(), best_.data(), i, i + 1);
+  }
+
+  // Fills the positions from i on; better tells whether those before are above
+  // best_'s already, else they equal them.
+  void place_from(int i, bool better) {
+    if (steps_left_ == 0)
+      return;
+    steps_left_--;
+    if (i == rows_) {
+      if (better)
+        best_ = placed_;
+      return;
+    }
+    const int cell = c_->colour[index(placed_[index(i)])];
+    const int ties = gather_greatest(i, c_->cell_end[index(cell)]);
+    if (!better) {
+      const int d = compare_with_best(i);
+      if (d < 0)
+        return;
+      better = d > 0;
+    }
+    const xvector<int> tied(placed_.begin() + i, placed_.begin() + ties);
+    for (size_t k = 0; k < tied.size(); k++) {
+      if (has_twin(tied, k))
+        continue;
+      const auto at = std::find(placed_.begin() + i, placed_.end(), tied[k]);
+      std::iter_swap(placed_.begin() + i, at);
+      place_from(i + 1, better);
+      better = false; // best_ begins with these rows by now
+    }
+  }
+
+  bool has_twin(const xvector<int> &tied, size_t k) const {
+    for (size_t l = 0; l < k; l++)
+      if (are_twins(g_, cells_, tied[l], tied[k]))
+        return true;
+    return false;
+  }
+
+  const colouring *c_;
+  const graph *g_;
+  const label_cells &cells_;
+  xvector<int> placed_; // the arrangement tried; a permutation of every cell
+  xvector<int> best_;
+  int rows_; // how many decide
+  uint64_t steps_left_ = UINT64_MAX;
+};
+
+// The individualising search, carried out.
+class stepwise_search {
+public:
+  stepwise_search(colouring *c, const graph *g, const label_cells &cells)
+      : c_(c), g_(g), cells_(cells), taken_(c->order) {}
+
+  void run() {
+    visit(colouring_first_open(c_, 0));
+    c_->order = taken_;
+  }
+
+private:
+  void visit(int cell) {
+    if (c_->cells == g_->vs) {
+      taken_ = c_->order;
+      return;
+    }
+    assert(cell != -1);
+    const colouring before = *c_;
+    const int end = before.cell_end[static_cast<size_t>(cell)];
+    for (int q = cell; q < end; q++) {
+      colouring_individualise(c_, g_, c_->order[static_cast<size_t>(q)]);
+      if (compare_rows(cells_, c_->order.data(), taken_.data(), 0, cell + 1) >=
+          0) {
+        counters.stabilizer_calls++;
+        visit(colouring_first_open(c_, cell));
+      }
+      colouring_coarsen(c_, &before);
+    }
+  }
+
+  colouring *c_;
+  const graph *g_;
+  const label_cells &cells_;
+  xvector<int> taken_; // the arrangement taken last
+};
+
+// One path of the individualising search, and whether all others are its
+// images.
+class orbit_check {
+public:
+  orbit_check(const colouring *start, const graph *g, const label_cells &cells)
+      : start_(start), g_(g), cells_(cells), image_(start->order.size()) {}
+
+  // Follows the path; false when some cell of it is no orbit.
+  bool run() {
+    colouring c = *start_;
+    while (c.cells < g_->vs) {
+      path_.push_back(c);
+      split_first_open(&c);
+    }
+    leaf_ = c.order;
+    for (size_t level = path_.size(); level-- > 0;)
+      if (!is_orbit(path_[level]))
+        return false;
+    return true;
+  }
+
+  // Whether the path would be cut for falling below the incoming arrangement.
+  bool is_cut() const {
+    return compare_rows(cells_, leaf_.data(), start_->order.data(), 0,
+                        compared_rows()) < 0;
+  }
+  // Whether no incoming arrangement could cut it.
+  bool is_never_cut() const {
+    return exhaustive_search(start_, g_, cells_)
+        .is_greatest(leaf_, compared_rows());
+  }
+  const xvector<int> &leaf() const { return leaf_; }
+
+private:
+  // The rows that decide about cutting: those up to the last vertex set apart.
+  int compared_rows() const {
+    return colouring_first_open(&path_.back(), 0) + 1;
+  }
+
+  void split_first_open(colouring *c) const {
+    const int cell = colouring_first_open(c, 0);
+    colouring_individualise(c, g_, c->order[static_cast<size_t>(cell)]);
+  }
+
+  // Whether the first open cell of a node of the path, below which all is
+  // known to be alike, is an orbit.
+  bool is_orbit(const colouring &node) {
+    const int cell = colouring_first_open(&node, 0);
+    const int end = node.cell_end[static_cast<size_t>(cell)];
+    const int chosen = node.order[static_cast<size_t>(cell)];
+    for (int q = cell + 1; q < end; q++) {
+      const int w = node.order[static_cast<size_t>(q)];
+      if (are_twins(g_, cells_, chosen, w))
+        continue;
+      colouring c = node;
+      colouring_individualise(&c, g_, w);
+      while (c.cells < g_->vs)
+        split_first_open(&c);
+      if (!shows_the_leaf(c.order))
+        return false;
+    }
+    return true;
+  }
+
+  // Whether an arrangement shows the same matrix as the leaf.
+  bool shows_the_leaf(const xvector<int> &order) {
+    for (size_t i = 0; i < order.size(); i++)
+      image_[static_cast<size_t>(leaf_[i])] = order[i];
+    for (size_t i = 0; i < order.size(); i++) {
+      const int *row = cells_.row(order[i]);
+      const int u = leaf_[i];
+      for (int j = g_->v[u]; j < g_->v[u + 1]; j++)
+        if (row[image_[static_cast<size_t>(g_->e[j])]] != g_->elabel[j] + 1)
+          return false;
+    }
+    return true;
+  }
+
+  const colouring *start_;
+  const graph *g_;
+  const label_cells &cells_;
+  xvector<colouring> path_; // its nodes, the start first
+  xvector<int> leaf_;       // the arrangement it ends with
+  xvector<int> image_;      // scratch
+};
+
+} // namespace
+
+void search_exhaustively(colouring *c, const graph *g,
+                         const label_cells &cells) {
+  c->order = exhaustive_search(c, g, cells).find_best();
+}
+
+bool search_by_stabilizer(colouring *c, const graph *g,
+                          const label_cells &cells) {
+  orbit_check check(c, g, cells);
+  if (!check.run()) {
+    stepwise_search(c, g, cells).run();
+    return false;
+  }
+  if (check.is_cut())
+    return false; // every branch is: the incoming arrangement stays
+  c->order = check.leaf();
+  return check.is_never_cut();
 }
 
 } // namespace kestro

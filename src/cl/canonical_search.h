@@ -1,45 +1,39 @@
-// The two searches among the vertex orders that refinement leaves open.
+// Choosing the canonical order where refinement leaves vertices alike.
 #pragma once
 
-#include <cstdint>
-
-#include "cl/adjmat.h"
+#include "cl/colouring.h"
 
 namespace kestro {
 
-// Compares the strict lower triangles of two adjmats of equal vs, row by row,
-// over the rows at the positions of a's parts from .. to; both are read through
-// their own perm.  The difference of the first unequal cells, or 0.  The
-// searches look for the greatest triangle.
-int compare_adjmat_parts_from_to(const adjmat *a, const adjmat *b, int from,
-                                 int to);
+// A graph's edge labels as a matrix: cell (a, b) is the label of the edge a-b
+// plus 1, 0 for none.
+class label_cells {
+public:
+  void fill(const graph *g);
+  const int *row(int a) const { return cells_.data() + index(a) * index(vs_); }
 
-// Exhaustive search: every arrangement inside every part.
+private:
+  static size_t index(int i) { return static_cast<size_t>(i); }
+  int vs_ = 0;
+  xvector<int> cells_;
+};
 
-// Notes perm in start_perm: where the arrangements of each part begin and end.
-void save_adjmat_perm(adjmat *m);
-// Advances part p to its next arrangement, wrapping around.  False when the
-// part is back at its start_perm; iperm follows.
-bool next_part_permutation(adjmat *m, int p);
-// Tries all arrangements of parts p and later, each against best; a strictly
-// greater one is copied into best, so that the first of equal ones stays.  m
-// must have been refined and saved; it ends with the perm it began with.
-void compare_adjmat_parts(adjmat *m, int p, adjmat *best);
+// Arrangements of one graph are compared by the strict lower triangles of their
+// matrices, row by row; the larger one is better.
 
-// Stabilizer search: one vertex at a time is set apart and the rest refined.
+// Puts the vertices of every cell of c into the best arrangement there is.
+void search_exhaustively(colouring *c, const graph *g,
+                         const label_cells &cells);
 
-// Makes vertex v a part of its own ahead of its companions and refines.  Notes
-// the part of each of the vs vertices for unfix_vertex.
-void fix_vertex(adjmat *m, int v, int *saved_part);
-// Puts the partition back.  The vertices keep, inside their parts, the order
-// that the search has brought them into.
-void unfix_vertex(adjmat *m, const int *saved_part);
-// Searches depth first from part, the first one of several vertices, and leaves
-// the result in best.  The part before which m was already compared is from.
-void get_min_adjmat_by_stabilizer(adjmat *m, int part, int from, adjmat *best);
-// The first part, from on, that has several vertices, or -1.
-int first_open_part(const adjmat *m, int from);
-// Recursive steps of the stabilizer search on this thread so far.
+// Puts the vertices into the arrangement at which the individualising search
+// ends: it sets the vertices of the first open cell apart one after another,
+// cuts a branch whose prefix is below that of the arrangement taken last, at
+// first the incoming one, and takes every leaf it reaches.  Returns whether
+// every relabelled copy of g would end with the same arrays.
+bool search_by_stabilizer(colouring *c, const graph *g,
+                          const label_cells &cells);
+
+// Steps of the individualising search of this thread so far.
 uint64_t cl_stabilizer_calls();
 
 } // namespace kestro

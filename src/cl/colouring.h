@@ -1,0 +1,42 @@
+// An ordered partition of a graph's vertices, and its refinement.
+#pragma once
+
+#include <cstdint>
+
+#include "base/xmalloc.h"
+#include "graph/graph.h"
+
+namespace kestro {
+
+// The cells are ranges of order; a cell is known by its first position, which
+// is the colour of its vertices.  Refinement splits cells and never moves a
+// vertex out of its cell's range, so colours compare as the cells do.
+struct colouring {
+  int cells = 0;         // how many; vs of them make it discrete
+  xvector<int> order;    // vs: vertices by position
+  xvector<int> colour;   // vs: by vertex, the first position of its cell
+  xvector<int> cell_end; // vs: by first position, the end of that cell
+};
+
+// Refines the partition of all vertices of g into one cell: vertices are set
+// apart by degree (higher first), label, and the ascending list of the labels
+// and colours that they see along their edges, until that tells no more apart.
+// Vertices of one cell stand in ascending number.
+void colouring_init(colouring *c, const graph *g);
+
+// Sets v apart from its cell, ahead of the rest, and refines.  Vertices that
+// stay in one cell keep their order.
+void colouring_individualise(colouring *c, const graph *g, int v);
+
+// The first position of the first cell of several vertices, from a cell's first
+// position on; -1 when the rest is discrete.
+int colouring_first_open(const colouring *c, int from);
+
+// Makes the cells of c those of coarser, of which c's are a refinement, and
+// keeps c's order.
+void colouring_coarsen(colouring *c, const colouring *coarser);
+
+// Frees what refinement keeps for this thread.
+void colouring_free_work_area();
+
+} // namespace kestro
