@@ -300,4 +300,13 @@ TEST(MappedEdgesDeath, EdgeWithoutAnImage) {
                "Assertion `k < g2->v\\[u \\+ 1\\]' failed");
 }
 
+TEST(MappedEdgesDeath, SlotsAreNotAsManyAsTold) {
+  const graph_ptr g1 = path_graph(3);
+  const int map[] = {0, 1, 2};
+  int slots[4];
+  g1->es = 2;
+  EXPECT_DEATH(graph_get_mapped_edges(g1.get(), g1.get(), map, slots),
+               "Assertion `es == g1->es' failed");
+}
+
 } // namespace kestro
