@@ -183,11 +183,11 @@ TEST(TransactionsCheck, SecondPieceCountedAsAnEdge) {
 }
 
 TEST(TransactionsCheck, HeaderInASecondPieceEndsTheCount) {
-  // Counting stops at the piece "t ..."; the later passes read on.
+  // Counting stops at the piece "t"; the later passes read on.
   EXPECT_EQ(check_text([] {
               read("t\nv 0 C" + std::string(1018, ' ') + "t\nv 1 O\n");
             }),
-            "transactions.cpp:N: set_vertex_ids: Assertion `vertices < g->vs' "
+            "transactions.cpp:N: set_vertex_ids: Assertion `vertices == g->vs' "
             "failed.\n");
 }
 
