@@ -134,7 +134,7 @@ TEST(GraphLine, LineEndsAtAZeroByte) {
 }
 
 TEST(GraphLine, LabelsUpTo1023BytesAreWholeLongerOnesCut) {
-  for (const size_t length : {1, 1022, 1023, 1024, 1025, 4000}) {
+  for (const size_t length : {1u, 1022u, 1023u, 1024u, 1025u, 4000u}) {
     const std::string label(length, 'x');
     const size_t kept = std::min<size_t>(length, 1023);
     EXPECT_EQ(parsed("v 0 " + label + "\n").label.size(), kept);

@@ -136,7 +136,7 @@ TEST(LabelSetBuild, AddsToWhatTheSetHolds) {
 }
 
 TEST(LabelSetBuild, LabelsOf1022And1023BytesAreWholeLongerOnesCut) {
-  for (const size_t length : {1022, 1023, 1024, 5000}) {
+  for (const size_t length : {1022u, 1023u, 1024u, 5000u}) {
     // Text behind the line: a long one may be read together with the next.
     const label_set_ptr ls =
         built("v 0 " + std::string(length, 'x') + "\nt\nt\n");

@@ -168,7 +168,7 @@ TEST(Transactions, LineOf1023CharactersIsOnePiece) {
 
 TEST(TransactionsCheck, SecondPieceOfALongLineIsCountedAsALine) {
   // Counting sees two vertex lines, the second of them "vvv...".
-  for (const size_t length : {1020, 1022, 1023})
+  for (const size_t length : {1020u, 1022u, 1023u})
     EXPECT_EQ(check_text([&] { read_label_of(length); }),
               "transactions.cpp:N: set_vertex_ids: Assertion `vertices == "
               "g->vs' failed.\n")
