@@ -72,17 +72,18 @@ isomorphism_call::isomorphism_call(const graph *g1, const graph *g2, int *map,
     die("isomorphism.c", "g1 must be smaller than g2\n");
   int *const by_g1 = grown(&state.ints1, 6, g1->vs);
   int *const by_g2 = grown(&state.ints2, 2, g2->vs);
+  const size_t vs1 = static_cast<size_t>(g1->vs);
   work.g1 = g1;
   work.g2 = g2;
   work.label_matrix = graph_label_matrix(g2->vs);
   work.mapped_nbrs1 = by_g1;
   work.mapped_nbrs2 = by_g2;
   work.used = by_g2 + g2->vs;
-  work.map = map ? map : by_g1 + g1->vs;
-  work.order = order ? order : by_g1 + 2 * g1->vs;
-  work.active = by_g1 + 3 * g1->vs;
-  work.twins = by_g1 + 4 * g1->vs;
-  work.last_twin = by_g1 + 5 * g1->vs;
+  work.map = map ? map : by_g1 + vs1;
+  work.order = order ? order : by_g1 + 2 * vs1;
+  work.active = by_g1 + 3 * vs1;
+  work.twins = by_g1 + 4 * vs1;
+  work.last_twin = by_g1 + 5 * vs1;
   std::fill_n(work.active, g1->vs, 0);
 }
 

@@ -124,12 +124,12 @@ command parse_command_line(int argc, char **argv, options *o) {
 xptr<char> make_output_name(const char *file, const char *suffix) {
   const size_t length = strlen(file);
   xptr<char> name(static_cast<char *>(xcalloc(length + strlen(suffix) + 1, 1)));
-  strcpy(name.get(), file);
+  memcpy(name.get(), file, length);
   size_t i = length;
   while (i > 1 && file[i - 1] != '.')
     i--;
   const size_t end = i > 1 ? i - 1 : length; // where the extension starts
-  strcpy(name.get() + end, suffix);
+  memcpy(name.get() + end, suffix, strlen(suffix) + 1);
   return name;
 }
 

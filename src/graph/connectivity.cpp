@@ -38,17 +38,17 @@ namespace {
 class event_walk {
 public:
   explicit event_walk(const graph *g)
-      : g_(g), events_(static_cast<size_t>(3 * g->vs), -1) {
+      : g_(g), vs_(static_cast<size_t>(g->vs)), events_(3 * vs_, -1) {
     for (int i = 0; i < g->vs; i++)
       if (!graph_is_disabled(g->v[i]) && enter(i) == -1)
         walk_from(i);
   }
   int &enter(int u) { return events_[static_cast<size_t>(u)]; }
-  int &exit(int u) { return events_[static_cast<size_t>(g_->vs + u)]; }
+  int &exit(int u) { return events_[vs_ + static_cast<size_t>(u)]; }
 
 private:
   // Next slot to look at, for the vertices on the way from the root.
-  int &next_slot(int u) { return events_[static_cast<size_t>(2 * g_->vs + u)]; }
+  int &next_slot(int u) { return events_[2 * vs_ + static_cast<size_t>(u)]; }
 
   void walk_from(int root) {
     path_.clear();
@@ -75,6 +75,7 @@ private:
   }
 
   const graph *g_;
+  size_t vs_;           // vertices, the length of each list in events_
   xvector<int> events_; // entry numbers, exit numbers, next slots
   xvector<int> path_;   // from the root to the vertex being visited
   int counter_ = 0;

@@ -70,26 +70,32 @@ static void copy_vertex(const graph *g2, int i, slot_writer *out) {
     out->slot(g2->e[j], g2->elabel[j]);
 }
 
-// result = g2 plus the edge p-q, both of them vertices of g2.
-static void add_edge(const graph *g2, int p, int q, int label, graph *result) {
-  bool flag_p = true; // the slot of p is still missing
-  bool flag_q = true;
+// Whether the new slots of an edge's ends are still missing.
+struct missing_slots {
+  bool p = true;
+  bool q = true;
+};
+
+// result = g2 plus the edge p-q.  A slot stays missing if its end is no vertex
+// of g2.
+static missing_slots add_edge(const graph *g2, int p, int q, int label,
+                              graph *result) {
+  missing_slots missing;
   slot_writer out = {result, 0};
   for (int i = 0; i < g2->vs; i++) {
     out.begin(i, g2->vlabel[i], g2->vid[i]);
     if (i == p) {
       copy_vertex_with(g2, i, q, label, &out);
-      flag_p = false;
+      missing.p = false;
     } else if (i == q) {
       copy_vertex_with(g2, i, p, label, &out);
-      flag_q = false;
+      missing.q = false;
     } else {
       copy_vertex(g2, i, &out);
     }
   }
-  assert(!flag_p && !flag_q);
   result->v[g2->vs] = out.count;
-  KESTRO_STRUCTURE(graph_check(result));
+  return missing;
 }
 
 static int first_unmapped(const graph *g1, const int *map) {
@@ -142,7 +148,9 @@ int merge_graphs2(const graph *g1, const graph *g2, const int *map, int u,
   const int el = disabled_label(g1, u);
   if (graph_has_edge(g2, map[u], map[w]))
     return 0;
-  add_edge(g2, map[u], map[w], el, result);
+  const auto [flag_p, flag_q] = add_edge(g2, map[u], map[w], el, result);
+  assert(!flag_p && !flag_q);
+  KESTRO_STRUCTURE(graph_check(result));
   return 1;
 }
 
@@ -183,7 +191,9 @@ int graph_merge_with_loop(const graph *g1, const graph *g2, int u, int w,
   const int el = disabled_label(g1, y);
   result->es = g2->es + 2;
   result->vs = g2->vs;
-  add_edge(g2, z, p, el, result);
+  const auto [flag_w, flag_q] = add_edge(g2, z, p, el, result);
+  assert(!flag_q && !flag_w);
+  KESTRO_STRUCTURE(graph_check(result));
   return 1;
 }
 

@@ -91,13 +91,14 @@ void setup_map(const sg_parent *ea, const sg_parent *eb, const int *perm, int n,
     core2_to_g2[static_cast<size_t>(g2_to_core2[i])] = i;
   }
   std::fill(map, map + ea->vs, -1);
+  int *g1_to_core2 = map; // turned into the map to g2 in place
   for (int i = 0; i < ea->vs; i++) {
     if (g1_to_core1[i] == -1)
       continue;
     assert(g1_to_core1[i] < core_vs);
-    const int met = perm[g1_to_core1[i]];
-    assert(met < core_vs);
-    map[i] = core2_to_g2[static_cast<size_t>(met)];
+    g1_to_core2[i] = perm[g1_to_core1[i]];
+    assert(g1_to_core2[i] < core_vs);
+    map[i] = core2_to_g2[static_cast<size_t>(g1_to_core2[i])];
   }
 }
 

@@ -29,10 +29,13 @@ void *copy_arena::allocate(size_t size) {
   return place;
 }
 
+// The tree's keys are integers that hold addresses.
+// NOLINTBEGIN(performance-no-int-to-ptr)
 static int compare_records(rbt_key a, rbt_key b) {
   return sg_compare(reinterpret_cast<const subgraph *>(a),
                     reinterpret_cast<const subgraph *>(b));
 }
+// NOLINTEND(performance-no-int-to-ptr)
 
 static rbt_key key_of(const subgraph *sg) {
   return reinterpret_cast<rbt_key>(sg);

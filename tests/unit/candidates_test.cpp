@@ -1,0 +1,170 @@
+#include "mining/candidates.h"
+
+#include <gtest/gtest.h>
+
+#include "mining/first_levels.h"
+#include "mining/statistics.h"
+#include "support/records.h"
+
+namespace kestro {
+
+using ints = std::vector<int>;
+
+// The first two levels of a database, with minimum support 1.
+class Candidates : public testing::Test {
+protected:
+  void SetUp() override { stats_init(); }
+  void TearDown() override { stats_free(); }
+
+  template <class... Graph> void mine(Graph... graphs) {
+    const graph_list_ptr database = database_of(std::move(graphs)...);
+    cores.reset(sg_frequent_edges(database.get(), 1, 3, 6));
+    children.reset(
+        sg_frequent_double_edges(cores.get(), database.get(), 1, 3, 6));
+  }
+  sg_set_ptr generate() const {
+    return sg_set_ptr(sg_generate_candidates(children.get(), cores.get()));
+  }
+  static bool has(const sg_set_ptr &s, const graph_ptr &g) {
+    return sg_set_find(s.get(), canonical_record(g).get()) != -1;
+  }
+
+  sg_set_ptr cores;
+  sg_set_ptr children;
+};
+
+static graph_ptr labelled_path(const ints &vlabels) {
+  std::vector<test_edge> edges;
+  for (int i = 1; i < static_cast<int>(vlabels.size()); i++)
+    edges.push_back({i - 1, i});
+  return make_graph(vlabels, edges);
+}
+
+TEST_F(Candidates, OfOneLabelArePathStarAndTriangle) {
+  mine(path_graph(3));
+  const sg_set_ptr out = generate();
+  EXPECT_EQ(out->capacity, 1024);
+  ASSERT_EQ(sg_set_size(out.get()), 3);
+  EXPECT_TRUE(has(out, path_graph(4)));
+  EXPECT_TRUE(has(out, star_graph(4)));
+  EXPECT_TRUE(has(out, ring_graph(3)));
+  sg_set_check(out.get());
+  EXPECT_EQ(stats_get(stats_candidates, 3), 3);
+  // The core's two automorphisms give one candidate and two.
+  EXPECT_EQ(sg_registration_counts()->attempts, 3);
+  EXPECT_EQ(sg_registration_counts()->accepted, 3);
+}
+
+TEST_F(Candidates, HaveParentsAndNothingElse) {
+  mine(path_graph(3));
+  const sg_set_ptr out = generate();
+  for (int id = 0; id < 3; id++) {
+    const subgraph *sg = sg_set_get(out.get(), id);
+    EXPECT_EQ(ids_of(sg->pid), (ints{0}));
+    EXPECT_EQ(ids_of(sg->parent), (ints{0}));
+    EXPECT_EQ(sg->count, 0);
+    for (const ksstack *s : {sg->tid, sg->child, sg->cover})
+      EXPECT_EQ(s->count, 0);
+  }
+}
+
+TEST_F(Candidates, CoreOfNChildrenJoinsEveryPairAndEachWithItself) {
+  // Paths 1-0-x: the edge 0-1 has three children, each edge 0-x one; all are
+  // rigid, so each of the 6 + 3 pairs gives one candidate, a star around 0.
+  mine(labelled_path({1, 0, 2}), labelled_path({1, 0, 3}),
+       labelled_path({1, 0, 4}));
+  EXPECT_EQ(sg_set_size(generate().get()), 0);
+  EXPECT_EQ(sg_registration_counts()->attempts, 6 + 3);
+  EXPECT_EQ(sg_registration_counts()->newly_rejected, 6 + 3);
+}
+
+TEST_F(Candidates, WithoutASurvivorTheSetIsEmptyAndCountedAsZero) {
+  mine(labelled_path({1, 0, 2}));
+  stats_set(stats_candidates, 3, 77);
+  EXPECT_EQ(sg_set_size(generate().get()), 0);
+  EXPECT_EQ(stats_get(stats_candidates, 3), 0);
+}
+
+TEST_F(Candidates, CoresWithoutChildrenGiveNoJoins) {
+  mine(path_graph(3));
+  sg_clear_child(sg_set_get(cores.get(), 0));
+  EXPECT_EQ(sg_set_size(generate().get()), 0);
+  EXPECT_EQ(sg_registration_counts()->attempts, 0);
+}
+
+TEST_F(Candidates, DuplicatesAreKeptOnce) {
+  // Each edge of the triangle 0-1-2 is the core of two paths.  Joined with each
+  // other they give a path of their own and close the triangle, which so comes
+  // three times; joined with itself each gives a star of an infrequent part.
+  mine(make_graph({0, 1, 2}, {{0, 1}, {1, 2}, {0, 2}}));
+  const sg_set_ptr out = generate();
+  EXPECT_EQ(sg_set_size(out.get()), 3 + 1);
+  EXPECT_TRUE(has(out, labelled_path({2, 0, 1, 2})));
+  EXPECT_TRUE(has(out, labelled_path({0, 1, 2, 0})));
+  EXPECT_TRUE(has(out, labelled_path({1, 2, 0, 1})));
+  EXPECT_TRUE(has(out, make_graph({0, 1, 2}, {{0, 1}, {1, 2}, {0, 2}})));
+  EXPECT_EQ(sg_registration_counts()->accepted, 3 + 1);
+  EXPECT_EQ(sg_registration_counts()->duplicates, 2);
+  EXPECT_EQ(sg_registration_counts()->newly_rejected, 6);
+}
+
+TEST_F(Candidates, CountsStartAnewWithEveryGeneration) {
+  mine(path_graph(3));
+  generate();
+  generate();
+  EXPECT_EQ(sg_registration_counts()->attempts, 3);
+}
+
+TEST_F(Candidates, JoinPairLooksForTheCoreInBothPatterns) {
+  mine(labelled_path({1, 0, 2}), labelled_path({1, 0, 3}));
+  failed_candidates failed;
+  const automorphism_cache_ptr cache(automorphism_cache_create());
+  const sg_set_ptr out(sg_set_create());
+  const join_context context = {children.get(), cores.get(), cache.get(),
+                                &failed, out.get()};
+  const int core =
+      sg_set_find(cores.get(), sg_ptr(sg_create_edge(0, 2, 0)).get());
+  const subgraph *with = sg_set_get(children.get(), 0);
+  const subgraph *without = sg_set_get(children.get(), 1);
+  if (sg_find_parent(with, core) == -1)
+    std::swap(with, without);
+  *sg_registration_counts() = {};
+  sg_join_pair(with, without, core, &context);
+  sg_join_pair(without, with, core, &context);
+  EXPECT_EQ(sg_registration_counts()->attempts, 0);
+  sg_join_pair(with, with, core, &context);
+  EXPECT_EQ(sg_registration_counts()->attempts, 1);
+}
+
+static ints map_of(const parent_entry &ea, const parent_entry &eb,
+                   const ints &perm) {
+  ints map(5, -77);
+  setup_map(ea, eb, perm.data(), static_cast<int>(perm.size()), map.data());
+  return map;
+}
+
+TEST(SetupMap, GoesThroughBothCoresAndThePermutation) {
+  const parent_entry ea(0, 0, 2, {1, 0, -1});
+  const parent_entry eb(0, 0, 1, {0, -1, 1});
+  EXPECT_EQ(map_of(ea, eb, {0, 1}), (ints{2, 0, -1, -77, -77}));
+  EXPECT_EQ(map_of(ea, eb, {1, 0}), (ints{0, 2, -1, -77, -77}));
+}
+
+TEST(SetupMap, WithoutAVertexOfItsOwnEveryVertexIsMapped) {
+  const parent_entry ea(0, 0, 2, {2, 0, 1});
+  const parent_entry eb(0, 2, 3, {0, 1, 2, -1});
+  EXPECT_EQ(map_of(ea, eb, {0, 1, 2}), (ints{2, 0, 1, -77, -77}));
+}
+
+TEST(SetupMapDeath, CoreVertexBeyondTheCore) {
+  const parent_entry good(0, 0, 2, {1, 0, -1});
+  const parent_entry bad(0, 0, 2, {2, 0, -1});
+  EXPECT_DEATH(map_of(good, bad, {0, 1}),
+               "Assertion `g2_to_core2\\[i\\] < core_vs' failed");
+  EXPECT_DEATH(map_of(bad, good, {0, 1}),
+               "Assertion `g1_to_core1\\[i\\] < core_vs' failed");
+  EXPECT_DEATH(map_of(good, good, {0, 2}),
+               "Assertion `g1_to_core2\\[i\\] < core_vs' failed");
+}
+
+} // namespace kestro

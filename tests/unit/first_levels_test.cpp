@@ -1,0 +1,292 @@
+#include "mining/first_levels.h"
+
+#include <gtest/gtest.h>
+
+#include "mining/statistics.h"
+#include "support/records.h"
+
+namespace kestro {
+
+using ints = std::vector<int>;
+
+class FirstLevels : public testing::Test {
+protected:
+  void SetUp() override { stats_init(); }
+  void TearDown() override { stats_free(); }
+};
+
+// The record of a level with the graph of another record, or null.
+static const subgraph *found(const sg_set_ptr &level, const sg_ptr &sg) {
+  return sg_set_find_record(level.get(), sg.get());
+}
+static const subgraph *edge_in(const sg_set_ptr &level, int la, int lb, int e) {
+  return found(level, sg_ptr(sg_create_edge(la, lb, e)));
+}
+static const subgraph *path_in(const sg_set_ptr &level, int ea, int eb, int va,
+                               int vb, int vc) {
+  return found(level, sg_ptr(sg_create_double_edge(ea, eb, va, vb, vc)));
+}
+
+static sg_set_ptr edges(const graph_list_ptr &database, int minsup) {
+  return sg_set_ptr(sg_frequent_edges(database.get(), minsup, 3, 4));
+}
+static sg_set_ptr double_edges(const sg_set_ptr &level1,
+                               const graph_list_ptr &database, int minsup) {
+  return sg_set_ptr(
+      sg_frequent_double_edges(level1.get(), database.get(), minsup, 3, 4));
+}
+
+TEST_F(FirstLevels, EdgeRecordHasTheFixedLayout) {
+  for (const auto &[la, lb] : {std::pair{1, 3}, std::pair{3, 1}}) {
+    const sg_ptr sg(sg_create_edge(la, lb, 2));
+    EXPECT_TRUE(same_structure(sg->g, make_graph({1, 3}, {{0, 1, 2}}).get()));
+    EXPECT_EQ(sg->g->key, graph_key(sg->g));
+    EXPECT_EQ(ints(sg->g->vid, sg->g->vid + 2), (ints{0, 1}));
+    EXPECT_EQ(sg->count, 0);
+  }
+}
+
+TEST_F(FirstLevels, PathRecordHasTheCentreFirstAndTheSmallerEndNext) {
+  const graph_ptr expected = make_graph({0, 1, 3}, {{0, 1, 2}, {0, 2, 1}});
+  const sg_ptr sg(sg_create_double_edge(2, 1, 1, 3, 0));
+  EXPECT_TRUE(same_structure(sg->g, expected.get()));
+  EXPECT_EQ(ints(sg->g->elabel, sg->g->elabel + 4), (ints{2, 1, 2, 1}));
+  EXPECT_EQ(sg->g->key, graph_key(sg->g));
+  EXPECT_EQ(ints(sg->g->vid, sg->g->vid + 3), (ints{0, 1, 2}));
+  const sg_ptr turned(sg_create_double_edge(1, 2, 3, 1, 0));
+  EXPECT_TRUE(same_structure(turned->g, expected.get()));
+}
+
+TEST_F(FirstLevels, PathOfEqualEndsHasTheSmallerEdgeLabelFirst) {
+  const sg_ptr sg(sg_create_double_edge(2, 1, 3, 3, 0));
+  EXPECT_TRUE(same_structure(
+      sg->g, make_graph({0, 3, 3}, {{0, 1, 1}, {0, 2, 2}}).get()));
+}
+
+TEST_F(FirstLevels, LayoutsAreTheCanonicalForms) {
+  for (int code = 0; code < 3 * 3 * 3 * 2 * 2; code++) {
+    const int va = code % 3;
+    const int vb = code / 3 % 3;
+    const int vc = code / 9 % 3;
+    const int ea = code / 27 % 2;
+    const int eb = code / 54;
+    const sg_ptr path(sg_create_double_edge(ea, eb, va, vb, vc));
+    EXPECT_EQ(sg_compare(path.get(),
+                         canonical_record(
+                             make_graph({va, vc, vb}, {{0, 1, ea}, {1, 2, eb}}))
+                             .get()),
+              0)
+        << code;
+    const sg_ptr edge(sg_create_edge(va, vb, ea));
+    EXPECT_EQ(
+        sg_compare(edge.get(),
+                   canonical_record(make_graph({vb, va}, {{0, 1, ea}})).get()),
+        0)
+        << code;
+  }
+}
+
+TEST_F(FirstLevels, EdgesCountTransactionsNotPlaces) {
+  // Two edges 0-1 labelled 2 in the first transaction, none in the last.
+  const graph_list_ptr database = database_of(
+      make_graph({0, 1, 0}, {{0, 1, 2}, {1, 2, 2}}),
+      make_graph({1, 0}, {{0, 1, 2}}), make_graph({0, 1}, {{0, 1, 1}}));
+  const sg_set_ptr level1 = edges(database, 1);
+  ASSERT_EQ(sg_set_size(level1.get()), 2);
+  const subgraph *sg = edge_in(level1, 0, 1, 2);
+  ASSERT_NE(sg, nullptr);
+  EXPECT_EQ(sg->count, 2);
+  EXPECT_EQ(ids_of(sg->tid), (ints{0, 1}));
+  EXPECT_EQ(ids_of(edge_in(level1, 0, 1, 1)->tid), (ints{2}));
+  EXPECT_EQ(stats_get(stats_frequent, 1), 2);
+}
+
+TEST_F(FirstLevels, EdgeBetweenEqualLabelsCountsOnce) {
+  const sg_set_ptr level1 =
+      edges(database_of(make_graph({3, 3}, {{0, 1, 0}})), 1);
+  EXPECT_EQ(edge_in(level1, 3, 3, 0)->count, 1);
+}
+
+TEST_F(FirstLevels, InfrequentEdgesAreLeftOut) {
+  const graph_list_ptr database =
+      database_of(make_graph({0, 1, 2}, {{0, 1, 0}, {1, 2, 0}}),
+                  make_graph({0, 1}, {{0, 1, 0}}));
+  const sg_set_ptr level1 = edges(database, 2);
+  ASSERT_EQ(sg_set_size(level1.get()), 1);
+  EXPECT_NE(edge_in(level1, 0, 1, 0), nullptr);
+}
+
+TEST_F(FirstLevels, WithoutAFrequentEdgeTheLevelIsEmpty) {
+  EXPECT_EQ(sg_set_size(edges(database_of(path_graph(2)), 2).get()), 0);
+  EXPECT_EQ(sg_set_size(edges(database_of(), 1).get()), 0);
+  EXPECT_EQ(sg_set_size(edges(database_of(make_graph({1}, {})), 1).get()), 0);
+  EXPECT_EQ(stats_get(stats_frequent, 1), 0);
+}
+
+TEST_F(FirstLevels, LevelsAreSorted) {
+  test_rng rng(1);
+  const graph_list_ptr database =
+      database_of(random_graph(rng, {9, 9, 4, 3, true}),
+                  random_graph(rng, {9, 9, 4, 3, true}));
+  const sg_set_ptr level1 = edges(database, 1);
+  sg_set_check(level1.get());
+  sg_set_check(double_edges(level1, database, 1).get());
+}
+
+TEST_F(FirstLevels, TriangleHasAPathPerCentre) {
+  const graph_list_ptr database =
+      database_of(make_graph({0, 1, 2}, {{0, 1}, {1, 2}, {0, 2}}));
+  const sg_set_ptr level1 = edges(database, 1);
+  const sg_set_ptr level2 = double_edges(level1, database, 1);
+  ASSERT_EQ(sg_set_size(level2.get()), 3);
+  EXPECT_NE(path_in(level2, 0, 0, 1, 2, 0), nullptr);
+  EXPECT_NE(path_in(level2, 0, 0, 0, 2, 1), nullptr);
+  EXPECT_NE(path_in(level2, 0, 0, 0, 1, 2), nullptr);
+  EXPECT_EQ(stats_get(stats_frequent, 2), 3);
+}
+
+TEST_F(FirstLevels, WalkNeverReturnsAlongItsEdge) {
+  const graph_list_ptr database = database_of(make_graph({0, 0}, {{0, 1}}));
+  const sg_set_ptr level1 = edges(database, 1);
+  EXPECT_EQ(sg_set_size(double_edges(level1, database, 1).get()), 0);
+}
+
+TEST_F(FirstLevels, PathOfEqualEndsAndTwoEdgeLabelsCountsOnce) {
+  const graph_list_ptr database =
+      database_of(make_graph({1, 0, 1}, {{0, 1, 2}, {1, 2, 1}}));
+  const sg_set_ptr level1 = edges(database, 1);
+  const sg_set_ptr level2 = double_edges(level1, database, 1);
+  ASSERT_EQ(sg_set_size(level2.get()), 1);
+  const subgraph *sg = sg_set_get(level2.get(), 0);
+  EXPECT_TRUE(same_structure(
+      sg->g, make_graph({0, 1, 1}, {{0, 1, 1}, {0, 2, 2}}).get()));
+  EXPECT_EQ(sg->count, 1);
+  EXPECT_EQ(ids_of(sg->tid), (ints{0}));
+}
+
+TEST_F(FirstLevels, PathsCountTransactionsAndKeepTheirTids) {
+  const graph_list_ptr database =
+      database_of(star_graph(5), path_graph(2), path_graph(3), star_graph(3));
+  const sg_set_ptr level1 = edges(database, 2);
+  const sg_set_ptr level2 = double_edges(level1, database, 2);
+  ASSERT_EQ(sg_set_size(level2.get()), 1);
+  EXPECT_EQ(sg_set_get(level2.get(), 0)->count, 3);
+  EXPECT_EQ(ids_of(sg_set_get(level2.get(), 0)->tid), (ints{0, 2, 3}));
+}
+
+TEST_F(FirstLevels, TwoEqualEdgesHaveOneParent) {
+  const graph_list_ptr database = database_of(path_graph(3));
+  const sg_set_ptr level1 = edges(database, 1);
+  const sg_set_ptr level2 = double_edges(level1, database, 1);
+  const subgraph *sg = sg_set_get(level2.get(), 0);
+  EXPECT_EQ(ids_of(sg->pid), (ints{0}));
+  ASSERT_EQ(sg_parent_size(sg), 1);
+  const sg_parent *entry = sg_parent_at(sg, 0);
+  EXPECT_EQ(entry->pid, 0);
+  EXPECT_EQ(entry->u, 0);
+  EXPECT_EQ(entry->v, 2);
+  EXPECT_EQ(entry->vs, 3);
+  // Labels alike: the centre is the parent's vertex 1.
+  EXPECT_EQ(ints(entry->map, entry->map + 3), (ints{1, 0, -1}));
+}
+
+TEST_F(FirstLevels, TwoDifferentEdgesHaveAParentEach) {
+  // Centre 1 between 0 (edge 2) and 2 (edge 1).
+  const graph_list_ptr database =
+      database_of(make_graph({0, 1, 2}, {{0, 1, 2}, {1, 2, 1}}));
+  const sg_set_ptr level1 = edges(database, 1);
+  const sg_set_ptr level2 = double_edges(level1, database, 1);
+  const subgraph *sg = sg_set_get(level2.get(), 0);
+  const int first =
+      sg_set_find(level1.get(), sg_ptr(sg_create_edge(0, 1, 2)).get());
+  EXPECT_EQ(ids_of(sg->pid), (ints{0, 1}));
+  ASSERT_EQ(sg_parent_size(sg), 2);
+  const sg_parent *to_0 = sg_parent_at(sg, sg_find_parent(sg, first));
+  EXPECT_EQ(to_0->u, 0);
+  EXPECT_EQ(to_0->v, 2);
+  EXPECT_EQ(ints(to_0->map, to_0->map + 3), (ints{1, 0, -1}));
+  const sg_parent *to_2 = sg_parent_at(sg, sg_find_parent(sg, 1 - first));
+  EXPECT_EQ(to_2->u, 0);
+  EXPECT_EQ(to_2->v, 1);
+  EXPECT_EQ(ints(to_2->map, to_2->map + 3), (ints{0, -1, 1}));
+}
+
+TEST_F(FirstLevels, EdgeLabelsAloneMakeTwoParents) {
+  const graph_list_ptr database =
+      database_of(make_graph({0, 0, 0}, {{0, 1, 2}, {1, 2, 1}}));
+  const sg_set_ptr level1 = edges(database, 1);
+  const sg_set_ptr level2 = double_edges(level1, database, 1);
+  EXPECT_EQ(sg_parent_size(sg_set_get(level2.get(), 0)), 2);
+  EXPECT_EQ(sg_pid_size(sg_set_get(level2.get(), 0)), 2);
+}
+
+TEST_F(FirstLevels, PathsBecomeChildrenOfTheirParents) {
+  const graph_list_ptr database =
+      database_of(make_graph({0, 1, 0, 2}, {{0, 1}, {1, 2}, {2, 3}}));
+  const sg_set_ptr level1 = edges(database, 1);
+  const sg_set_ptr level2 = double_edges(level1, database, 1);
+  const int twins = sg_set_find(
+      level2.get(), sg_ptr(sg_create_double_edge(0, 0, 0, 0, 1)).get());
+  ASSERT_EQ(sg_set_size(level2.get()), 2);
+  EXPECT_EQ(ids_of(edge_in(level1, 0, 1, 0)->child), (ints{0, 1}));
+  EXPECT_EQ(ids_of(edge_in(level1, 0, 2, 0)->child), (ints{1 - twins}));
+}
+
+TEST_F(FirstLevels, ParentMapsKeepLabels) {
+  test_rng rng(3);
+  const graph_list_ptr database =
+      database_of(random_graph(rng, {10, 8, 4, 3, true}));
+  const sg_set_ptr level1 = edges(database, 1);
+  const sg_set_ptr level2 = double_edges(level1, database, 1);
+  for (int id = 0; id < sg_set_size(level2.get()); id++) {
+    const subgraph *sg = sg_set_get(level2.get(), id);
+    for (int i = 0; i < sg_parent_size(sg); i++) {
+      const sg_parent *entry = sg_parent_at(sg, i);
+      const graph *parent = sg_set_get(level1.get(), entry->pid)->g;
+      for (int u = 0; u < 3; u++)
+        if (entry->map[u] != -1) {
+          EXPECT_EQ(sg->g->vlabel[u], parent->vlabel[entry->map[u]]) << id;
+        }
+    }
+  }
+}
+
+TEST_F(FirstLevels, LevelsAgainstAPlainCount) {
+  for (unsigned seed = 0; seed < 20; seed++) {
+    test_rng rng(seed);
+    const graph_list_ptr database =
+        database_of(random_graph(rng, {5, 3, 2, 2, true}),
+                    random_graph(rng, {5, 3, 2, 2, true}),
+                    random_graph(rng, {5, 3, 2, 2, true}));
+    const sg_set_ptr level1 = edges(database, 2);
+    const sg_set_ptr level2 = double_edges(level1, database, 2);
+    for (const sg_set_ptr *level : {&level1, &level2})
+      for (int id = 0; id < sg_set_size(level->get()); id++) {
+        const subgraph *sg = sg_set_get(level->get(), id);
+        ints tids;
+        for (int tid = 0; tid < 3; tid++)
+          if (!naive_maps(sg->g, graph_list_at(database.get(), tid)).empty())
+            tids.push_back(tid);
+        EXPECT_EQ(ids_of(sg->tid), tids) << "seed " << seed;
+        EXPECT_EQ(sg->count, static_cast<int>(tids.size()));
+      }
+  }
+}
+
+using FirstLevelsDeath = FirstLevels;
+
+TEST_F(FirstLevelsDeath, ParentsOfWhatIsNoPathOfTwoEdges) {
+  const sg_set_ptr level1(sg_set_create());
+  const sg_ptr sg = record_of(path_graph(2));
+  EXPECT_DEATH(setup_double_edge_subgraph_parent_info(sg.get(), level1.get()),
+               "Assertion `sg->g->es == 4 && sg->g->vs == 3' failed");
+}
+
+TEST_F(FirstLevelsDeath, ParentThatIsNotInTheLevel) {
+  const sg_set_ptr level1(sg_set_create());
+  const sg_ptr sg(sg_create_double_edge(0, 0, 0, 0, 0));
+  EXPECT_DEATH(setup_double_edge_subgraph_parent_info(sg.get(), level1.get()),
+               "Assertion `index != -1' failed");
+}
+
+} // namespace kestro

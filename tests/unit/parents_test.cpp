@@ -1,0 +1,96 @@
+#include "mining/parents.h"
+
+#include <algorithm>
+
+#include <gtest/gtest.h>
+
+#include "support/records.h"
+
+namespace kestro {
+
+using ints = std::vector<int>;
+
+// A level whose patterns have these supports, by id.
+static sg_set_ptr level_of(const ints &supports) {
+  sg_set_ptr level(sg_set_create());
+  for (const int support : supports) {
+    sg_ptr sg = record_of(path_graph(2));
+    set_tids(sg.get(), identity_of(support));
+    sg_set_push(level.get(), std::move(sg));
+  }
+  return level;
+}
+
+// The pids kept of those offered in turn.
+static ints kept(const sg_set_ptr &level, const ints &offered) {
+  const sg_ptr sg(sg_create(4, 3));
+  for (const int pid : offered)
+    sg_update_parent_info(sg.get(), parent_entry(pid, 0, 2, {0, 1, -1}),
+                          level.get());
+  return ids_of(sg->parent);
+}
+
+TEST(Parents, FirstTwoAreKeptByPidWhateverTheirSupport) {
+  EXPECT_EQ(kept(level_of({9, 9, 9}), {2}), (ints{2}));
+  EXPECT_EQ(kept(level_of({9, 1, 5}), {2, 0}), (ints{0, 2}));
+}
+
+TEST(Parents, FirstEntryOfAParentStays) {
+  const sg_set_ptr level = level_of({3, 4});
+  const sg_ptr sg(sg_create(4, 3));
+  sg_update_parent_info(sg.get(), parent_entry(1, 0, 2, {0, 1, -1}),
+                        level.get());
+  sg_update_parent_info(sg.get(), parent_entry(1, 0, 1, {1, -1, 0}),
+                        level.get());
+  ASSERT_EQ(sg_parent_size(sg.get()), 1);
+  const sg_parent *entry = sg_parent_at(sg.get(), 0);
+  EXPECT_EQ(entry->v, 2);
+  EXPECT_EQ(ints(entry->map, entry->map + 3), (ints{0, 1, -1}));
+}
+
+TEST(Parents, BetterThanBothReplacesTheWorseOne) {
+  EXPECT_EQ(kept(level_of({5, 7, 1}), {0, 1, 2}), (ints{0, 2}));
+  EXPECT_EQ(kept(level_of({7, 5, 1}), {0, 1, 2}), (ints{1, 2}));
+}
+
+TEST(Parents, BetterThanOneReplacesThatOne) {
+  EXPECT_EQ(kept(level_of({7, 1, 5}), {0, 1, 2}), (ints{1, 2}));
+  EXPECT_EQ(kept(level_of({1, 7, 5}), {0, 1, 2}), (ints{0, 2}));
+}
+
+TEST(Parents, WorseThanBothIsNotKept) {
+  EXPECT_EQ(kept(level_of({1, 2, 5}), {0, 1, 2}), (ints{0, 1}));
+}
+
+TEST(Parents, OfEquallyFrequentOnesTheSmallerIdIsBetter) {
+  EXPECT_EQ(kept(level_of({4, 4, 4}), {0, 1, 2}), (ints{0, 1}));
+  EXPECT_EQ(kept(level_of({4, 4, 4}), {1, 2, 0}), (ints{0, 1}));
+  EXPECT_EQ(kept(level_of({4, 4, 4}), {0, 2, 1}), (ints{0, 1}));
+}
+
+TEST(Parents, NewEntryIsInsertedByPid) {
+  EXPECT_EQ(kept(level_of({1, 9, 8, 7}), {1, 2, 0}), (ints{0, 2}));
+  EXPECT_EQ(kept(level_of({9, 2, 8, 3}), {0, 3, 1}), (ints{1, 3}));
+}
+
+TEST(Parents, KeptOnesAreTheTwoLeastFrequentInAnyOrderOfOffers) {
+  const ints supports = {4, 2, 6, 2, 5};
+  const sg_set_ptr level = level_of(supports);
+  ints offered = identity_of(5);
+  do {
+    EXPECT_EQ(kept(level, offered), (ints{1, 3}));
+  } while (std::next_permutation(offered.begin(), offered.end()));
+}
+
+TEST(ParentsDeath, TwoEntriesOfOneParentAreRefused) {
+  const sg_set_ptr level = level_of({1, 2});
+  const sg_ptr sg(sg_create(4, 3));
+  const parent_entry twin(1, 0, 2, {0, 1, -1});
+  ksstack_push(twin, sg->parent);
+  ksstack_push(twin, sg->parent);
+  EXPECT_DEATH(sg_update_parent_info(
+                   sg.get(), parent_entry(0, 0, 1, {0, -1, 1}), level.get()),
+               "Assertion `cmpx0 && cmpx1 && cmp01' failed");
+}
+
+} // namespace kestro

@@ -1,0 +1,129 @@
+#include "mining/sg_set.h"
+
+#include <gtest/gtest.h>
+
+#include "support/fatal.h"
+#include "support/records.h"
+
+namespace kestro {
+
+// A record that is told apart by its key.
+static sg_ptr keyed(int key) {
+  sg_ptr sg = record_of(path_graph(2));
+  sg->g->key = static_cast<uint32_t>(key);
+  return sg;
+}
+
+static std::vector<int> keys_of(const sg_set_ptr &s) {
+  std::vector<int> keys;
+  for (int i = 0; i < sg_set_size(s.get()); i++)
+    keys.push_back(static_cast<int>(sg_set_get(s.get(), i)->g->key));
+  return keys;
+}
+
+static sg_set_ptr set_of(std::initializer_list<int> keys) {
+  sg_set_ptr s(sg_set_create());
+  for (const int key : keys)
+    sg_set_insert(s.get(), keyed(key));
+  return s;
+}
+
+using ints = std::vector<int>;
+
+TEST(SgSet, IsCreatedEmptyWithRoomFor1024) {
+  const sg_set_ptr s(sg_set_create());
+  EXPECT_EQ(sg_set_size(s.get()), 0);
+  EXPECT_EQ(s->capacity, 1024);
+}
+
+TEST(SgSet, PushAppendsAndDoublesWhenFull) {
+  const sg_set_ptr s(sg_set_create());
+  for (int i = 0; i <= 1024; i++)
+    sg_set_push(s.get(), keyed(2000 - i));
+  EXPECT_EQ(sg_set_size(s.get()), 1025);
+  EXPECT_EQ(s->capacity, 2048);
+  EXPECT_EQ(sg_set_get(s.get(), 1024)->g->key, 2000u - 1024u);
+}
+
+TEST(SgSet, InsertKeepsTheOrder) {
+  EXPECT_EQ(keys_of(set_of({5, -1, 9, 0, 7})), (ints{-1, 0, 5, 7, 9}));
+}
+
+TEST(SgSet, InsertGoesBehindEqualRecords) {
+  const sg_set_ptr s = set_of({1, 2, 3});
+  sg_ptr twin = keyed(2);
+  const subgraph *address = twin.get();
+  sg_set_insert(s.get(), std::move(twin));
+  EXPECT_EQ(keys_of(s), (ints{1, 2, 2, 3}));
+  EXPECT_EQ(sg_set_get(s.get(), 2), address);
+}
+
+TEST(SgSet, SortOrdersWhatWasPushed) {
+  const sg_set_ptr s(sg_set_create());
+  for (const int key : {4, -2, 8, 0})
+    sg_set_push(s.get(), keyed(key));
+  sg_set_sort(s.get());
+  EXPECT_EQ(keys_of(s), (ints{-2, 0, 4, 8}));
+}
+
+TEST(SgSet, FindGivesThePositionOrRecord) {
+  const sg_set_ptr s = set_of({10, 20, 30});
+  const sg_ptr present = keyed(20);
+  const sg_ptr absent = keyed(25);
+  EXPECT_EQ(sg_set_find(s.get(), present.get()), 1);
+  EXPECT_EQ(sg_set_find(s.get(), absent.get()), -1);
+  EXPECT_EQ(sg_set_find_record(s.get(), present.get()), sg_set_get(s.get(), 1));
+  EXPECT_EQ(sg_set_find_record(s.get(), absent.get()), nullptr);
+}
+
+TEST(SgSet, FindInAnEmptySet) {
+  const sg_set_ptr s(sg_set_create());
+  EXPECT_EQ(sg_set_find(s.get(), keyed(1).get()), -1);
+}
+
+TEST(SgSet, RemoveTakesTheRecordOutAndClosesTheGap) {
+  const sg_set_ptr s = set_of({10, 20, 30});
+  const subgraph *in_set = sg_set_get(s.get(), 1);
+  const sg_ptr removed = sg_remove_sg_from_set(keyed(20).get(), s.get());
+  EXPECT_EQ(removed.get(), in_set);
+  EXPECT_EQ(keys_of(s), (ints{10, 30}));
+}
+
+TEST(SgSetDeath, RemoveOfWhatIsNotThere) {
+  const sg_set_ptr s = set_of({10, 30});
+  const sg_ptr absent = keyed(20);
+  EXPECT_DEATH(sg_remove_sg_from_set(absent.get(), s.get()),
+               "Assertion `index != -1' failed");
+}
+
+TEST(SgSet, ClearThenFreeLeavesTheRecordsAlive) {
+  sg_set_ptr s = set_of({10});
+  const sg_ptr survivor(sg_set_get(s.get(), 0));
+  sg_set_clear(s.get());
+  EXPECT_EQ(sg_set_size(s.get()), 0);
+  s.reset();
+  EXPECT_EQ(survivor->g->key, 10u);
+}
+
+TEST(SgSet, FreeOfNullDoesNothing) { EXPECT_NO_THROW(sg_set_free(nullptr)); }
+
+TEST(SgSetFatal, IndexBeyondTheEnd) {
+  const sg_set_ptr s = set_of({10});
+  EXPECT_EQ(fatal_text([&] { sg_set_get(s.get(), 1); }),
+            "stack.c:N: invalid index\n");
+}
+
+TEST(SgSet, CheckAcceptsAscendingRecords) {
+  sg_set_check(set_of({}).get());
+  sg_set_check(set_of({1, 2, 5}).get());
+}
+
+TEST(SgSetDeath, CheckSeesRepeatsAndDisorder) {
+  const sg_set_ptr repeats = set_of({1, 2, 2});
+  EXPECT_DEATH(sg_set_check(repeats.get()), "Assertion .* failed");
+  const sg_set_ptr disorder = set_of({1, 2});
+  sg_set_push(disorder.get(), keyed(0));
+  EXPECT_DEATH(sg_set_check(disorder.get()), "Assertion .* failed");
+}
+
+} // namespace kestro

@@ -1,0 +1,286 @@
+#include "mining/subgraph.h"
+
+#include <gtest/gtest.h>
+
+#include "support/fatal.h"
+#include "support/records.h"
+
+namespace kestro {
+
+using ints = std::vector<int>;
+
+TEST(Subgraph, OneEdgeRecordHasItsFirstCapacities) {
+  const sg_ptr sg(sg_create(2, 2));
+  EXPECT_EQ(sg->count, 0);
+  EXPECT_EQ(sg->child->capacity, 2);
+  EXPECT_EQ(sg->child->element_size, 4);
+  EXPECT_EQ(sg->parent->capacity, 2);
+  EXPECT_EQ(sg->parent->element_size, 6 * 4);
+  EXPECT_EQ(sg->pid->capacity, 1);
+  EXPECT_EQ(sg->pid->element_size, 2 * 4);
+  EXPECT_EQ(sg->tid->capacity, 1);
+  EXPECT_EQ(sg->cover->capacity, 1);
+  for (const ksstack *s : {sg->child, sg->parent, sg->pid, sg->tid, sg->cover})
+    EXPECT_EQ(s->count, 0);
+}
+
+TEST(Subgraph, CapacitiesFollowTheSizes) {
+  const sg_ptr sg(sg_create(10, 4));
+  EXPECT_EQ(sg->child->capacity, 4);
+  EXPECT_EQ(sg->parent->element_size, (4 + 4) * 4);
+  EXPECT_EQ(sg->pid->capacity, 5);
+}
+
+TEST(Subgraph, GraphFollowsTheHeaderInOneBlock) {
+  const sg_ptr sg(sg_create(4, 3));
+  EXPECT_EQ(static_cast<void *>(sg->g), static_cast<void *>(sg.get() + 1));
+  EXPECT_EQ(sg->g->es, 4);
+  EXPECT_EQ(sg->g->vs, 3);
+  EXPECT_EQ(sg->g->key, 0u);
+  EXPECT_EQ(sg_size(4, 3), sizeof(subgraph) + graph_size(4, 3));
+}
+
+TEST(Subgraph, InitUsesTheCallersMemory) {
+  std::vector<int64_t> memory(sg_size(4, 3) / 8 + 1);
+  subgraph *sg = sg_init(memory.data(), 4, 3);
+  EXPECT_EQ(static_cast<void *>(sg), static_cast<void *>(memory.data()));
+  sg_add_tid(sg, 3);
+  EXPECT_EQ(sg_support(sg), 1);
+  sg_free_sets(sg);
+}
+
+static sg_ptr filled_record() {
+  sg_ptr sg = record_of(make_graph({5, 6}, {{0, 1, 7}}));
+  sg->g->key = 99;
+  sg->count = 4;
+  sg_add_child(sg.get(), 1);
+  sg_add_pid(sg.get(), 2);
+  sg_add_tid(sg.get(), 3);
+  sg_add_cover(sg.get(), 4);
+  const parent_entry entry(5, 0, 1, {1, -1});
+  ksstack_push(entry, sg->parent);
+  return sg;
+}
+
+TEST(Subgraph, CopyHasTheSameContentsOfItsOwn) {
+  const sg_ptr sg = filled_record();
+  const sg_ptr copy(sg_copy(sg.get()));
+  EXPECT_NE(copy->g, sg->g);
+  EXPECT_TRUE(same_structure(copy->g, sg->g));
+  EXPECT_EQ(copy->g->key, 99u);
+  EXPECT_EQ(copy->count, 4);
+  sg_add_child(sg.get(), 11);
+  sg_add_pid(sg.get(), 12);
+  sg_add_tid(sg.get(), 13);
+  sg_add_cover(sg.get(), 14);
+  sg_clear_parent(sg.get());
+  EXPECT_EQ(ids_of(copy->child), (ints{1}));
+  EXPECT_EQ(ids_of(copy->pid), (ints{2}));
+  EXPECT_EQ(ids_of(copy->tid), (ints{3}));
+  EXPECT_EQ(ids_of(copy->cover), (ints{4}));
+  ASSERT_EQ(sg_parent_size(copy.get()), 1);
+  const sg_parent *entry = sg_parent_at(copy.get(), 0);
+  EXPECT_EQ(entry->pid, 5);
+  EXPECT_EQ(entry->u, 0);
+  EXPECT_EQ(entry->v, 1);
+  EXPECT_EQ(entry->vs, 2);
+  EXPECT_EQ(entry->map[0], 1);
+  EXPECT_EQ(entry->map[1], -1);
+}
+
+TEST(Subgraph, CopyOfARecordWithoutACoverHasNone) {
+  const sg_ptr sg = filled_record();
+  ksstack_free(sg->cover);
+  sg->cover = nullptr;
+  const sg_ptr copy(sg_copy(sg.get()));
+  EXPECT_EQ(copy->cover, nullptr);
+  EXPECT_NE(copy->tid, nullptr);
+}
+
+TEST(Subgraph, RecordWithoutAnySetIsCopiedAndFreed) {
+  const sg_ptr sg = filled_record();
+  for (ksstack **s :
+       {&sg->child, &sg->parent, &sg->pid, &sg->tid, &sg->cover}) {
+    ksstack_free(*s);
+    *s = nullptr;
+  }
+  const sg_ptr copy(sg_copy(sg.get()));
+  EXPECT_EQ(copy->child, nullptr);
+  EXPECT_EQ(copy->parent, nullptr);
+  EXPECT_EQ(copy->pid, nullptr);
+  EXPECT_EQ(copy->tid, nullptr);
+  EXPECT_EQ(copy->count, 4);
+}
+
+TEST(Subgraph, LightCopyHasGraphAndCountButNoSets) {
+  const sg_ptr sg = filled_record();
+  std::vector<int64_t> memory(sg_size(2, 2) / 8 + 1);
+  const subgraph *copy = sg_light_copy(sg.get(), memory.data());
+  EXPECT_EQ(sg_compare(copy, sg.get()), 0);
+  EXPECT_EQ(copy->count, 4);
+  for (const ksstack *s :
+       {copy->child, copy->parent, copy->pid, copy->tid, copy->cover})
+    EXPECT_EQ(s, nullptr);
+}
+
+TEST(Subgraph, FreeOfNullDoesNothing) { EXPECT_NO_THROW(sg_free(nullptr)); }
+
+TEST(Subgraph, SupportIsTheSizeOfTheTidListNotTheCount) {
+  const sg_ptr sg = filled_record();
+  EXPECT_EQ(sg_support(sg.get()), 1);
+  sg_append_tid(sg.get(), 8);
+  EXPECT_EQ(sg_support(sg.get()), 2);
+}
+
+// sg_compare of two graphs with the keys given.
+static int compared(const graph_ptr &x, uint32_t key_x, const graph_ptr &y,
+                    uint32_t key_y) {
+  const sg_ptr a = record_of(x);
+  const sg_ptr b = record_of(y);
+  a->g->key = key_x;
+  b->g->key = key_y;
+  const int forth = sg_compare(a.get(), b.get());
+  EXPECT_EQ(sg_compare(b.get(), a.get()), -forth);
+  return forth;
+}
+
+TEST(SgCompare, SlotsComeFirst) {
+  EXPECT_EQ(compared(path_graph(4), 1, ring_graph(4), 0), 6 - 8);
+}
+
+TEST(SgCompare, ThenVertices) {
+  EXPECT_EQ(compared(path_graph(4), 0, ring_graph(3), 1), 4 - 3);
+}
+
+TEST(SgCompare, ThenKeysAsSignedNumbers) {
+  EXPECT_EQ(compared(path_graph(3), 1, path_graph(3), 7), -1);
+  EXPECT_EQ(compared(path_graph(3), 0xffffffff, path_graph(3), 0), -1);
+  EXPECT_EQ(compared(path_graph(3), 0x80000000, path_graph(3), 0x7fffffff), -1);
+}
+
+TEST(SgCompare, ThenOffsetsBeforeTheLabelsBehindThem) {
+  // v = 0 2 3 4 and 0 1 3 4: the offset of vertex 1 decides, not its label.
+  EXPECT_EQ(compared(make_graph({0, 0, 0}, {{0, 1}, {0, 2}}), 0,
+                     make_graph({0, 9, 0}, {{0, 1}, {1, 2}}), 0),
+            2 - 1);
+}
+
+TEST(SgCompare, LabelOfAVertexComesBeforeTheNextOffset) {
+  EXPECT_EQ(compared(make_graph({3, 0, 0}, {{0, 1}, {0, 2}}), 0,
+                     make_graph({8, 0, 0}, {{0, 1}, {1, 2}}), 0),
+            3 - 8);
+}
+
+TEST(SgCompare, ThenNeighbours) {
+  // Both have offsets 0 1 2 3 4: 0-1 2-3 and 0-2 1-3.
+  EXPECT_EQ(compared(make_graph({0, 0, 0, 0}, {{0, 1, 9}, {2, 3}}), 0,
+                     make_graph({0, 0, 0, 0}, {{0, 2, 0}, {1, 3}}), 0),
+            1 - 2);
+}
+
+TEST(SgCompare, GraphsThatDifferInOneEdgeLabelDifferWithEqualKeys) {
+  EXPECT_EQ(compared(make_graph({0, 0, 0}, {{0, 1, 4}, {1, 2, 4}}), 5,
+                     make_graph({0, 0, 0}, {{0, 1, 4}, {1, 2, 6}}), 5),
+            4 - 6);
+}
+
+TEST(SgCompare, EqualGraphsAreEqualWhateverTheRest) {
+  const sg_ptr a = filled_record();
+  const sg_ptr b = record_of(make_graph({5, 6}, {{0, 1, 7}}));
+  b->g->key = 99;
+  b->g->vid[0] = 77;
+  EXPECT_EQ(sg_compare(a.get(), b.get()), 0);
+}
+
+// The family of one id set.
+struct id_set {
+  const char *name;
+  int (*size)(const subgraph *);
+  int (*at)(const subgraph *, int);
+  void (*add)(subgraph *, int);
+  void (*clear)(subgraph *);
+};
+
+class IdSets : public testing::TestWithParam<id_set> {};
+
+TEST_P(IdSets, StaySortedWithoutRepeats) {
+  const id_set &set = GetParam();
+  const sg_ptr sg(sg_create(2, 2));
+  for (const int id : {5, 1, 9, 5, -3, 1, 0, 9, 7, 7})
+    set.add(sg.get(), id);
+  ints ids;
+  for (int i = 0; i < set.size(sg.get()); i++)
+    ids.push_back(set.at(sg.get(), i));
+  EXPECT_EQ(ids, (ints{-3, 0, 1, 5, 7, 9}));
+}
+
+TEST_P(IdSets, ClearEmptiesAndKeepsTheRoom) {
+  const id_set &set = GetParam();
+  const sg_ptr sg(sg_create(2, 2));
+  set.add(sg.get(), 5);
+  set.clear(sg.get());
+  EXPECT_EQ(set.size(sg.get()), 0);
+  set.add(sg.get(), 6);
+  EXPECT_EQ(set.at(sg.get(), 0), 6);
+}
+
+TEST_P(IdSets, IndexBeyondTheEndIsFatal) {
+  const id_set &set = GetParam();
+  const sg_ptr sg(sg_create(2, 2));
+  EXPECT_EQ(fatal_text([&] { set.at(sg.get(), 0); }),
+            "stack.c:N: invalid index\n");
+}
+
+static std::string set_name(const testing::TestParamInfo<id_set> &param) {
+  return param.param.name;
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    All, IdSets,
+    testing::Values(
+        id_set{"child", sg_child_size, sg_child_at, sg_add_child,
+               sg_clear_child},
+        id_set{"pid", sg_pid_size, sg_pid_at, sg_add_pid, sg_clear_pid},
+        id_set{"tid", sg_tid_size, sg_tid_at, sg_add_tid, sg_clear_tid},
+        id_set{"cover", sg_cover_size, sg_cover_at, sg_add_cover,
+               sg_clear_cover}),
+    set_name);
+
+TEST(Subgraph, AppendTidTakesWhatComes) {
+  const sg_ptr sg(sg_create(2, 2));
+  for (const int tid : {0, 4, 9})
+    sg_append_tid(sg.get(), tid);
+  EXPECT_EQ(ids_of(sg->tid), (ints{0, 4, 9}));
+}
+
+TEST(Subgraph, CoverFindsAndRemovesItsIds) {
+  const sg_ptr sg(sg_create(2, 2));
+  for (const int id : {2, 4, 6})
+    sg_add_cover(sg.get(), id);
+  EXPECT_TRUE(sg_in_cover(sg.get(), 4));
+  EXPECT_FALSE(sg_in_cover(sg.get(), 3));
+  sg_remove_cover(sg.get(), 4);
+  EXPECT_FALSE(sg_in_cover(sg.get(), 4));
+  sg_remove_cover(sg.get(), 4);
+  EXPECT_EQ(ids_of(sg->cover), (ints{2, 6}));
+}
+
+TEST(Subgraph, ParentEntriesAreFoundByPid) {
+  const sg_ptr sg(sg_create(2, 2));
+  for (const int pid : {3, 8}) {
+    const parent_entry entry(pid, 0, 1, {0, -1});
+    ksstack_push(entry, sg->parent);
+  }
+  EXPECT_EQ(sg_parent_size(sg.get()), 2);
+  EXPECT_EQ(sg_parent_at(sg.get(), 1)->pid, 8);
+  EXPECT_EQ(sg_find_parent(sg.get(), 3), 0);
+  EXPECT_EQ(sg_find_parent(sg.get(), 8), 1);
+  for (const int absent : {2, 5, 9})
+    EXPECT_EQ(sg_find_parent(sg.get(), absent), -1);
+  sg_clear_parent(sg.get());
+  EXPECT_EQ(sg_find_parent(sg.get(), 3), -1);
+  EXPECT_EQ(fatal_text([&] { sg_parent_at(sg.get(), 0); }),
+            "stack.c:N: invalid index\n");
+}
+
+} // namespace kestro

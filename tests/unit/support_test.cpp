@@ -1,0 +1,261 @@
+#include "mining/support.h"
+
+#include <gtest/gtest.h>
+
+#include "mining/parents.h"
+#include "mining/statistics.h"
+#include "support/fatal.h"
+#include "support/records.h"
+
+namespace kestro {
+
+using ints = std::vector<int>;
+
+// A level of two-vertex patterns, told apart by key, with these TID lists.
+static sg_set_ptr level_of(const std::vector<ints> &tids) {
+  sg_set_ptr level(sg_set_create());
+  for (size_t id = 0; id < tids.size(); id++) {
+    sg_ptr sg = record_of(path_graph(2));
+    sg->g->key = static_cast<uint32_t>(id);
+    set_tids(sg.get(), tids[id]);
+    sg_set_push(level.get(), std::move(sg));
+  }
+  return level;
+}
+
+static graph_list_ptr paths(const ints &vertices) {
+  graph_list_ptr list(graph_list_new());
+  for (const int n : vertices)
+    graph_list_push(path_graph(n), list.get());
+  return list;
+}
+
+// A candidate with these parents.
+static sg_ptr candidate(const graph_ptr &g, const ints &pids) {
+  sg_ptr sg = canonical_record(g);
+  for (const int pid : pids)
+    sg_add_pid(sg.get(), pid);
+  return sg;
+}
+
+static ints common_tids(const std::vector<ints> &tids, const ints &pids) {
+  const sg_ptr sg = candidate(path_graph(3), pids);
+  sg_intersect_parent_tids(sg.get(), level_of(tids).get(),
+                           paths({3, 3, 3, 3, 3, 3}).get());
+  return ids_of(sg->tid);
+}
+
+TEST(IntersectParentTids, AreThoseOfAllParents) {
+  const std::vector<ints> tids = {{0, 1, 3, 5}, {1, 2, 3}, {0, 3, 4, 5}};
+  EXPECT_EQ(common_tids(tids, {0}), (ints{0, 1, 3, 5}));
+  EXPECT_EQ(common_tids(tids, {0, 1}), (ints{1, 3}));
+  EXPECT_EQ(common_tids(tids, {0, 1, 2}), (ints{3}));
+}
+
+TEST(IntersectParentTids, OfDisjointParentsAreNone) {
+  EXPECT_EQ(common_tids({{0, 2, 4}, {1, 3, 5}}, {0, 1}), ints());
+}
+
+TEST(IntersectParentTids, WithoutParentsAreNone) {
+  EXPECT_EQ(common_tids({{0, 1}}, {}), ints());
+}
+
+TEST(IntersectParentTidsFatal, RecordWithoutParentIds) {
+  const sg_ptr sg = candidate(path_graph(3), {});
+  ksstack_free(sg->pid);
+  sg->pid = nullptr;
+  EXPECT_EQ(fatal_text([&] {
+              sg_intersect_parent_tids(sg.get(), level_of({{0}}).get(),
+                                       paths({3}).get());
+            }),
+            "subgraph.c:N: null pid\n");
+}
+
+TEST(IntersectParentTidsFatal, ListThatRepeatsATransaction) {
+  EXPECT_EQ(fatal_text([] {
+              common_tids({{1, 1}}, {0});
+            }),
+            "subgraph.c:N: something wrong\n");
+}
+
+TEST(IntersectParentTidsFatal, ParentThatIsNotInTheLevel) {
+  EXPECT_EQ(fatal_text([] { common_tids({{1}}, {1}); }),
+            "stack.c:N: invalid index\n");
+}
+
+TEST(FilterCandidates, DropsThoseWhoseBoundIsTooSmall) {
+  const sg_set_ptr prev = level_of({{0, 1, 2}, {1, 2, 3}, {3}});
+  const sg_set_ptr cand(sg_set_create());
+  sg_set_insert(cand.get(), candidate(path_graph(4), {0, 1}));
+  sg_set_insert(cand.get(), candidate(star_graph(4), {1, 2}));
+  sg_set_insert(cand.get(), candidate(ring_graph(3), {0, 2}));
+  sg_filter_candidates_by_support(cand.get(), prev.get(),
+                                  paths({3, 3, 3, 3}).get(), 2);
+  ASSERT_EQ(sg_set_size(cand.get()), 1);
+  const subgraph *sg = sg_set_get(cand.get(), 0);
+  EXPECT_EQ(sg_compare(sg, canonical_record(path_graph(4)).get()), 0);
+  EXPECT_EQ(ids_of(sg->tid), (ints{1, 2}));
+}
+
+TEST(FilterCandidates, BoundOfExactlyTheMinimumStays) {
+  const sg_set_ptr prev = level_of({{0, 1}});
+  for (const int minsup : {2, 3}) {
+    const sg_set_ptr cand(sg_set_create());
+    sg_set_insert(cand.get(), candidate(path_graph(4), {0}));
+    sg_filter_candidates_by_support(cand.get(), prev.get(), paths({3, 3}).get(),
+                                    minsup);
+    EXPECT_EQ(sg_set_size(cand.get()), minsup == 2 ? 1 : 0);
+  }
+}
+
+TEST(FilterCandidates, RestIsSorted) {
+  const sg_set_ptr prev = level_of({{0}});
+  const sg_set_ptr cand(sg_set_create());
+  for (const graph_ptr &g : {path_graph(4), star_graph(4), ring_graph(3)})
+    sg_set_insert(cand.get(), candidate(g, {0}));
+  sg_filter_candidates_by_support(cand.get(), prev.get(), paths({3}).get(), 1);
+  EXPECT_EQ(sg_set_size(cand.get()), 3);
+  sg_set_check(cand.get());
+}
+
+TEST(FilterCandidates, EmptySetStaysEmpty) {
+  const sg_set_ptr cand(sg_set_create());
+  sg_filter_candidates_by_support(cand.get(), level_of({}).get(),
+                                  paths({3}).get(), 1);
+  EXPECT_EQ(sg_set_size(cand.get()), 0);
+}
+
+TEST(CountSupport, KeepsTheTransactionsThatContainThePattern) {
+  // Paths of 4 and more vertices contain a path of 4; smaller ones are skipped.
+  const graph_list_ptr database = paths({5, 3, 4, 2, 9, 4});
+  const sg_ptr sg = candidate(path_graph(4), {});
+  set_tids(sg.get(), {0, 1, 2, 3, 5});
+  EXPECT_EQ(sg_count_support(sg.get(), database.get()), 3);
+  EXPECT_EQ(ids_of(sg->tid), (ints{0, 2, 5})); // 4 is not in the bound
+}
+
+TEST(CountSupport, WholeBoundCanStay) {
+  const graph_list_ptr database = paths({4, 5, 6});
+  const sg_ptr sg = candidate(path_graph(4), {});
+  set_tids(sg.get(), {0, 1, 2});
+  EXPECT_EQ(sg_count_support(sg.get(), database.get()), 3);
+  EXPECT_EQ(ids_of(sg->tid), (ints{0, 1, 2}));
+}
+
+TEST(CountSupport, OfNoTransactionIsZero) {
+  const graph_list_ptr database = paths({8, 8});
+  const sg_ptr sg = candidate(ring_graph(3), {});
+  set_tids(sg.get(), {0, 1});
+  EXPECT_EQ(sg_count_support(sg.get(), database.get()), 0);
+  EXPECT_EQ(ids_of(sg->tid), ints());
+  EXPECT_EQ(sg_count_support(sg.get(), database.get()), 0);
+}
+
+TEST(CountSupport, TransactionsWithEnoughVerticesButTooFewSlotsAreSkipped) {
+  const graph_list_ptr database = database_of(
+      make_graph({0, 0, 0, 0, 0}, {{0, 1}}), ring_graph(3), path_graph(3));
+  const sg_ptr sg = candidate(ring_graph(3), {});
+  set_tids(sg.get(), {0, 1, 2});
+  EXPECT_EQ(sg_count_support(sg.get(), database.get()), 1);
+  EXPECT_EQ(ids_of(sg->tid), (ints{1}));
+}
+
+TEST(CountSupport, AgreesWithTheSlowMatcher) {
+  for (unsigned seed = 0; seed < 60; seed++) {
+    test_rng rng(seed);
+    const sg_ptr sg = candidate(random_graph(rng, {4, 1, 2, 1, true}), {});
+    graph_list_ptr database(graph_list_new());
+    ints expected;
+    for (int tid = 0; tid < 8; tid++) {
+      graph_ptr t = random_graph(rng, {6, 5, 2, 1, false});
+      if (!naive_maps(sg->g, t.get()).empty())
+        expected.push_back(tid);
+      graph_list_push(std::move(t), database.get());
+    }
+    set_tids(sg.get(), identity_of(8));
+    EXPECT_EQ(sg_count_support(sg.get(), database.get()),
+              static_cast<int>(expected.size()));
+    EXPECT_EQ(ids_of(sg->tid), expected) << "seed " << seed;
+  }
+}
+
+class CountFrequents : public testing::Test {
+protected:
+  void SetUp() override { stats_init(); }
+  void TearDown() override { stats_free(); }
+};
+
+// A candidate whose bound is tids, with parent entries for pids.
+static sg_ptr bounded(const graph_ptr &g, const ints &tids, const ints &pids,
+                      const sg_set_ptr &prev) {
+  sg_ptr sg = candidate(g, pids);
+  set_tids(sg.get(), tids);
+  for (const int pid : pids)
+    sg_update_parent_info(
+        sg.get(), parent_entry(pid, 0, 1, ints(static_cast<size_t>(g->vs))),
+        prev.get());
+  return sg;
+}
+
+TEST_F(CountFrequents, KeepsFrequentOnesWithExactCounts) {
+  const graph_list_ptr database =
+      database_of(path_graph(5), star_graph(5), ring_graph(5), star_graph(4));
+  const sg_set_ptr prev = level_of({{0, 1, 2, 3}});
+  sg_set *cand = sg_set_create();
+  // Bounds of 4 and 4, supports of 2 and 2, and a triangle of none.
+  sg_set_insert(cand, bounded(path_graph(4), {0, 1, 2, 3}, {0}, prev));
+  sg_set_insert(cand, bounded(star_graph(4), {0, 1, 2, 3}, {0}, prev));
+  sg_set_insert(cand, bounded(ring_graph(3), {0, 1, 2, 3}, {0}, prev));
+  const sg_set_ptr level(
+      sg_count_frequents(cand, prev.get(), database.get(), 2));
+  ASSERT_EQ(sg_set_size(level.get()), 2);
+  sg_set_check(level.get());
+  const subgraph *path =
+      sg_set_find_record(level.get(), canonical_record(path_graph(4)).get());
+  const subgraph *star =
+      sg_set_find_record(level.get(), canonical_record(star_graph(4)).get());
+  ASSERT_TRUE(path && star);
+  EXPECT_EQ(path->count, 2);
+  EXPECT_EQ(ids_of(path->tid), (ints{0, 2}));
+  EXPECT_EQ(star->count, 2);
+  EXPECT_EQ(ids_of(star->tid), (ints{1, 3}));
+  EXPECT_EQ(ids_of(sg_set_get(prev.get(), 0)->child), (ints{0, 1}));
+  // prev has one edge, so the level is that of two.
+  EXPECT_EQ(stats_get(stats_frequent, 2), 2);
+}
+
+TEST_F(CountFrequents, ChildrenAreRegisteredUnderTheKeptParentsOnly) {
+  const graph_list_ptr database = database_of(path_graph(4));
+  const sg_set_ptr prev = level_of({{0, 1, 2}, {0}, {0, 1}});
+  sg_set *cand = sg_set_create();
+  sg_set_insert(cand, bounded(path_graph(4), {0}, {0, 1, 2}, prev));
+  const sg_set_ptr level(
+      sg_count_frequents(cand, prev.get(), database.get(), 1));
+  ASSERT_EQ(sg_set_size(level.get()), 1);
+  EXPECT_EQ(ids_of(sg_set_get(level.get(), 0)->pid), (ints{0, 1, 2}));
+  EXPECT_EQ(ids_of(sg_set_get(prev.get(), 0)->child), ints());
+  EXPECT_EQ(ids_of(sg_set_get(prev.get(), 1)->child), (ints{0}));
+  EXPECT_EQ(ids_of(sg_set_get(prev.get(), 2)->child), (ints{0}));
+}
+
+TEST_F(CountFrequents, OfNoneIsAnEmptyLevelCountedAsZero) {
+  const graph_list_ptr database = database_of(path_graph(4));
+  const sg_set_ptr prev = level_of({{0}});
+  stats_set(stats_frequent, 2, 9);
+  const sg_set_ptr level(
+      sg_count_frequents(sg_set_create(), prev.get(), database.get(), 1));
+  EXPECT_EQ(sg_set_size(level.get()), 0);
+  EXPECT_EQ(stats_get(stats_frequent, 2), 0);
+}
+
+TEST_F(CountFrequents, EmptyPreviousLevelIsFatal) {
+  const graph_list_ptr database = database_of(path_graph(4));
+  const sg_set_ptr prev(sg_set_create());
+  EXPECT_EQ(fatal_text([&] {
+              sg_count_frequents(sg_set_create(), prev.get(), database.get(),
+                                 1);
+            }),
+            "stack.c:N: invalid index\n");
+}
+
+} // namespace kestro

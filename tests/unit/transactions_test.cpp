@@ -1,0 +1,382 @@
+#include "graph/transactions.h"
+
+#include <gtest/gtest.h>
+
+#include "support/fatal.h"
+#include "support/graphs.h"
+#include "support/label_sets.h"
+#include "support/streams.h"
+#include "support/temp_file.h"
+
+namespace kestro {
+
+static const label_set *labels() {
+  static thread_local const label_set_ptr ls =
+      label_set_of({"d", "s"}, {"C", "N", "O"});
+  return ls.get();
+}
+
+static graph_list_ptr read(const std::string &text) {
+  const temp_file file(text);
+  return graph_list_ptr(graph_read_transactions(file.path(), labels()));
+}
+
+// The only transaction of a text.
+static graph_ptr read_one(const std::string &text) {
+  const graph_list_ptr list = read(text);
+  EXPECT_EQ(list->count, 1);
+  graph *g = graph_list_at(list.get(), 0);
+  graph_check(g);
+  list->count = 0;
+  return graph_ptr(g);
+}
+
+static std::string failure_of(const std::string &text) {
+  return fatal_text([&] { read(text); });
+}
+
+static std::vector<int> vids_of(const graph *g) {
+  return std::vector<int>(g->vid, g->vid + g->vs);
+}
+
+TEST(Transactions, FourLinesAreOneEdge) {
+  const graph_ptr g = read_one("t # 0\nv 0 C\nv 1 O\nu 1 0 s\n");
+  EXPECT_TRUE(same_structure(g.get(), make_graph({0, 2}, {{0, 1, 1}}).get()));
+  EXPECT_EQ(vids_of(g.get()), (std::vector<int>{0, 1}));
+}
+
+TEST(Transactions, NeighbourListsAreSortedByIndex) {
+  const graph_ptr g = read_one("t\nv 0 C\nv 1 N\nv 2 O\nv 3 C\n"
+                               "u 3 0 d\nu 2 0 s\nu 0 1 d\nu 1 3 s\n");
+  EXPECT_TRUE(same_structure(
+      g.get(),
+      make_graph({0, 1, 2, 0}, {{0, 3, 0}, {0, 2, 1}, {0, 1, 0}, {1, 3, 1}})
+          .get()));
+}
+
+TEST(Transactions, EveryEdgeLetterInEitherCaseIsTheSameEdge) {
+  const graph_ptr expected = make_graph({0, 2}, {{0, 1, 0}});
+  for (const char *letter : {"u", "d", "e", "U", "D", "E"}) {
+    const graph_ptr g =
+        read_one(std::string("T 1\nV 0 C\nV 1 O\n") + letter + " 0 1 d\n");
+    EXPECT_TRUE(same_structure(g.get(), expected.get())) << letter;
+  }
+}
+
+TEST(Transactions, VertexLinesMayFollowTheirEdges) {
+  const graph_ptr g = read_one("t\nu 1 0 s\nv 0 C\nv 1 O\n");
+  EXPECT_TRUE(same_structure(g.get(), make_graph({0, 2}, {{0, 1, 1}}).get()));
+}
+
+TEST(Transactions, IdsNeedNotBeConsecutiveNorSorted) {
+  const graph_ptr g =
+      read_one("t\nv 70 C\nv -3 O\nv 12 N\nu -3 70 s\nu 12 -3 d\n");
+  EXPECT_TRUE(same_structure(
+      g.get(), make_graph({0, 2, 1}, {{0, 1, 1}, {1, 2, 0}}).get()));
+  EXPECT_EQ(vids_of(g.get()), (std::vector<int>{0, 1, 2}));
+}
+
+TEST(Transactions, FirstVertexLineWithAnIdIsTheOneMeant) {
+  const graph_ptr g = read_one("t\nv 5 C\nv 5 O\nv 6 N\nu 5 6 s\n");
+  EXPECT_TRUE(
+      same_structure(g.get(), make_graph({0, 2, 1}, {{0, 2, 1}}).get()));
+}
+
+TEST(Transactions, AreReadInTheOrderOfTheFile) {
+  const graph_list_ptr list =
+      read("t 9\nv 0 C\nt 3\nv 0 O\nv 1 O\nt 3\nv 0 N\nv 1 N\nv 2 N\n");
+  ASSERT_EQ(list->count, 3);
+  EXPECT_EQ(list->capacity, 128);
+  EXPECT_EQ(vlabels_of(graph_list_at(list.get(), 0)), (std::vector<int>{0}));
+  EXPECT_EQ(vlabels_of(graph_list_at(list.get(), 1)), (std::vector<int>{2, 2}));
+  EXPECT_EQ(vlabels_of(graph_list_at(list.get(), 2)),
+            (std::vector<int>{1, 1, 1}));
+}
+
+TEST(Transactions, ConsecutiveHeadersGiveEmptyTransactionsThatCount) {
+  const graph_list_ptr list = read("t\nt\nv 0 C\nt\n");
+  ASSERT_EQ(list->count, 3);
+  for (const int i : {0, 2}) {
+    EXPECT_EQ(graph_list_at(list.get(), i)->vs, 0);
+    EXPECT_EQ(graph_list_at(list.get(), i)->es, 0);
+    EXPECT_EQ(graph_list_at(list.get(), i)->v[0], 0);
+  }
+  EXPECT_EQ(graph_list_at(list.get(), 1)->vs, 1);
+}
+
+TEST(Transactions, FileWithoutAHeaderHasNone) {
+  EXPECT_EQ(read("")->count, 0);
+  EXPECT_EQ(read("# nothing\n")->count, 0);
+  EXPECT_EQ(read("v 0 C\nu 0 1 s\n")->count, 0);
+}
+
+TEST(Transactions, LinesBeforeTheFirstHeaderBelongToNone) {
+  const graph_ptr g = read_one("v 7 C\nu 7 7 no-label\nt\nv 0 O\n");
+  EXPECT_EQ(vlabels_of(g.get()), (std::vector<int>{2}));
+}
+
+TEST(Transactions, CommentsAreIgnoredEverywhere) {
+  const graph_ptr g =
+      read_one("# a\nt\n% b\nv 0 C\n # c\nv 1 O\nu 0 1 s\n#\n%\n");
+  EXPECT_TRUE(same_structure(g.get(), make_graph({0, 2}, {{0, 1, 1}}).get()));
+}
+
+TEST(Transactions, BlanksTrailingTextAndCarriageReturnsAreIgnored) {
+  const graph_ptr g = read_one("  t # 0 any text\r\n\tv  0 C more\r\n"
+                               "v 1\tO\r\n u 0 1  s and more\r\n");
+  EXPECT_TRUE(same_structure(g.get(), make_graph({0, 2}, {{0, 1, 1}}).get()));
+}
+
+TEST(Transactions, LastLineNeedsNoNewline) {
+  const graph_ptr g = read_one("t\nv 0 C\nv 1 O\nu 0 1 s");
+  EXPECT_EQ(g->es, 2);
+}
+
+TEST(Transactions, TextBehindAZeroByteIsIgnored) {
+  using namespace std::string_literals;
+  const graph_ptr g = read_one("t\nv 0 C\0junk\nv 1 O\nu 0 1 s\0\n"s);
+  EXPECT_TRUE(same_structure(g.get(), make_graph({0, 2}, {{0, 1, 1}}).get()));
+}
+
+TEST(Transactions, LongCommentsOfCommentPiecesAreRead) {
+  // Every piece of 1023 characters starts with "#" too.
+  const graph_ptr g = read_one("t\n" + std::string(3000, '#') + "\nv 0 C\n");
+  EXPECT_EQ(g->vs, 1);
+}
+
+TEST(Transactions, LongVertexLineOfBlanksIsReadWhole) {
+  // The second piece, which counting sees as a line, is a comment.
+  const graph_ptr g =
+      read_one("t\nv 0 C" + std::string(1018, ' ') + "# more\nv 1 O\n");
+  EXPECT_EQ(vlabels_of(g.get()), (std::vector<int>{0, 2}));
+}
+
+// A one-vertex transaction whose label has length bytes, with that label known.
+static graph_ptr read_label_of(size_t length) {
+  const label_set_ptr ls = label_set_of({}, {std::string(length, 'v')});
+  const temp_file file("t\nv 0 " + std::string(length, 'v') + "\n");
+  return graph_ptr(graph_read_transaction_file(file.path(), ls.get()));
+}
+
+TEST(Transactions, LineOf1022CharactersIsOnePiece) {
+  EXPECT_EQ(read_label_of(1022 - 4 - 1)->vs, 1);
+}
+
+TEST(Transactions, LineOf1023CharactersIsOnePiece) {
+  EXPECT_EQ(read_label_of(1023 - 4 - 1)->vs, 1);
+}
+
+TEST(TransactionsCheck, SecondPieceOfALongLineIsCountedAsALine) {
+  // Counting sees two vertex lines, the second of them "vvv...".
+  for (const size_t length : {1020u, 1022u, 1023u})
+    EXPECT_EQ(check_text([&] { read_label_of(length); }),
+              "transactions.cpp:N: set_vertex_ids: Assertion `vertices == "
+              "g->vs' failed.\n")
+        << length;
+}
+
+TEST(TransactionsCheck, SecondPieceCountedAsAnEdge) {
+  EXPECT_NE(check_text([] {
+              read("t\nv 0 C" + std::string(1018, ' ') + "u\n");
+            }).find("Assertion `edges_ == g_->es' failed"),
+            std::string::npos);
+}
+
+TEST(TransactionsCheck, HeaderInASecondPieceEndsTheCount) {
+  // Counting stops at the piece "t"; the later passes read on.
+  EXPECT_EQ(check_text([] {
+              read("t\nv 0 C" + std::string(1018, ' ') + "t\nv 1 O\n");
+            }),
+            "transactions.cpp:N: set_vertex_ids: Assertion `vertices == g->vs' "
+            "failed.\n");
+}
+
+TEST(TransactionsFatal, SecondPieceThatIsNoLine) {
+  EXPECT_EQ(failure_of("t\nv 0 C" + std::string(1018, ' ') + "xy\n"),
+            "graph.c:N: invalid input line 'xy'\n");
+  // A line of 1023 characters and a newline leaves the newline alone.
+  EXPECT_EQ(failure_of("t\nv 0 C" + std::string(1018, ' ') + "\nv 1 O\n"),
+            "graph.c:N: invalid input line: \n\n");
+}
+
+TEST(TransactionsFatal, MissingFile) {
+  EXPECT_EQ(fatal_text([] { graph_read_transactions("/no/such", labels()); }),
+            "can't open a file '/no/such'\n");
+}
+
+TEST(TransactionsFatal, EmptyLineAnywhere) {
+  const std::string text = "graph.c:N: invalid input line: \n\n";
+  EXPECT_EQ(failure_of("\nt\n"), text);
+  EXPECT_EQ(failure_of("t\nv 0 C\n\nt\nv 0 C\n"), text);
+  EXPECT_EQ(failure_of("t\nv 0 C\n\n"), text);
+  EXPECT_EQ(failure_of("t\nv 0 C\n \t \n"),
+            "graph.c:N: invalid input line:  \t \n\n");
+}
+
+TEST(TransactionsFatal, UnknownLetter) {
+  EXPECT_EQ(failure_of("t\nv 0 C\nx 0 1 s\n"),
+            "graph.c:N: invalid input line 'x 0 1 s'\n");
+  EXPECT_EQ(failure_of("nothing\nt\n"),
+            "graph.c:N: invalid input line 'nothing'\n");
+}
+
+TEST(TransactionsFatal, LineThatCannotBeScanned) {
+  EXPECT_EQ(failure_of("t\nv zero C\n"),
+            "graph.c:N: invalid input line 'v zero C'\n");
+}
+
+TEST(TransactionsFatal, LineWithoutALabelExhaustsMemory) {
+  EXPECT_EQ(failure_of("t\nv 0\n"), "xmalloc.c:N: not enough memory\n");
+  EXPECT_EQ(failure_of("t\nv 0 C\nv 1 C\nu 0 1\n"),
+            "xmalloc.c:N: not enough memory\n");
+}
+
+TEST(TransactionsFatal, UnknownVertexLabelListsTheVertexLabels) {
+  EXPECT_EQ(failure_of("t\nv 0 S\n"),
+            "graph.c:N: can't find a vertex label 'S' in the label set\n"
+            "C\nN\nO\n");
+}
+
+TEST(TransactionsFatal, UnknownEdgeLabelListsTheEdgeLabels) {
+  EXPECT_EQ(failure_of("t\nv 0 C\nv 1 C\nu 0 1 C\n"),
+            "graph.c:N: can't find an edge label 'C' in the label set\nd\ns\n");
+}
+
+TEST(TransactionsFatal, UnknownVertexIdListsTheIds) {
+  EXPECT_EQ(failure_of("t\nv 4 C\nv 7 C\nt\nv 9 C\nv 5 C\nu 7 5 s\n"),
+            fatal_text([] {
+              const graph_ptr g = make_graph({0, 0}, {});
+              g->vid[0] = 9;
+              g->vid[1] = 5;
+              graph_find_vid(g.get(), 7);
+            }));
+  EXPECT_NE(failure_of("t\nv 9 C\nv 5 C\nu 7 5 s\n")
+                .find("can't find a vid '7' in a graph\n"),
+            std::string::npos);
+}
+
+TEST(TransactionsFatal, SmallerOfTwoUnknownIdsIsNamed) {
+  EXPECT_NE(failure_of("t\nv 0 C\nu 8 6 s\n").find("can't find a vid '6'"),
+            std::string::npos);
+}
+
+TEST(TransactionsFatal, Loop) {
+  EXPECT_EQ(failure_of("t\nv 2 C\nu 2 2 s\n"), "graph.c:N: something wrong\n");
+  // Seen before the id or the label is looked up.
+  EXPECT_EQ(failure_of("t\nu 2 2 x\n"), "graph.c:N: something wrong\n");
+}
+
+static const std::string three_vertices = "t\nv 0 C\nv 1 C\nv 2 C\n";
+
+TEST(TransactionsFatal, DuplicateEdgeInEitherOrder) {
+  const std::string text = "graph.c:N: duplicated edges (0, 1):s\n";
+  EXPECT_EQ(failure_of(three_vertices + "u 0 1 s\nu 0 1 s\n"), text);
+  EXPECT_EQ(failure_of(three_vertices + "u 0 1 s\nu 1 0 s\n"), text);
+}
+
+TEST(TransactionsFatal, DuplicateEdgeWithAnotherLabel) {
+  // The record after that of 0-1 is that of 1-0: label id 1, s, either way.
+  EXPECT_EQ(failure_of(three_vertices + "u 0 1 s\nu 0 1 d\n"),
+            "graph.c:N: duplicated edges (0, 1):s\n");
+  EXPECT_EQ(failure_of(three_vertices + "u 0 1 d\nu 0 1 s\n"),
+            "graph.c:N: duplicated edges (0, 1):s\n");
+}
+
+TEST(TransactionsFatal, DuplicateNamesIndicesNotIds) {
+  EXPECT_EQ(failure_of("t\nv 10 C\nv 20 C\nu 20 10 d\nu 10 20 d\n"),
+            "graph.c:N: duplicated edges (0, 1):s\n");
+}
+
+TEST(TransactionsFatal, DuplicateShowsTheLabelWhoseIdIsTheNextRecordsStart) {
+  // Index 0 has the larger id, so records come as 1-0, 0-1, 1-0, 0-1; the
+  // first of the pair 0-1 is the second record, the next one starts at 1.
+  EXPECT_EQ(failure_of("t\nv 9 C\nv 3 C\nu 3 9 d\nu 3 9 s\n"),
+            "graph.c:N: duplicated edges (0, 1):s\n");
+  // The pair 0-1 is found first among records 2-1, 1-2, 1-0, 0-1, 2-0, 0-2,
+  // 1-0, 0-1; the record after its first one starts at 2: no such label.
+  EXPECT_EQ(failure_of("t\nv 9 C\nv 3 C\nv 1 C\nu 1 3 d\nu 3 9 d\nu 1 9 d\n"
+                       "u 3 9 s\n"),
+            "stack.c:N: invalid index\n");
+}
+
+TEST(TransactionsFatal, DuplicateWhoseFirstIsTheLastRecordShowsLabelZero) {
+  // Sorted by label the pair 0-1 starts with the last of the four records.
+  EXPECT_EQ(failure_of("t\nv 9 C\nv 3 C\nu 3 9 s\nu 3 9 d\n"),
+            "graph.c:N: duplicated edges (0, 1):d\n");
+}
+
+TEST(TransactionsFatal, DuplicateWhoseLabelIdDoesNotExist) {
+  const label_set_ptr ls = label_set_of({"only"}, {"C"});
+  const temp_file file("t\nv 0 C\nv 1 C\nu 0 1 only\nu 0 1 only\n");
+  EXPECT_EQ(fatal_text([&] { graph_read_transactions(file.path(), ls.get()); }),
+            "stack.c:N: invalid index\n");
+}
+
+TEST(Transactions, ReadNextLeavesTheStreamAtTheNextHeader) {
+  const std::string text = "t 1\nv 0 C\n# x\nt 2\nv 0 O\nv 1 O\n";
+  const file_ptr stream = reading(text);
+  const graph_ptr first(graph_read_next_transaction(stream.get(), labels()));
+  EXPECT_EQ(ftell(stream.get()), 14);
+  const graph_ptr second(graph_read_next_transaction(stream.get(), labels()));
+  EXPECT_EQ(ftell(stream.get()), static_cast<long>(text.size()));
+  EXPECT_EQ(first->vs, 1);
+  EXPECT_EQ(second->vs, 2);
+}
+
+TEST(Transactions, ReadFileTakesTheFirstTransactionOnly) {
+  const temp_file file("# x\nv 0 C\nt 1\nv 0 O\nt 2\nbroken");
+  const graph_ptr g(graph_read_transaction_file(file.path(), labels()));
+  EXPECT_EQ(vlabels_of(g.get()), (std::vector<int>{2}));
+}
+
+TEST(Transactions, ReadFileWithoutATransactionIsEmpty) {
+  const temp_file file("# x\n");
+  const graph_ptr g(graph_read_transaction_file(file.path(), labels()));
+  EXPECT_EQ(g->vs, 0);
+}
+
+TEST(TransactionsFatal, ReadFileOfAMissingFile) {
+  EXPECT_EQ(
+      fatal_text([] { graph_read_transaction_file("/no/such", labels()); }),
+      "can't open a file '/no/such'\n");
+}
+
+TEST(Transactions, CountStopsBeforeTheSecondHeader) {
+  const std::string text = "t\nv 0 C\nu 0 1 s\ne 1 2 s\nv 1 C\n#\nt\nv 0 C\n";
+  const file_ptr stream = reading(text);
+  int es = -1;
+  int vs = -1;
+  graph_count_transaction(stream.get(), &es, &vs);
+  EXPECT_EQ(es, 4);
+  EXPECT_EQ(vs, 2);
+  EXPECT_EQ(ftell(stream.get()), static_cast<long>(text.rfind('t')));
+}
+
+TEST(Transactions, CountOfTheLastOneStopsAtTheEnd) {
+  const std::string text = "t\nd 0 1 s";
+  const file_ptr stream = reading(text);
+  int es = -1;
+  int vs = -1;
+  graph_count_transaction(stream.get(), &es, &vs);
+  EXPECT_EQ(es, 2);
+  EXPECT_EQ(vs, 0);
+}
+
+TEST(Transactions, VertexIdsAreThoseOfTheFile) {
+  const std::string text = "t\nv 8 C\nu 8 1 s\nv 1 C\nt\nv 4 C\n";
+  const file_ptr stream = reading(text);
+  const graph_ptr g(graph_create(2, 2));
+  set_vertex_ids(stream.get(), g.get());
+  EXPECT_EQ(vids_of(g.get()), (std::vector<int>{8, 1}));
+}
+
+TEST(TransactionsCheck, VertexIdsMustBeAsManyAsCounted) {
+  const std::string text = "t\nv 8 C\n";
+  const file_ptr stream = reading(text);
+  const graph_ptr g(graph_create(0, 2));
+  EXPECT_EQ(check_text([&] { set_vertex_ids(stream.get(), g.get()); }),
+            "transactions.cpp:N: set_vertex_ids: Assertion `vertices == g->vs' "
+            "failed.\n");
+}
+
+} // namespace kestro
