@@ -15,12 +15,17 @@
 
 namespace kestro {
 
+namespace {
+
 // What all trees of one thread share.
 struct rbtree_state {
   rbt_node nil = {0, &nil, &nil, &nil, 0}; // the sentinel, always black
   rbt_node *free_nodes = nullptr;          // linked through l
   ~rbtree_state() { rbt_release_nodes(); }
 };
+
+} // namespace
+
 static thread_local rbtree_state state;
 
 static bool rbt_nil(const rbt_node *node) { return node == &state.nil; }

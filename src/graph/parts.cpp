@@ -136,37 +136,4 @@ void graph_split_all(ksstack *list) {
   }
 }
 
-void graph_copy_compacted(const graph *g, graph *out) {
-  const int es = graph_active_slots(g);
-  const int vs = graph_active_vertices(g);
-  out->key = g->key;
-  int u = 0;
-  int filled = 0;
-  xvector<int> index(static_cast<size_t>(g->vs), -1); // -1: disabled
-  for (int i = 0; i < g->vs; i++)
-    if (!graph_is_disabled(g->v[i]))
-      index[static_cast<size_t>(i)] = u++;
-  for (int i = 0; i < g->vs; i++) {
-    if (graph_is_disabled(g->v[i]))
-      continue;
-    u = index[static_cast<size_t>(i)];
-    out->v[u] = filled;
-    out->vid[u] = g->vid[i];
-    out->vlabel[u] = g->vlabel[i];
-    const int end = graph_unmark(g->v[i + 1]);
-    for (int j = g->v[i]; j < end; j++) {
-      if (graph_is_disabled(g->e[j]))
-        continue;
-      out->e[filled] = index[static_cast<size_t>(g->e[j])];
-      out->elabel[filled] = g->elabel[j];
-      filled++;
-    }
-  }
-  assert(filled == es);
-  out->v[vs] = filled;
-  out->es = es;
-  out->vs = vs;
-  KESTRO_STRUCTURE(graph_check(out));
-}
-
 } // namespace kestro

@@ -22,9 +22,4 @@ void graph_filter_by_slots(ksstack *list, const int *const *keep);
 // Replaces every graph by its components, dropping single vertices.
 void graph_split_all(ksstack *list);
 
-// Copies the enabled vertices and slots of g, in their order and renumbered,
-// into out, which has room for them and takes their numbers as its sizes.  The
-// key is copied as it is.
-void graph_copy_compacted(const graph *g, graph *out);
-
 } // namespace kestro

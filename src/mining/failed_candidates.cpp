@@ -14,14 +14,15 @@ static size_t aligned(size_t size) {
   return (size + unit - 1) / unit * unit;
 }
 
-void *copy_arena::allocate(size_t size) {
-  const size_t bytes = aligned(size);
+void *copy_arena::allocate(size_t wanted) {
+  const size_t bytes = aligned(wanted);
   if (chunks_.empty() || used_ + bytes >= chunk_size_) {
-    if (!chunks_.empty())
-      chunk_size_ *= 2;
-    while (bytes >= chunk_size_)
-      chunk_size_ *= 2;
-    chunks_.emplace_back(xmalloc(chunk_size_));
+    size_t size = chunks_.empty() ? chunk_size_ : 2 * chunk_size_;
+    while (bytes >= size)
+      size *= 2;
+    xptr<void> chunk(xmalloc(size));
+    chunks_.push_back(std::move(chunk));
+    chunk_size_ = size;
     used_ = 0;
   }
   void *place = static_cast<char *>(chunks_.back().get()) + used_;

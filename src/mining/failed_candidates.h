@@ -12,8 +12,8 @@ namespace kestro {
 class copy_arena {
 public:
   static constexpr size_t first_chunk = 1048576; // bytes
-  // size bytes, aligned for any record, until the arena's end.
-  void *allocate(size_t size);
+  // wanted bytes, aligned for any record, until the arena's end.
+  void *allocate(size_t wanted);
 
 private:
   xvector<xptr<void>> chunks_;

@@ -249,14 +249,6 @@ static void check_in_double_edges2(sg_set *level2, const ksstack *transactions,
   }
 }
 
-static void register_children(const sg_set *level2, const sg_set *level1) {
-  for (int j = 0; j < sg_set_size(level2); j++) {
-    const subgraph *sg = sg_set_get(level2, j);
-    for (int i = 0; i < sg_parent_size(sg); i++)
-      sg_add_child(sg_set_get(level1, sg_parent_at(sg, i)->pid), j);
-  }
-}
-
 sg_set *sg_frequent_double_edges(sg_set *level1, const ksstack *transactions,
                                  int minsup, int nel, int nvl) {
   double_edge_table table(nel, nvl);
@@ -286,7 +278,7 @@ sg_set *sg_frequent_double_edges(sg_set *level1, const ksstack *transactions,
   sg_set_sort(level2.get());
   KESTRO_STRUCTURE(sg_set_check(level2.get()));
   check_in_double_edges2(level2.get(), transactions, &table);
-  register_children(level2.get(), level1);
+  sg_register_children(level2.get(), level1);
   stats_set(stats_frequent, 2, sg_set_size(level2.get()));
   return level2.release();
 }

@@ -5,7 +5,10 @@
 
 #include "mining/parents.h"
 
+#include <cstring>
+
 #include "base/error.h"
+#include "base/xmalloc.h"
 
 namespace kestro {
 
@@ -16,8 +19,13 @@ static int compare_ranks(int x, int y, const sg_set *prev) {
   return d ? d : x - y;
 }
 
+// The elements of a record laid out for more vertices are wider than the entry.
 static void insert_entry(subgraph *sg, const sg_parent *entry) {
-  ksstack_insert_sorted(entry, sg->parent, compar_int);
+  const size_t width = static_cast<size_t>(sg->parent->element_size);
+  const size_t ints = static_cast<size_t>(sg_parent_ints(entry->vs));
+  xvector<int> element(width / sizeof(int), -1);
+  memcpy(element.data(), entry, ints * sizeof(int));
+  ksstack_insert_sorted(element.data(), sg->parent, compar_int);
 }
 
 void sg_update_parent_info(subgraph *sg, const sg_parent *entry,
@@ -47,6 +55,14 @@ void sg_update_parent_info(subgraph *sg, const sg_parent *entry,
     die("subgraph.c", "can't happen\n");
   ksstack_remove_at(sg->parent, dropped);
   insert_entry(sg, entry);
+}
+
+void sg_register_children(const sg_set *level, const sg_set *prev) {
+  for (int j = 0; j < sg_set_size(level); j++) {
+    const subgraph *sg = sg_set_get(level, j);
+    for (int i = 0; i < sg_parent_size(sg); i++)
+      sg_add_child(sg_set_get(prev, sg_parent_at(sg, i)->pid), j);
+  }
 }
 
 } // namespace kestro

@@ -13,4 +13,7 @@ namespace kestro {
 void sg_update_parent_info(subgraph *sg, const sg_parent *entry,
                            const sg_set *prev);
 
+// Adds each pattern of level to the child sets of its kept parents in prev.
+void sg_register_children(const sg_set *level, const sg_set *prev);
+
 } // namespace kestro

@@ -11,8 +11,8 @@
 #include <algorithm>
 
 #include "cl/canonical.h"
+#include "graph/compacted.h"
 #include "graph/edge_marks.h"
-#include "graph/parts.h"
 #include "mining/parents.h"
 
 namespace kestro {
@@ -26,9 +26,7 @@ registration_counts *sg_registration_counts() { return &counts; }
 static void offer_parent(subgraph *cand, int pid, int u, int w,
                          const graph *rest, const sg_set *prev) {
   const int vs = cand->g->vs;
-  // As wide as the set's elements, which have room for one vertex more.
-  const size_t bytes = static_cast<size_t>(cand->parent->element_size);
-  xvector<int> memory(bytes / sizeof(int), -1);
+  xvector<int> memory(static_cast<size_t>(sg_parent_ints(vs)), -1);
   auto *entry = reinterpret_cast<sg_parent *>(memory.data());
   entry->pid = pid;
   entry->u = u;

@@ -15,9 +15,14 @@ namespace kestro {
 
 static constexpr int first_sizes = 128; // sizes 0 to 127 at the start
 
+namespace {
+
 struct statistics_state {
   ksstack_ptr counters[2]; // of int, by kind
 };
+
+} // namespace
+
 static thread_local statistics_state state;
 
 static ksstack *counters(int kind) {

@@ -27,7 +27,7 @@ void sg_print(const subgraph *sg, FILE *out) {
 }
 
 static void print_ids(const ksstack *s, FILE *out) {
-  for (int i = 0; i < s->count; i++)
+  for (int i = 0; s && i < s->count; i++)
     fprintf(out, "%d ", first_int(s, i));
   fputc('\n', out);
 }

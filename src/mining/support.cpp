@@ -2,9 +2,9 @@
 //
 // A transaction that contains a pattern contains all its parents, so the
 // intersection of their TID lists bounds its support at the cost of one pass
-// over the lists.  Only the transactions of the bound are searched for an
-// embedding; the first success fixes the order in which later searches match
-// the pattern's vertices.
+// over the lists.  In each transaction of the bound the candidate's one edge
+// more is tried where a kept parent was found; a search, compiled once per
+// candidate, follows only where that fails.
 
 #include "mining/support.h"
 
@@ -16,6 +16,7 @@
 #include "cl/search_plan.h"
 #include "graph/graph_list.h"
 #include "mining/embeddings.h"
+#include "mining/parents.h"
 #include "mining/statistics.h"
 
 namespace kestro {
@@ -124,7 +125,7 @@ private:
 
 } // namespace
 
-xvector<int> count_vertex_labels(const ksstack *transactions) {
+static xvector<int> count_vertex_labels(const ksstack *transactions) {
   xvector<int> counts;
   for (int i = 0; i < transactions->count; i++) {
     const graph *t = graph_list_at(transactions, i);
@@ -138,9 +139,9 @@ xvector<int> count_vertex_labels(const ksstack *transactions) {
   return counts;
 }
 
-int sg_count_support(subgraph *sg, const sg_set *prev,
-                     const ksstack *transactions,
-                     const xvector<int> &label_counts) {
+static int count_support(subgraph *sg, const sg_set *prev,
+                         const ksstack *transactions,
+                         const xvector<int> &label_counts) {
   occurrence_finder finder(sg, prev, label_counts);
   int matches = 0;
   int *tids = ksstack_array<int>(sg->tid);
@@ -157,12 +158,10 @@ int sg_count_support(subgraph *sg, const sg_set *prev,
   return matches;
 }
 
-static void register_children(const sg_set *level, sg_set *prev) {
-  for (int j = 0; j < sg_set_size(level); j++) {
-    const subgraph *sg = sg_set_get(level, j);
-    for (int i = 0; i < sg_parent_size(sg); i++)
-      sg_add_child(sg_set_get(prev, sg_parent_at(sg, i)->pid), j);
-  }
+int sg_count_support(subgraph *sg, const sg_set *prev,
+                     const ksstack *transactions) {
+  return count_support(sg, prev, transactions,
+                       count_vertex_labels(transactions));
 }
 
 static void free_rows(sg_set *level) {
@@ -182,7 +181,7 @@ sg_set *sg_count_frequents(sg_set *cand, sg_set *prev,
   for (sg_ptr &sg : take_records(cand)) {
     sg->rows = budget.take_rows(sg.get(), sg_tid_size(sg.get()));
     const int support =
-        sg_count_support(sg.get(), prev, transactions, label_counts);
+        count_support(sg.get(), prev, transactions, label_counts);
     if (support < minsup) {
       budget.give_back(sg.get());
       sg.reset();
@@ -194,7 +193,7 @@ sg_set *sg_count_frequents(sg_set *cand, sg_set *prev,
   free_rows(prev);
   sg_set_sort(level.get());
   KESTRO_STRUCTURE(sg_set_check(level.get()));
-  register_children(level.get(), prev);
+  sg_register_children(level.get(), prev);
   stats_set(stats_frequent, k, sg_set_size(level.get()));
   return level.release();
 }

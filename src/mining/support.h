@@ -19,9 +19,7 @@ void sg_filter_candidates_by_support(sg_set *cand, const sg_set *prev,
 // prev holds its parents.  Rows of embeddings are filled where sg has been
 // given an empty stack for them.
 int sg_count_support(subgraph *sg, const sg_set *prev,
-                     const ksstack *transactions,
-                     const xvector<int> &label_counts);
-xvector<int> count_vertex_labels(const ksstack *transactions);
+                     const ksstack *transactions);
 
 // The frequent ones among the candidates: a new sorted set of records with
 // exact TID lists and counts, registered as children of their kept parents in

@@ -1,4 +1,4 @@
-#include "graph/parts.h"
+#include "graph/compacted.h"
 
 #include <gtest/gtest.h>
 
