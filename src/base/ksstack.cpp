@@ -7,6 +7,8 @@
 #include "base/ksstack.h"
 
 #include <climits>
+#include <cstddef>
+#include <cstdlib>
 #include <cstring>
 
 #include "base/error.h"

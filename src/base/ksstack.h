@@ -24,7 +24,8 @@ struct ksstack {
 };
 
 // Element addresses go in and come out as void *; what is not found is a null
-// address or index -1.  A full stack doubles its capacity first.
+// address or index -1.  A full stack doubles its capacity first, so an element
+// of the stack itself must not be handed to push or insert.
 
 // An empty stack; freed with ksstack_free.  Capacity must be positive.
 ksstack *ksstack_new(int capacity, int element_size);

@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <new>
+#include <stdexcept>
 
 #include "base/error.h"
 #include "base/utils.h"
@@ -36,6 +37,8 @@ int main(int argc, char **argv) {
     fprintf(stderr, "%s: %s", kestro::basename(argv[0]), e.what());
     abort();
   } catch (const std::bad_alloc &) {
+    fprintf(stderr, "xmalloc.c:%d: not enough memory\n", __LINE__);
+  } catch (const std::length_error &) { // more than memory can ever hold
     fprintf(stderr, "xmalloc.c:%d: not enough memory\n", __LINE__);
   }
   return EXIT_FAILURE;

@@ -53,6 +53,8 @@ int min_support_count(double support, int n) {
 }
 
 void run_kestro(options *o, FILE *out) {
+  if (o->maximal)
+    o->parent_children_list = 1; // the selection reads the PC list
   const label_set_ptr ls = obtain_labels(o);
   if (o->save_labels) {
     xptr<char> derived;

@@ -8,6 +8,7 @@
 
 #include <cstring>
 #include <string>
+#include <type_traits>
 
 #include "base/error.h"
 #include "base/xmalloc.h"

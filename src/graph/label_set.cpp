@@ -6,6 +6,7 @@
 
 #include "graph/label_set.h"
 
+#include <cstdio>
 #include <cstring>
 #include <string>
 
@@ -70,24 +71,23 @@ static std::string listing(const ksstack *labels) {
   return text;
 }
 
-int label_set_edge_label_id(const label_set *ls, const char *s) {
-  const int id = ksstack_bsearch_index(&s, ls->edge_labels, compar_str);
+// The id of s; kind names the labels in the message.
+static int label_id(const ksstack *labels, const char *kind, const char *s) {
+  const int id = ksstack_bsearch_index(&s, labels, compar_str);
   if (id == -1)
     throw fatal_error(
-        message_text("graph.c",
-                     "can't find an edge label '%s' in the label set\n", s) +
-        listing(ls->edge_labels));
+        message_text("graph.c", "can't find %s label '%s' in the label set\n",
+                     kind, s) +
+        listing(labels));
   return id;
 }
 
+int label_set_edge_label_id(const label_set *ls, const char *s) {
+  return label_id(ls->edge_labels, "an edge", s);
+}
+
 int label_set_vertex_label_id(const label_set *ls, const char *s) {
-  const int id = ksstack_bsearch_index(&s, ls->vertex_labels, compar_str);
-  if (id == -1)
-    throw fatal_error(
-        message_text("graph.c",
-                     "can't find a vertex label '%s' in the label set\n", s) +
-        listing(ls->vertex_labels));
-  return id;
+  return label_id(ls->vertex_labels, "a vertex", s);
 }
 
 const char *label_set_edge_label(const label_set *ls, int id) {

@@ -6,9 +6,8 @@
 
 namespace kestro {
 
-// A new graph list of c new graphs, one per component as
-// numbered by graph_connected_components, vertices in their old order.  The
-// caller frees the list.
+// A new graph list of c graphs, one per component as graph_connected_components
+// numbers them, vertices in their old order.  The caller frees the list.
 ksstack *split_components(const graph *g, int c, const int *comp);
 
 // A new graph of the slots j with keep[j] != 0 and of the vertices that keep a

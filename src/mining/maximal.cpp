@@ -171,20 +171,27 @@ private:
 static void filter_patterns(FILE *patterns, const ksstack *tags,
                             const label_set *ls, line_buffer &line, FILE *out) {
   pattern_filter filter(tags, ls, out);
-  fpos_t start;
+  fpos_t start; // of the line read last
+  bool at_graph = false;
   for (;;) {
-    fgetpos(patterns, &start);
+    fpos_t here;
+    fgetpos(patterns, &here);
     if (!fgetl(line, patterns))
       break;
+    start = here;
     const int c = first_character(line.text);
+    at_graph = c == 't';
     if (c == '#') {
       fputs(line.text, out);
-    } else if (c == 't') {
+    } else if (at_graph) {
       fsetpos(patterns, &start);
       const graph_ptr g(graph_read_next_transaction(patterns, ls));
       filter.graph_line(line.text, g.get());
     }
   }
+  if (!at_graph)
+    return;
+  // Reading the last graph has passed over the comments behind it.
   fsetpos(patterns, &start);
   while (fgetl(line, patterns))
     if (line.text[0] == '#')

@@ -35,7 +35,8 @@ ksstack *find_maximal_tags(const char *pc_file, int minsize);
 bool get_pattern_and_parents(const char *line, pattern_tag *tag,
                              ksstack *parents);
 
-// Keeps the comment lines and the patterns of tags in a pattern file.
+// Keeps the patterns of tags in a pattern file, and the comments before its
+// first graph and behind its last.
 void rewrite_pattern_file(const ksstack *tags, const label_set *ls,
                           const char *pattern_file);
 // Keeps the lines that start with the id of one of tags.

@@ -7,9 +7,11 @@
 #include "mining/statistics.h"
 
 #include <algorithm>
+#include <climits>
 
 #include "base/error.h"
 #include "base/ksstack.h"
+#include "base/xmalloc.h"
 
 namespace kestro {
 
@@ -50,6 +52,10 @@ void stats_free() {
 
 void stats_set(int kind, int size, int value) {
   ksstack *s = counters(kind);
+  if (size < 0)
+    return;
+  if (size == INT_MAX)
+    die_out_of_memory();
   extend(s, size + 1);
   ksstack_array<int>(s)[size] = value;
 }

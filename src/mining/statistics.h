@@ -11,8 +11,8 @@ constexpr int stats_frequent = 1;
 void stats_init();
 void stats_free();
 
-// Sizes beyond the table are added by set and increment, and read as 0, as do
-// negative ones.
+// Sizes beyond the table are added by set and increment, and read as 0;
+// negative ones are not counted.
 void stats_set(int kind, int size, int value);
 void stats_increment(int kind, int size);
 int stats_get(int kind, int size);

@@ -200,9 +200,9 @@ TEST_F(Maximal, PatternFileThatStartsWithALargerSize) {
   EXPECT_EQ(rewritten(path_0 + path_1, {{2, 1}}), path_1);
 }
 
-TEST_F(Maximal, CommentsAmongThePatternsGoWithThem) {
+TEST_F(Maximal, CommentsAmongThePatternsGoHeadAndFootStay) {
   EXPECT_EQ(rewritten("# a\n" + edge_0 + "# b\n" + edge_1 + "# c\n", {{1, 1}}),
-            "# a\n" + edge_1);
+            "# a\n" + edge_1 + "# c\n");
 }
 
 TEST_F(Maximal, HeaderIsCopiedAsItIsTheGraphIsWrittenAnew) {
