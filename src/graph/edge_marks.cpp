@@ -10,28 +10,36 @@
 
 namespace kestro {
 
-int graph_disable_edge_between(graph *g, int u, int v) {
+void graph_mark_edge_between(graph *g, int u, int v) {
   assert(u != v);
   int i = g->v[u];
   while (i < g->v[u + 1] && g->e[i] != v)
     i++;
   assert(i < g->v[u + 1]);
   const int slot_u = i;
-  for (i = g->v[v]; i < g->v[v + 1] && g->e[i] != u;)
+  i = g->v[v];
+  while (i < g->v[v + 1] && g->e[i] != u)
     i++;
   assert(i < g->v[v + 1]);
   const int slot_v = i;
 
-  const int degree_u = graph_vertex_degree(g, u);
-  const int degree_v = graph_vertex_degree(g, v);
-  if (degree_u == 1 && degree_v == 1)
-    return 0;
+  const bool leaf_u = graph_vertex_degree(g, u) == 1;
+  const bool leaf_v = graph_vertex_degree(g, v) == 1;
   graph_toggle(&g->e[slot_u]);
   graph_toggle(&g->e[slot_v]);
-  if (degree_u == 1)
+  if (leaf_u)
     graph_toggle(&g->v[u]);
-  if (degree_v == 1)
+  if (leaf_v)
     graph_toggle(&g->v[v]);
+}
+
+int graph_disable_edge_between(graph *g, int u, int v) {
+  assert(u != v);
+  const bool only_edge =
+      graph_vertex_degree(g, u) == 1 && graph_vertex_degree(g, v) == 1;
+  if (only_edge && graph_has_edge(g, u, v))
+    return 0;
+  graph_mark_edge_between(g, u, v);
   if (graph_is_connected(g))
     return 1;
   graph_enable_edge_between(g, u, v);

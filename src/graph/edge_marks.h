@@ -11,7 +11,10 @@ namespace kestro {
 // it is the only enabled edge or its removal splits the graph.
 // u-w must be an edge of a graph in which neither is marked.
 int graph_disable_edge_between(graph *g, int u, int w);
-// Undoes it.
+// Disables the edge u-w, and an end left alone, without asking whether the rest
+// is connected.
+void graph_mark_edge_between(graph *g, int u, int w);
+// Undoes either.
 void graph_enable_edge_between(graph *g, int u, int w);
 // Disables the edge of slot x and tells its ends; 0 as above or when x is no
 // slot of g.

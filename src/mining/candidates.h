@@ -2,6 +2,7 @@
 #pragma once
 
 #include "mining/automorphisms.h"
+#include "mining/extension_set.h"
 #include "mining/registration.h"
 #include "mining/sg_set.h"
 
@@ -19,7 +20,10 @@ struct join_context {
   const sg_set *cores;    // level k-2
   automorphism_cache *automorphisms;
   failed_candidates *failed;
-  sg_set *out; // candidates accepted so far
+  closure_filter *filter;
+  extension_set *made; // joins made so far
+  subgraph *scratch;   // room for a candidate
+  sg_set *out;         // candidates accepted so far
 };
 
 // Joins two patterns of level k-1 through their core with id p, which is among

@@ -3,8 +3,9 @@
 // Duplicates meet because isomorphic candidates share one canonical form.  The
 // closure test takes out each edge in turn, in place, and looks the canonical
 // remainder up in the previous level; edges that hold the candidate together
-// are not tested.  The remainder's vertex ids tell which vertex of the
-// candidate went where, which is the map of the parent entry.
+// are not tested.  A filter sees most candidates fail before any such form. The
+// remainder's vertex ids tell which vertex of the candidate went where, which
+// is the map of the parent entry.
 
 #include "mining/registration.h"
 
@@ -38,36 +39,38 @@ static void offer_parent(subgraph *cand, int pid, int u, int w,
   sg_add_pid(cand, pid);
 }
 
-// Whether cand without u-w is in prev, if it is connected at all; records it as
-// a parent.
-static bool check_deletion(subgraph *cand, int u, int w, subgraph *scratch,
-                           const sg_set *prev) {
-  if (!graph_disable_edge_between(cand->g, u, w))
-    return true;
+// Whether cand without that edge is in prev; records it as a parent.
+static bool check_deletion(subgraph *cand, const removable_edge &edge,
+                           subgraph *scratch, const sg_set *prev) {
+  graph_mark_edge_between(cand->g, edge.u, edge.w);
   graph_copy_compacted(cand->g, scratch->g);
-  graph_enable_edge_between(cand->g, u, w);
+  graph_enable_edge_between(cand->g, edge.u, edge.w);
   cl_canonicalize_graph(scratch->g);
   const int pid = sg_set_find(prev, scratch);
   if (pid == -1)
     return false;
-  offer_parent(cand, pid, u, w, scratch->g, prev);
+  offer_parent(cand, pid, edge.u, edge.w, scratch->g, prev);
   return true;
 }
 
 // Whether every connected graph that is cand less one edge is in prev.
-static bool is_downward_closed(subgraph *cand, const sg_set *prev) {
-  const graph *g = cand->g;
-  sg_ptr scratch(sg_create(g->es, g->vs));
-  for (int u = 0; u < g->vs; u++)
-    for (int j = g->v[u]; j < g->v[u + 1]; j++)
-      if (g->e[j] >= u &&
-          !check_deletion(cand, u, g->e[j], scratch.get(), prev))
-        return false;
+static bool is_downward_closed(subgraph *cand, const sg_set *prev,
+                               closure_filter *filter) {
+  xvector<removable_edge> edges;
+  find_removable_edges(cand->g, &edges);
+  for (const removable_edge &edge : edges)
+    if (filter && !filter->contains(filter->label_without(cand->g, edge)))
+      return false;
+  sg_ptr scratch(sg_create(cand->g->es, cand->g->vs));
+  for (const removable_edge &edge : edges)
+    if (!check_deletion(cand, edge, scratch.get(), prev))
+      return false;
   return true;
 }
 
 void sg_register_candidate(subgraph *cand, failed_candidates *failed,
-                           sg_set *out, const sg_set *prev) {
+                           sg_set *out, const sg_set *prev,
+                           closure_filter *filter) {
   counts.attempts++;
   sg_clear_pid(cand);
   cl_canonicalize_graph(cand->g);
@@ -81,7 +84,7 @@ void sg_register_candidate(subgraph *cand, failed_candidates *failed,
   }
   for (int i = 0; i < cand->g->vs; i++)
     cand->g->vid[i] = i;
-  if (!is_downward_closed(cand, prev)) {
+  if (!is_downward_closed(cand, prev, filter)) {
     failed->insert(cand);
     counts.newly_rejected++;
     return;

@@ -1,6 +1,7 @@
 // What becomes of a freshly joined candidate.
 #pragma once
 
+#include "mining/closure.h"
 #include "mining/failed_candidates.h"
 #include "mining/sg_set.h"
 
@@ -20,8 +21,10 @@ registration_counts *sg_registration_counts();
 // Brings cand into canonical form; unless an equal candidate was met before,
 // tests downward closure: every connected graph that is cand less one edge must
 // be in prev, the previous level.  If so cand's parents are set and a copy goes
-// to its place in out, else a light copy goes to failed.
+// to its place in out, else a light copy goes to failed.  The filter, made of
+// prev, only saves work.
 void sg_register_candidate(subgraph *cand, failed_candidates *failed,
-                           sg_set *out, const sg_set *prev);
+                           sg_set *out, const sg_set *prev,
+                           closure_filter *filter = nullptr);
 
 } // namespace kestro

@@ -1,0 +1,147 @@
+// The filter in front of the closure test.
+//
+// A few rounds of hashing give each vertex a colour that depends on its
+// labelled surroundings only, and their sum labels the graph; taking one edge
+// out is a matter of leaving two terms out of the sums.  A sub-pattern whose
+// label no pattern of the level has cannot be in it, which spares its canonical
+// form. Equal labels prove nothing: the form decides then.
+//
+// A label costs a few rounds over the edges.  Which edges can be taken out is
+// found for all of them in one depth-first walk: those not on the way of any
+// other connection, and those to a leaf.
+
+#include "mining/closure.h"
+
+#include <algorithm>
+
+namespace kestro {
+
+static constexpr int rounds = 3;
+
+static uint64_t mix(uint64_t x) {
+  x *= 0x9e3779b97f4a7c15;
+  return x ^ (x >> 29);
+}
+
+static uint64_t start_colour(int vlabel, int degree) {
+  return mix((static_cast<uint64_t>(vlabel) << 32) +
+             static_cast<uint64_t>(degree) + 1);
+}
+
+static uint64_t seen_along(uint64_t colour, int elabel) {
+  return mix(colour + static_cast<uint64_t>(elabel) * 0xc2b2ae3d27d4eb4f);
+}
+
+closure_filter::closure_filter(const sg_set *prev) {
+  for (int i = 0; i < sg_set_size(prev); i++)
+    labels_.push_back(label(sg_set_get(prev, i)->g));
+  std::sort(labels_.begin(), labels_.end());
+}
+
+bool closure_filter::contains(uint64_t label) const {
+  return std::binary_search(labels_.begin(), labels_.end(), label);
+}
+
+uint64_t closure_filter::label(const graph *g) {
+  return label_without(g, {-1, -1, -1});
+}
+
+uint64_t closure_filter::label_without(const graph *g,
+                                       const removable_edge &edge) {
+  const size_t vs = static_cast<size_t>(g->vs);
+  if (colour_.size() < vs) {
+    colour_.resize(vs);
+    next_.resize(vs);
+  }
+  const int u = edge.u;
+  const int w = edge.w;
+  const int elabel = edge.slot == -1 ? 0 : g->elabel[edge.slot];
+  uint64_t *colour = colour_.data();
+  uint64_t *next = next_.data();
+  for (int i = 0; i < g->vs; i++)
+    colour[i] =
+        start_colour(g->vlabel[i], g->v[i + 1] - g->v[i] - (i == u || i == w));
+  for (int round = 0; round < rounds; round++) {
+    for (int i = 0; i < g->vs; i++) {
+      uint64_t sum = 0;
+      for (int j = g->v[i]; j < g->v[i + 1]; j++)
+        sum += seen_along(colour[g->e[j]], g->elabel[j]);
+      next[i] = sum;
+    }
+    if (u != -1) {
+      next[u] -= seen_along(colour[w], elabel);
+      next[w] -= seen_along(colour[u], elabel);
+    }
+    for (int i = 0; i < g->vs; i++)
+      colour[i] = mix(colour[i] + 3 * next[i]);
+  }
+  uint64_t label = 0;
+  for (int i = 0; i < g->vs; i++)
+    label += mix(colour[i]);
+  for (const int end : {u, w}) // an end left alone is not part of the rest
+    if (end != -1 && g->v[end + 1] - g->v[end] == 1)
+      label -= mix(colour[end]);
+  return label;
+}
+
+namespace {
+
+// Depth-first numbers, and the lowest number reachable past each tree edge.
+class bridge_walk {
+public:
+  explicit bridge_walk(const graph *g)
+      : g_(g), number_(static_cast<size_t>(g->vs), 0),
+        low_(static_cast<size_t>(g->vs), 0) {
+    visit(0, -1);
+  }
+  // Whether the graph falls apart without the edge u-w.
+  bool is_bridge(int u, int w) const {
+    const size_t a = static_cast<size_t>(u);
+    const size_t b = static_cast<size_t>(w);
+    return number_[a] < number_[b] ? low_[b] > number_[a]
+                                   : low_[a] > number_[b];
+  }
+
+private:
+  void visit(int u, int from) {
+    const size_t a = static_cast<size_t>(u);
+    number_[a] = low_[a] = ++count_;
+    for (int j = g_->v[u]; j < g_->v[u + 1]; j++) {
+      const int w = g_->e[j];
+      const size_t b = static_cast<size_t>(w);
+      if (w == from)
+        continue;
+      if (number_[b] == 0) {
+        visit(w, u);
+        low_[a] = std::min(low_[a], low_[b]);
+      } else {
+        low_[a] = std::min(low_[a], number_[b]);
+      }
+    }
+  }
+
+  const graph *g_;
+  xvector<int> number_; // by vertex, 0 when not met
+  xvector<int> low_;    // by vertex, the lowest number its subtree reaches
+  int count_ = 0;
+};
+
+} // namespace
+
+void find_removable_edges(const graph *g, xvector<removable_edge> *edges) {
+  const bridge_walk walk(g);
+  edges->clear();
+  for (int u = 0; u < g->vs; u++) {
+    for (int j = g->v[u]; j < g->v[u + 1]; j++) {
+      const int w = g->e[j];
+      if (w < u)
+        continue;
+      const bool leaf_u = g->v[u + 1] - g->v[u] == 1;
+      const bool leaf_w = g->v[w + 1] - g->v[w] == 1;
+      if (leaf_u != leaf_w || (!leaf_u && !walk.is_bridge(u, w)))
+        edges->push_back({u, w, j});
+    }
+  }
+}
+
+} // namespace kestro
