@@ -252,29 +252,27 @@ static void check_in_double_edges2(sg_set *level2, const ksstack *transactions,
 sg_set *sg_frequent_double_edges(sg_set *level1, const ksstack *transactions,
                                  int minsup, int nel, int nvl) {
   double_edge_table table(nel, nvl);
+  xvector<path_key> met; // the keys of the cells that are not 0
   {
     double_edge_table last(nel, nvl); // TID + 1 of the one counted last
     for (int tid = 0; tid < transactions->count; tid++) {
       walk_paths(graph_list_at(transactions, tid),
                  [&](const path_key &k, const path_ends &) {
                    int &seen = last.at(k.va, k.vb, k.vc, k.ea, k.eb);
-                   if (std::exchange(seen, tid + 1) != tid + 1)
-                     table.at(k.va, k.vb, k.vc, k.ea, k.eb)++;
+                   if (std::exchange(seen, tid + 1) == tid + 1)
+                     return;
+                   if (table.at(k.va, k.vb, k.vc, k.ea, k.eb)++ == 0)
+                     met.push_back(k);
                  });
     }
   }
 
   sg_set_ptr level2(sg_set_create());
-  for (int va = 0; va < nvl; va++)
-    for (int vb = 0; vb < nvl; vb++)
-      for (int vc = 0; vc < nvl; vc++)
-        for (int ea = 0; ea < nel; ea++)
-          for (int eb = 0; eb < nel; eb++) {
-            const int count = std::exchange(table.at(va, vb, vc, ea, eb), 0);
-            if (count >= minsup)
-              register_double_edge_subgraph({va, vb, vc, ea, eb}, count, level1,
-                                            level2.get());
-          }
+  for (const path_key &k : met) {
+    const int count = std::exchange(table.at(k.va, k.vb, k.vc, k.ea, k.eb), 0);
+    if (count >= minsup)
+      register_double_edge_subgraph(k, count, level1, level2.get());
+  }
   sg_set_sort(level2.get());
   KESTRO_STRUCTURE(sg_set_check(level2.get()));
   check_in_double_edges2(level2.get(), transactions, &table);
