@@ -1,0 +1,248 @@
+#include "driver/level_loop.h"
+
+#include <climits>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "driver/transaction_counter.h"
+#include "graph/graph_list.h"
+#include "mining/statistics.h"
+#include "support/graphs.h"
+
+namespace kestro {
+namespace {
+
+using events = std::vector<std::string>;
+
+std::string of_size(const sg_set *set) {
+  if (sg_set_size(set) == 0)
+    return "none";
+  return std::to_string(sg_set_size(set)) + " of size " +
+         std::to_string(sg_set_get(set, 0)->g->es / 2);
+}
+
+// All three seams in one log; what is not logged goes on to the real counter.
+class recorder : public level_receiver,
+                 public candidate_counter,
+                 public progress_listener {
+public:
+  recorder(const ksstack *transactions, int minsup)
+      : counter_(transactions, minsup) {}
+
+  void candidates(const sg_set *set) override {
+    log.push_back("receive candidates: " + of_size(set));
+  }
+  void level(const sg_set *set) override {
+    log.push_back("receive level: " + of_size(set));
+  }
+  void filter(sg_set *cand, const sg_set *prev) override {
+    log.push_back("filter " + of_size(cand) + " by " + of_size(prev));
+    if (drop_all) {
+      sg_set_free(sg_set_create_from(cand));
+      return;
+    }
+    counter_.filter(cand, prev);
+  }
+  sg_set *count(sg_set *cand, sg_set *prev) override {
+    log.push_back("count " + of_size(cand) + " by " + of_size(prev));
+    return counter_.count(cand, prev);
+  }
+  void candidates(int size) override {
+    log.push_back("progress: candidates of " + std::to_string(size));
+  }
+  void level(int size) override {
+    log.push_back("progress: level " + std::to_string(size));
+  }
+
+  events log;
+  bool drop_all = false; // let no candidate pass the bound
+
+private:
+  // A set with the records of s, which is left empty.
+  static sg_set *sg_set_create_from(sg_set *s) {
+    sg_set *taken = sg_set_create();
+    for (int i = 0; i < sg_set_size(s); i++)
+      sg_set_push(taken, sg_ptr(sg_set_get(s, i)));
+    sg_set_clear(s);
+    return taken;
+  }
+
+  transaction_counter counter_;
+};
+
+// Runs over transactions whose labels are all 0.
+class LevelLoop : public testing::Test {
+protected:
+  LevelLoop() : transactions(graph_list_new()) { stats_init(); }
+  ~LevelLoop() override { stats_free(); }
+
+  void add(graph_ptr g) { graph_list_push(std::move(g), transactions.get()); }
+  int mine(int minsup, int minsize = 1, int maxsize = INT_MAX) {
+    recorder r(transactions.get(), minsup);
+    r.drop_all = drop_all;
+    const mining_run run = {
+        transactions.get(), 1, 1, minsup, minsize, maxsize, &r, &r, &r};
+    const int last = mine_levels(&run);
+    log = r.log;
+    return last;
+  }
+
+  graph_list_ptr transactions;
+  bool drop_all = false;
+  events log;
+};
+
+const events edge_level = {"receive level: 1 of size 1", "progress: level 1"};
+const events path_level = {"receive level: 1 of size 2", "progress: level 2"};
+
+events operator+(events a, const events &b) {
+  a.insert(a.end(), b.begin(), b.end());
+  return a;
+}
+
+} // namespace
+
+TEST_F(LevelLoop, TellsEveryStepInOrder) {
+  add(ring_graph(3));
+  add(ring_graph(3));
+  EXPECT_EQ(mine(2), 4);
+  EXPECT_EQ(log, edge_level + path_level +
+                     events{// path, star and triangle
+                            "receive candidates: 3 of size 3",
+                            "filter 3 of size 3 by 1 of size 2",
+                            "progress: candidates of 3",
+                            "count 3 of size 3 by 1 of size 2",
+                            "receive level: 1 of size 3", "progress: level 3",
+                            // the triangle with itself gives nothing new
+                            "receive candidates: none",
+                            "filter none by 1 of size 3"});
+}
+
+TEST_F(LevelLoop, NoProgressWhenAllCandidatesFailTheBound) {
+  add(ring_graph(3));
+  drop_all = true;
+  EXPECT_EQ(mine(1), 3);
+  EXPECT_EQ(log, edge_level + path_level +
+                     events{"receive candidates: 3 of size 3",
+                            "filter 3 of size 3 by 1 of size 2"});
+  EXPECT_EQ(stats_get(stats_candidates, 3), 3);
+  EXPECT_EQ(stats_get(stats_frequent, 3), 0);
+}
+
+TEST_F(LevelLoop, EmptyLevelIsReceivedWhenCandidatesPassedTheBound) {
+  add(ring_graph(3));
+  add(star_graph(4));
+  add(path_graph(4));
+  EXPECT_EQ(mine(3), 3);
+  EXPECT_EQ(log, edge_level + path_level +
+                     events{"receive candidates: 3 of size 3",
+                            "filter 3 of size 3 by 1 of size 2",
+                            "progress: candidates of 3",
+                            "count 3 of size 3 by 1 of size 2",
+                            "receive level: none", "progress: level 3"});
+}
+
+TEST_F(LevelLoop, NothingHappensWithoutAFrequentEdge) {
+  add(path_graph(2));
+  EXPECT_EQ(mine(2), 0);
+  EXPECT_EQ(log, events{});
+}
+
+TEST_F(LevelLoop, NothingHappensWithoutTransactions) {
+  EXPECT_EQ(mine(1), 0);
+  EXPECT_EQ(log, events{});
+}
+
+TEST_F(LevelLoop, EmptySecondLevelIsTriedButNotTold) {
+  add(path_graph(2));
+  EXPECT_EQ(mine(1), 2);
+  EXPECT_EQ(log, edge_level);
+}
+
+TEST_F(LevelLoop, MaxsizeBelowOneMinesNothing) {
+  add(ring_graph(3));
+  EXPECT_EQ(mine(1, 0, 0), 0);
+  EXPECT_EQ(mine(1, -2, -2), 0);
+  EXPECT_EQ(log, events{});
+  EXPECT_EQ(stats_get(stats_frequent, 1), 0);
+}
+
+TEST_F(LevelLoop, MaxsizeOneStopsAfterTheEdges) {
+  add(ring_graph(3));
+  EXPECT_EQ(mine(1, 1, 1), 1);
+  EXPECT_EQ(log, edge_level);
+  EXPECT_EQ(stats_get(stats_frequent, 2), 0);
+}
+
+TEST_F(LevelLoop, MaxsizeTwoGeneratesNoCandidates) {
+  add(ring_graph(3));
+  EXPECT_EQ(mine(1, 1, 2), 2);
+  EXPECT_EQ(log, edge_level + path_level);
+  EXPECT_EQ(stats_total(stats_candidates, 1, INT_MAX), 0);
+}
+
+TEST_F(LevelLoop, MaxsizeThreeGeneratesCandidatesOnce) {
+  add(ring_graph(3));
+  EXPECT_EQ(mine(1, 1, 3), 3);
+  EXPECT_EQ(log, edge_level + path_level +
+                     events{"receive candidates: 3 of size 3",
+                            "filter 3 of size 3 by 1 of size 2",
+                            "progress: candidates of 3",
+                            "count 3 of size 3 by 1 of size 2",
+                            "receive level: 1 of size 3", "progress: level 3"});
+}
+
+TEST_F(LevelLoop, SizesBelowMinsizeAreMinedButNotTold) {
+  add(ring_graph(3));
+  EXPECT_EQ(mine(1, 2, 2), 2);
+  EXPECT_EQ(log, path_level);
+  EXPECT_EQ(stats_get(stats_frequent, 1), 1);
+}
+
+TEST_F(LevelLoop, CandidatesBelowMinsizeAreReceivedWithoutProgress) {
+  add(ring_graph(3));
+  EXPECT_EQ(mine(1, 4, 4), 4);
+  EXPECT_EQ(log,
+            (events{"receive candidates: 3 of size 3",
+                    "filter 3 of size 3 by 1 of size 2",
+                    "count 3 of size 3 by 1 of size 2",
+                    "receive candidates: none", "filter none by 1 of size 3"}));
+  EXPECT_EQ(stats_get(stats_frequent, 3), 1);
+}
+
+TEST_F(LevelLoop, MinsizeBelowOneReportsFromOneOn) {
+  add(ring_graph(3));
+  EXPECT_EQ(mine(1, -3, 1), 1);
+  EXPECT_EQ(log, edge_level);
+}
+
+TEST_F(LevelLoop, LevelsArriveSortedWithSupportsAndParents) {
+  class checker : public recorder {
+  public:
+    using recorder::level;
+    using recorder::recorder;
+    void level(const sg_set *set) override {
+      sg_set_check(set);
+      for (int i = 0; i < sg_set_size(set); i++) {
+        const subgraph *sg = sg_set_get(set, i);
+        EXPECT_EQ(sg->count, 2);
+        EXPECT_EQ(sg_support(sg), 2);
+        EXPECT_EQ(sg_pid_size(sg) > 0, sg->g->es > 2);
+        patterns++;
+      }
+    }
+    int patterns = 0;
+  };
+  add(complete_graph(4));
+  add(complete_graph(4));
+  checker c(transactions.get(), 2);
+  const mining_run run = {transactions.get(), 1, 1, 2, 1, INT_MAX, &c, &c, &c};
+  EXPECT_EQ(mine_levels(&run), 7);
+  // The connected graphs on up to four vertices by edges: 1, 1, 3, 2, 1, 1.
+  EXPECT_EQ(c.patterns, 9);
+}
+
+} // namespace kestro
