@@ -109,25 +109,25 @@ TEST_F(LevelLoop, TellsEveryStepInOrder) {
   add(ring_graph(3));
   add(ring_graph(3));
   EXPECT_EQ(mine(2), 4);
-  EXPECT_EQ(log, edge_level + path_level +
-                     events{// path, star and triangle
-                            "receive candidates: 3 of size 3",
-                            "filter 3 of size 3 by 1 of size 2",
-                            "progress: candidates of 3",
-                            "count 3 of size 3 by 1 of size 2",
-                            "receive level: 1 of size 3", "progress: level 3",
-                            // the triangle with itself gives nothing new
-                            "receive candidates: none",
-                            "filter none by 1 of size 3"});
+  EXPECT_EQ(
+      log,
+      (edge_level + path_level +
+       events{// path, star and triangle
+              "receive candidates: 3 of size 3",
+              "filter 3 of size 3 by 1 of size 2", "progress: candidates of 3",
+              "count 3 of size 3 by 1 of size 2", "receive level: 1 of size 3",
+              "progress: level 3",
+              // the triangle with itself gives nothing new
+              "receive candidates: none", "filter none by 1 of size 3"}));
 }
 
 TEST_F(LevelLoop, NoProgressWhenAllCandidatesFailTheBound) {
   add(ring_graph(3));
   drop_all = true;
   EXPECT_EQ(mine(1), 3);
-  EXPECT_EQ(log, edge_level + path_level +
-                     events{"receive candidates: 3 of size 3",
-                            "filter 3 of size 3 by 1 of size 2"});
+  EXPECT_EQ(log, (edge_level + path_level +
+                  events{"receive candidates: 3 of size 3",
+                         "filter 3 of size 3 by 1 of size 2"}));
   EXPECT_EQ(stats_get(stats_candidates, 3), 3);
   EXPECT_EQ(stats_get(stats_frequent, 3), 0);
 }
@@ -137,12 +137,12 @@ TEST_F(LevelLoop, EmptyLevelIsReceivedWhenCandidatesPassedTheBound) {
   add(star_graph(4));
   add(path_graph(4));
   EXPECT_EQ(mine(3), 3);
-  EXPECT_EQ(log, edge_level + path_level +
-                     events{"receive candidates: 3 of size 3",
-                            "filter 3 of size 3 by 1 of size 2",
-                            "progress: candidates of 3",
-                            "count 3 of size 3 by 1 of size 2",
-                            "receive level: none", "progress: level 3"});
+  EXPECT_EQ(log, (edge_level + path_level +
+                  events{"receive candidates: 3 of size 3",
+                         "filter 3 of size 3 by 1 of size 2",
+                         "progress: candidates of 3",
+                         "count 3 of size 3 by 1 of size 2",
+                         "receive level: none", "progress: level 3"}));
 }
 
 TEST_F(LevelLoop, NothingHappensWithoutAFrequentEdge) {
@@ -187,12 +187,12 @@ TEST_F(LevelLoop, MaxsizeTwoGeneratesNoCandidates) {
 TEST_F(LevelLoop, MaxsizeThreeGeneratesCandidatesOnce) {
   add(ring_graph(3));
   EXPECT_EQ(mine(1, 1, 3), 3);
-  EXPECT_EQ(log, edge_level + path_level +
-                     events{"receive candidates: 3 of size 3",
-                            "filter 3 of size 3 by 1 of size 2",
-                            "progress: candidates of 3",
-                            "count 3 of size 3 by 1 of size 2",
-                            "receive level: 1 of size 3", "progress: level 3"});
+  EXPECT_EQ(log, (edge_level + path_level +
+                  events{"receive candidates: 3 of size 3",
+                         "filter 3 of size 3 by 1 of size 2",
+                         "progress: candidates of 3",
+                         "count 3 of size 3 by 1 of size 2",
+                         "receive level: 1 of size 3", "progress: level 3"}));
 }
 
 TEST_F(LevelLoop, SizesBelowMinsizeAreMinedButNotTold) {

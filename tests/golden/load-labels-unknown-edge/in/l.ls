@@ -1,0 +1,6 @@
+E t
+E d
+V A
+V B
+V C
+V D

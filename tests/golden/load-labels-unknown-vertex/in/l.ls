@@ -1,0 +1,4 @@
+E s
+V B
+V A
+V C

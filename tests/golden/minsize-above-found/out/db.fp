@@ -1,0 +1,33 @@
+# *******************************************************
+# kestro 1.34 (VESK 1.0)
+# 
+# Transaction File Information --------------------------
+#   Transaction File Name:                       db.g
+#   Number of Input Transactions:                2
+#   Number of Distinct Edge Labels:              1
+#   Number of Distinct Vertex Labels:            4
+#   Average Number of Edges In a Transaction:    3
+#   Average Number of Vertices In a Transaction: 4
+#   Max Number of Edges In a Transaction:        3
+#   Max Number of Vertices In a Transaction:     4
+# 
+# Options -----------------------------------------------
+#   Min Output Pattern Size:                     5
+#   Max Output Pattern Size:                     2147483647(INT_MAX)
+#   Min Support Threshold:                       5.0% (1 transaction)
+#   Generate Only Maximal Patterns:              No
+#   Generate PC-List:                            Yes
+#   Generate TID-List:                           Yes
+# 
+# Outputs -----------------------------------------------
+#   Frequent Pattern File:                       db.fp
+#   PC-List File:                                db.pc
+#   TID-List File:                               db.tid
+# 
+# 
+#   Largest Frequent Pattern Size:               3
+#   Total Number of Frequent Patterns Found:     0
+# 
+# Timing Information ------------------------------------
+#   Elapsed User CPU Time:                       T[sec]
+# *******************************************************

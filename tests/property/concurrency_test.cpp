@@ -1,0 +1,171 @@
+// Runs that share a process: one after the other on one thread, and at once on
+// two.  Everything they print and leave must equal what two processes of their
+// own print and leave.
+
+#include <map>
+#include <random>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "driver/run.h"
+#include "support/program.h"
+#include "support/scratch_folder.h"
+#include "support/streams.h"
+
+namespace kestro {
+namespace {
+
+// A database of connected graphs with few labels, so that many patterns of
+// several sizes are frequent.
+std::string random_database(unsigned seed, int transactions, int vertices,
+                            int labels) {
+  std::mt19937 rng(seed);
+  const auto below = [&](int n) {
+    return static_cast<int>(rng() % static_cast<unsigned>(n));
+  };
+  std::string text;
+  for (int t = 0; t < transactions; t++) {
+    text += "t # " + std::to_string(t) + "\n";
+    for (int v = 0; v < vertices; v++)
+      text += "v " + std::to_string(v) + " L" + std::to_string(below(labels)) +
+              "\n";
+    for (int v = 1; v < vertices; v++)
+      text += "u " + std::to_string(below(v)) + " " + std::to_string(v) + " e" +
+              std::to_string(below(2)) + "\n";
+  }
+  return text;
+}
+
+// One run: where it works, and how its command line asks for the settings that
+// set() makes.
+struct errand {
+  scratch_folder folder;
+  std::vector<std::string> words;
+  void (*set)(options *o);
+  std::map<std::string, std::string> expected; // files, and the report as ""
+
+  errand(const std::string &database, std::vector<std::string> line,
+         void (*setter)(options *))
+      : words(std::move(line)), set(setter) {
+    folder.write("db.g", database);
+    words.push_back(folder.name("db.g"));
+  }
+
+  // All files, then all but FILE removed.
+  std::map<std::string, std::string> collect(const std::string &report) {
+    std::map<std::string, std::string> texts = folder.files();
+    for (auto &[name, text] : texts) {
+      text = masked_time(text);
+      if (name != "db.g")
+        folder.remove(name);
+    }
+    texts[""] = masked_time(report);
+    return texts;
+  }
+
+  void run_as_process() {
+    const program_result result = run_program(folder, words);
+    ASSERT_EQ(result.status, 0) << result.err;
+    expected = collect(result.out);
+  }
+
+  std::string run_here() const {
+    const std::string input = folder.name("db.g");
+    options o;
+    o.input_file = input.c_str();
+    set(&o);
+    return written_text([&](FILE *out) { run_kestro(&o, out); });
+  }
+};
+
+void set_all_lists(options *o) {
+  o->support = 30;
+  o->stabilizer_threshold = 2;
+  o->candidates = o->parent_children_list = o->tid_list = 1;
+}
+
+void set_maximal(options *o) {
+  o->support = 20;
+  o->minsize = 2;
+  o->maximal = o->parent_children_list = o->tid_list = 1;
+}
+
+class Concurrency : public testing::Test {
+protected:
+  Concurrency()
+      : lists(random_database(11, 12, 9, 2),
+              {"-s30", "-pt", "--candidates", "--stabilizer-threshold=2"},
+              set_all_lists),
+        maximal(random_database(12, 14, 8, 3), {"-s20", "-m2", "-xt"},
+                set_maximal) {
+    lists.run_as_process();
+    maximal.run_as_process();
+  }
+
+  // The runs are worth comparing: patterns of four edges were found.
+  void expect_deep_runs() const {
+    EXPECT_NE(lists.expected.at("db.fp").find("\nt # 4-"), std::string::npos);
+    EXPECT_NE(maximal.expected.at("db.fp").find("\nt # 4-"), std::string::npos);
+  }
+
+  errand lists;
+  errand maximal;
+};
+
+} // namespace
+
+TEST_F(Concurrency, RunsOneAfterTheOtherEqualProcesses) {
+  expect_deep_runs();
+  for (int round = 0; round < 2; round++) {
+    EXPECT_EQ(lists.collect(lists.run_here()), lists.expected);
+    EXPECT_EQ(maximal.collect(maximal.run_here()), maximal.expected);
+  }
+  free_work_areas();
+}
+
+TEST_F(Concurrency, RunsAtOnceEqualProcesses) {
+  expect_deep_runs();
+  for (int round = 0; round < 4; round++) {
+    std::string report;
+    std::thread other([&] {
+      report = maximal.run_here();
+      if (round % 2)
+        free_work_areas();
+    });
+    const std::string own = lists.run_here();
+    other.join();
+    EXPECT_EQ(lists.collect(own), lists.expected) << "round " << round;
+    EXPECT_EQ(maximal.collect(report), maximal.expected) << "round " << round;
+  }
+  free_work_areas();
+}
+
+// The failure of one run stays its own.
+TEST_F(Concurrency, FailingRunLeavesTheOtherAlone) {
+  scratch_folder broken;
+  broken.write("db.g", "t\nv 0 A\nv 1 B\nu 0 2 s\n");
+  const std::string input = broken.name("db.g");
+  int failures = 0;
+  std::thread other([&] {
+    for (int i = 0; i < 50; i++) {
+      options o;
+      o.input_file = input.c_str();
+      try {
+        written_text([&](FILE *out) { run_kestro(&o, out); });
+      } catch (const fatal_error &) {
+        failures++;
+      }
+    }
+    free_work_areas();
+  });
+  const std::string own = lists.run_here();
+  other.join();
+  EXPECT_EQ(failures, 50);
+  EXPECT_EQ(lists.collect(own), lists.expected);
+  free_work_areas();
+}
+
+} // namespace kestro
