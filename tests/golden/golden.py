@@ -1,4 +1,4 @@
-"""Golden cases: what one holds, how it is run, how results are told apart.
+"""Golden cases, those of tests/regression included: what one holds, how it is run, how results are told apart.
 
 A case is a folder named after what it shows:
 
@@ -29,15 +29,18 @@ from pathlib import Path
 ENVIRONMENT = {k: v for k, v in os.environ.items() if k != "POSIXLY_CORRECT"}
 ENVIRONMENT["LC_ALL"] = "C"
 
-CASES = Path(__file__).resolve().parent
+HERE = Path(__file__).resolve().parent
+SHELVES = [HERE, HERE.parent / "regression"]
 ABORTED = 134
 SECONDS = 600  # for one run, under the slowest of sanitizers
 
 Result = dict[str, bytes]
 
 
-def case_names() -> list[str]:
-    return sorted(args.parent.name for args in CASES.glob("*/args"))
+def case_folders() -> dict[str, Path]:
+    """All cases: where each is, by its name, in the order of names."""
+    found = [args.parent for shelf in SHELVES for args in shelf.glob("*/args")]
+    return {folder.name: folder for folder in sorted(found, key=lambda f: f.name)}
 
 
 def files_below(folder: Path) -> Result:
@@ -55,8 +58,8 @@ def mask_messages(data: bytes) -> bytes:
     return re.sub(rb"(?m)^\S*kestro\S*: ", b"PROG: ", mask(data))
 
 
-def expected(case: str) -> Result:
-    files = files_below(CASES / case)
+def expected(case: Path) -> Result:
+    files = files_below(case)
     return {n: b for n, b in files.items() if n != "args" and not n.startswith("in/")}
 
 
@@ -69,12 +72,12 @@ def changes(before: Result, after: Result) -> Result:
     return changed
 
 
-def actual(case: str, program: Path) -> Result:
-    args = shlex.split((CASES / case / "args").read_text())
+def actual(case: Path, program: Path) -> Result:
+    args = shlex.split((case / "args").read_text())
     with tempfile.TemporaryDirectory(prefix="kestro-golden-") as name:
         folder = Path(name)
-        if (CASES / case / "in").is_dir():
-            shutil.copytree(CASES / case / "in", folder, dirs_exist_ok=True)
+        if (case / "in").is_dir():
+            shutil.copytree(case / "in", folder, dirs_exist_ok=True)
         before = files_below(folder)
         try:
             run = subprocess.run(

@@ -10,10 +10,10 @@
 
 #include <gtest/gtest.h>
 
+#include "base/error.h"
 #include "driver/run.h"
 #include "support/program.h"
 #include "support/scratch_folder.h"
-#include "support/streams.h"
 
 namespace kestro {
 namespace {
@@ -77,7 +77,7 @@ struct errand {
     options o;
     o.input_file = input.c_str();
     set(&o);
-    return written_text([&](FILE *out) { run_kestro(&o, out); });
+    return kestro::run_here(&o);
   }
 };
 
@@ -96,10 +96,10 @@ void set_maximal(options *o) {
 class Concurrency : public testing::Test {
 protected:
   Concurrency()
-      : lists(random_database(11, 12, 9, 2),
+      : lists(random_database(11, 12, 9, 1),
               {"-s30", "-pt", "--candidates", "--stabilizer-threshold=2"},
               set_all_lists),
-        maximal(random_database(12, 14, 8, 3), {"-s20", "-m2", "-xt"},
+        maximal(random_database(12, 14, 9, 2), {"-s20", "-m2", "-xt"},
                 set_maximal) {
     lists.run_as_process();
     maximal.run_as_process();
@@ -154,7 +154,7 @@ TEST_F(Concurrency, FailingRunLeavesTheOtherAlone) {
       options o;
       o.input_file = input.c_str();
       try {
-        written_text([&](FILE *out) { run_kestro(&o, out); });
+        run_here(&o);
       } catch (const fatal_error &) {
         failures++;
       }

@@ -1,13 +1,14 @@
-// The built program as a process of its own.  KESTRO_PROGRAM is its full name.
+// Whole runs: the built program as a process of its own, and the library in
+// this one.  KESTRO_PROGRAM is the full name of the program.
 #pragma once
 
 #include <sys/wait.h>
 
 #include <cstdlib>
-#include <regex>
 #include <string>
 #include <vector>
 
+#include "driver/run.h"
 #include "support/scratch_folder.h"
 
 namespace kestro {
@@ -18,9 +19,9 @@ struct program_result {
   std::string err;
 };
 
-// word as a shell reads it back.
+// word, which holds no apostrophe, as one word of a shell.
 inline std::string shell_quoted(const std::string &word) {
-  return "'" + std::regex_replace(word, std::regex("'"), "'\\''") + "'";
+  return "'" + word + "'";
 }
 
 // Runs the program in folder and waits for its end.
@@ -39,11 +40,24 @@ inline program_result run_program(const scratch_folder &folder,
   return {status, streams.read("out"), streams.read("err")};
 }
 
-// text with the elapsed time of a run report replaced by T.
-inline std::string masked_time(const std::string &text) {
-  return std::regex_replace(
-      text, std::regex("(Elapsed User CPU Time: +)[0-9]+\\.[0-9]\\[sec\\]"),
-      "$1T[sec]");
+// The report of a run in this process, which may fail as it likes.
+inline std::string run_here(options *o) {
+  const file_ptr out(tmpfile());
+  run_kestro(o, out.get());
+  std::string report(static_cast<size_t>(ftell(out.get())), '\0');
+  rewind(out.get());
+  report.resize(fread(report.data(), 1, report.size(), out.get()));
+  return report;
+}
+
+// text with the elapsed time of every run report in it replaced by T.
+inline std::string masked_time(std::string text) {
+  const std::string name = "Elapsed User CPU Time:";
+  for (size_t at = 0; (at = text.find(name, at)) != std::string::npos;) {
+    at = text.find_first_not_of(' ', at + name.size());
+    text.replace(at, text.find_first_not_of("0123456789.", at) - at, "T");
+  }
+  return text;
 }
 
 // The text from the first line that begins with head up to the one, exclusive,
