@@ -2,8 +2,8 @@
 // two.  Everything they print and leave must equal what two processes of their
 // own print and leave.
 
+#include <cstdint>
 #include <map>
-#include <random>
 #include <string>
 #include <thread>
 #include <vector>
@@ -13,6 +13,7 @@
 #include "base/error.h"
 #include "driver/run.h"
 #include "support/program.h"
+#include "support/random_database.h"
 #include "support/scratch_folder.h"
 
 namespace kestro {
@@ -20,21 +21,18 @@ namespace {
 
 // A database of connected graphs with few labels, so that many patterns of
 // several sizes are frequent.
-std::string random_database(unsigned seed, int transactions, int vertices,
-                            int labels) {
-  std::mt19937 rng(seed);
-  const auto below = [&](int n) {
-    return static_cast<int>(rng() % static_cast<unsigned>(n));
-  };
+std::string deep_database(uint64_t seed, int transactions, int vertices,
+                          int labels) {
+  dice chance(seed);
   std::string text;
   for (int t = 0; t < transactions; t++) {
     text += "t # " + std::to_string(t) + "\n";
     for (int v = 0; v < vertices; v++)
-      text += "v " + std::to_string(v) + " L" + std::to_string(below(labels)) +
-              "\n";
+      text += "v " + std::to_string(v) + " L" +
+              std::to_string(chance.below(labels)) + "\n";
     for (int v = 1; v < vertices; v++)
-      text += "u " + std::to_string(below(v)) + " " + std::to_string(v) + " e" +
-              std::to_string(below(2)) + "\n";
+      text += "u " + std::to_string(chance.below(v)) + " " + std::to_string(v) +
+              " e" + std::to_string(chance.below(2)) + "\n";
   }
   return text;
 }
@@ -96,10 +94,10 @@ void set_maximal(options *o) {
 class Concurrency : public testing::Test {
 protected:
   Concurrency()
-      : lists(random_database(11, 12, 9, 1),
+      : lists(deep_database(11, 12, 9, 1),
               {"-s30", "-pt", "--candidates", "--stabilizer-threshold=2"},
               set_all_lists),
-        maximal(random_database(12, 14, 9, 2), {"-s20", "-m2", "-xt"},
+        maximal(deep_database(12, 14, 9, 2), {"-s20", "-m2", "-xt"},
                 set_maximal) {
     lists.run_as_process();
     maximal.run_as_process();
