@@ -38,7 +38,8 @@ static xvector<int> depths_in(const graph *g, const int *order) {
 }
 
 // The depth of the last leaf before u that hangs on the same vertex with the
-// same labels, or -1.
+// same labels, or -1.  A leaf that comes first of all is no twin: its images are
+// not taken from a neighbour list.
 static int twin_of(const graph *g, int u, const xvector<int> &depth) {
   if (g->v[u + 1] - g->v[u] != 1)
     return -1;
@@ -52,7 +53,7 @@ static int twin_of(const graph *g, int u, const xvector<int> &depth) {
         depth[static_cast<size_t>(x)] < depth[static_cast<size_t>(u)])
       twin = std::max(twin, depth[static_cast<size_t>(x)]);
   }
-  return twin;
+  return twin > 0 ? twin : -1;
 }
 
 static void add_need(xvector<plan_need> *needs, size_t first, int elabel,
