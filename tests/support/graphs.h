@@ -78,6 +78,7 @@ inline graph_ptr path_graph(int n) {
 }
 inline graph_ptr ring_graph(int n) {
   std::vector<test_edge> edges;
+  edges.reserve(static_cast<size_t>(n));
   for (int i = 0; i < n; i++)
     edges.push_back({i, (i + 1) % n});
   return make_graph(std::vector<int>(static_cast<size_t>(n), 0), edges);
@@ -114,6 +115,7 @@ struct random_graph_shape {
 
 inline graph_ptr random_graph(test_rng &rng, const random_graph_shape &shape) {
   std::vector<int> vlabels;
+  vlabels.reserve(static_cast<size_t>(shape.vs));
   for (int i = 0; i < shape.vs; i++)
     vlabels.push_back(random_below(rng, shape.vlabels));
   std::vector<test_edge> edges;

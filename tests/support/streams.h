@@ -13,12 +13,20 @@ namespace kestro {
 template <class Callable> std::string written_text(Callable write) {
   char *text = nullptr;
   size_t length = 0;
-  FILE *stream = open_memstream(&text, &length);
-  write(stream);
-  fclose(stream);
-  const std::string written(text, length);
-  free(text);
-  return written;
+  file_ptr stream(open_memstream(&text, &length));
+  const auto finished = [&] { // the text is there once the stream is closed
+    stream.reset();
+    std::string written(text, length);
+    free(text);
+    return written;
+  };
+  try {
+    write(stream.get());
+  } catch (...) {
+    finished();
+    throw;
+  }
+  return finished();
 }
 
 // A stream that reads text, which must outlive it.
