@@ -1,11 +1,12 @@
-#include "cl/canonical_search.h"
+#include "support/stepwise/canonical_search.h"
 
 #include <gtest/gtest.h>
 
-#include "cl/refine.h"
 #include "support/graphs.h"
+#include "support/stepwise/canonical.h"
+#include "support/stepwise/refine.h"
 
-namespace kestro {
+namespace kestro::stepwise {
 
 static adjmat_ptr filled(const graph *g) {
   adjmat_ptr m(cl_new_adjmat(g->vs));
@@ -44,7 +45,7 @@ static std::vector<int> triangle(const adjmat *m,
   return cells;
 }
 
-TEST(CanonicalSearch, ComparesTheFirstUnequalCellOfTheRows) {
+TEST(StepwiseSearch, ComparesTheFirstUnequalCellOfTheRows) {
   const graph_ptr g = make_graph({0, 0, 0, 0}, {{0, 1, 1}, {1, 2, 4}, {2, 3}});
   const adjmat_ptr a = filled(g.get());
   const adjmat_ptr b = duplicate(a);
@@ -56,7 +57,7 @@ TEST(CanonicalSearch, ComparesTheFirstUnequalCellOfTheRows) {
   EXPECT_EQ(compare_adjmat_parts_from_to(a.get(), b.get(), 0, 0), -5);
 }
 
-TEST(CanonicalSearch, ComparesOnlyTheRowsOfTheParts) {
+TEST(StepwiseSearch, ComparesOnlyTheRowsOfTheParts) {
   const adjmat_ptr a = refined(path_graph(5).get()); // 2 | 1 3 | 0 4
   const adjmat_ptr b = duplicate(a);
   set_perm(b.get(), {2, 1, 3, 4, 0});
@@ -66,21 +67,21 @@ TEST(CanonicalSearch, ComparesOnlyTheRowsOfTheParts) {
   EXPECT_EQ(compare_adjmat_parts_from_to(a.get(), b.get(), 0, 2), 1);
 }
 
-TEST(CanonicalSearchDeathTest, ComparedSizesMustAgree) {
+TEST(StepwiseSearchDeathTest, ComparedSizesMustAgree) {
   const adjmat_ptr a = filled(path_graph(2).get());
   const adjmat_ptr b = filled(path_graph(3).get());
   EXPECT_DEATH(compare_adjmat_parts_from_to(a.get(), b.get(), 0, 0),
                "a->vs == b->vs");
 }
 
-TEST(CanonicalSearch, SinglePositionHasOneArrangement) {
+TEST(StepwiseSearch, SinglePositionHasOneArrangement) {
   const adjmat_ptr m = refined(path_graph(3).get());
   save_adjmat_perm(m.get());
   EXPECT_FALSE(next_part_permutation(m.get(), 0));
   EXPECT_EQ(perm_of(m.get()), (std::vector<int>{1, 0, 2}));
 }
 
-TEST(CanonicalSearch, PartRunsThroughItsArrangementsAndBack) {
+TEST(StepwiseSearch, PartRunsThroughItsArrangementsAndBack) {
   const adjmat_ptr m = filled(complete_graph(3).get());
   set_perm(m.get(), {1, 2, 0});
   save_adjmat_perm(m.get());
@@ -94,7 +95,7 @@ TEST(CanonicalSearch, PartRunsThroughItsArrangementsAndBack) {
   }
 }
 
-TEST(CanonicalSearch, PartAdvancesAlone) {
+TEST(StepwiseSearch, PartAdvancesAlone) {
   const adjmat_ptr m = refined(path_graph(5).get());
   save_adjmat_perm(m.get());
   EXPECT_TRUE(next_part_permutation(m.get(), 1));
@@ -127,7 +128,7 @@ static std::vector<int> greatest_triangle(const adjmat *m) {
   return greatest;
 }
 
-TEST(CanonicalSearch, ExhaustiveSearchFindsTheGreatestTriangle) {
+TEST(StepwiseSearch, ExhaustiveSearchFindsTheGreatestTriangle) {
   test_rng rng(4);
   for (int round = 0; round < 60; round++) {
     const int vs = 2 + random_below(rng, 5);
@@ -147,13 +148,13 @@ TEST(CanonicalSearch, ExhaustiveSearchFindsTheGreatestTriangle) {
   }
 }
 
-TEST(CanonicalSearch, FirstOfEqualArrangementsStays) {
+TEST(StepwiseSearch, FirstOfEqualArrangementsStays) {
   const adjmat_ptr m = filled(complete_graph(4).get());
   set_perm(m.get(), {2, 0, 3, 1});
   EXPECT_EQ(perm_of(exhaustive_best(m).get()), (std::vector<int>{2, 0, 3, 1}));
 }
 
-TEST(CanonicalSearch, IsolatedRecordAtThePositionSkipsThePart) {
+TEST(StepwiseSearch, IsolatedRecordAtThePositionSkipsThePart) {
   // Positions 0..3 hold a ring in an order that can be improved.  Whether it is
   // depends on the record numbered 0: isolated, or on the ring.
   const std::vector<test_edge> ring = {{0, 2}, {2, 1}, {1, 3}, {3, 0}};
@@ -169,7 +170,7 @@ TEST(CanonicalSearch, IsolatedRecordAtThePositionSkipsThePart) {
             (std::vector<int>{0, 2, 3, 1, 4}));
 }
 
-TEST(CanonicalSearch, FixedVertexGoesAheadAndRefines) {
+TEST(StepwiseSearch, FixedVertexGoesAheadAndRefines) {
   const adjmat_ptr m = refined(ring_graph(4).get());
   std::vector<int> saved(4);
   fix_vertex(m.get(), 2, saved.data());
@@ -181,7 +182,7 @@ TEST(CanonicalSearch, FixedVertexGoesAheadAndRefines) {
   EXPECT_EQ(saved, (std::vector<int>{0, 0, 0, 0}));
 }
 
-TEST(CanonicalSearch, UnfixedPartitionReturnsAndTheOrderStays) {
+TEST(StepwiseSearch, UnfixedPartitionReturnsAndTheOrderStays) {
   const adjmat_ptr m = refined(path_graph(5).get()); // 2 | 1 3 | 0 4
   std::vector<int> saved(5);
   fix_vertex(m.get(), 3, saved.data());
@@ -196,14 +197,14 @@ TEST(CanonicalSearch, UnfixedPartitionReturnsAndTheOrderStays) {
   EXPECT_EQ(perm_of(m.get()), (std::vector<int>{2, 3, 1, 4, 0}));
 }
 
-TEST(CanonicalSearchDeathTest, FixedVertexMustStandInItsPart) {
+TEST(StepwiseSearchDeathTest, FixedVertexMustStandInItsPart) {
   const adjmat_ptr m = refined(path_graph(3).get()); // 1 | 0 2
   m->vertex[1].part = 1;
   std::vector<int> saved(3);
   EXPECT_DEATH(fix_vertex(m.get(), 1, saved.data()), "hit");
 }
 
-TEST(CanonicalSearch, OpenPartsAreFoundFromAPartOn) {
+TEST(StepwiseSearch, OpenPartsAreFoundFromAPartOn) {
   const adjmat_ptr m = refined(path_graph(5).get()); // 2 | 1 3 | 0 4
   EXPECT_EQ(first_open_part(m.get(), 0), 1);
   EXPECT_EQ(first_open_part(m.get(), 1), 1);
@@ -211,7 +212,7 @@ TEST(CanonicalSearch, OpenPartsAreFoundFromAPartOn) {
   EXPECT_EQ(first_open_part(m.get(), 3), -1);
 }
 
-TEST(CanonicalSearch, StabilizerSearchVisitsVerticesAsTheyComeToStand) {
+TEST(StepwiseSearch, StabilizerSearchVisitsVerticesAsTheyComeToStand) {
   // Fixed vertices and leaves of a triangle, in order: 0 (012, 021), 2 (201,
   // 210), and again 0 (021, 012): backtracking has left 0 at position 2.
   const adjmat_ptr m = refined(complete_graph(3).get());
@@ -229,7 +230,7 @@ static adjmat_ptr discrete_path() {
   return refined(make_graph({0, 0, 1}, {{0, 1}, {1, 2}}).get());
 }
 
-TEST(CanonicalSearch, LeafReplacesAnyBestThatIsNotDiscrete) {
+TEST(StepwiseSearch, LeafReplacesAnyBestThatIsNotDiscrete) {
   const adjmat_ptr m = discrete_path(); // 1 0 2
   const adjmat_ptr best = duplicate(m);
   set_perm(m.get(), {0, 2, 1}); // a smaller triangle
@@ -239,7 +240,7 @@ TEST(CanonicalSearch, LeafReplacesAnyBestThatIsNotDiscrete) {
   EXPECT_EQ(best->parts, 1);
 }
 
-TEST(CanonicalSearch, LeafReplacesADiscreteBestOnlyWhenGreater) {
+TEST(StepwiseSearch, LeafReplacesADiscreteBestOnlyWhenGreater) {
   const adjmat_ptr m = discrete_path(); // 1 0 2
   const adjmat_ptr best = duplicate(m);
   set_perm(m.get(), {0, 2, 1});
@@ -253,7 +254,7 @@ TEST(CanonicalSearch, LeafReplacesADiscreteBestOnlyWhenGreater) {
   EXPECT_EQ(perm_of(best.get()), (std::vector<int>{1, 2, 0}));
 }
 
-TEST(CanonicalSearch, BranchBelowTheBestIsCut) {
+TEST(StepwiseSearch, BranchBelowTheBestIsCut) {
   // Against a triangle of no ring order, greater in its first row, every
   // branch is smaller once its first part has two rows.
   const adjmat_ptr m = refined(ring_graph(5).get());
@@ -263,7 +264,7 @@ TEST(CanonicalSearch, BranchBelowTheBestIsCut) {
   EXPECT_EQ(perm_of(best.get()), identity_of(5));
 }
 
-TEST(CanonicalSearchDeathTest, SearchBeginsAtTheFirstOpenPart) {
+TEST(StepwiseSearchDeathTest, SearchBeginsAtTheFirstOpenPart) {
   const adjmat_ptr m = refined(path_graph(5).get()); // 2 | 1 3 | 0 4
   const adjmat_ptr best = duplicate(m);
   EXPECT_DEATH(get_min_adjmat_by_stabilizer(m.get(), 0, 0, best.get()),
@@ -272,4 +273,54 @@ TEST(CanonicalSearchDeathTest, SearchBeginsAtTheFirstOpenPart) {
                "pindex == part");
 }
 
-} // namespace kestro
+TEST(StepwiseCanonical, AdjmatEndsInOrderWithItsInverse) {
+  const graph_ptr g = ring_graph(6);
+  const adjmat_ptr m = filled(g.get());
+  cl_canonicalize_adjmat(m.get());
+  const graph_ptr form(graph_copy(g.get()));
+  cl_canonicalize_graph(form.get());
+  for (int i = 0; i < 6; i++) {
+    EXPECT_EQ(m->iperm[m->perm[i]], i);
+    EXPECT_EQ(m->perm[i], form->vid[i]);
+  }
+}
+
+TEST(StepwiseCanonical, ThresholdChoosesTheSearch) {
+  const auto steps = [](int threshold) {
+    const int before = cl_get_stabilizer_threshold();
+    cl_set_stabilizer_threshold(threshold);
+    const uint64_t calls = cl_stabilizer_calls();
+    const graph_ptr g = ring_graph(4);
+    const uint32_t key = cl_canonicalize_graph(g.get());
+    EXPECT_EQ(key, graph_key(g.get()));
+    cl_set_stabilizer_threshold(before);
+    return cl_stabilizer_calls() - calls;
+  };
+  EXPECT_EQ(steps(5), 0u);
+  // Four vertices are set apart; each leaves its two neighbours alike.
+  EXPECT_EQ(steps(4), 4u + 4u * 2u);
+}
+
+TEST(StepwiseSearch, LeavesBeyondTheLimitEndTheSearch) {
+  // 3! leaves of the stabilizer search, and 4! arrangements of one part.
+  const auto passes = [](const graph_ptr &g, int threshold, uint64_t limit) {
+    const int before = cl_get_stabilizer_threshold();
+    cl_set_stabilizer_threshold(threshold);
+    set_leaf_limit(limit);
+    bool passed = false;
+    try {
+      cl_canonicalize_graph(g.get());
+    } catch (const leaf_limit_passed &) {
+      passed = true;
+    }
+    set_leaf_limit(UINT64_MAX);
+    cl_set_stabilizer_threshold(before);
+    return passed;
+  };
+  EXPECT_TRUE(passes(complete_graph(3), 1, 5));
+  EXPECT_FALSE(passes(complete_graph(3), 1, 6));
+  EXPECT_TRUE(passes(complete_graph(4), 5, 23));
+  EXPECT_FALSE(passes(complete_graph(4), 5, 24));
+}
+
+} // namespace kestro::stepwise
