@@ -1,0 +1,230 @@
+#include "cl/canonical_search.h"
+
+#include <gtest/gtest.h>
+
+#include "support/graphs.h"
+
+namespace kestro {
+
+using ints = std::vector<int>;
+
+namespace {
+
+// What a search is given, and what it makes of it.
+struct searched {
+  explicit searched(const graph_ptr &g) : g_(g.get()) {
+    colouring_init(&c, g_);
+    cells.fill(g_);
+  }
+  // The incoming arrangement; cells must stay as they are.
+  searched &from(const ints &order) {
+    c.order.assign(order.begin(), order.end());
+    return *this;
+  }
+  ints exhaustively() {
+    search_exhaustively(&c, g_, cells);
+    return order();
+  }
+  ints by_stabilizer() {
+    const uint64_t before = cl_stabilizer_calls();
+    invariant = search_by_stabilizer(&c, g_, cells);
+    steps = cl_stabilizer_calls() - before;
+    return order();
+  }
+  ints order() const { return ints(c.order.begin(), c.order.end()); }
+
+  colouring c;
+  label_cells cells;
+  bool invariant = false;
+  uint64_t steps = 0;
+
+private:
+  const graph *g_;
+};
+
+} // namespace
+
+// The strict lower triangle, row by row, as an arrangement shows it.
+static ints triangle(const graph *g, const ints &order) {
+  ints cells;
+  for (size_t i = 0; i < order.size(); i++)
+    for (size_t j = 0; j < i; j++) {
+      int cell = 0;
+      for (int k = g->v[order[i]]; k < g->v[order[i] + 1]; k++)
+        if (g->e[k] == order[j])
+          cell = g->elabel[k] + 1;
+      cells.push_back(cell);
+    }
+  return cells;
+}
+
+// The greatest triangle over all orders that keep every cell in its place.
+static ints greatest_triangle(const graph *g, const colouring &c) {
+  ints greatest;
+  ints perm = identity_of(g->vs);
+  do {
+    bool fits = true;
+    for (int i = 0; i < g->vs && fits; i++) {
+      const int first =
+          c.colour[static_cast<size_t>(perm[static_cast<size_t>(i)])];
+      fits = first <= i && i < c.cell_end[static_cast<size_t>(first)];
+    }
+    if (fits)
+      greatest = std::max(greatest, triangle(g, perm));
+  } while (std::next_permutation(perm.begin(), perm.end()));
+  return greatest;
+}
+
+TEST(LabelCells, HoldLabelsPlusOneBothWays) {
+  const graph_ptr g = make_graph({0, 0, 0}, {{0, 1, 4}, {1, 2, 0}});
+  label_cells cells;
+  cells.fill(g.get());
+  const ints expected[] = {{0, 5, 0}, {5, 0, 1}, {0, 1, 0}};
+  for (int u = 0; u < 3; u++)
+    EXPECT_EQ(ints(cells.row(u), cells.row(u) + 3),
+              expected[static_cast<size_t>(u)]);
+}
+
+TEST(LabelCells, FillForgetsTheGraphBefore) {
+  label_cells cells;
+  cells.fill(complete_graph(5).get());
+  cells.fill(path_graph(2).get());
+  EXPECT_EQ(ints(cells.row(0), cells.row(0) + 2), (ints{0, 1}));
+  EXPECT_EQ(ints(cells.row(1), cells.row(1) + 2), (ints{1, 0}));
+}
+
+TEST(ExhaustiveSearch, FindsTheGreatestTriangle) {
+  test_rng rng(4);
+  for (int round = 0; round < 100; round++) {
+    const int vs = 2 + random_below(rng, 5);
+    const graph_ptr g = random_graph(rng, {.vs = vs,
+                                           .extra_edges = random_below(rng, 6),
+                                           .vlabels = 1,
+                                           .elabels = 1 + round % 2});
+    searched s(g);
+    const ints expected = greatest_triangle(g.get(), s.c);
+    EXPECT_EQ(triangle(g.get(), s.exhaustively()), expected) << round;
+  }
+}
+
+TEST(ExhaustiveSearch, RingIsBuiltFromItsFirstVertexOn) {
+  // Rows of 0, 1, 0 1, 0 0 1 1 are less than 1, 1 0, 0 1 1: a neighbour of the
+  // first vertex comes next, then the other one.
+  const graph_ptr g =
+      make_graph({0, 0, 0, 0}, {{0, 2}, {2, 1}, {1, 3}, {3, 0}});
+  EXPECT_EQ(triangle(g.get(), searched(g).exhaustively()),
+            (ints{1, 1, 0, 0, 1, 1}));
+}
+
+TEST(ExhaustiveSearch, IncomingArrangementStaysWhenNoneIsBetter) {
+  const graph_ptr g = complete_graph(4);
+  EXPECT_EQ(searched(g).from({2, 0, 3, 1}).exhaustively(), (ints{2, 0, 3, 1}));
+}
+
+TEST(ExhaustiveSearch, VerticesStayInTheirCells) {
+  const graph_ptr g = path_graph(5); // 2 | 1 3 | 0 4
+  const ints order = searched(g).exhaustively();
+  EXPECT_EQ(order[0], 2);
+  EXPECT_EQ(order[1] + order[2], 1 + 3);
+  EXPECT_EQ(order[3] + order[4], 0 + 4);
+  // The end of the first arm comes first: rows 1, 1 0, 0 1 0, 0 0 1 0.
+  EXPECT_EQ(triangle(g.get(), order), (ints{1, 1, 0, 0, 1, 0, 0, 0, 1, 0}));
+}
+
+TEST(ExhaustiveSearch, ManyTwinsCostNoFactorial) {
+  // 24! arrangements of the leaves, all alike.
+  const graph_ptr g = star_graph(25);
+  EXPECT_EQ(triangle(g.get(), searched(g).exhaustively()),
+            triangle(g.get(), identity_of(25)));
+}
+
+TEST(ExhaustiveSearch, OfADiscretePartitionChangesNothing) {
+  const graph_ptr g = make_graph({1, 0}, {{0, 1}});
+  EXPECT_EQ(searched(g).exhaustively(), (ints{1, 0}));
+}
+
+TEST(StabilizerSearch, OrbitsNeedNoSteps) {
+  for (const graph_ptr &g :
+       {complete_graph(3), star_graph(20), ring_graph(12), path_graph(2)}) {
+    searched s(g);
+    s.by_stabilizer();
+    EXPECT_EQ(s.steps, 0u) << g->vs;
+  }
+}
+
+TEST(StabilizerSearch, TwinsMakeAnInvariantForm) {
+  const graph_ptr g = star_graph(8);
+  searched s(g);
+  const ints order = s.by_stabilizer();
+  EXPECT_TRUE(s.invariant);
+  EXPECT_EQ(order[0], 0);
+  EXPECT_EQ(triangle(g.get(), order), triangle(g.get(), identity_of(8)));
+}
+
+TEST(StabilizerSearch, RingEndsWithItsVerticesByDistance) {
+  // Set apart 0, then one of its neighbours: rows 1; 1 0; 0 1 0; ... .
+  const graph_ptr g = ring_graph(5);
+  searched s(g);
+  const ints order = s.by_stabilizer();
+  // One vertex apart, its neighbours 1 and 4, then those 2 and 3 away.
+  const graph_ptr distances =
+      make_graph({0, 0, 0, 0, 0}, {{0, 1}, {0, 2}, {1, 3}, {2, 4}, {3, 4}});
+  EXPECT_EQ(triangle(g.get(), order),
+            triangle(distances.get(), identity_of(5)));
+}
+
+// Three vertices joined with three others, a perfect matching with label 1.
+static graph_ptr matched_bipartite() {
+  std::vector<test_edge> edges;
+  for (int u = 0; u < 3; u++)
+    for (int w = 3; w < 6; w++)
+      edges.push_back({u, w, u + 3 == w});
+  return make_graph({0, 0, 0, 0, 0, 0}, edges);
+}
+
+TEST(StabilizerSearch, BranchesBelowTheIncomingArrangementAreCut) {
+  // Every vertex looks alike, and every branch starts with a vertex and two
+  // that its refinement puts next to it.  Incoming, the matched pair comes
+  // first: its row 2 beats that of all leaves, and the arrangement stays.
+  const graph_ptr g = matched_bipartite();
+  const ints leaf = searched(g).by_stabilizer();
+  const ints leaf_rows = triangle(g.get(), leaf);
+  const ints matched_first = {0, 3, 1, 4, 2, 5};
+  ASSERT_GT(triangle(g.get(), matched_first), leaf_rows);
+  searched s(g);
+  s.from(matched_first);
+  EXPECT_EQ(s.by_stabilizer(), matched_first);
+  EXPECT_FALSE(s.invariant);
+}
+
+TEST(StabilizerSearch, FormThatAnotherArrangementCouldCutIsNotInvariant) {
+  const graph_ptr g = matched_bipartite();
+  searched s(g);
+  s.by_stabilizer();
+  EXPECT_FALSE(s.invariant);
+}
+
+// A ring of three and one of four, which refinement does not tell apart.
+static graph_ptr two_rings() {
+  return make_graph({0, 0, 0, 0, 0, 0, 0},
+                    {{0, 1}, {1, 2}, {2, 0}, {3, 4}, {4, 5}, {5, 6}, {6, 3}});
+}
+
+TEST(StabilizerSearch, CellThatIsNoOrbitIsSearchedStepByStep) {
+  const graph_ptr g = two_rings();
+  searched s(g);
+  const ints order = s.by_stabilizer();
+  EXPECT_GT(s.steps, 0u);
+  EXPECT_FALSE(s.invariant);
+  ints sorted = order;
+  std::sort(sorted.begin(), sorted.end());
+  EXPECT_EQ(sorted, identity_of(7));
+}
+
+TEST(StabilizerSearch, CounterOnlyGrows) {
+  const uint64_t before = cl_stabilizer_calls();
+  searched(two_rings()).by_stabilizer();
+  EXPECT_GT(cl_stabilizer_calls(), before);
+}
+
+} // namespace kestro
