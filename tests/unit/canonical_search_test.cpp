@@ -2,274 +2,229 @@
 
 #include <gtest/gtest.h>
 
-#include "cl/refine.h"
 #include "support/graphs.h"
 
 namespace kestro {
 
-static adjmat_ptr filled(const graph *g) {
-  adjmat_ptr m(cl_new_adjmat(g->vs));
-  cl_graph_to_adjmat(g, m.get());
-  return m;
-}
+using ints = std::vector<int>;
 
-static adjmat_ptr refined(const graph *g) {
-  adjmat_ptr m = filled(g);
-  cl_refine(m.get());
-  return m;
-}
+namespace {
 
-static adjmat_ptr duplicate(const adjmat_ptr &m) {
-  return adjmat_ptr(cl_dup_adjmat(m.get()));
-}
-
-static std::vector<int> perm_of(const adjmat *m) {
-  return std::vector<int>(m->perm, m->perm + m->vs);
-}
-
-static void set_perm(adjmat *m, const std::vector<int> &perm) {
-  for (int i = 0; i < m->vs; i++) {
-    m->perm[i] = perm[static_cast<size_t>(i)];
-    m->iperm[m->perm[i]] = i;
+// What a search is given, and what it makes of it.
+struct searched {
+  explicit searched(const graph_ptr &g) : g_(g.get()) {
+    colouring_init(&c, g_);
+    cells.fill(g_);
   }
-}
+  // The incoming arrangement; cells must stay as they are.
+  searched &from(const ints &order) {
+    c.order.assign(order.begin(), order.end());
+    return *this;
+  }
+  ints exhaustively() {
+    search_exhaustively(&c, g_, cells);
+    return order();
+  }
+  ints by_stabilizer() {
+    const uint64_t before = cl_stabilizer_calls();
+    invariant = search_by_stabilizer(&c, g_, cells);
+    steps = cl_stabilizer_calls() - before;
+    return order();
+  }
+  ints order() const { return ints(c.order.begin(), c.order.end()); }
 
-// The strict lower triangle, row by row, as perm arranges it.
-static std::vector<int> triangle(const adjmat *m,
-                                 const std::vector<int> &perm) {
-  std::vector<int> cells;
-  for (size_t i = 0; i < perm.size(); i++)
-    for (size_t j = 0; j < i; j++)
-      cells.push_back(m->rows[perm[i]][perm[j]]);
+  colouring c;
+  label_cells cells;
+  bool invariant = false;
+  uint64_t steps = 0;
+
+private:
+  const graph *g_;
+};
+
+} // namespace
+
+// The strict lower triangle, row by row, as an arrangement shows it.
+static ints triangle(const graph *g, const ints &order) {
+  ints cells;
+  for (size_t i = 0; i < order.size(); i++)
+    for (size_t j = 0; j < i; j++) {
+      int cell = 0;
+      for (int k = g->v[order[i]]; k < g->v[order[i] + 1]; k++)
+        if (g->e[k] == order[j])
+          cell = g->elabel[k] + 1;
+      cells.push_back(cell);
+    }
   return cells;
 }
 
-TEST(CanonicalSearch, ComparesTheFirstUnequalCellOfTheRows) {
-  const graph_ptr g = make_graph({0, 0, 0, 0}, {{0, 1, 1}, {1, 2, 4}, {2, 3}});
-  const adjmat_ptr a = filled(g.get());
-  const adjmat_ptr b = duplicate(a);
-  EXPECT_EQ(compare_adjmat_parts_from_to(a.get(), b.get(), 0, 0), 0);
-  set_perm(b.get(), {1, 2, 0, 3}); // cell (1, 0) is 5 instead of 2
-  EXPECT_EQ(compare_adjmat_parts_from_to(a.get(), b.get(), 0, 0), -3);
-  EXPECT_EQ(compare_adjmat_parts_from_to(b.get(), a.get(), 0, 0), 3);
-  set_perm(b.get(), {1, 0, 2, 3}); // row 2 is 5 0 instead of 0 5
-  EXPECT_EQ(compare_adjmat_parts_from_to(a.get(), b.get(), 0, 0), -5);
-}
-
-TEST(CanonicalSearch, ComparesOnlyTheRowsOfTheParts) {
-  const adjmat_ptr a = refined(path_graph(5).get()); // 2 | 1 3 | 0 4
-  const adjmat_ptr b = duplicate(a);
-  set_perm(b.get(), {2, 1, 3, 4, 0});
-  EXPECT_EQ(compare_adjmat_parts_from_to(a.get(), b.get(), 0, 1), 0);
-  EXPECT_EQ(compare_adjmat_parts_from_to(a.get(), b.get(), 1, 1), 0);
-  EXPECT_EQ(compare_adjmat_parts_from_to(a.get(), b.get(), 2, 2), 1);
-  EXPECT_EQ(compare_adjmat_parts_from_to(a.get(), b.get(), 0, 2), 1);
-}
-
-TEST(CanonicalSearchDeathTest, ComparedSizesMustAgree) {
-  const adjmat_ptr a = filled(path_graph(2).get());
-  const adjmat_ptr b = filled(path_graph(3).get());
-  EXPECT_DEATH(compare_adjmat_parts_from_to(a.get(), b.get(), 0, 0),
-               "a->vs == b->vs");
-}
-
-TEST(CanonicalSearch, SinglePositionHasOneArrangement) {
-  const adjmat_ptr m = refined(path_graph(3).get());
-  save_adjmat_perm(m.get());
-  EXPECT_FALSE(next_part_permutation(m.get(), 0));
-  EXPECT_EQ(perm_of(m.get()), (std::vector<int>{1, 0, 2}));
-}
-
-TEST(CanonicalSearch, PartRunsThroughItsArrangementsAndBack) {
-  const adjmat_ptr m = filled(complete_graph(3).get());
-  set_perm(m.get(), {1, 2, 0});
-  save_adjmat_perm(m.get());
-  const std::vector<std::vector<int>> following = {
-      {2, 0, 1}, {2, 1, 0}, {0, 1, 2}, {0, 2, 1}, {1, 0, 2}, {1, 2, 0}};
-  for (const std::vector<int> &perm : following) {
-    EXPECT_EQ(next_part_permutation(m.get(), 0), perm != following.back());
-    EXPECT_EQ(perm_of(m.get()), perm);
-    for (int i = 0; i < 3; i++)
-      EXPECT_EQ(m->iperm[m->perm[i]], i);
-  }
-}
-
-TEST(CanonicalSearch, PartAdvancesAlone) {
-  const adjmat_ptr m = refined(path_graph(5).get());
-  save_adjmat_perm(m.get());
-  EXPECT_TRUE(next_part_permutation(m.get(), 1));
-  EXPECT_EQ(perm_of(m.get()), (std::vector<int>{2, 3, 1, 0, 4}));
-  EXPECT_FALSE(next_part_permutation(m.get(), 1));
-  EXPECT_EQ(perm_of(m.get()), (std::vector<int>{2, 1, 3, 0, 4}));
-}
-
-// What the exhaustive search finds from the refined graph.
-static adjmat_ptr exhaustive_best(const adjmat_ptr &m) {
-  adjmat_ptr best = duplicate(m);
-  save_adjmat_perm(m.get());
-  compare_adjmat_parts(m.get(), 0, best.get());
-  return best;
-}
-
-// The greatest triangle over all orders that keep every part in its place.
-static std::vector<int> greatest_triangle(const adjmat *m) {
-  std::vector<int> greatest;
-  std::vector<int> perm = identity_of(m->vs);
+// The greatest triangle over all orders that keep every cell in its place.
+static ints greatest_triangle(const graph *g, const colouring &c) {
+  ints greatest;
+  ints perm = identity_of(g->vs);
   do {
     bool fits = true;
-    for (int i = 0; i < m->vs && fits; i++) {
-      const int part = m->vertex[perm[static_cast<size_t>(i)]].part;
-      fits = m->part[part] <= i && i < m->part[part + 1];
+    for (int i = 0; i < g->vs && fits; i++) {
+      const int first =
+          c.colour[static_cast<size_t>(perm[static_cast<size_t>(i)])];
+      fits = first <= i && i < c.cell_end[static_cast<size_t>(first)];
     }
     if (fits)
-      greatest = std::max(greatest, triangle(m, perm));
+      greatest = std::max(greatest, triangle(g, perm));
   } while (std::next_permutation(perm.begin(), perm.end()));
   return greatest;
 }
 
-TEST(CanonicalSearch, ExhaustiveSearchFindsTheGreatestTriangle) {
+TEST(LabelCells, HoldLabelsPlusOneBothWays) {
+  const graph_ptr g = make_graph({0, 0, 0}, {{0, 1, 4}, {1, 2, 0}});
+  label_cells cells;
+  cells.fill(g.get());
+  const ints expected[] = {{0, 5, 0}, {5, 0, 1}, {0, 1, 0}};
+  for (int u = 0; u < 3; u++)
+    EXPECT_EQ(ints(cells.row(u), cells.row(u) + 3),
+              expected[static_cast<size_t>(u)]);
+}
+
+TEST(LabelCells, FillForgetsTheGraphBefore) {
+  label_cells cells;
+  cells.fill(complete_graph(5).get());
+  cells.fill(path_graph(2).get());
+  EXPECT_EQ(ints(cells.row(0), cells.row(0) + 2), (ints{0, 1}));
+  EXPECT_EQ(ints(cells.row(1), cells.row(1) + 2), (ints{1, 0}));
+}
+
+TEST(ExhaustiveSearch, FindsTheGreatestTriangle) {
   test_rng rng(4);
-  for (int round = 0; round < 60; round++) {
+  for (int round = 0; round < 100; round++) {
     const int vs = 2 + random_below(rng, 5);
     const graph_ptr g = random_graph(rng, {.vs = vs,
                                            .extra_edges = random_below(rng, 6),
                                            .vlabels = 1,
                                            .elabels = 1 + round % 2});
-    const adjmat_ptr m = refined(g.get());
-    const std::vector<int> before = perm_of(m.get());
-    const adjmat_ptr best = exhaustive_best(m);
-    EXPECT_EQ(triangle(m.get(), perm_of(best.get())),
-              greatest_triangle(m.get()))
-        << round;
-    EXPECT_EQ(perm_of(m.get()), before);
-    for (int i = 0; i < vs; i++)
-      EXPECT_EQ(best->iperm[best->perm[i]], i);
+    searched s(g);
+    const ints expected = greatest_triangle(g.get(), s.c);
+    EXPECT_EQ(triangle(g.get(), s.exhaustively()), expected) << round;
   }
 }
 
-TEST(CanonicalSearch, FirstOfEqualArrangementsStays) {
-  const adjmat_ptr m = filled(complete_graph(4).get());
-  set_perm(m.get(), {2, 0, 3, 1});
-  EXPECT_EQ(perm_of(exhaustive_best(m).get()), (std::vector<int>{2, 0, 3, 1}));
+TEST(ExhaustiveSearch, RingIsBuiltFromItsFirstVertexOn) {
+  // Rows of 0, 1, 0 1, 0 0 1 1 are less than 1, 1 0, 0 1 1: a neighbour of the
+  // first vertex comes next, then the other one.
+  const graph_ptr g =
+      make_graph({0, 0, 0, 0}, {{0, 2}, {2, 1}, {1, 3}, {3, 0}});
+  EXPECT_EQ(triangle(g.get(), searched(g).exhaustively()),
+            (ints{1, 1, 0, 0, 1, 1}));
 }
 
-TEST(CanonicalSearch, IsolatedRecordAtThePositionSkipsThePart) {
-  // Positions 0..3 hold a ring in an order that can be improved.  Whether it is
-  // depends on the record numbered 0: isolated, or on the ring.
-  const std::vector<test_edge> ring = {{0, 2}, {2, 1}, {1, 3}, {3, 0}};
-  std::vector<test_edge> shifted;
-  for (const test_edge &edge : ring)
-    shifted.push_back({edge.u + 1, edge.w + 1});
-  const std::vector<int> labels(5, 0);
-  const adjmat_ptr last = refined(make_graph(labels, ring).get());
-  const adjmat_ptr first = refined(make_graph(labels, shifted).get());
-  ASSERT_EQ(perm_of(first.get()), (std::vector<int>{1, 2, 3, 4, 0}));
-  EXPECT_EQ(perm_of(exhaustive_best(first).get()), perm_of(first.get()));
-  EXPECT_EQ(perm_of(exhaustive_best(last).get()),
-            (std::vector<int>{0, 2, 3, 1, 4}));
+TEST(ExhaustiveSearch, IncomingArrangementStaysWhenNoneIsBetter) {
+  const graph_ptr g = complete_graph(4);
+  EXPECT_EQ(searched(g).from({2, 0, 3, 1}).exhaustively(), (ints{2, 0, 3, 1}));
 }
 
-TEST(CanonicalSearch, FixedVertexGoesAheadAndRefines) {
-  const adjmat_ptr m = refined(ring_graph(4).get());
-  std::vector<int> saved(4);
-  fix_vertex(m.get(), 2, saved.data());
-  EXPECT_EQ(m->parts, 3);
-  EXPECT_EQ(perm_of(m.get()), (std::vector<int>{2, 1, 3, 0}));
-  EXPECT_EQ(m->vertex[2].part, 0);
-  EXPECT_EQ(m->vertex[3].part, 1);
-  EXPECT_EQ(m->vertex[0].part, 2);
-  EXPECT_EQ(saved, (std::vector<int>{0, 0, 0, 0}));
+TEST(ExhaustiveSearch, VerticesStayInTheirCells) {
+  const graph_ptr g = path_graph(5); // 2 | 1 3 | 0 4
+  const ints order = searched(g).exhaustively();
+  EXPECT_EQ(order[0], 2);
+  EXPECT_EQ(order[1] + order[2], 1 + 3);
+  EXPECT_EQ(order[3] + order[4], 0 + 4);
+  // The end of the first arm comes first: rows 1, 1 0, 0 1 0, 0 0 1 0.
+  EXPECT_EQ(triangle(g.get(), order), (ints{1, 1, 0, 0, 1, 0, 0, 0, 1, 0}));
 }
 
-TEST(CanonicalSearch, UnfixedPartitionReturnsAndTheOrderStays) {
-  const adjmat_ptr m = refined(path_graph(5).get()); // 2 | 1 3 | 0 4
-  std::vector<int> saved(5);
-  fix_vertex(m.get(), 3, saved.data());
-  EXPECT_EQ(m->parts, 5);
-  EXPECT_EQ(perm_of(m.get()), (std::vector<int>{2, 3, 1, 4, 0}));
-  unfix_vertex(m.get(), saved.data());
-  EXPECT_EQ(m->parts, 3);
-  EXPECT_EQ(std::vector<int>(m->part, m->part + 4),
-            (std::vector<int>{0, 1, 3, 5}));
-  EXPECT_EQ(m->vertex[1].part, 1);
-  EXPECT_EQ(m->vertex[4].part, 2);
-  EXPECT_EQ(perm_of(m.get()), (std::vector<int>{2, 3, 1, 4, 0}));
+TEST(ExhaustiveSearch, ManyTwinsCostNoFactorial) {
+  // 24! arrangements of the leaves, all alike.
+  const graph_ptr g = star_graph(25);
+  EXPECT_EQ(triangle(g.get(), searched(g).exhaustively()),
+            triangle(g.get(), identity_of(25)));
 }
 
-TEST(CanonicalSearchDeathTest, FixedVertexMustStandInItsPart) {
-  const adjmat_ptr m = refined(path_graph(3).get()); // 1 | 0 2
-  m->vertex[1].part = 1;
-  std::vector<int> saved(3);
-  EXPECT_DEATH(fix_vertex(m.get(), 1, saved.data()), "hit");
+TEST(ExhaustiveSearch, OfADiscretePartitionChangesNothing) {
+  const graph_ptr g = make_graph({1, 0}, {{0, 1}});
+  EXPECT_EQ(searched(g).exhaustively(), (ints{1, 0}));
 }
 
-TEST(CanonicalSearch, OpenPartsAreFoundFromAPartOn) {
-  const adjmat_ptr m = refined(path_graph(5).get()); // 2 | 1 3 | 0 4
-  EXPECT_EQ(first_open_part(m.get(), 0), 1);
-  EXPECT_EQ(first_open_part(m.get(), 1), 1);
-  EXPECT_EQ(first_open_part(m.get(), 2), 2);
-  EXPECT_EQ(first_open_part(m.get(), 3), -1);
+TEST(StabilizerSearch, OrbitsNeedNoSteps) {
+  for (const graph_ptr &g :
+       {complete_graph(3), star_graph(20), ring_graph(12), path_graph(2)}) {
+    searched s(g);
+    s.by_stabilizer();
+    EXPECT_EQ(s.steps, 0u) << g->vs;
+  }
 }
 
-TEST(CanonicalSearch, StabilizerSearchVisitsVerticesAsTheyComeToStand) {
-  // Fixed vertices and leaves of a triangle, in order: 0 (012, 021), 2 (201,
-  // 210), and again 0 (021, 012): backtracking has left 0 at position 2.
-  const adjmat_ptr m = refined(complete_graph(3).get());
-  const adjmat_ptr best = duplicate(m);
-  const uint64_t calls = cl_stabilizer_calls();
-  get_min_adjmat_by_stabilizer(m.get(), 0, 0, best.get());
-  EXPECT_EQ(cl_stabilizer_calls() - calls, 3u + 3u * 2u);
-  EXPECT_EQ(perm_of(best.get()), (std::vector<int>{0, 1, 2}));
-  EXPECT_EQ(best->parts, 1);
-  EXPECT_EQ(m->parts, 1);
+TEST(StabilizerSearch, TwinsMakeAnInvariantForm) {
+  const graph_ptr g = star_graph(8);
+  searched s(g);
+  const ints order = s.by_stabilizer();
+  EXPECT_TRUE(s.invariant);
+  EXPECT_EQ(order[0], 0);
+  EXPECT_EQ(triangle(g.get(), order), triangle(g.get(), identity_of(8)));
 }
 
-// A path whose ends are told apart, arranged as given, and its discrete copy.
-static adjmat_ptr discrete_path() {
-  return refined(make_graph({0, 0, 1}, {{0, 1}, {1, 2}}).get());
+TEST(StabilizerSearch, RingEndsWithItsVerticesByDistance) {
+  // Set apart 0, then one of its neighbours: rows 1; 1 0; 0 1 0; ... .
+  const graph_ptr g = ring_graph(5);
+  searched s(g);
+  const ints order = s.by_stabilizer();
+  // One vertex apart, its neighbours 1 and 4, then those 2 and 3 away.
+  const graph_ptr distances =
+      make_graph({0, 0, 0, 0, 0}, {{0, 1}, {0, 2}, {1, 3}, {2, 4}, {3, 4}});
+  EXPECT_EQ(triangle(g.get(), order),
+            triangle(distances.get(), identity_of(5)));
 }
 
-TEST(CanonicalSearch, LeafReplacesAnyBestThatIsNotDiscrete) {
-  const adjmat_ptr m = discrete_path(); // 1 0 2
-  const adjmat_ptr best = duplicate(m);
-  set_perm(m.get(), {0, 2, 1}); // a smaller triangle
-  best->parts = 1;
-  get_min_adjmat_by_stabilizer(m.get(), 2, 0, best.get());
-  EXPECT_EQ(perm_of(best.get()), (std::vector<int>{0, 2, 1}));
-  EXPECT_EQ(best->parts, 1);
+// Three vertices joined with three others, a perfect matching with label 1.
+static graph_ptr matched_bipartite() {
+  std::vector<test_edge> edges;
+  for (int u = 0; u < 3; u++)
+    for (int w = 3; w < 6; w++)
+      edges.push_back({u, w, u + 3 == w});
+  return make_graph({0, 0, 0, 0, 0, 0}, edges);
 }
 
-TEST(CanonicalSearch, LeafReplacesADiscreteBestOnlyWhenGreater) {
-  const adjmat_ptr m = discrete_path(); // 1 0 2
-  const adjmat_ptr best = duplicate(m);
-  set_perm(m.get(), {0, 2, 1});
-  get_min_adjmat_by_stabilizer(m.get(), 2, 0, best.get());
-  EXPECT_EQ(perm_of(best.get()), (std::vector<int>{1, 0, 2}));
-  set_perm(m.get(), {1, 2, 0}); // an equal triangle
-  get_min_adjmat_by_stabilizer(m.get(), 2, 0, best.get());
-  EXPECT_EQ(perm_of(best.get()), (std::vector<int>{1, 0, 2}));
-  set_perm(best.get(), {0, 2, 1});
-  get_min_adjmat_by_stabilizer(m.get(), 2, 0, best.get());
-  EXPECT_EQ(perm_of(best.get()), (std::vector<int>{1, 2, 0}));
+TEST(StabilizerSearch, BranchesBelowTheIncomingArrangementAreCut) {
+  // Every vertex looks alike, and every branch starts with a vertex and two
+  // that its refinement puts next to it.  Incoming, the matched pair comes
+  // first: its row 2 beats that of all leaves, and the arrangement stays.
+  const graph_ptr g = matched_bipartite();
+  const ints leaf = searched(g).by_stabilizer();
+  const ints leaf_rows = triangle(g.get(), leaf);
+  const ints matched_first = {0, 3, 1, 4, 2, 5};
+  ASSERT_GT(triangle(g.get(), matched_first), leaf_rows);
+  searched s(g);
+  s.from(matched_first);
+  EXPECT_EQ(s.by_stabilizer(), matched_first);
+  EXPECT_FALSE(s.invariant);
 }
 
-TEST(CanonicalSearch, BranchBelowTheBestIsCut) {
-  // Against a triangle of no ring order, greater in its first row, every
-  // branch is smaller once its first part has two rows.
-  const adjmat_ptr m = refined(ring_graph(5).get());
-  const adjmat_ptr best = duplicate(m);
-  best->rows[1][0] = 2;
-  get_min_adjmat_by_stabilizer(m.get(), 0, 0, best.get());
-  EXPECT_EQ(perm_of(best.get()), identity_of(5));
+TEST(StabilizerSearch, FormThatAnotherArrangementCouldCutIsNotInvariant) {
+  const graph_ptr g = matched_bipartite();
+  searched s(g);
+  s.by_stabilizer();
+  EXPECT_FALSE(s.invariant);
 }
 
-TEST(CanonicalSearchDeathTest, SearchBeginsAtTheFirstOpenPart) {
-  const adjmat_ptr m = refined(path_graph(5).get()); // 2 | 1 3 | 0 4
-  const adjmat_ptr best = duplicate(m);
-  EXPECT_DEATH(get_min_adjmat_by_stabilizer(m.get(), 0, 0, best.get()),
-               "m->part\\[part \\+ 1\\] - m->part\\[part\\] > 1");
-  EXPECT_DEATH(get_min_adjmat_by_stabilizer(m.get(), 2, 0, best.get()),
-               "pindex == part");
+// A ring of three and one of four, which refinement does not tell apart.
+static graph_ptr two_rings() {
+  return make_graph({0, 0, 0, 0, 0, 0, 0},
+                    {{0, 1}, {1, 2}, {2, 0}, {3, 4}, {4, 5}, {5, 6}, {6, 3}});
+}
+
+TEST(StabilizerSearch, CellThatIsNoOrbitIsSearchedStepByStep) {
+  const graph_ptr g = two_rings();
+  searched s(g);
+  const ints order = s.by_stabilizer();
+  EXPECT_GT(s.steps, 0u);
+  EXPECT_FALSE(s.invariant);
+  ints sorted = order;
+  std::sort(sorted.begin(), sorted.end());
+  EXPECT_EQ(sorted, identity_of(7));
+}
+
+TEST(StabilizerSearch, CounterOnlyGrows) {
+  const uint64_t before = cl_stabilizer_calls();
+  searched(two_rings()).by_stabilizer();
+  EXPECT_GT(cl_stabilizer_calls(), before);
 }
 
 } // namespace kestro

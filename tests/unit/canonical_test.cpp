@@ -210,16 +210,4 @@ TEST(Canonical, WorkAreaServesGraphsOfAllSizes) {
       same_structure(canonical(path_graph(4).get()).get(), small.get()));
 }
 
-TEST(Canonical, AdjmatEndsInOrderWithItsInverse) {
-  const graph_ptr g = ring_graph(6);
-  const adjmat_ptr m(cl_new_adjmat(6));
-  cl_graph_to_adjmat(g.get(), m.get());
-  cl_canonicalize_adjmat(m.get());
-  const graph_ptr form = canonical(g.get());
-  for (int i = 0; i < 6; i++) {
-    EXPECT_EQ(m->iperm[m->perm[i]], i);
-    EXPECT_EQ(m->perm[i], form->vid[i]);
-  }
-}
-
 } // namespace kestro

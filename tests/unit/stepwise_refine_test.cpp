@@ -1,4 +1,4 @@
-#include "cl/refine.h"
+#include "support/stepwise/refine.h"
 
 #include <gtest/gtest.h>
 
@@ -7,7 +7,7 @@
 
 #include "support/graphs.h"
 
-namespace kestro {
+namespace kestro::stepwise {
 
 static adjmat_ptr filled(const graph *g) {
   adjmat_ptr m(cl_new_adjmat(g->vs));
@@ -23,7 +23,7 @@ static std::vector<int> starts_of(const adjmat *m) {
   return std::vector<int>(m->part, m->part + m->parts + 1);
 }
 
-TEST(Refine, EdgesCompareByLabelThenPart) {
+TEST(StepwiseRefine, EdgesCompareByLabelThenPart) {
   cl_vertex first = {};
   cl_vertex second = {};
   second.part = 3;
@@ -36,7 +36,7 @@ TEST(Refine, EdgesCompareByLabelThenPart) {
   EXPECT_EQ(compare_edges(&low, &low), 0);
 }
 
-TEST(Refine, VerticesCompareByPartDegreeLabelAndLists) {
+TEST(StepwiseRefine, VerticesCompareByPartDegreeLabelAndLists) {
   cl_vertex near = {};
   cl_vertex far = {};
   far.part = 2;
@@ -104,7 +104,7 @@ static void expect_sorted_like_slow_sort(adjmat *m) {
   }
 }
 
-TEST(Refine, SortsLikeASlowStableSort) {
+TEST(StepwiseRefine, SortsLikeASlowStableSort) {
   test_rng rng(2);
   for (const int vs : {1, 2, 5, 16, 17, 33, 70}) {
     for (int round = 0; round < 5; round++) {
@@ -120,7 +120,7 @@ TEST(Refine, SortsLikeASlowStableSort) {
   }
 }
 
-TEST(Refine, EqualVerticesKeepTheirOrder) {
+TEST(StepwiseRefine, EqualVerticesKeepTheirOrder) {
   const graph_ptr g = complete_graph(4);
   const adjmat_ptr m = filled(g.get());
   std::swap(m->sorted[0], m->sorted[3]);
@@ -128,7 +128,7 @@ TEST(Refine, EqualVerticesKeepTheirOrder) {
   EXPECT_EQ(perm_of(m.get()), (std::vector<int>{3, 1, 2, 0}));
 }
 
-TEST(Refine, HigherDegreesComeFirst) {
+TEST(StepwiseRefine, HigherDegreesComeFirst) {
   const adjmat_ptr m = filled(path_graph(3).get());
   cl_refine(m.get());
   EXPECT_EQ(perm_of(m.get()), (std::vector<int>{1, 0, 2}));
@@ -138,7 +138,7 @@ TEST(Refine, HigherDegreesComeFirst) {
   EXPECT_EQ(m->vertex[1].part, 0);
 }
 
-TEST(Refine, PassesRepeatUntilNothingSplits) {
+TEST(StepwiseRefine, PassesRepeatUntilNothingSplits) {
   // The first pass tells inner vertices from ends, the second the middle.
   const adjmat_ptr m = filled(path_graph(5).get());
   cl_refine(m.get());
@@ -146,13 +146,13 @@ TEST(Refine, PassesRepeatUntilNothingSplits) {
   EXPECT_EQ(starts_of(m.get()), (std::vector<int>{0, 1, 3, 5}));
 }
 
-TEST(Refine, RingsStayWhole) {
+TEST(StepwiseRefine, RingsStayWhole) {
   const adjmat_ptr m = filled(ring_graph(5).get());
   cl_refine(m.get());
   EXPECT_EQ(starts_of(m.get()), (std::vector<int>{0, 5}));
 }
 
-TEST(Refine, EdgeLabelsSplit) {
+TEST(StepwiseRefine, EdgeLabelsSplit) {
   const graph_ptr g =
       make_graph({0, 0, 0, 0}, {{0, 1, 1}, {1, 2, 0}, {2, 3, 0}, {3, 0, 0}});
   const adjmat_ptr m = filled(g.get());
@@ -161,7 +161,7 @@ TEST(Refine, EdgeLabelsSplit) {
   EXPECT_EQ(starts_of(m.get()), (std::vector<int>{0, 2, 4}));
 }
 
-TEST(Refine, WithoutPartsNothingHappens) {
+TEST(StepwiseRefine, WithoutPartsNothingHappens) {
   const adjmat_ptr m = filled(path_graph(3).get());
   m->parts = 0;
   cl_refine(m.get());
@@ -169,7 +169,7 @@ TEST(Refine, WithoutPartsNothingHappens) {
   EXPECT_EQ(perm_of(m.get()), identity_of(3));
 }
 
-TEST(Refine, WithoutVerticesThereAreNoParts) {
+TEST(StepwiseRefine, WithoutVerticesThereAreNoParts) {
   const graph_ptr g = make_graph({}, {});
   const adjmat_ptr m = filled(g.get());
   cl_refine(m.get());
@@ -203,7 +203,7 @@ static std::vector<int> slowly_refined(const graph *g) {
   }
 }
 
-TEST(Refine, PartsAreThoseOfWholeSignatures) {
+TEST(StepwiseRefine, PartsAreThoseOfWholeSignatures) {
   test_rng rng(3);
   for (int round = 0; round < 300; round++) {
     const int vs = 1 + random_below(rng, 12);
@@ -226,4 +226,4 @@ TEST(Refine, PartsAreThoseOfWholeSignatures) {
   }
 }
 
-} // namespace kestro
+} // namespace kestro::stepwise
