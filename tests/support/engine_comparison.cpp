@@ -91,9 +91,9 @@ std::string engine_difference_of(const drawn_graph &drawn, uint64_t seed,
   const graph_ptr smallest =
       shrunk_graph(graph_ptr(graph_copy(drawn.g.get())),
                    [&](const graph *g) { return !difference(g).empty(); });
-  return "seed " + std::to_string(seed) + ", " + drawn.family +
-         ", threshold " + std::to_string(threshold) + ": " +
-         difference(smallest.get()) + " in " + graph_words(smallest.get());
+  return "seed " + std::to_string(seed) + ", " + drawn.family + ", threshold " +
+         std::to_string(threshold) + ": " + difference(smallest.get()) +
+         " in " + graph_words(smallest.get());
 }
 
 } // namespace kestro

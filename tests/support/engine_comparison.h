@@ -11,9 +11,9 @@ namespace kestro {
 // What comparing graphs has come to.
 struct comparison_counts {
   uint64_t compared = 0;
-  uint64_t skipped = 0;      // the reference passed its limit of leaves
-  uint64_t variant = 0;      // compared, and the form is not called invariant
-  uint64_t other_order = 0;  // equal arrays by another automorphism
+  uint64_t skipped = 0;     // the reference passed its limit of leaves
+  uint64_t variant = 0;     // compared, and the form is not called invariant
+  uint64_t other_order = 0; // equal arrays by another automorphism
 };
 
 // Seven thresholds that take turns with the seed.

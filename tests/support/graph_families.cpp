@@ -230,8 +230,7 @@ drawn_graph finished(test_rng &rng, bare_graph b, int vlabels, int elabels) {
                [&](size_t i) -> int & { return b.edges[i].label; });
   }
   const graph_ptr g = make_graph(labels, b.edges);
-  graph_ptr shuffled =
-      relabelled(g.get(), random_permutation(rng, b.vs));
+  graph_ptr shuffled = relabelled(g.get(), random_permutation(rng, b.vs));
   std::iota(shuffled->vid, shuffled->vid + b.vs, 0);
   return {b.family, std::move(shuffled)};
 }

@@ -217,8 +217,7 @@ TEST(Colouring, CellsAreThoseOfWholeSignatures) {
                                            .connected = round % 5 != 0});
     colouring c = coloured(g);
     expect_whole(c, g.get());
-    ints expected =
-        slowly_refined(g.get(), ints(static_cast<size_t>(vs), 0));
+    ints expected = slowly_refined(g.get(), ints(static_cast<size_t>(vs), 0));
     ASSERT_EQ(cell_numbers(c), expected) << round;
     for (int open; (open = colouring_first_open(&c, 0)) != -1;) {
       // The last vertex of the first open cell is set apart.

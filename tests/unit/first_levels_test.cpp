@@ -1,7 +1,10 @@
 #include "mining/first_levels.h"
 
+#include <set>
+
 #include <gtest/gtest.h>
 
+#include "mining/embeddings.h"
 #include "mining/statistics.h"
 #include "support/records.h"
 
@@ -251,6 +254,83 @@ TEST_F(FirstLevels, ParentMapsKeepLabels) {
   }
 }
 
+// Every row of a pattern must place it in its transaction.
+static void expect_rows(const subgraph *sg, const graph_list_ptr &database) {
+  ASSERT_EQ(sg->rows->count, sg_tid_size(sg));
+  for (int i = 0; i < sg->rows->count; i++) {
+    const ints row(sg_row(sg, i), sg_row(sg, i) + sg->g->vs);
+    const graph *t = graph_list_at(database.get(), sg_tid_at(sg, i));
+    EXPECT_TRUE(is_mapping(sg->g, t, row)) << i;
+    EXPECT_EQ(std::set<int>(row.begin(), row.end()).size(), row.size()) << i;
+  }
+}
+
+TEST_F(FirstLevels, RowsTellWhereThePathsAre) {
+  // Labels 1 - 0 - 2, in the second transaction the other way round.
+  const graph_list_ptr database =
+      database_of(make_graph({1, 0, 2}, {{0, 1, 2}, {1, 2, 1}}), path_graph(3),
+                  make_graph({2, 1, 0}, {{0, 2, 1}, {1, 2, 2}}));
+  const sg_set_ptr level1 = edges(database, 1);
+  const sg_set_ptr level2 = double_edges(level1, database, 1);
+  const subgraph *sg = path_in(level2, 2, 1, 1, 2, 0);
+  ASSERT_NE(sg, nullptr);
+  ASSERT_EQ(ids_of(sg->tid), (ints{0, 2}));
+  // Centre first, then the end labelled 1.
+  EXPECT_EQ(ints(sg_row(sg, 0), sg_row(sg, 0) + 3), (ints{1, 0, 2}));
+  EXPECT_EQ(ints(sg_row(sg, 1), sg_row(sg, 1) + 3), (ints{2, 1, 0}));
+}
+
+TEST_F(FirstLevels, OneEdgePatternsHaveNoRows) {
+  const sg_set_ptr level1 = edges(database_of(path_graph(3)), 1);
+  EXPECT_EQ(sg_set_get(level1.get(), 0)->rows, nullptr);
+}
+
+TEST_F(FirstLevels, PathsOfEqualEndsHaveRowsByEdgeLabel) {
+  const graph_list_ptr database =
+      database_of(make_graph({1, 0, 1}, {{0, 1, 2}, {1, 2, 1}}),
+                  make_graph({1, 0, 1}, {{0, 1, 1}, {1, 2, 2}}));
+  const sg_set_ptr level1 = edges(database, 1);
+  const sg_set_ptr level2 = double_edges(level1, database, 1);
+  const subgraph *sg = path_in(level2, 1, 2, 1, 1, 0);
+  ASSERT_NE(sg, nullptr);
+  EXPECT_EQ(ints(sg_row(sg, 0), sg_row(sg, 0) + 3), (ints{1, 2, 0}));
+  EXPECT_EQ(ints(sg_row(sg, 1), sg_row(sg, 1) + 3), (ints{1, 0, 2}));
+}
+
+TEST_F(FirstLevels, LargeTransactionsHaveNoRows) {
+  const graph_list_ptr database =
+      database_of(path_graph(3), make_graph(ints(65536, 0), {{0, 1}, {1, 2}}));
+  const sg_set_ptr level1 = edges(database, 2);
+  const sg_set_ptr level2 = double_edges(level1, database, 2);
+  ASSERT_EQ(sg_set_size(level2.get()), 1);
+  EXPECT_EQ(sg_set_get(level2.get(), 0)->rows, nullptr);
+  EXPECT_EQ(ids_of(sg_set_get(level2.get(), 0)->tid), (ints{0, 1}));
+}
+
+TEST_F(FirstLevels, RowsEndWithTheBudget) {
+  // 40 leaves of labels of their own make 780 paths of 6 bytes, above the size
+  // of the star.
+  std::vector<test_edge> edges;
+  for (int i = 1; i <= 40; i++)
+    edges.push_back({0, i});
+  const graph_list_ptr database =
+      database_of(make_graph(identity_of(41), edges));
+  const sg_set_ptr level1(sg_frequent_edges(database.get(), 1, 1, 41));
+  const sg_set_ptr level2(
+      sg_frequent_double_edges(level1.get(), database.get(), 1, 1, 41));
+  ASSERT_EQ(sg_set_size(level2.get()), 40 * 39 / 2);
+  int with_rows = 0;
+  for (int id = 0; id < sg_set_size(level2.get()); id++) {
+    const subgraph *sg = sg_set_get(level2.get(), id);
+    EXPECT_EQ(ids_of(sg->tid), ints{0});
+    if (!sg->rows)
+      continue;
+    with_rows++;
+    expect_rows(sg, database);
+  }
+  EXPECT_EQ(with_rows, static_cast<int>(graph_size(80, 41) / 6));
+}
+
 TEST_F(FirstLevels, LevelsAgainstAPlainCount) {
   for (unsigned seed = 0; seed < 20; seed++) {
     test_rng rng(seed);
@@ -269,6 +349,8 @@ TEST_F(FirstLevels, LevelsAgainstAPlainCount) {
             tids.push_back(tid);
         EXPECT_EQ(ids_of(sg->tid), tids) << "seed " << seed;
         EXPECT_EQ(sg->count, static_cast<int>(tids.size()));
+        if (level == &level2)
+          expect_rows(sg, database);
       }
   }
 }

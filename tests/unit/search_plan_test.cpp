@@ -62,9 +62,9 @@ TEST(SearchPlan, ClosingEdgesMustBeThereWithTheirLabel) {
       make_graph({0, 0, 0}, {{0, 1, 0}, {1, 2, 0}, {0, 2, 1}});
   EXPECT_EQ(found(ring, path_graph(5)), ints());
   EXPECT_EQ(found(ring, ring_graph(3)), ints());
-  EXPECT_EQ(found(ring,
-                  make_graph({0, 0, 0}, {{0, 1, 1}, {1, 2, 0}, {0, 2, 0}})),
-            (ints{0, 2, 1}));
+  EXPECT_EQ(
+      found(ring, make_graph({0, 0, 0}, {{0, 1, 1}, {1, 2, 0}, {0, 2, 0}})),
+      (ints{0, 2, 1}));
 }
 
 TEST(SearchPlan, BacktracksOutOfADeadEnd) {
@@ -87,8 +87,7 @@ TEST(SearchPlan, LeavesWithOtherLabelsAreNoTwins) {
   const graph_ptr g = make_graph({0, 1, 0, 1}, {{0, 1}, {0, 2}, {0, 3}});
   const graph_ptr t = make_graph({0, 0, 1, 1}, {{0, 1}, {0, 2}, {0, 3}});
   EXPECT_EQ(found(g, t), (ints{0, 2, 1, 3}));
-  const graph_ptr labelled =
-      make_graph({0, 0, 0}, {{0, 1, 1}, {0, 2, 0}});
+  const graph_ptr labelled = make_graph({0, 0, 0}, {{0, 1, 1}, {0, 2, 0}});
   EXPECT_EQ(found(labelled, make_graph({0, 0, 0}, {{0, 1, 0}, {0, 2, 1}})),
             (ints{0, 2, 1}));
 }
@@ -102,9 +101,9 @@ TEST(SearchPlan, TwinOrderBeginsWithALeaf) {
   const graph_ptr t = make_graph({0, 0, 0, 0}, {{0, 3}, {1, 3}, {2, 3}});
   EXPECT_EQ(found_along(path_graph(3), {0, 1, 2}, t), (ints{0, 3, 1}));
   const graph_ptr labelled = make_graph({5, 0, 5}, {{0, 1}, {1, 2}});
-  EXPECT_EQ(found_along(labelled, {0, 1, 2},
-                        make_graph({0, 5, 5}, {{0, 1}, {0, 2}})),
-            (ints{1, 0, 2}));
+  EXPECT_EQ(
+      found_along(labelled, {0, 1, 2}, make_graph({0, 5, 5}, {{0, 1}, {0, 2}})),
+      (ints{1, 0, 2}));
 }
 
 TEST(SearchPlan, EdgeIsNoTwinOfItself) {
@@ -150,8 +149,8 @@ TEST(SearchPlan, RarestLabelComesFirst) {
   // Two ways to lay the path 0 - 1 - 0 with its centre of the rarer label: the
   // first along centre, end, end; it is centre 2, since 2 precedes 5.
   const graph_ptr g = make_graph({0, 1, 0}, {{0, 1}, {1, 2}});
-  const graph_ptr t = make_graph(
-      {0, 0, 1, 0, 0, 1}, {{0, 5}, {1, 5}, {2, 3}, {2, 4}});
+  const graph_ptr t =
+      make_graph({0, 0, 1, 0, 0, 1}, {{0, 5}, {1, 5}, {2, 3}, {2, 4}});
   ints image(3);
   search_plan rare_centre = search_plan::rarest_first(g.get(), {40, 2});
   ASSERT_TRUE(rare_centre.find(t.get(), image.data()));
@@ -169,13 +168,8 @@ TEST(SearchPlan, RarestFirstGoesOnWithMostMappedNeighbours) {
   const graph_ptr g =
       make_graph({0, 0, 0, 1}, {{0, 1}, {1, 2}, {0, 2}, {0, 3}});
   const graph_ptr t =
-      make_graph({0, 0, 0, 0, 0, 0, 1}, {{0, 1},
-                                         {1, 2},
-                                         {0, 2},
-                                         {3, 4},
-                                         {4, 5},
-                                         {3, 5},
-                                         {3, 6}});
+      make_graph({0, 0, 0, 0, 0, 0, 1},
+                 {{0, 1}, {1, 2}, {0, 2}, {3, 4}, {4, 5}, {3, 5}, {3, 6}});
   ints image(4);
   search_plan plan = search_plan::rarest_first(g.get(), {6, 1});
   ASSERT_TRUE(plan.find(t.get(), image.data()));

@@ -1,5 +1,7 @@
 #include "mining/subgraph.h"
 
+#include <cstring>
+
 #include <gtest/gtest.h>
 
 #include "support/fatal.h"
@@ -88,6 +90,24 @@ TEST(Subgraph, CopyHasTheSameContentsOfItsOwn) {
   EXPECT_EQ(entry->map[1], -1);
 }
 
+TEST(Subgraph, NewRecordHasNoRows) {
+  const sg_ptr sg(sg_create(2, 2));
+  EXPECT_EQ(sg->rows, nullptr);
+  EXPECT_EQ(sg_ptr(sg_copy(sg.get()))->rows, nullptr);
+}
+
+TEST(Subgraph, RowsAreCopiedAndFreedWithTheRecord) {
+  const sg_ptr sg = filled_record();
+  const uint16_t row[] = {8, 9};
+  sg->rows = ksstack_new(1, sizeof row);
+  ksstack_push(row, sg->rows);
+  const sg_ptr copy(sg_copy(sg.get()));
+  ASSERT_NE(copy->rows, nullptr);
+  EXPECT_NE(copy->rows, sg->rows);
+  ASSERT_EQ(copy->rows->count, 1);
+  EXPECT_EQ(memcmp(copy->rows->data, row, sizeof row), 0);
+}
+
 TEST(Subgraph, CopyOfARecordWithoutACoverHasNone) {
   const sg_ptr sg = filled_record();
   ksstack_free(sg->cover);
@@ -118,8 +138,8 @@ TEST(Subgraph, LightCopyHasGraphAndCountButNoSets) {
   const subgraph *copy = sg_light_copy(sg.get(), memory.data());
   EXPECT_EQ(sg_compare(copy, sg.get()), 0);
   EXPECT_EQ(copy->count, 4);
-  for (const ksstack *s :
-       {copy->child, copy->parent, copy->pid, copy->tid, copy->cover})
+  for (const ksstack *s : {copy->child, copy->parent, copy->pid, copy->tid,
+                           copy->cover, copy->rows})
     EXPECT_EQ(s, nullptr);
 }
 

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "mining/embeddings.h"
 #include "mining/parents.h"
 #include "mining/statistics.h"
 #include "support/fatal.h"
@@ -125,12 +126,17 @@ TEST(FilterCandidates, EmptySetStaysEmpty) {
   EXPECT_EQ(sg_set_size(cand.get()), 0);
 }
 
+// The support of a record without parent entries, found by search alone.
+static int counted(const sg_ptr &sg, const graph_list_ptr &database) {
+  return sg_count_support(sg.get(), level_of({}).get(), database.get());
+}
+
 TEST(CountSupport, KeepsTheTransactionsThatContainThePattern) {
   // Paths of 4 and more vertices contain a path of 4; smaller ones are skipped.
   const graph_list_ptr database = paths({5, 3, 4, 2, 9, 4});
   const sg_ptr sg = candidate(path_graph(4), {});
   set_tids(sg.get(), {0, 1, 2, 3, 5});
-  EXPECT_EQ(sg_count_support(sg.get(), database.get()), 3);
+  EXPECT_EQ(counted(sg, database), 3);
   EXPECT_EQ(ids_of(sg->tid), (ints{0, 2, 5})); // 4 is not in the bound
 }
 
@@ -138,7 +144,7 @@ TEST(CountSupport, WholeBoundCanStay) {
   const graph_list_ptr database = paths({4, 5, 6});
   const sg_ptr sg = candidate(path_graph(4), {});
   set_tids(sg.get(), {0, 1, 2});
-  EXPECT_EQ(sg_count_support(sg.get(), database.get()), 3);
+  EXPECT_EQ(counted(sg, database), 3);
   EXPECT_EQ(ids_of(sg->tid), (ints{0, 1, 2}));
 }
 
@@ -146,9 +152,9 @@ TEST(CountSupport, OfNoTransactionIsZero) {
   const graph_list_ptr database = paths({8, 8});
   const sg_ptr sg = candidate(ring_graph(3), {});
   set_tids(sg.get(), {0, 1});
-  EXPECT_EQ(sg_count_support(sg.get(), database.get()), 0);
+  EXPECT_EQ(counted(sg, database), 0);
   EXPECT_EQ(ids_of(sg->tid), ints());
-  EXPECT_EQ(sg_count_support(sg.get(), database.get()), 0);
+  EXPECT_EQ(counted(sg, database), 0);
 }
 
 TEST(CountSupport, TransactionsWithEnoughVerticesButTooFewSlotsAreSkipped) {
@@ -156,7 +162,7 @@ TEST(CountSupport, TransactionsWithEnoughVerticesButTooFewSlotsAreSkipped) {
       make_graph({0, 0, 0, 0, 0}, {{0, 1}}), ring_graph(3), path_graph(3));
   const sg_ptr sg = candidate(ring_graph(3), {});
   set_tids(sg.get(), {0, 1, 2});
-  EXPECT_EQ(sg_count_support(sg.get(), database.get()), 1);
+  EXPECT_EQ(counted(sg, database), 1);
   EXPECT_EQ(ids_of(sg->tid), (ints{1}));
 }
 
@@ -173,10 +179,98 @@ TEST(CountSupport, AgreesWithTheSlowMatcher) {
       graph_list_push(std::move(t), database.get());
     }
     set_tids(sg.get(), identity_of(8));
-    EXPECT_EQ(sg_count_support(sg.get(), database.get()),
-              static_cast<int>(expected.size()));
+    EXPECT_EQ(counted(sg, database), static_cast<int>(expected.size()));
     EXPECT_EQ(ids_of(sg->tid), expected) << "seed " << seed;
   }
+}
+
+// The rows of a record, one vector each.
+static std::vector<ints> rows_of(const subgraph *sg) {
+  std::vector<ints> rows;
+  for (int i = 0; i < sg->rows->count; i++)
+    rows.emplace_back(sg_row(sg, i), sg_row(sg, i) + sg->g->vs);
+  return rows;
+}
+
+static void give_rows(subgraph *sg, const std::vector<ints> &rows) {
+  const int bytes = sg->g->vs * static_cast<int>(sizeof(row_vertex));
+  sg->rows = ksstack_new(std::max(1, static_cast<int>(rows.size())), bytes);
+  for (const ints &images : rows) {
+    const std::vector<row_vertex> row(images.begin(), images.end());
+    ksstack_push(row.data(), sg->rows);
+  }
+}
+
+// A level of one path 0 - 1 with these transactions and rows.
+static sg_set_ptr level_with_rows(const ints &tids,
+                                  const std::vector<ints> &rows) {
+  sg_set_ptr level = level_of({tids});
+  give_rows(sg_set_get(level.get(), 0), rows);
+  return level;
+}
+
+// The path 1 - 0 - 2 over these transactions, whose edge 0-2 the first pattern
+// of prev lacks; its own rows are asked for.
+static sg_ptr longer_path(const ints &tids, const sg_set_ptr &prev) {
+  sg_ptr sg = candidate(make_graph({0, 0, 0}, {{0, 1}, {0, 2}}), {0});
+  set_tids(sg.get(), tids);
+  sg_update_parent_info(sg.get(), parent_entry(0, 0, 2, {0, 1, -1}),
+                        prev.get());
+  give_rows(sg.get(), {});
+  return sg;
+}
+
+TEST(CountSupport, ExtendsTheRowsOfAParent) {
+  // A search would find 0 1 2 in the first star; the parent's row leads to
+  // 0 3 1.
+  const graph_list_ptr database =
+      database_of(star_graph(4), path_graph(2), star_graph(3));
+  const sg_set_ptr prev = level_with_rows({0, 1, 2}, {{0, 3}, {0, 1}, {0, 2}});
+  const sg_ptr sg = longer_path({0, 1, 2}, prev);
+  EXPECT_EQ(sg_count_support(sg.get(), prev.get(), database.get()), 2);
+  EXPECT_EQ(ids_of(sg->tid), (ints{0, 2}));
+  EXPECT_EQ(rows_of(sg.get()), (std::vector<ints>{{0, 3, 1}, {0, 2, 1}}));
+}
+
+TEST(CountSupport, ParentsTransactionsOutsideTheBoundArePassedOver) {
+  const graph_list_ptr database =
+      database_of(star_graph(3), star_graph(4), star_graph(5), star_graph(6));
+  const sg_set_ptr prev =
+      level_with_rows({0, 1, 2, 3}, {{0, 1}, {0, 2}, {0, 3}, {0, 4}});
+  const sg_ptr sg = longer_path({1, 3}, prev);
+  EXPECT_EQ(sg_count_support(sg.get(), prev.get(), database.get()), 2);
+  EXPECT_EQ(rows_of(sg.get()), (std::vector<ints>{{0, 2, 1}, {0, 4, 1}}));
+}
+
+TEST(CountSupport, SearchFollowsWhereARowLeadsNowhere) {
+  // The parent was found at a leaf of the star, where no further edge is.
+  const graph_list_ptr database = database_of(star_graph(4));
+  const sg_set_ptr prev = level_with_rows({0}, {{2, 0}});
+  const sg_ptr sg = longer_path({0}, prev);
+  EXPECT_EQ(sg_count_support(sg.get(), prev.get(), database.get()), 1);
+  ASSERT_EQ(sg->rows->count, 1);
+  EXPECT_TRUE(is_mapping(sg->g, graph_list_at(database.get(), 0),
+                         rows_of(sg.get())[0]));
+}
+
+TEST(CountSupport, ParentWithoutRowsLeavesItToTheSearch) {
+  const graph_list_ptr database = database_of(path_graph(2), star_graph(4));
+  const sg_set_ptr prev = level_of({{0, 1}});
+  const sg_ptr sg = longer_path({0, 1}, prev);
+  EXPECT_EQ(sg_count_support(sg.get(), prev.get(), database.get()), 1);
+  ASSERT_EQ(sg->rows->count, 1);
+  EXPECT_TRUE(is_mapping(sg->g, graph_list_at(database.get(), 1),
+                         rows_of(sg.get())[0]));
+}
+
+TEST(CountSupport, RowsAreOnlyFilledWhereAskedFor) {
+  const graph_list_ptr database = database_of(star_graph(4));
+  const sg_set_ptr prev = level_with_rows({0}, {{0, 1}});
+  const sg_ptr sg = longer_path({0}, prev);
+  ksstack_free(sg->rows);
+  sg->rows = nullptr;
+  EXPECT_EQ(sg_count_support(sg.get(), prev.get(), database.get()), 1);
+  EXPECT_EQ(sg->rows, nullptr);
 }
 
 class CountFrequents : public testing::Test {
@@ -236,6 +330,61 @@ TEST_F(CountFrequents, ChildrenAreRegisteredUnderTheKeptParentsOnly) {
   EXPECT_EQ(ids_of(sg_set_get(prev.get(), 0)->child), ints());
   EXPECT_EQ(ids_of(sg_set_get(prev.get(), 1)->child), (ints{0}));
   EXPECT_EQ(ids_of(sg_set_get(prev.get(), 2)->child), (ints{0}));
+}
+
+// A level of the paths above, its only candidate counted.
+static sg_set_ptr counted_paths(const graph_list_ptr &database,
+                                const sg_set_ptr &prev, const ints &tids) {
+  sg_ptr sg = longer_path(tids, prev);
+  ksstack_free(sg->rows);
+  sg->rows = nullptr;
+  sg_set *cand = sg_set_create();
+  sg_set_insert(cand, std::move(sg));
+  return sg_set_ptr(sg_count_frequents(cand, prev.get(), database.get(), 1));
+}
+
+TEST_F(CountFrequents, RowsGoFromOneLevelToTheNext) {
+  const graph_list_ptr database =
+      database_of(star_graph(4), path_graph(2), star_graph(3));
+  const sg_set_ptr prev = level_with_rows({0, 1, 2}, {{0, 3}, {0, 1}, {0, 2}});
+  const sg_set_ptr level = counted_paths(database, prev, {0, 1, 2});
+  ASSERT_EQ(sg_set_size(level.get()), 1);
+  EXPECT_EQ(ids_of(sg_set_get(level.get(), 0)->tid), (ints{0, 2}));
+  EXPECT_EQ(rows_of(sg_set_get(level.get(), 0)),
+            (std::vector<ints>{{0, 3, 1}, {0, 2, 1}}));
+  EXPECT_EQ(sg_set_get(prev.get(), 0)->rows, nullptr);
+}
+
+TEST_F(CountFrequents, WithoutBudgetThereAreNoRows) {
+  const graph_list_ptr database =
+      database_of(star_graph(4), make_graph(ints(65536, 0), {}), star_graph(3));
+  const sg_set_ptr prev = level_of({{0, 2}});
+  const sg_set_ptr level = counted_paths(database, prev, {0, 2});
+  ASSERT_EQ(sg_set_size(level.get()), 1);
+  EXPECT_EQ(sg_set_get(level.get(), 0)->rows, nullptr);
+  EXPECT_EQ(ids_of(sg_set_get(level.get(), 0)->tid), (ints{0, 2}));
+}
+
+TEST_F(CountFrequents, BudgetOfInfrequentCandidatesServesTheOthers) {
+  // One transaction of four vertices has room for 22 rows of 8 bytes; thirty
+  // candidates that do not occur leave it to the one behind them.
+  graph_list_ptr database = database_of(path_graph(4));
+  const size_t bytes = graph_size(6, 4);
+  const sg_set_ptr prev = level_of({{0}});
+  sg_set *cand = sg_set_create();
+  const int candidates = static_cast<int>(bytes / 8) + 10;
+  for (int label = 1; label <= candidates; label++)
+    sg_set_insert(
+        cand, bounded(make_graph({0, 0, 0, 0}, {{0, 1, label}, {1, 2}, {2, 3}}),
+                      {0}, {0}, prev));
+  sg_set_insert(cand, bounded(path_graph(4), {0}, {0}, prev));
+  const sg_set_ptr level(
+      sg_count_frequents(cand, prev.get(), database.get(), 1));
+  ASSERT_EQ(sg_set_size(level.get()), 1);
+  const subgraph *sg = sg_set_get(level.get(), 0);
+  ASSERT_NE(sg->rows, nullptr);
+  EXPECT_TRUE(
+      is_mapping(sg->g, graph_list_at(database.get(), 0), rows_of(sg)[0]));
 }
 
 TEST_F(CountFrequents, OfNoneIsAnEmptyLevelCountedAsZero) {
