@@ -108,8 +108,8 @@ TEST(ExhaustiveSearch, FindsTheGreatestTriangle) {
 }
 
 TEST(ExhaustiveSearch, RingIsBuiltFromItsFirstVertexOn) {
-  // Rows of 0, 1, 0 1, 0 0 1 1 are less than 1, 1 0, 0 1 1: a neighbour of the
-  // first vertex comes next, then the other one.
+  // A neighbour of the first vertex comes next, and then, for its row 1 0 is
+  // above 0 1, the other one.
   const graph_ptr g =
       make_graph({0, 0, 0, 0}, {{0, 2}, {2, 1}, {1, 3}, {3, 0}});
   EXPECT_EQ(triangle(g.get(), searched(g).exhaustively()),
@@ -183,9 +183,9 @@ static graph_ptr matched_bipartite() {
 }
 
 TEST(StabilizerSearch, BranchesBelowTheIncomingArrangementAreCut) {
-  // Every vertex looks alike, and every branch starts with a vertex and two
-  // that its refinement puts next to it.  Incoming, the matched pair comes
-  // first: its row 2 beats that of all leaves, and the arrangement stays.
+  // With a vertex set apart, one of those joined with it by label 0 comes next:
+  // every leaf has the second row 1.  Incoming, the matched vertex comes next;
+  // that row is 2, all branches are cut, and the arrangement stays.
   const graph_ptr g = matched_bipartite();
   const ints leaf = searched(g).by_stabilizer();
   const ints leaf_rows = triangle(g.get(), leaf);

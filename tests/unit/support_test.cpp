@@ -192,6 +192,12 @@ static std::vector<ints> rows_of(const subgraph *sg) {
   return rows;
 }
 
+// The only row of a record must place it in t.
+static void expect_one_row(const subgraph *sg, const graph *t) {
+  ASSERT_EQ(sg->rows->count, 1);
+  EXPECT_TRUE(is_mapping(sg->g, t, rows_of(sg)[0]));
+}
+
 static void give_rows(subgraph *sg, const std::vector<ints> &rows) {
   const int bytes = sg->g->vs * static_cast<int>(sizeof(row_vertex));
   sg->rows = ksstack_new(std::max(1, static_cast<int>(rows.size())), bytes);
@@ -248,9 +254,7 @@ TEST(CountSupport, SearchFollowsWhereARowLeadsNowhere) {
   const sg_set_ptr prev = level_with_rows({0}, {{2, 0}});
   const sg_ptr sg = longer_path({0}, prev);
   EXPECT_EQ(sg_count_support(sg.get(), prev.get(), database.get()), 1);
-  ASSERT_EQ(sg->rows->count, 1);
-  EXPECT_TRUE(is_mapping(sg->g, graph_list_at(database.get(), 0),
-                         rows_of(sg.get())[0]));
+  expect_one_row(sg.get(), graph_list_at(database.get(), 0));
 }
 
 TEST(CountSupport, ParentWithoutRowsLeavesItToTheSearch) {
@@ -258,9 +262,7 @@ TEST(CountSupport, ParentWithoutRowsLeavesItToTheSearch) {
   const sg_set_ptr prev = level_of({{0, 1}});
   const sg_ptr sg = longer_path({0, 1}, prev);
   EXPECT_EQ(sg_count_support(sg.get(), prev.get(), database.get()), 1);
-  ASSERT_EQ(sg->rows->count, 1);
-  EXPECT_TRUE(is_mapping(sg->g, graph_list_at(database.get(), 1),
-                         rows_of(sg.get())[0]));
+  expect_one_row(sg.get(), graph_list_at(database.get(), 1));
 }
 
 TEST(CountSupport, RowsAreOnlyFilledWhereAskedFor) {
@@ -383,8 +385,7 @@ TEST_F(CountFrequents, BudgetOfInfrequentCandidatesServesTheOthers) {
   ASSERT_EQ(sg_set_size(level.get()), 1);
   const subgraph *sg = sg_set_get(level.get(), 0);
   ASSERT_NE(sg->rows, nullptr);
-  EXPECT_TRUE(
-      is_mapping(sg->g, graph_list_at(database.get(), 0), rows_of(sg)[0]));
+  expect_one_row(sg, graph_list_at(database.get(), 0));
 }
 
 TEST_F(CountFrequents, OfNoneIsAnEmptyLevelCountedAsZero) {
