@@ -104,7 +104,9 @@ TEST_F(Candidates, DuplicatesAreKeptOnce) {
   EXPECT_TRUE(has(out, labelled_path({1, 2, 0, 1})));
   EXPECT_TRUE(has(out, make_graph({0, 1, 2}, {{0, 1}, {1, 2}, {0, 2}})));
   EXPECT_EQ(sg_registration_counts()->accepted, 3 + 1);
-  EXPECT_EQ(sg_registration_counts()->duplicates, 2);
+  // Two of the three times it is the same path that is closed, which is told
+  // before it is built.
+  EXPECT_EQ(sg_registration_counts()->duplicates, 1);
   EXPECT_EQ(sg_registration_counts()->newly_rejected, 6);
 }
 
@@ -120,8 +122,12 @@ TEST_F(Candidates, JoinPairLooksForTheCoreInBothPatterns) {
   failed_candidates failed;
   const automorphism_cache_ptr cache(automorphism_cache_create());
   const sg_set_ptr out(sg_set_create());
+  closure_filter filter(children.get());
+  extension_set made;
+  const sg_ptr scratch(sg_create(6, 4));
   const join_context context = {children.get(), cores.get(), cache.get(),
-                                &failed, out.get()};
+                                &failed,        &filter,     &made,
+                                scratch.get(),  out.get()};
   const int core =
       sg_set_find(cores.get(), sg_ptr(sg_create_edge(0, 2, 0)).get());
   const subgraph *with = sg_set_get(children.get(), 0);

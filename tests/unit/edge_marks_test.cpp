@@ -180,6 +180,16 @@ TEST(EdgeMarksDeathTest, FirstEndMustListTheSecond) {
                "Assertion `i < g->v\\[u \\+ 1\\]' failed");
 }
 
+TEST(EdgeMarks, MarkingDoesNotAskForConnectedness) {
+  const graph_ptr g = path_graph(4);
+  graph_mark_edge_between(g.get(), 1, 2);
+  EXPECT_EQ(graph_active_slots(g.get()), 4);
+  EXPECT_EQ(graph_active_vertices(g.get()), 4);
+  graph_enable_edge_between(g.get(), 1, 2);
+  graph_mark_edge_between(g.get(), 2, 3); // takes the leaf along
+  EXPECT_EQ(graph_active_vertices(g.get()), 3);
+}
+
 TEST(EdgeMarksDeathTest, SecondEndMustListTheFirst) {
   const graph_ptr g = path_graph(3);
   g->e[1] = 2; // 1 lists 2 twice and 0 no more

@@ -1,11 +1,15 @@
 #include "graph/graph_line.h"
 
+#include <cstdio>
+#include <cstring>
 #include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 
 #include "base/fgetl.h"
 #include "support/fatal.h"
+#include "support/graphs.h"
 
 namespace kestro {
 
@@ -27,6 +31,66 @@ struct parsed {
 
 static std::string failure_of(const std::string &line) {
   return fatal_text([&] { parsed{line}; });
+}
+
+// What sscanf makes of a line: the conversions made and the fields.
+struct scanned {
+  int count;
+  int a = -77;
+  int b = -77;
+  char label[1024] = "";
+
+  explicit scanned(const std::string &line) {
+    char letter = '\0';
+    sscanf(line.c_str(), " %c", &letter);
+    count =
+        strchr("vV", letter)
+            ? sscanf(line.c_str(), " %c %d %1023s ", &letter, &a, label) + 1
+            : sscanf(line.c_str(), " %c %d %d %1023s ", &letter, &a, &b, label);
+  }
+};
+
+TEST(GraphLine, FieldsAreThoseThatScanfReads) {
+  const std::vector<std::string> pieces = {" ",
+                                           "\t",
+                                           "\v",
+                                           "\r",
+                                           "+",
+                                           "-",
+                                           "0",
+                                           "12",
+                                           "2147483648",
+                                           "x",
+                                           "C",
+                                           "9223372036854775807",
+                                           "99999999999999999999",
+                                           "-9223372036854775809",
+                                           "0x1f",
+                                           "1e3",
+                                           ".",
+                                           "\xc3\xa4",
+                                           std::string(1030, 'l')};
+  test_rng rng(5);
+  for (int i = 0; i < 20000; i++) {
+    std::string line(1, "vVuUdDeE"[random_below(rng, 8)]);
+    for (int n = random_below(rng, 8); n > 0; n--)
+      line += pieces[static_cast<size_t>(
+          random_below(rng, static_cast<int>(pieces.size())))];
+    line += "\n";
+    const scanned plain(line);
+    if (plain.count < 4) {
+      const std::string text = failure_of(line);
+      EXPECT_EQ(text, plain.count == 3
+                          ? "xmalloc.c:N: not enough memory\n"
+                          : "graph.c:N: invalid input line '" +
+                                line.substr(0, line.size() - 1) + "'\n");
+      continue;
+    }
+    const parsed ours(line);
+    EXPECT_EQ(ours.a, plain.a) << line;
+    EXPECT_EQ(ours.b, plain.b) << line;
+    EXPECT_EQ(ours.label, plain.label) << line;
+  }
 }
 
 TEST(GraphLine, KindsHaveTheirNumbers) {

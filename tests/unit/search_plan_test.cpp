@@ -176,4 +176,16 @@ TEST(SearchPlan, RarestFirstGoesOnWithMostMappedNeighbours) {
   EXPECT_EQ(image, (ints{3, 4, 5, 6}));
 }
 
+// A leaf that comes first takes its images from all vertices, its twins from a
+// neighbour list; positions in one say nothing about the other.
+TEST(SearchPlan, LeafThatComesFirstIsNoTwin) {
+  const graph_ptr g = make_graph({1, 0, 1}, {{0, 1}, {1, 2}});
+  const graph_ptr t = make_graph({0, 0, 0, 1, 1}, {{0, 3}, {0, 4}});
+  const ints order = {0, 1, 2};
+  ints image(3);
+  search_plan plan(g.get(), order.data());
+  ASSERT_TRUE(plan.find(t.get(), image.data()));
+  EXPECT_EQ(image, (ints{3, 0, 4}));
+}
+
 } // namespace kestro

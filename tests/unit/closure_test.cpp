@@ -1,0 +1,117 @@
+#include "mining/closure.h"
+
+#include <gtest/gtest.h>
+
+#include "graph/compacted.h"
+#include "graph/edge_marks.h"
+#include "support/graphs.h"
+#include "support/records.h"
+
+namespace kestro {
+
+static std::vector<std::pair<int, int>> removable(const graph_ptr &g) {
+  xvector<removable_edge> edges;
+  find_removable_edges(g.get(), &edges);
+  std::vector<std::pair<int, int>> ends;
+  for (const removable_edge &edge : edges) {
+    EXPECT_EQ(g->e[edge.slot], edge.w);
+    ends.emplace_back(edge.u, edge.w);
+  }
+  return ends;
+}
+
+TEST(Closure, OnlyTheEndEdgesOfAPathCanGo) {
+  EXPECT_EQ(removable(path_graph(4)),
+            (std::vector<std::pair<int, int>>{{0, 1}, {2, 3}}));
+}
+
+TEST(Closure, TheOnlyEdgeCannotGo) {
+  EXPECT_TRUE(removable(path_graph(2)).empty());
+}
+
+TEST(Closure, EveryEdgeOfARingCanGo) {
+  EXPECT_EQ(removable(ring_graph(3)),
+            (std::vector<std::pair<int, int>>{{0, 1}, {0, 2}, {1, 2}}));
+}
+
+TEST(Closure, ABridgeBetweenRingsCannotGo) {
+  const graph_ptr g =
+      make_graph({0, 0, 0, 0, 0, 0},
+                 {{0, 1}, {1, 2}, {0, 2}, {2, 3}, {3, 4}, {4, 5}, {3, 5}});
+  EXPECT_EQ(removable(g).size(), 6u);
+  for (const auto &[u, w] : removable(g))
+    EXPECT_FALSE(u == 2 && w == 3);
+}
+
+// A random connected graph.
+static graph_ptr random_connected(test_rng &rng) {
+  const int vs = 2 + random_below(rng, 7);
+  std::vector<int> vlabels;
+  std::vector<test_edge> edges;
+  for (int u = 0; u < vs; u++) {
+    vlabels.push_back(random_below(rng, 2));
+    for (int w = 0; w < u; w++)
+      if (w == u - 1 || random_below(rng, 4) == 0)
+        edges.push_back({w, u, random_below(rng, 2)});
+  }
+  return make_graph(vlabels, edges);
+}
+
+TEST(Closure, RemovableEdgesAreThoseThatDisablingAccepts) {
+  test_rng rng(11);
+  for (int seed = 0; seed < 500; seed++) {
+    const graph_ptr g = random_connected(rng);
+    std::vector<std::pair<int, int>> accepted;
+    for (int u = 0; u < g->vs; u++)
+      for (int j = g->v[u]; j < g->v[u + 1]; j++) {
+        const int w = g->e[j];
+        if (w < u || !graph_disable_edge_between(g.get(), u, w))
+          continue;
+        graph_enable_edge_between(g.get(), u, w);
+        accepted.emplace_back(u, w);
+      }
+    EXPECT_EQ(removable(g), accepted) << "graph " << seed;
+  }
+}
+
+TEST(Closure, LabelsOfRelabelledGraphsAreEqual) {
+  test_rng rng(12);
+  const sg_set_ptr none(sg_set_create());
+  closure_filter filter(none.get());
+  for (int i = 0; i < 500; i++) {
+    const graph_ptr g = random_connected(rng);
+    const graph_ptr h = relabelled(g.get(), random_permutation(rng, g->vs));
+    EXPECT_EQ(filter.label(g.get()), filter.label(h.get())) << "graph " << i;
+  }
+}
+
+TEST(Closure, LabelWithoutAnEdgeIsThatOfTheRest) {
+  test_rng rng(13);
+  const sg_set_ptr none(sg_set_create());
+  closure_filter filter(none.get());
+  for (int i = 0; i < 500; i++) {
+    const graph_ptr g = random_connected(rng);
+    const graph_ptr rest(graph_create(g->es, g->vs));
+    xvector<removable_edge> edges;
+    find_removable_edges(g.get(), &edges);
+    for (const removable_edge &edge : edges) {
+      const uint64_t label = filter.label_without(g.get(), edge);
+      graph_mark_edge_between(g.get(), edge.u, edge.w);
+      graph_copy_compacted(g.get(), rest.get());
+      graph_enable_edge_between(g.get(), edge.u, edge.w);
+      EXPECT_EQ(label, filter.label(rest.get())) << "graph " << i;
+    }
+  }
+}
+
+TEST(Closure, FilterKnowsTheLabelsOfItsLevelOnly) {
+  const sg_set_ptr level(sg_set_create());
+  sg_set_insert(level.get(), canonical_record(path_graph(4)));
+  sg_set_insert(level.get(), canonical_record(ring_graph(3)));
+  closure_filter filter(level.get());
+  EXPECT_TRUE(filter.contains(filter.label(path_graph(4).get())));
+  EXPECT_TRUE(filter.contains(filter.label(ring_graph(3).get())));
+  EXPECT_FALSE(filter.contains(filter.label(star_graph(4).get())));
+}
+
+} // namespace kestro
