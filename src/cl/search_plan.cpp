@@ -38,8 +38,8 @@ static xvector<int> depths_in(const graph *g, const int *order) {
 }
 
 // The depth of the last leaf before u that hangs on the same vertex with the
-// same labels, or -1.  A leaf that comes first of all is no twin: its images are
-// not taken from a neighbour list.
+// same labels, or -1.  A leaf that comes first of all is no twin: its images
+// are not taken from a neighbour list.
 static int twin_of(const graph *g, int u, const xvector<int> &depth) {
   if (g->v[u + 1] - g->v[u] != 1)
     return -1;

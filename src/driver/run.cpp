@@ -10,6 +10,7 @@
 
 #include "base/rbtree.h"
 #include "cl/canonical.h"
+#include "cl/search_plan.h"
 #include "cl/subgraph_isomorphism.h"
 #include "driver/level_files.h"
 #include "driver/level_loop.h"
@@ -131,6 +132,7 @@ void free_work_areas() {
   stats_free();
   cl_free_work_area();
   graph_free_label_matrix();
+  search_plan_free_work_area();
   rbt_release_nodes();
 }
 

@@ -79,9 +79,9 @@ struct parent_cursor {
     if (!parent->rows)
       return nullptr;
     const int *tids = ksstack_array<int>(parent->tid);
-    while (tids[at] < tid)
+    while (at < parent->tid->count && tids[at] < tid)
       at++;
-    assert(tids[at] == tid);
+    assert(at < parent->tid->count && tids[at] == tid);
     return sg_row(parent, at);
   }
 };
