@@ -72,7 +72,8 @@ struct old_arrays {
 };
 
 static old_arrays copy_arrays(const graph *g) {
-  const size_t ints = static_cast<size_t>(2 * g->es + 3 * g->vs + 1);
+  const size_t ints =
+      2 * static_cast<size_t>(g->es) + 3 * static_cast<size_t>(g->vs) + 1;
   if (state.arrays.size() < ints)
     state.arrays.resize(ints);
   int *to = state.arrays.data();

@@ -164,7 +164,7 @@ void colouring_individualise(colouring *c, const graph *g, int v) {
   for (int i = first + 1; i < end; i++)
     c->colour[static_cast<size_t>(order[i])] = first + 1;
   c->cell_end[static_cast<size_t>(first)] = first + 1;
-  c->cell_end[static_cast<size_t>(first + 1)] = end;
+  c->cell_end[static_cast<size_t>(first) + 1] = end;
   c->cells++;
   if (c->cells < g->vs)
     refine(c, g, false);

@@ -26,7 +26,7 @@ protected:
 
   comparison_counts compare_all(draw_function draw) const {
     comparison_counts counts;
-    const uint64_t first = static_cast<uint64_t>(GetParam() * graphs_per_test);
+    const uint64_t first = static_cast<uint64_t>(GetParam()) * graphs_per_test;
     for (uint64_t seed = first; seed < first + graphs_per_test; seed++) {
       const std::string difference = engine_difference_of(
           draw(seed), seed, threshold_of_seed(seed), leaf_limit, &counts);

@@ -293,8 +293,8 @@ class Miner : public testing::TestWithParam<int> {};
 
 TEST_P(Miner, WritesWhatTheReferenceFinds) {
   for (int i = 0; i < seeds_per_test; i++) {
-    const mining_case c =
-        case_of_seed(static_cast<uint64_t>(GetParam() * seeds_per_test + i));
+    const int seed = GetParam() * seeds_per_test + i;
+    const mining_case c = case_of_seed(static_cast<uint64_t>(seed));
     if (!difference(c).empty())
       ADD_FAILURE() << shrunk(c);
   }
