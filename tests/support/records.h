@@ -29,6 +29,7 @@ inline sg_ptr canonical_record(const graph_ptr &g) {
 // The ids of a record's set.
 inline std::vector<int> ids_of(const ksstack *s) {
   std::vector<int> ids;
+  ids.reserve(static_cast<size_t>(s->count));
   for (int i = 0; i < s->count; i++)
     ids.push_back(ksstack_get<int>(s, i));
   return ids;
