@@ -1,8 +1,11 @@
 #include "mining/statistics.h"
 
+#include <climits>
 #include <thread>
 
 #include <gtest/gtest.h>
+
+#include "support/fatal.h"
 
 namespace kestro {
 
@@ -16,6 +19,18 @@ TEST_F(Statistics, SizesZeroTo127StartAtZero) {
   for (const int kind : {stats_candidates, stats_frequent})
     for (int size = 0; size < 128; size++)
       EXPECT_EQ(stats_get(kind, size), 0);
+}
+
+TEST_F(Statistics, NegativeSizesAreNotCounted) {
+  stats_set(stats_frequent, -3, 5);
+  stats_increment(stats_frequent, -1);
+  EXPECT_EQ(stats_get(stats_frequent, -3), 0);
+  EXPECT_EQ(stats_total(stats_frequent, -10, 10), 0);
+}
+
+TEST_F(Statistics, SizeBeyondEveryTableIsNotEnoughMemory) {
+  EXPECT_EQ(fatal_text([] { stats_set(stats_frequent, INT_MAX, 1); }),
+            "xmalloc.c:N: not enough memory\n");
 }
 
 TEST_F(Statistics, KindsAreZeroAndOne) {
