@@ -56,10 +56,8 @@ static int twin_of(const graph *g, int u, const xvector<int> &depth) {
   return twin > 0 ? twin : -1;
 }
 
-static void add_need(xvector<plan_need> *needs, size_t first, int elabel,
-                     int vlabel) {
-  for (size_t i = first; i < needs->size(); i++) {
-    plan_need &need = (*needs)[i];
+static void add_need(xvector<plan_need> *needs, int elabel, int vlabel) {
+  for (plan_need &need : *needs) {
     if (need.elabel == elabel && need.vlabel == vlabel) {
       need.count++;
       return;
@@ -72,20 +70,24 @@ search_plan::search_plan(const graph *g, const int *order)
     : pattern_(g), steps_(static_cast<size_t>(g->vs)),
       at_(static_cast<size_t>(g->vs)), image_(static_cast<size_t>(g->vs)) {
   const xvector<int> depth = depths_in(g, order);
+  xvector<plan_need> later;
   for (int d = 0; d < g->vs; d++) {
     const int u = order[d];
     plan_step &step = steps_[static_cast<size_t>(d)];
-    const size_t first_need = needs_.size();
+    step.profile = vertex_profile(g, u);
     step.u = u;
     step.vlabel = g->vlabel[u];
     step.degree = g->v[u + 1] - g->v[u];
     step.anchor = -1;
     step.anchor_label = -1;
     step.twin = twin_of(g, u, depth);
+    step.closing[0] = static_cast<int>(closing_.size());
+    step.needs[0] = static_cast<int>(needs_.size());
+    later.clear();
     for (int j = g->v[u]; j < g->v[u + 1]; j++) {
       const int other = depth[static_cast<size_t>(g->e[j])];
       if (other > d) {
-        add_need(&needs_, first_need, g->elabel[j], g->vlabel[g->e[j]]);
+        add_need(&later, g->elabel[j], g->vlabel[g->e[j]]);
       } else if (step.anchor == -1) {
         step.anchor = other;
         step.anchor_label = g->elabel[j];
@@ -93,42 +95,111 @@ search_plan::search_plan(const graph *g, const int *order)
         closing_.push_back({other, g->elabel[j]});
       }
     }
-    step.closing = static_cast<int>(closing_.size());
-    step.needs = static_cast<int>(needs_.size());
+    for (const plan_need &need : later)
+      if (need.count > 1)
+        needs_.push_back(need);
+    step.closing[1] = static_cast<int>(closing_.size());
+    step.needs[1] = static_cast<int>(needs_.size());
   }
 }
+
+namespace {
+
+// Puts a pattern's vertices into the order of a search.
+class order_builder {
+public:
+  order_builder(const graph *g, const graph_profiles &profiles)
+      : g_(g), profiles_(profiles), vertices_(static_cast<size_t>(g->vs)) {}
+
+  xvector<int> build() {
+    xvector<int> order;
+    order.reserve(vertices_.size());
+    for (int next = start(); next != -1; next = best()) {
+      order.push_back(next);
+      vertices_[static_cast<size_t>(next)].mapped = -1;
+      for (int j = g_->v[next]; j < g_->v[next + 1]; j++)
+        reach(g_->e[j], frequency(next, j));
+    }
+    return order;
+  }
+
+private:
+  struct vertex {
+    int mapped = 0;         // neighbours in the order; -1 when in it itself
+    int rarest = INT32_MAX; // frequency of the rarest edge to one of them
+  };
+
+  int frequency(int u, int slot) const {
+    return profiles_.frequency(g_->vlabel[u], g_->elabel[slot],
+                               g_->vlabel[g_->e[slot]]);
+  }
+  int degree(int u) const { return g_->v[u + 1] - g_->v[u]; }
+
+  void reach(int u, int edge_frequency) {
+    vertex &x = vertices_[static_cast<size_t>(u)];
+    if (x.mapped == -1)
+      return;
+    x.mapped++;
+    x.rarest = std::min(x.rarest, edge_frequency);
+  }
+
+  // An end of a rarest edge, the one with more neighbours.
+  int start() const {
+    int found = 0;
+    std::tuple<int, int> least(INT32_MAX, 0);
+    for (int u = 0; u < g_->vs; u++) {
+      for (int j = g_->v[u]; j < g_->v[u + 1]; j++) {
+        const std::tuple<int, int> rank(frequency(u, j), -degree(u));
+        if (rank < least) {
+          least = rank;
+          found = u;
+        }
+      }
+    }
+    return found;
+  }
+
+  // The vertex that comes next, -1 when all are in the order.
+  int best() const {
+    int found = -1;
+    std::tuple<int, int, int> least(0, 0, 0);
+    for (int u = 0; u < g_->vs; u++) {
+      const vertex &x = vertices_[static_cast<size_t>(u)];
+      const std::tuple<int, int, int> rank(-x.mapped, x.rarest, -degree(u));
+      if (x.mapped > 0 && (found == -1 || rank < least)) {
+        least = rank;
+        found = u;
+      }
+    }
+    return found;
+  }
+
+  const graph *g_;
+  const graph_profiles &profiles_;
+  xvector<vertex> vertices_;
+};
+
+} // namespace
 
 search_plan search_plan::rarest_first(const graph *g,
-                                      const xvector<int> &label_counts) {
-  xvector<int> order;
-  xvector<int> mapped_nbrs(static_cast<size_t>(g->vs), 0); // -1: in order
-  while (static_cast<int>(order.size()) < g->vs) {
-    const auto rank = [&](int u) {
-      const int nbrs = mapped_nbrs[static_cast<size_t>(u)];
-      const int label = g->vlabel[u];
-      return std::tuple(-nbrs, label_counts[static_cast<size_t>(label)],
-                        g->v[u] - g->v[u + 1]);
-    };
-    int best = -1;
-    for (int u = 0; u < g->vs; u++)
-      if (mapped_nbrs[static_cast<size_t>(u)] != -1 &&
-          (best == -1 || rank(u) < rank(best)))
-        best = u;
-    order.push_back(best);
-    mapped_nbrs[static_cast<size_t>(best)] = -1;
-    for (int j = g->v[best]; j < g->v[best + 1]; j++)
-      if (mapped_nbrs[static_cast<size_t>(g->e[j])] != -1)
-        mapped_nbrs[static_cast<size_t>(g->e[j])]++;
-  }
-  return search_plan(g, order.data());
+                                      const graph_profiles &profiles) {
+  return search_plan(g, order_builder(g, profiles).build().data());
 }
 
-bool search_plan::has_room(const plan_need &need, const graph *t, int w) const {
+// What is searched.
+struct search_plan::target {
+  const graph *t;
+  const uint64_t *profiles; // by vertex, or null
+  char *used;               // by vertex: 1 for images
+  const int *image;         // per depth
+};
+
+static bool has_room(const plan_need &need, const graph *t, const char *used,
+                     int w) {
   int missing = need.count;
   for (int j = t->v[w]; j < t->v[w + 1] && missing > 0; j++)
     missing -= t->elabel[j] == need.elabel &&
-               t->vlabel[t->e[j]] == need.vlabel &&
-               !state.used[static_cast<size_t>(t->e[j])];
+               t->vlabel[t->e[j]] == need.vlabel && !used[t->e[j]];
   return missing == 0;
 }
 
@@ -136,75 +207,80 @@ bool search_plan::has_room(const plan_need &need, const graph *t, int w) const {
 static int edge_label(const graph *t, int w, int y) {
   const int *first = t->e + t->v[w];
   const int *last = t->e + t->v[w + 1];
-  const int *slot = std::lower_bound(first, last, y);
-  return slot < last && *slot == y ? t->elabel[slot - t->e] : -1;
+  if (last - first > 16)
+    first = std::lower_bound(first, last, y);
+  while (first < last && *first < y)
+    first++;
+  return first < last && *first == y ? t->elabel[first - t->e] : -1;
 }
 
-// Whether w can be the image at depth, but for its label edge to the anchor.
-bool search_plan::fits(const plan_step &step, const graph *t, int w,
-                       int depth) const {
-  if (t->vlabel[w] != step.vlabel || t->v[w + 1] - t->v[w] < step.degree ||
-      state.used[static_cast<size_t>(w)])
+// Whether w can be the image of a step, but for its label edge to the anchor.
+inline bool search_plan::fits(const plan_step &step, const target &to,
+                              int w) const {
+  const graph *t = to.t;
+  if (t->vlabel[w] != step.vlabel || to.used[w] ||
+      t->v[w + 1] - t->v[w] < step.degree ||
+      (to.profiles && (step.profile & ~to.profiles[w])))
     return false;
-  const plan_step *before =
-      depth > 0 ? &steps_[static_cast<size_t>(depth - 1)] : nullptr;
-  for (int i = before ? before->closing : 0; i < step.closing; i++) {
+  for (int i = step.closing[0]; i < step.closing[1]; i++) {
     const plan_edge &edge = closing_[static_cast<size_t>(i)];
-    if (edge_label(t, w, image_[static_cast<size_t>(edge.depth)]) != edge.label)
+    if (edge_label(t, w, to.image[edge.depth]) != edge.label)
       return false;
   }
-  for (int i = before ? before->needs : 0; i < step.needs; i++)
-    if (!has_room(needs_[static_cast<size_t>(i)], t, w))
+  for (int i = step.needs[0]; i < step.needs[1]; i++)
+    if (!has_room(needs_[static_cast<size_t>(i)], t, to.used, w))
       return false;
   return true;
 }
 
-bool search_plan::find(const graph *t, int *image) {
+bool search_plan::find(const graph *t, const uint64_t *profiles, int *image) {
   const int last = pattern_->vs - 1;
   if (pattern_->vs > t->vs)
     return false;
   if (state.used.size() < static_cast<size_t>(t->vs))
     state.used.resize(static_cast<size_t>(t->vs), 0);
   char *const used = state.used.data();
+  int *const mapped = image_.data();
+  int *const next_at = at_.data();
+  const plan_step *const steps = steps_.data();
+  const target to = {t, profiles, used, mapped};
   int depth = 0;
-  at_[0] = 0;
+  next_at[0] = 0;
   for (;;) {
-    const plan_step &step = steps_[static_cast<size_t>(depth)];
-    int &at = at_[static_cast<size_t>(depth)];
+    const plan_step &step = steps[depth];
+    int at = next_at[depth];
     int w = -1; // the image found
     if (step.anchor == -1) {
       for (; at < t->vs && w == -1; at++)
-        if (fits(step, t, at, depth))
+        if (fits(step, to, at))
           w = at;
     } else {
-      const int end = t->v[image_[static_cast<size_t>(step.anchor)] + 1];
+      const int end = t->v[mapped[step.anchor] + 1];
       for (; at < end && w == -1; at++)
-        if (t->elabel[at] == step.anchor_label &&
-            fits(step, t, t->e[at], depth))
+        if (t->elabel[at] == step.anchor_label && fits(step, to, t->e[at]))
           w = t->e[at];
     }
+    next_at[depth] = at;
     if (w == -1) {
       if (depth == 0)
         return false;
       depth--;
-      used[image_[static_cast<size_t>(depth)]] = 0;
+      used[mapped[depth]] = 0;
       continue;
     }
-    image_[static_cast<size_t>(depth)] = w;
+    mapped[depth] = w;
     if (depth == last)
       break;
     used[w] = 1;
     depth++;
-    const plan_step &next = steps_[static_cast<size_t>(depth)];
+    const plan_step &next = steps[depth];
     // The slots before a twin's image were tried for the twin.
-    at_[static_cast<size_t>(depth)] =
-        next.twin != -1 ? at_[static_cast<size_t>(next.twin)]
-                        : t->v[image_[static_cast<size_t>(next.anchor)]];
+    next_at[depth] =
+        next.twin != -1 ? next_at[next.twin] : t->v[mapped[next.anchor]];
   }
   for (int d = 0; d <= last; d++) {
-    const size_t i = static_cast<size_t>(d);
-    image[steps_[i].u] = image_[i];
-    used[image_[i]] = 0;
+    image[steps[d].u] = mapped[d];
+    used[mapped[d]] = 0;
   }
   return true;
 }

@@ -2,20 +2,22 @@
 #pragma once
 
 #include "base/xmalloc.h"
+#include "cl/graph_profiles.h"
 #include "graph/graph.h"
 
 namespace kestro {
 
 // One vertex of the pattern, to be mapped at one depth of the search.
 struct plan_step {
+  uint64_t profile; // of the vertex (cl/graph_profiles.h)
   int u;            // the vertex
   int vlabel;       // its label
   int degree;       // its neighbours
   int anchor;       // depth of a neighbour mapped before, -1 at depth 0
   int anchor_label; // label of the edge to it
   int twin;         // depth of the leaf before that is like it, or -1
-  int closing;      // end of its range of closing edges
-  int needs;        // end of its range of needs
+  int closing[2];   // its range of closing edges
+  int needs[2];     // its range of needs
 };
 
 // An edge to a further neighbour mapped before.
@@ -24,7 +26,7 @@ struct plan_edge {
   int label;
 };
 
-// Neighbours mapped later that are alike.
+// Several neighbours mapped later that are alike.
 struct plan_need {
   int elabel;
   int vlabel;
@@ -38,20 +40,20 @@ public:
   // order lists the vertices such that each but the first has a neighbour
   // before it.
   search_plan(const graph *pattern, const int *order);
-  // The same along an order that starts with a vertex of rarest label and goes
-  // on with the vertex that has most neighbours mapped, then rarest label;
-  // rarity is told by the number of vertices per label.
+  // The same along an order that starts at a rarest edge and goes on with the
+  // vertex that has most neighbours mapped, then the rarest edge to one.
   static search_plan rarest_first(const graph *pattern,
-                                  const xvector<int> &label_counts);
+                                  const graph_profiles &profiles);
 
   // Whether the pattern occurs in t, a graph without marks; where, is written
   // to image, by pattern vertex: of all mappings the first in lexicographic
-  // order along the plan's.
-  bool find(const graph *t, int *image);
+  // order along the plan's.  profiles are those of t's vertices, or null.
+  bool find(const graph *t, const uint64_t *profiles, int *image);
+  bool find(const graph *t, int *image) { return find(t, nullptr, image); }
 
 private:
-  bool fits(const plan_step &step, const graph *t, int w, int depth) const;
-  bool has_room(const plan_need &need, const graph *t, int w) const;
+  struct target;
+  bool fits(const plan_step &step, const target &to, int w) const;
 
   const graph *pattern_;
   xvector<plan_step> steps_;

@@ -2,8 +2,6 @@
 
 #include "driver/transaction_counter.h"
 
-#include "mining/support.h"
-
 namespace kestro {
 
 void transaction_counter::filter(sg_set *cand, const sg_set *prev) {
@@ -11,7 +9,7 @@ void transaction_counter::filter(sg_set *cand, const sg_set *prev) {
 }
 
 sg_set *transaction_counter::count(sg_set *cand, sg_set *prev) {
-  return sg_count_frequents(cand, prev, transactions_, minsup_);
+  return counter_.count_frequents(cand, prev, minsup_);
 }
 
 } // namespace kestro

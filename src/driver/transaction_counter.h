@@ -2,6 +2,7 @@
 #pragma once
 
 #include "driver/seams.h"
+#include "mining/support.h"
 
 namespace kestro {
 
@@ -9,13 +10,14 @@ class transaction_counter : public candidate_counter {
 public:
   // Borrows the graph list of transactions; minsup is at least 1.
   transaction_counter(const ksstack *transactions, int minsup)
-      : transactions_(transactions), minsup_(minsup) {}
+      : transactions_(transactions), minsup_(minsup), counter_(transactions) {}
   void filter(sg_set *cand, const sg_set *prev) override;
   sg_set *count(sg_set *cand, sg_set *prev) override;
 
 private:
   const ksstack *transactions_;
   int minsup_;
+  support_counter counter_;
 };
 
 } // namespace kestro

@@ -18,66 +18,104 @@ embedding_budget::embedding_budget(const ksstack *transactions) {
   int largest = 0;
   for (int i = 0; i < transactions->count; i++) {
     const graph *t = graph_list_at(transactions, i);
-    left_ += graph_size(t->es, t->vs);
+    left_ += static_cast<long long>(graph_size(t->es, t->vs));
     largest = std::max(largest, t->vs);
   }
-  if (largest > UINT16_MAX)
-    left_ = 0;
+  width_ = largest <= UINT8_MAX + 1 ? 1 : largest <= UINT16_MAX + 1 ? 2 : 0;
 }
 
-static size_t row_bytes(const subgraph *sg) {
-  return static_cast<size_t>(sg->g->vs) * sizeof(row_vertex);
+static long long rows_bytes(const subgraph *sg) {
+  return sg->rows ? static_cast<long long>(sg->rows->capacity) *
+                        sg->rows->element_size
+                  : 0;
 }
 
 ksstack *embedding_budget::take_rows(const subgraph *sg, int n) {
-  const size_t bytes = static_cast<size_t>(n) * row_bytes(sg);
-  if (n == 0 || bytes > left_)
+  const long long bytes = static_cast<long long>(n) * sg->g->vs * width_;
+  if (bytes == 0 || bytes > left_)
     return nullptr;
   left_ -= bytes;
-  return ksstack_new(n, static_cast<int>(row_bytes(sg)));
-}
-
-static size_t rows_bytes(const subgraph *sg) {
-  return sg->rows ? static_cast<size_t>(sg->rows->capacity) * row_bytes(sg) : 0;
+  return ksstack_new(n, sg->g->vs * width_);
 }
 
 void embedding_budget::give_back(const subgraph *sg) {
   left_ += rows_bytes(sg);
 }
 
-void embedding_budget::charge(const subgraph *sg) {
-  left_ -= std::min(left_, rows_bytes(sg));
+void embedding_budget::charge(const subgraph *sg) { left_ -= rows_bytes(sg); }
+
+template <class Image>
+static void push_images(const int *images, int vs, ksstack *rows) {
+  xvector<Image> row(images, images + vs);
+  ksstack_push(row.data(), rows);
 }
 
-// The slot of w in u's list, by bisection; -1 when there is none.
-static int find_slot(const graph *t, int u, int w) {
-  int *end = t->e + t->v[u + 1];
-  int *slot = std::lower_bound(t->e + t->v[u], end, w);
-  return slot < end && *slot == w ? static_cast<int>(slot - t->e) : -1;
+void sg_push_row(const subgraph *sg, const int *images) {
+  if (sg->rows->element_size == sg->g->vs)
+    push_images<uint8_t>(images, sg->g->vs, sg->rows);
+  else
+    push_images<uint16_t>(images, sg->g->vs, sg->rows);
 }
 
-bool extend_row(const subgraph *sg, const sg_parent *entry,
-                const row_vertex *parent_row, const graph *t, row_vertex *row) {
-  const graph *g = sg->g;
-  for (int i = 0; i < g->vs; i++)
-    row[i] = entry->map[i] == -1 ? UINT16_MAX : parent_row[entry->map[i]];
+edge_placement::edge_placement(const subgraph *sg, const sg_parent *entry)
+    : map_(entry->map, entry->map + entry->vs), new_vertex_(-1), vlabel_(-1) {
   const bool v_is_new = entry->map[entry->v] == -1;
   const int from = v_is_new ? entry->u : entry->v;
   const int to = v_is_new ? entry->v : entry->u;
-  const int label = graph_edge_label(g, from, to);
-  if (entry->map[to] != -1) {
-    const int slot = find_slot(t, row[from], row[to]);
-    return slot != -1 && t->elabel[slot] == label;
+  from_ = map_[static_cast<size_t>(from)];
+  to_ = map_[static_cast<size_t>(to)];
+  elabel_ = graph_edge_label(sg->g, from, to);
+  parent_vs_ = sg->g->vs - (to_ == -1);
+  if (to_ == -1) {
+    new_vertex_ = to;
+    vlabel_ = sg->g->vlabel[to];
   }
-  for (int j = t->v[row[from]]; j < t->v[row[from] + 1]; j++) {
-    const int w = t->e[j];
-    if (t->elabel[j] != label || t->vlabel[w] != g->vlabel[to] ||
-        std::find(row, row + g->vs, w) != row + g->vs)
-      continue;
-    row[to] = static_cast<row_vertex>(w);
-    return true;
-  }
-  return false;
 }
+
+// Whether t has the edge u-w with that label.
+static bool has_labelled_edge(const graph *t, int u, int w, int elabel) {
+  const int *first = t->e + t->v[u];
+  const int *last = t->e + t->v[u + 1];
+  if (last - first > 16)
+    first = std::lower_bound(first, last, w);
+  while (first < last && *first < w)
+    first++;
+  return first < last && *first == w && t->elabel[first - t->e] == elabel;
+}
+
+template <class Image>
+bool edge_placement::extend(const Image *parent_row, const graph *t,
+                            Image *row) const {
+  const int u = parent_row[from_];
+  int image = 0; // of the new vertex
+  if (to_ != -1) {
+    if (!has_labelled_edge(t, u, parent_row[to_], elabel_))
+      return false;
+  } else {
+    const int end = t->v[u + 1];
+    const Image *row_end = parent_row + parent_vs_;
+    int j = t->v[u];
+    for (; j < end; j++) {
+      image = t->e[j];
+      if (t->elabel[j] == elabel_ && t->vlabel[image] == vlabel_ &&
+          std::find(parent_row, row_end, static_cast<Image>(image)) == row_end)
+        break;
+    }
+    if (j == end)
+      return false;
+  }
+  const int vs = static_cast<int>(map_.size());
+  const int *map = map_.data();
+  for (int i = 0; i < vs; i++)
+    row[i] = parent_row[map[i] == -1 ? 0 : map[i]];
+  if (new_vertex_ != -1)
+    row[new_vertex_] = static_cast<Image>(image);
+  return true;
+}
+
+template bool edge_placement::extend(const uint8_t *, const graph *,
+                                     uint8_t *) const;
+template bool edge_placement::extend(const uint16_t *, const graph *,
+                                     uint16_t *) const;
 
 } // namespace kestro

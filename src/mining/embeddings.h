@@ -4,22 +4,27 @@
 
 #include <cstdint>
 
+#include "base/xmalloc.h"
 #include "mining/sg_set.h"
 
 namespace kestro {
 
-// An image in a row; rows exist only where all transactions have fewer than
-// 65,536 vertices.
-using row_vertex = uint16_t;
-
 // A pattern's rows are a stack parallel to its tid set: row i holds, for each
-// vertex of the pattern, its image in transaction i of tid.
+// vertex of the pattern, its image in transaction i of tid.  Images are of type
+// uint8_t where all transactions have at most 256 vertices, else uint16_t; there
+// are no rows where a transaction has more than 65,536.
 
-// The memory that rows may take: as much as the transactions themselves.
+// The memory that rows may take: as much as the transactions themselves, and
+// for each pattern or candidate alive something more.
 class embedding_budget {
 public:
   // transactions is a graph list.
   explicit embedding_budget(const ksstack *transactions);
+  // Bytes of an image, 0 where there are no rows.
+  int image_bytes() const { return width_; }
+  // Makes room for one more pattern alive, takes it back.
+  void add_pattern() { left_ += per_pattern; }
+  void remove_pattern() { left_ -= per_pattern; }
   // Empty rows for up to n transactions, whose memory is taken off the budget;
   // null when it does not suffice.
   ksstack *take_rows(const subgraph *sg, int n);
@@ -29,19 +34,39 @@ public:
   void charge(const subgraph *sg);
 
 private:
-  size_t left_ = 0; // bytes
+  static constexpr long long per_pattern = 896;
+
+  int width_ = 1;      // bytes of an image, 0 for no rows
+  long long left_ = 0; // bytes
 };
 
-// Row i of a pattern that has rows.
-inline row_vertex *sg_row(const subgraph *sg, int i) {
-  return reinterpret_cast<row_vertex *>(
+// Row i of a pattern that has rows of that type.
+template <class Image> const Image *sg_row(const subgraph *sg, int i) {
+  return reinterpret_cast<const Image *>(
       sg->rows->data +
       static_cast<size_t>(i) * static_cast<size_t>(sg->rows->element_size));
 }
 
-// Places sg in transaction t by one edge more than parent_row places the parent
-// of entry; false, with row undefined, when that edge finds no place there.
-bool extend_row(const subgraph *sg, const sg_parent *entry,
-                const row_vertex *parent_row, const graph *t, row_vertex *row);
+// Appends a row to those of a pattern that has rows.
+void sg_push_row(const subgraph *sg, const int *images);
+
+// How a pattern is placed by one edge more than one of its parents.
+class edge_placement {
+public:
+  explicit edge_placement(const subgraph *sg, const sg_parent *entry);
+
+  // Places the pattern in transaction t by one edge more than the parent's row;
+  // false, with row undefined, when that edge finds no place there.
+  template <class Image>
+  bool extend(const Image *parent_row, const graph *t, Image *row) const;
+
+private:
+  xvector<int> map_; // per vertex, the parent's, -1 for the new one
+  int parent_vs_;    // vertices of the parent
+  int from_, to_;    // the parent's ends of the edge, to -1 when new
+  int new_vertex_;   // the new vertex, -1 for none
+  int elabel_;       // of the edge
+  int vlabel_;       // of the new vertex
+};
 
 } // namespace kestro

@@ -217,13 +217,6 @@ static void register_double_edge_subgraph(const path_key &k, int count,
   sg_set_push(out, std::move(sg));
 }
 
-static void push_path_row(const path_ends &ends, ksstack *rows) {
-  const row_vertex row[3] = {static_cast<row_vertex>(ends.centre),
-                             static_cast<row_vertex>(ends.a),
-                             static_cast<row_vertex>(ends.b)};
-  ksstack_push(row, rows);
-}
-
 // Adds every transaction to the TID lists of its frequent paths, with the first
 // place of each as its row.
 static void check_in_double_edges2(sg_set *level2, const ksstack *transactions,
@@ -243,8 +236,10 @@ static void check_in_double_edges2(sg_set *level2, const ksstack *transactions,
                  if (!id)
                    return;
                  subgraph *sg = sg_set_get(level2, id - 1);
-                 if (add_last_tid(sg, tid) && sg->rows)
-                   push_path_row(ends, sg->rows);
+                 if (!add_last_tid(sg, tid) || !sg->rows)
+                   return;
+                 const int row[3] = {ends.centre, ends.a, ends.b};
+                 sg_push_row(sg, row);
                });
   }
 }

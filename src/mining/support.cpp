@@ -9,6 +9,7 @@
 #include "mining/support.h"
 
 #include <algorithm>
+#include <optional>
 #include <utility>
 
 #include "base/error.h"
@@ -67,22 +68,19 @@ void sg_filter_candidates_by_support(sg_set *cand, const sg_set *prev,
 
 namespace {
 
-// Walks one kept parent's transactions in step with the candidate's.
+// Walks one parent's transactions in step with the candidate's.
 struct parent_cursor {
-  const sg_parent *entry;
   const subgraph *parent;
+  edge_placement placement;
   int at = 0; // position in the parent's tid
 
-  // The parent's row for transaction tid, which its list must hold; null when
-  // it has none.
-  const row_vertex *row(int tid) {
-    if (!parent->rows)
-      return nullptr;
+  // The index of the parent's row for transaction tid, which its list holds.
+  int row_index(int tid) {
     const int *tids = ksstack_array<int>(parent->tid);
     while (at < parent->tid->count && tids[at] < tid)
       at++;
     assert(at < parent->tid->count && tids[at] == tid);
-    return sg_row(parent, at);
+    return at;
   }
 };
 
@@ -90,78 +88,78 @@ struct parent_cursor {
 class occurrence_finder {
 public:
   occurrence_finder(const subgraph *sg, const sg_set *prev,
-                    const xvector<int> &label_counts)
-      : sg_(sg), plan_(search_plan::rarest_first(sg->g, label_counts)),
-        map_(static_cast<size_t>(sg->g->vs)),
-        row_(static_cast<size_t>(sg->g->vs)) {
+                    const graph_profiles &profiles)
+      : sg_(sg), profiles_(profiles), image_(static_cast<size_t>(sg->g->vs)) {
     for (int i = 0; i < sg_parent_size(sg); i++) {
       const sg_parent *entry = sg_parent_at(sg, i);
-      cursors_.push_back({entry, sg_set_get(prev, entry->pid)});
+      const subgraph *parent = sg_set_get(prev, entry->pid);
+      if (parent->rows)
+        cursors_.push_back({parent, edge_placement(sg, entry)});
     }
   }
 
-  // Whether the candidate occurs in transaction t; where, is told by row().
-  bool find(const graph *t, int tid) {
+  // Whether the candidate occurs in transaction t; where, is written to row
+  // unless that is null.
+  template <class Image> bool find(const graph *t, int tid, Image *row) {
     for (parent_cursor &cursor : cursors_) {
-      const row_vertex *parent_row = cursor.row(tid);
-      if (parent_row &&
-          extend_row(sg_, cursor.entry, parent_row, t, row_.data()))
+      const int i = cursor.row_index(tid);
+      if (cursor.placement.extend(sg_row<Image>(cursor.parent, i), t, row))
         return true;
     }
-    if (!plan_.find(t, map_.data()))
+    if (!plan_)
+      plan_ = search_plan::rarest_first(sg_->g, profiles_);
+    if (!plan_->find(t, profiles_.of(tid), image_.data()))
       return false;
-    std::copy(map_.begin(), map_.end(), row_.begin());
+    std::copy(image_.begin(), image_.end(), row);
     return true;
   }
-  const row_vertex *row() const { return row_.data(); }
 
 private:
   const subgraph *sg_;
-  search_plan plan_;
+  const graph_profiles &profiles_;
+  std::optional<search_plan> plan_; // made when first needed
   xvector<parent_cursor> cursors_;
-  xvector<int> map_;
-  xvector<row_vertex> row_;
+  xvector<int> image_;
 };
 
 } // namespace
 
-static xvector<int> count_vertex_labels(const ksstack *transactions) {
-  xvector<int> counts;
-  for (int i = 0; i < transactions->count; i++) {
-    const graph *t = graph_list_at(transactions, i);
-    for (int u = 0; u < t->vs; u++) {
-      const size_t label = static_cast<size_t>(t->vlabel[u]);
-      if (label >= counts.size())
-        counts.resize(label + 1, 0);
-      counts[label]++;
-    }
-  }
-  return counts;
-}
-
+// Turns sg's bound into its exact tid; rows go to sg's stack for them, if any.
+template <class Image>
 static int count_support(subgraph *sg, const sg_set *prev,
                          const ksstack *transactions,
-                         const xvector<int> &label_counts) {
-  occurrence_finder finder(sg, prev, label_counts);
+                         const graph_profiles &profiles) {
+  occurrence_finder finder(sg, prev, profiles);
+  xvector<Image> row(static_cast<size_t>(sg->g->vs));
   int matches = 0;
   int *tids = ksstack_array<int>(sg->tid);
   for (int i = 0; i < sg_tid_size(sg); i++) {
     const int tid = tids[i];
     const graph *t = graph_list_at(transactions, tid);
-    if (sg->g->es > t->es || sg->g->vs > t->vs || !finder.find(t, tid))
+    if (sg->g->es > t->es || sg->g->vs > t->vs ||
+        !finder.find(t, tid, row.data()))
       continue;
     tids[matches++] = tid;
     if (sg->rows)
-      ksstack_push(finder.row(), sg->rows);
+      ksstack_push(row.data(), sg->rows);
   }
   sg->tid->count = matches;
   return matches;
 }
 
+support_counter::support_counter(const ksstack *transactions)
+    : transactions_(transactions), profiles_(transactions),
+      budget_(transactions) {}
+
+int support_counter::count(subgraph *sg, const sg_set *prev) {
+  return budget_.image_bytes() == 1
+             ? count_support<uint8_t>(sg, prev, transactions_, profiles_)
+             : count_support<uint16_t>(sg, prev, transactions_, profiles_);
+}
+
 int sg_count_support(subgraph *sg, const sg_set *prev,
                      const ksstack *transactions) {
-  return count_support(sg, prev, transactions,
-                       count_vertex_labels(transactions));
+  return support_counter(transactions).count(sg, prev);
 }
 
 static void free_rows(sg_set *level) {
@@ -169,21 +167,23 @@ static void free_rows(sg_set *level) {
     ksstack_free(std::exchange(sg_set_get(level, i)->rows, nullptr));
 }
 
-sg_set *sg_count_frequents(sg_set *cand, sg_set *prev,
-                           const ksstack *transactions, int minsup) {
+sg_set *support_counter::count_frequents(sg_set *cand, sg_set *prev,
+                                         int minsup) {
   sg_set_ptr consumed(cand);
   const int k = sg_set_get(prev, 0)->g->es / 2 + 1;
   sg_set_ptr level(sg_set_create());
-  embedding_budget budget(transactions);
-  const xvector<int> label_counts = count_vertex_labels(transactions);
-  for (int i = 0; i < sg_set_size(prev); i++)
+  embedding_budget budget = budget_;
+  for (int i = 0; i < sg_set_size(prev); i++) {
+    budget.add_pattern();
     budget.charge(sg_set_get(prev, i));
+  }
   for (sg_ptr &sg : take_records(cand)) {
+    budget.add_pattern();
     sg->rows = budget.take_rows(sg.get(), sg_tid_size(sg.get()));
-    const int support =
-        count_support(sg.get(), prev, transactions, label_counts);
+    const int support = count(sg.get(), prev);
     if (support < minsup) {
       budget.give_back(sg.get());
+      budget.remove_pattern();
       sg.reset();
       continue;
     }
@@ -196,6 +196,11 @@ sg_set *sg_count_frequents(sg_set *cand, sg_set *prev,
   sg_register_children(level.get(), prev);
   stats_set(stats_frequent, k, sg_set_size(level.get()));
   return level.release();
+}
+
+sg_set *sg_count_frequents(sg_set *cand, sg_set *prev,
+                           const ksstack *transactions, int minsup) {
+  return support_counter(transactions).count_frequents(cand, prev, minsup);
 }
 
 } // namespace kestro

@@ -2,6 +2,8 @@
 #pragma once
 
 #include "base/xmalloc.h"
+#include "cl/graph_profiles.h"
+#include "mining/embeddings.h"
 #include "mining/sg_set.h"
 
 namespace kestro {
@@ -15,15 +17,32 @@ void sg_intersect_parent_tids(subgraph *sg, const sg_set *prev,
 void sg_filter_candidates_by_support(sg_set *cand, const sg_set *prev,
                                      const ksstack *transactions, int minsup);
 
-// The exact support of sg, whose tid is a bound before and exact afterwards;
-// prev holds its parents.  Rows of embeddings are filled where sg has been
-// given an empty stack for them.
+// Counts candidates over transactions; what the searches need to know of these
+// is worked out once.
+class support_counter {
+public:
+  // Borrows transactions, a graph list.
+  explicit support_counter(const ksstack *transactions);
+
+  // The exact support of sg, whose tid is a bound before and exact afterwards;
+  // prev holds its parents.  Rows of embeddings are filled where sg has been
+  // given an empty stack for them.
+  int count(subgraph *sg, const sg_set *prev);
+
+  // The frequent ones among the candidates: a new sorted set of records with
+  // exact TID lists and counts, registered as children of their kept parents in
+  // prev.  Consumes cand.  Sets the statistics' counter of frequent patterns.
+  sg_set *count_frequents(sg_set *cand, sg_set *prev, int minsup);
+
+private:
+  const ksstack *transactions_;
+  graph_profiles profiles_;
+  embedding_budget budget_; // with no rows taken
+};
+
+// The same for one call.
 int sg_count_support(subgraph *sg, const sg_set *prev,
                      const ksstack *transactions);
-
-// The frequent ones among the candidates: a new sorted set of records with
-// exact TID lists and counts, registered as children of their kept parents in
-// prev.  Consumes cand.  Sets the statistics' counter of frequent patterns.
 sg_set *sg_count_frequents(sg_set *cand, sg_set *prev,
                            const ksstack *transactions, int minsup);
 
