@@ -20,6 +20,7 @@ namespace {
 struct canonical_state {
   int stabilizer_threshold = 5;
   bool invariant = true; // of the form made last
+  bool rigid = true;     // the graph of the form made last
   colouring cells;
   label_cells labels;
   xvector<int> position; // by vertex, its canonical index
@@ -35,6 +36,8 @@ void cl_set_stabilizer_threshold(int n) { state.stabilizer_threshold = n; }
 int cl_get_stabilizer_threshold() { return state.stabilizer_threshold; }
 
 bool cl_form_is_invariant() { return state.invariant; }
+
+bool cl_form_is_rigid() { return state.rigid; }
 
 void cl_free_work_area() {
   const int threshold = state.stabilizer_threshold;
@@ -57,7 +60,8 @@ static int largest_cell(const colouring *c) {
 static bool find_order(const graph *g) {
   colouring *c = &state.cells;
   colouring_init(c, g);
-  if (c->cells == g->vs)
+  state.rigid = c->cells == g->vs;
+  if (state.rigid)
     return true;
   state.labels.fill(g);
   if (largest_cell(c) >= state.stabilizer_threshold)

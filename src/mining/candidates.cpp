@@ -11,7 +11,6 @@
 #include "mining/candidates.h"
 
 #include <algorithm>
-#include <utility>
 
 #include "base/error.h"
 #include "base/xmalloc.h"
@@ -29,17 +28,18 @@ sg_set *sg_generate_candidates(const sg_set *children, const sg_set *cores) {
   closure_filter filter(children);
   extension_set made;
   automorphism_cache_ptr automorphisms(automorphism_cache_create());
+  derived_parents derived(children, cores, automorphisms.get());
   const sg_ptr scratch(sg_create(2 * k, k + 1)); // as large as can be
-  const join_context context = {children,      cores,    automorphisms.get(),
-                                &failed,       &filter,  &made,
-                                scratch.get(), out.get()};
+  scratch->links = sg_links_create(k + 1);
+  const join_context context = {
+      children, cores,    automorphisms.get(), &failed,  &filter,
+      &derived, &made,    scratch.get(),       out.get()};
   for (int p = 0; p < sg_set_size(cores); p++) {
     const subgraph *core = sg_set_get(cores, p);
     const int n = sg_child_size(core);
     for (int i = 0; i < n; i++)
       for (int j = i; j < n; j++)
-        sg_join_pair(sg_set_get(children, sg_child_at(core, i)),
-                     sg_set_get(children, sg_child_at(core, j)), p, &context);
+        sg_join_pair(sg_child_at(core, i), sg_child_at(core, j), p, &context);
   }
   KESTRO_STRUCTURE(sg_set_check(out.get()));
   stats_set(stats_candidates, k, sg_set_size(out.get()));
@@ -47,13 +47,14 @@ sg_set *sg_generate_candidates(const sg_set *children, const sg_set *cores) {
 }
 
 // Parent ids are unique within a pattern, so each of them has one entry for p.
-void sg_join_pair(const subgraph *a, const subgraph *b, int p,
-                  const join_context *context) {
-  const int index_a = sg_find_parent(a, p);
-  const int index_b = sg_find_parent(b, p);
+void sg_join_pair(int a, int b, int p, const join_context *context) {
+  const subgraph *sa = sg_set_get(context->children, a);
+  const subgraph *sb = sg_set_get(context->children, b);
+  const int index_a = sg_find_parent(sa, p);
+  const int index_b = sg_find_parent(sb, p);
   if (index_a == -1 || index_b == -1)
     return;
-  sg_join(a, b, sg_parent_at(a, index_a), sg_parent_at(b, index_b), context);
+  sg_join(a, b, sg_parent_at(sa, index_a), sg_parent_at(sb, index_b), context);
 }
 
 // The vertex of a pattern outside its core, -1 when the core has them all.
@@ -66,70 +67,110 @@ static int vertex_outside(const sg_parent *entry) {
 
 namespace {
 
-// One join: a's extra edge, disabled in g1, and what it is built onto.
-struct join {
-  const graph *g1;
-  const subgraph *b;
-  int u, w;    // ends of the extra edge in g1
-  int elabel;  // its label
-  int outside; // b's vertex outside the core, or -1
-  const join_context *context;
+// One join: a's extra edge, and what it is built onto.
+class join {
+public:
+  join(int a, int b, const sg_parent *ea, const sg_parent *eb,
+       const join_context *context)
+      : a_(sg_set_get(context->children, a)),
+        b_(sg_set_get(context->children, b)), b_id_(b), ea_(ea), eb_(eb),
+        context_(context),
+        elabel_(graph_edge_label(a_->g, ea->u, ea->v)),
+        outside_(vertex_outside(eb)),
+        core_to_b_(static_cast<size_t>(eb->vs - (outside_ != -1))) {
+    for (int i = 0; i < eb->vs; i++)
+      if (eb->map[i] != -1)
+        core_to_b_[static_cast<size_t>(eb->map[i])] = i;
+  }
 
-  // Builds and registers up to two candidates along a map of g1 into b.
-  void along(const int *map) const {
-    const int x = map[u] == -1 ? u : map[w] == -1 ? w : -1;
-    if (x == -1) {
-      if (is_new(map[u], map[w], -1))
-        build(graph_merge, map);
+  // Builds and registers up to two candidates along an automorphism of the core.
+  void along(const int *perm) {
+    const int u = place_in_b(ea_->u, perm);
+    const int w = place_in_b(ea_->v, perm);
+    if (u != -1 && w != -1) {
+      add(closing_extension(b_id_, u, w, elabel_), graph_merge, perm);
       return;
     }
-    const int p = map[x == u ? w : u];
-    if (is_new(p, -1, g1->vlabel[x]))
-      build(graph_merge, map);
-    if (outside != -1 && b->g->vlabel[outside] == g1->vlabel[x] &&
-        is_new(p, outside, -1))
-      build(graph_merge_with_loop, map);
+    const int p = u == -1 ? w : u;
+    const int vlabel = a_->g->vlabel[u == -1 ? ea_->u : ea_->v];
+    add(pendant_extension(b_id_, p, elabel_, vlabel), graph_merge, perm);
+    if (outside_ != -1 && b_->g->vlabel[outside_] == vlabel)
+      add(closing_extension(b_id_, p, outside_, elabel_),
+          graph_merge_with_loop, perm);
   }
 
-  bool is_new(int from, int to, int vlabel) const {
-    if (to != -1 && to < from)
-      std::swap(from, to);
-    return context->made->insert({b, from, to, elabel, vlabel});
+private:
+  // Where a vertex of a comes to lie in b, -1 for the one outside the core.
+  int place_in_b(int vertex, const int *perm) const {
+    const int in_core = ea_->map[vertex];
+    return in_core == -1 ? -1
+                         : core_to_b_[static_cast<size_t>(perm[in_core])];
   }
 
-  template <class Merge> void build(Merge merge, const int *map) const {
-    subgraph *cand = context->scratch;
-    if (!merge(g1, b->g, u, w, map, cand->g))
+  // Builds and registers the candidate x unless it was met before or is seen to
+  // have an infrequent part.
+  template <class Merge>
+  void add(const extension &x, Merge merge, const int *perm) {
+    if (!context_->made->insert(x) ||
+        (x.to != -1 && graph_has_edge(b_->g, x.from, x.to)))
       return;
-    sg_register_candidate(cand, context->failed, context->out,
-                          context->children, context->filter);
-    sg_clear_parent(cand);
+    if (!context_->derived->start(x)) {
+      sg_reject_candidate();
+      return;
+    }
+    build(merge, perm);
+    const subgraph *accepted = sg_register_candidate(
+        context_->scratch, context_->failed, context_->out, context_->children,
+        context_->filter, context_->derived);
+    if (accepted && accepted->invariant)
+      mark_made(accepted);
   }
+
+  template <class Merge> void build(Merge merge, const int *perm) {
+    if (!g1_) {
+      g1_.reset(graph_copy(a_->g));
+      graph_mark_edge_between(g1_.get(), ea_->u, ea_->v);
+      map_.resize(static_cast<size_t>(ea_->vs));
+    }
+    setup_map(ea_, eb_, perm, static_cast<int>(core_to_b_.size()), map_.data());
+    subgraph *cand = context_->scratch;
+    merge(g1_.get(), b_->g, ea_->u, ea_->v, map_.data(), cand->g);
+    for (int i = 0; i < cand->g->vs; i++)
+      cand->g->vid[i] = i;
+  }
+
+  // The other ways to build a candidate whose form does not depend on how it is
+  // built would only make duplicates.
+  void mark_made(const subgraph *accepted) const {
+    for (int l = 0; l < sg_link_size(accepted); l++)
+      context_->made->insert(sg_link_edge(accepted, sg_link_at(accepted, l)));
+  }
+
+  const subgraph *a_;
+  const subgraph *b_;
+  int b_id_;
+  const sg_parent *ea_;
+  const sg_parent *eb_;
+  const join_context *context_;
+  int elabel_;             // of a's extra edge
+  int outside_;            // b's vertex outside the core, or -1
+  xvector<int> core_to_b_; // by vertex of the core
+  graph_ptr g1_;           // a with that edge disabled, once needed
+  xvector<int> map_;
 };
 
 } // namespace
 
-void sg_join(const subgraph *a, const subgraph *b, const sg_parent *ea,
-             const sg_parent *eb, const join_context *context) {
-  const int core = ea->pid;
-  const graph *core_graph = sg_set_get(context->cores, core)->g;
-  const graph_ptr g1(graph_copy(a->g));
-  graph_mark_edge_between(g1.get(), ea->u, ea->v);
-  const join made = {g1.get(),
-                     b,
-                     ea->u,
-                     ea->v,
-                     graph_edge_label(a->g, ea->u, ea->v),
-                     vertex_outside(eb),
-                     context};
-  xvector<int> map(static_cast<size_t>(ea->vs));
-  int i = automorphism_cache_find(context->automorphisms, core, core_graph);
-  for (const int *perm; (perm = automorphism_cache_perm(context->automorphisms,
-                                                        i, core)) != nullptr;
-       i++) {
-    setup_map(ea, eb, perm, core_graph->vs, map.data());
-    made.along(map.data());
-  }
+void sg_join(int a, int b, const sg_parent *ea, const sg_parent *eb,
+             const join_context *context) {
+  const subgraph *core = sg_set_get(context->cores, ea->pid);
+  join made(a, b, ea, eb, context);
+  int i = automorphism_cache_find(context->automorphisms, ea->pid, core->g,
+                                  core->rigid);
+  for (const int *perm; (perm = automorphism_cache_perm(
+                             context->automorphisms, i, ea->pid)) != nullptr;
+       i++)
+    made.along(perm);
 }
 
 void setup_map(const sg_parent *ea, const sg_parent *eb, const int *perm, int n,

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "mining/automorphisms.h"
-#include "mining/extension_set.h"
+#include "mining/derived_parents.h"
 #include "mining/registration.h"
 #include "mining/sg_set.h"
 
@@ -21,19 +21,19 @@ struct join_context {
   automorphism_cache *automorphisms;
   failed_candidates *failed;
   closure_filter *filter;
-  extension_set *made; // joins made so far
+  derived_parents *derived;
+  extension_set *made; // joins that need no further look
   subgraph *scratch;   // room for a candidate
   sg_set *out;         // candidates accepted so far
 };
 
-// Joins two patterns of level k-1 through their core with id p, which is among
-// the kept parents of both; a and b may be the same.
-void sg_join_pair(const subgraph *a, const subgraph *b, int p,
-                  const join_context *context);
-// One join through the core that both entries lead to: along each of its
-// automorphisms, at most two candidates.
-void sg_join(const subgraph *a, const subgraph *b, const sg_parent *ea,
-             const sg_parent *eb, const join_context *context);
+// Joins the patterns a and b of level k-1 through their core with id p, which is
+// among the kept parents of both; a and b may be the same.
+void sg_join_pair(int a, int b, int p, const join_context *context);
+// One join through the core that both entries, of a and of b, lead to: along
+// each of its automorphisms, at most two candidates.
+void sg_join(int a, int b, const sg_parent *ea, const sg_parent *eb,
+             const join_context *context);
 
 // For each vertex of the pattern that ea belongs to, the vertex of eb's pattern
 // that it meets through the automorphism perm of their core of n vertices; -1

@@ -16,6 +16,7 @@
 #include "graph/graph_list.h"
 #include "mining/embeddings.h"
 #include "mining/label_table.h"
+#include "mining/links.h"
 #include "mining/parents.h"
 #include "mining/statistics.h"
 
@@ -83,6 +84,7 @@ static void set_edge_graph(int la, int lb, int e, subgraph *sg) {
   g->vlabel[0] = la;
   g->vlabel[1] = lb;
   g->key = graph_key(g);
+  sg->invariant = true;
 }
 
 subgraph *sg_create_edge(int la, int lb, int e) {
@@ -117,6 +119,7 @@ void sg_set_double_edge_graph(int ea, int eb, int va, int vb, int vc,
   for (int i = 0; i < 3; i++)
     g->vid[i] = i;
   g->key = graph_key(g);
+  sg->invariant = true;
 }
 
 // Appends a transaction to a TID list, once.
@@ -176,28 +179,38 @@ sg_set *sg_frequent_edges(const ksstack *transactions, int minsup, int nel,
   return level1.release();
 }
 
+// Fills entry, which has room for three vertices, for the path sg without its
+// edge to the other end than end.
+static void fill_parent_entry(const subgraph *sg, int end, const sg_set *level1,
+                              sg_parent *entry) {
+  const int *labels = sg->g->vlabel;
+  const int centre = labels[0];
+  sg_ptr parent(sg_create_edge(centre, labels[end], sg->g->elabel[end - 1]));
+  const int index = sg_set_find(level1, parent.get());
+  assert(index != -1);
+  entry->pid = index;
+  entry->u = 0;
+  entry->v = 3 - end;
+  entry->vs = 3;
+  const int centre_at = labels[end] > centre ? 0 : 1;
+  entry->map[0] = centre_at;
+  entry->map[end] = 1 - centre_at;
+  entry->map[3 - end] = -1;
+}
+
 void setup_double_edge_subgraph_parent_info(subgraph *sg,
                                             const sg_set *level1) {
   assert(sg->g->es == 4 && sg->g->vs == 3);
-  // Room for a parent entry with its map of three vertices.
+  const graph *g = sg->g;
+  const bool twins =
+      g->vlabel[1] == g->vlabel[2] && g->elabel[0] == g->elabel[1];
   alignas(sg_parent) int memory[7];
   auto *entry = reinterpret_cast<sg_parent *>(memory);
-  const int *labels = sg->g->vlabel;
-  const int centre = labels[0];
-  const bool twins =
-      labels[1] == labels[2] && sg->g->elabel[0] == sg->g->elabel[1];
-  for (int end = 1; end <= (twins ? 1 : 2); end++) {
-    sg_ptr parent(sg_create_edge(centre, labels[end], sg->g->elabel[end - 1]));
-    const int index = sg_set_find(level1, parent.get());
-    assert(index != -1);
-    entry->pid = index;
-    entry->u = 0;
-    entry->v = 3 - end;
-    entry->vs = 3;
-    const int centre_at = labels[end] > centre ? 0 : 1;
-    entry->map[0] = centre_at;
-    entry->map[end] = 1 - centre_at;
-    entry->map[3 - end] = -1;
+  for (const int end : {2, 1}) { // in the order of the edges that go
+    fill_parent_entry(sg, end, level1, entry);
+    sg_add_link(sg, entry);
+    if (end == 2 && twins)
+      continue;
     sg_update_parent_info(sg, entry, level1);
     sg_add_pid(sg, entry->pid);
   }
@@ -213,6 +226,7 @@ static void register_double_edge_subgraph(const path_key &k, int count,
   assert(va < vb || (va == vb && ea <= eb));
   sg_ptr sg(sg_create_double_edge(ea, eb, va, vb, k.vc));
   sg->count = count;
+  sg->links = sg_links_create(3);
   setup_double_edge_subgraph_parent_info(sg.get(), level1);
   sg_set_push(out, std::move(sg));
 }

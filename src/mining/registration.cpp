@@ -10,6 +10,7 @@
 #include "mining/registration.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "cl/canonical.h"
 #include "graph/compacted.h"
@@ -22,75 +23,109 @@ static thread_local registration_counts counts;
 
 registration_counts *sg_registration_counts() { return &counts; }
 
-// Offers cand the parent prev[pid], whose canonical graph rest is cand's
-// without u-w.
-static void offer_parent(subgraph *cand, int pid, int u, int w,
-                         const graph *rest, const sg_set *prev) {
-  const int vs = cand->g->vs;
-  xvector<int> memory(static_cast<size_t>(sg_parent_ints(vs)), -1);
-  auto *entry = reinterpret_cast<sg_parent *>(memory.data());
-  entry->pid = pid;
-  entry->u = u;
-  entry->v = w;
-  entry->vs = vs;
-  for (int j = 0; j < rest->vs; j++)
-    entry->map[rest->vid[j]] = j;
-  sg_update_parent_info(cand, entry, prev);
-  sg_add_pid(cand, pid);
+void sg_reject_candidate() {
+  counts.attempts++;
+  counts.newly_rejected++;
 }
 
-// Whether cand without that edge is in prev; records it as a parent.
-static bool check_deletion(subgraph *cand, const removable_edge &edge,
-                           subgraph *scratch, const sg_set *prev) {
+// Fills entry for cand without that edge through its canonical form; false when
+// that is not in prev.
+static bool find_by_form(subgraph *cand, const removable_edge &edge,
+                         subgraph *scratch, const sg_set *prev,
+                         sg_parent *entry) {
   graph_mark_edge_between(cand->g, edge.u, edge.w);
   graph_copy_compacted(cand->g, scratch->g);
   graph_enable_edge_between(cand->g, edge.u, edge.w);
   cl_canonicalize_graph(scratch->g);
-  const int pid = sg_set_find(prev, scratch);
-  if (pid == -1)
+  entry->pid = sg_set_find(prev, scratch);
+  if (entry->pid == -1)
     return false;
-  offer_parent(cand, pid, edge.u, edge.w, scratch->g, prev);
+  std::fill_n(entry->map, entry->vs, -1);
+  for (int j = 0; j < scratch->g->vs; j++)
+    entry->map[scratch->g->vid[j]] = j;
   return true;
 }
 
-// Whether every connected graph that is cand less one edge is in prev.
+// Whether cand without any of the edges that derived does not tell about can be
+// in prev, by the filter.
+static bool can_be_closed(const subgraph *cand,
+                          const xvector<removable_edge> &edges,
+                          closure_filter *filter,
+                          const derived_parents *derived) {
+  for (const removable_edge &edge : edges)
+    if (!(derived && derived->tells(edge)) &&
+        !filter->contains(filter->label_without(cand->g, edge)))
+      return false;
+  return true;
+}
+
+// Whether every connected graph that is cand less one edge is in prev; these are
+// entered as cand's parents.
 static bool is_downward_closed(subgraph *cand, const sg_set *prev,
-                               closure_filter *filter) {
+                               closure_filter *filter,
+                               const derived_parents *derived) {
   xvector<removable_edge> edges;
   find_removable_edges(cand->g, &edges);
-  for (const removable_edge &edge : edges)
-    if (filter && !filter->contains(filter->label_without(cand->g, edge)))
-      return false;
-  sg_ptr scratch(sg_create(cand->g->es, cand->g->vs));
-  for (const removable_edge &edge : edges)
-    if (!check_deletion(cand, edge, scratch.get(), prev))
-      return false;
+  if (filter && !can_be_closed(cand, edges, filter, derived))
+    return false;
+  const int vs = cand->g->vs;
+  sg_ptr scratch;
+  xvector<int> memory(static_cast<size_t>(sg_parent_ints(vs)));
+  auto *entry = reinterpret_cast<sg_parent *>(memory.data());
+  entry->vs = vs;
+  for (const removable_edge &edge : edges) {
+    entry->u = edge.u;
+    entry->v = edge.w;
+    if (!derived || !derived->find(edge, entry)) {
+      if (!scratch)
+        scratch.reset(sg_create(cand->g->es, vs));
+      if (!find_by_form(cand, edge, scratch.get(), prev, entry))
+        return false;
+    }
+    sg_update_parent_info(cand, entry, prev);
+    sg_add_pid(cand, entry->pid);
+    sg_add_link(cand, entry);
+  }
   return true;
 }
 
-void sg_register_candidate(subgraph *cand, failed_candidates *failed,
-                           sg_set *out, const sg_set *prev,
-                           closure_filter *filter) {
-  counts.attempts++;
+static void clear_parents(subgraph *cand) {
   sg_clear_pid(cand);
+  sg_clear_parent(cand);
+  sg_clear_links(cand);
+}
+
+const subgraph *sg_register_candidate(subgraph *cand, failed_candidates *failed,
+                                      sg_set *out, const sg_set *prev,
+                                      closure_filter *filter,
+                                      derived_parents *derived) {
+  counts.attempts++;
+  clear_parents(cand);
   cl_canonicalize_graph(cand->g);
+  cand->invariant = cl_form_is_invariant();
+  cand->rigid = cl_form_is_rigid();
   if (failed->contains(cand)) {
     counts.already_rejected++;
-    return;
+    return nullptr;
   }
   if (sg_set_find(out, cand) != -1) {
     counts.duplicates++;
-    return;
+    return nullptr;
   }
+  if (derived)
+    derived->arrange(cand->g);
   for (int i = 0; i < cand->g->vs; i++)
     cand->g->vid[i] = i;
-  if (!is_downward_closed(cand, prev, filter)) {
+  if (!is_downward_closed(cand, prev, filter, derived)) {
     failed->insert(cand);
     counts.newly_rejected++;
-    return;
+    return nullptr;
   }
-  sg_set_insert(out, sg_ptr(sg_copy(cand)));
+  sg_ptr accepted(sg_copy(cand));
+  const subgraph *added = accepted.get();
+  sg_set_insert(out, std::move(accepted));
   counts.accepted++;
+  return added;
 }
 
 } // namespace kestro

@@ -28,7 +28,8 @@ static subgraph *lay_out(void *memory, int es, int vs) {
   sg->g = graph_init(sg + 1, es, vs);
   sg->count = 0;
   sg->child = sg->parent = sg->pid = sg->tid = sg->cover = nullptr;
-  sg->rows = nullptr;
+  sg->rows = sg->links = nullptr;
+  sg->invariant = sg->rigid = false;
   return sg;
 }
 
@@ -75,6 +76,9 @@ subgraph *sg_copy(const subgraph *sg) {
   copy->tid = copy_set(sg->tid);
   copy->cover = copy_set(sg->cover);
   copy->rows = copy_set(sg->rows);
+  copy->links = copy_set(sg->links);
+  copy->invariant = sg->invariant;
+  copy->rigid = sg->rigid;
   return copy.release();
 }
 
@@ -87,7 +91,8 @@ subgraph *sg_light_copy(const subgraph *sg, void *memory) {
 
 void sg_free_sets(subgraph *sg) {
   for (ksstack *s :
-       {sg->child, sg->parent, sg->pid, sg->tid, sg->cover, sg->rows})
+       {sg->child, sg->parent, sg->pid, sg->tid, sg->cover, sg->rows,
+                     sg->links})
     ksstack_free(s);
 }
 

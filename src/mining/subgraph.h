@@ -22,6 +22,9 @@ struct subgraph {
   ksstack *tid;    // of int: transactions, or their bound before the count
   ksstack *cover;  // of int: next-level patterns assigned to it; empty
   ksstack *rows;   // embeddings by transaction (mining/embeddings.h), or null
+  ksstack *links;  // all parents with maps (mining/links.h), or null
+  bool invariant;  // g is known not to depend on the order its vertices came in
+  bool rigid;      // g is known to have the identity as its only automorphism
 };
 
 // A way to reach a pattern from one of its parents, stored by value in blocks

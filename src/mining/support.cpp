@@ -17,6 +17,7 @@
 #include "cl/search_plan.h"
 #include "graph/graph_list.h"
 #include "mining/embeddings.h"
+#include "mining/links.h"
 #include "mining/parents.h"
 #include "mining/statistics.h"
 
@@ -162,9 +163,13 @@ int sg_count_support(subgraph *sg, const sg_set *prev,
   return support_counter(transactions).count(sg, prev);
 }
 
-static void free_rows(sg_set *level) {
-  for (int i = 0; i < sg_set_size(level); i++)
-    ksstack_free(std::exchange(sg_set_get(level, i)->rows, nullptr));
+// Frees what only the next size needs.
+static void free_rows_and_links(sg_set *level) {
+  for (int i = 0; i < sg_set_size(level); i++) {
+    subgraph *sg = sg_set_get(level, i);
+    ksstack_free(std::exchange(sg->rows, nullptr));
+    sg_free_links(sg);
+  }
 }
 
 sg_set *support_counter::count_frequents(sg_set *cand, sg_set *prev,
@@ -190,7 +195,7 @@ sg_set *support_counter::count_frequents(sg_set *cand, sg_set *prev,
     sg->count = support;
     sg_set_push(level.get(), std::move(sg));
   }
-  free_rows(prev);
+  free_rows_and_links(prev);
   sg_set_sort(level.get());
   KESTRO_STRUCTURE(sg_set_check(level.get()));
   sg_register_children(level.get(), prev);

@@ -1,0 +1,101 @@
+// Tables keyed by extensions: a pattern and where an edge is built onto it.
+#pragma once
+
+#include <cstdint>
+#include <utility>
+
+#include "base/xmalloc.h"
+
+namespace kestro {
+
+// A pattern plus one edge.
+struct extension {
+  int pattern; // its id in its level
+  int from;    // its vertex at which the edge lands
+  int to;      // its vertex at the other end, above from; -1 for a new vertex
+  int elabel;
+  int vlabel; // of the new vertex, -1 for none
+  bool operator==(const extension &) const = default;
+};
+
+// The extension by an edge between two vertices of the pattern, in any order.
+inline extension closing_extension(int pattern, int u, int w, int elabel) {
+  return {pattern, u < w ? u : w, u < w ? w : u, elabel, -1};
+}
+
+// The extension by an edge to a new vertex.
+inline extension pendant_extension(int pattern, int u, int elabel, int vlabel) {
+  return {pattern, u, -1, elabel, vlabel};
+}
+
+// Where a permutation of the pattern's vertices brings the edge.
+inline extension image_of(const extension &x, const int *perm) {
+  return x.to == -1
+             ? pendant_extension(x.pattern, perm[x.from], x.elabel, x.vlabel)
+             : closing_extension(x.pattern, perm[x.from], perm[x.to], x.elabel);
+}
+
+inline size_t hash_extension(const extension &x) {
+  uint64_t h = static_cast<uint32_t>(x.pattern);
+  h = h << 32 ^ static_cast<uint32_t>(x.from) << 16 ^
+      static_cast<uint32_t>(x.to);
+  h = (h ^ static_cast<uint64_t>(static_cast<uint32_t>(x.elabel)) << 20) *
+      0x9e3779b97f4a7c15;
+  h = (h ^ h >> 32 ^ static_cast<uint32_t>(x.vlabel)) * 0xc2b2ae3d27d4eb4f;
+  return static_cast<size_t>(h ^ h >> 29);
+}
+
+// A map in a table with open addressing, which is at most three quarters full.
+template <class Value> class extension_map {
+public:
+  // Adds x; false, and nothing is changed, when it is there already.
+  bool insert(const extension &x, const Value &value = {}) {
+    if (4 * count_ >= 3 * table_.size())
+      grow();
+    place &p = table_[place_of(x)];
+    if (p.key.pattern != -1)
+      return false;
+    p = {x, value};
+    count_++;
+    return true;
+  }
+
+  // x's value, null when it is not there.
+  const Value *find(const extension &x) const {
+    if (count_ == 0)
+      return nullptr;
+    const place &p = table_[place_of(x)];
+    return p.key.pattern == -1 ? nullptr : &p.value;
+  }
+
+private:
+  struct place {
+    extension key = {-1, -1, -1, -1, -1}; // pattern -1: free
+    [[no_unique_address]] Value value = {};
+  };
+
+  // Where x is, or the free place where it belongs.
+  size_t place_of(const extension &x) const {
+    const size_t mask = table_.size() - 1; // the size is a power of two
+    size_t i = hash_extension(x) & mask;
+    while (table_[i].key.pattern != -1 && !(table_[i].key == x))
+      i = (i + 1) & mask;
+    return i;
+  }
+
+  void grow() {
+    xvector<place> old(table_.empty() ? 256 : 2 * table_.size());
+    std::swap(old, table_);
+    for (const place &p : old)
+      if (p.key.pattern != -1)
+        table_[place_of(p.key)] = p;
+  }
+
+  xvector<place> table_;
+  size_t count_ = 0;
+};
+
+struct no_value {};
+using extension_set = extension_map<no_value>;
+
+} // namespace kestro
