@@ -22,13 +22,24 @@ static uint32_t hash_labels(int a, int b) {
   return h ^ (h >> 15);
 }
 
-uint64_t vertex_profile(const graph *g, int u) {
-  uint64_t profile = 0;
-  for (int j = g->v[u]; j < g->v[u + 1]; j++) {
-    const uint32_t group =
-        hash_labels(g->elabel[j], g->vlabel[g->e[j]]) >> 3 & 15;
-    const uint64_t mask = uint64_t{15} << (4 * group);
-    profile |= mask & ((profile << 1) | (uint64_t{1} << (4 * group)));
+// Sets one more bit in the group of a hash, unless it is full.
+static void add_to_group(uint64_t *bits, uint32_t hash) {
+  const uint32_t shift = (hash >> 3 & 15) * 4;
+  const uint64_t group = uint64_t{15} << shift;
+  *bits |= group & ((*bits << 1) | (uint64_t{1} << shift));
+}
+
+vertex_profile profile_of(const graph *g, int u) {
+  vertex_profile profile;
+  for (int i = g->v[u]; i < g->v[u + 1]; i++) {
+    const int w = g->e[i];
+    const uint32_t first = hash_labels(g->elabel[i], g->vlabel[w]);
+    add_to_group(&profile.edges, first);
+    for (int j = g->v[w]; j < g->v[w + 1]; j++)
+      if (g->e[j] != u)
+        add_to_group(&profile.paths,
+                     hash_labels(static_cast<int>(first) + g->elabel[j],
+                                 g->vlabel[g->e[j]]));
   }
   return profile;
 }
@@ -49,7 +60,7 @@ graph_profiles::graph_profiles(const ksstack *graphs)
     const graph *g = graph_list_at(graphs, i);
     first_.push_back(profiles_.size());
     for (int u = 0; u < g->vs; u++) {
-      profiles_.push_back(vertex_profile(g, u));
+      profiles_.push_back(profile_of(g, u));
       for (int j = g->v[u]; j < g->v[u + 1]; j++)
         frequency_[counter_of(g->vlabel[u], g->elabel[j],
                               g->vlabel[g->e[j]])]++;

@@ -74,7 +74,7 @@ search_plan::search_plan(const graph *g, const int *order)
   for (int d = 0; d < g->vs; d++) {
     const int u = order[d];
     plan_step &step = steps_[static_cast<size_t>(d)];
-    step.profile = vertex_profile(g, u);
+    step.profile = profile_of(g, u);
     step.u = u;
     step.vlabel = g->vlabel[u];
     step.degree = g->v[u + 1] - g->v[u];
@@ -189,7 +189,7 @@ search_plan search_plan::rarest_first(const graph *g,
 // What is searched.
 struct search_plan::target {
   const graph *t;
-  const uint64_t *profiles; // by vertex, or null
+  const vertex_profile *profiles; // by vertex, or null
   char *used;               // by vertex: 1 for images
   const int *image;         // per depth
 };
@@ -220,7 +220,7 @@ inline bool search_plan::fits(const plan_step &step, const target &to,
   const graph *t = to.t;
   if (t->vlabel[w] != step.vlabel || to.used[w] ||
       t->v[w + 1] - t->v[w] < step.degree ||
-      (to.profiles && (step.profile & ~to.profiles[w])))
+      (to.profiles && !to.profiles[w].covers(step.profile)))
     return false;
   for (int i = step.closing[0]; i < step.closing[1]; i++) {
     const plan_edge &edge = closing_[static_cast<size_t>(i)];
@@ -233,7 +233,7 @@ inline bool search_plan::fits(const plan_step &step, const target &to,
   return true;
 }
 
-bool search_plan::find(const graph *t, const uint64_t *profiles, int *image) {
+bool search_plan::find(const graph *t, const vertex_profile *profiles, int *image) {
   const int last = pattern_->vs - 1;
   if (pattern_->vs > t->vs)
     return false;

@@ -9,7 +9,7 @@ namespace kestro {
 
 // One vertex of the pattern, to be mapped at one depth of the search.
 struct plan_step {
-  uint64_t profile; // of the vertex (cl/graph_profiles.h)
+  vertex_profile profile;
   int u;            // the vertex
   int vlabel;       // its label
   int degree;       // its neighbours
@@ -48,7 +48,7 @@ public:
   // Whether the pattern occurs in t, a graph without marks; where, is written
   // to image, by pattern vertex: of all mappings the first in lexicographic
   // order along the plan's.  profiles are those of t's vertices, or null.
-  bool find(const graph *t, const uint64_t *profiles, int *image);
+  bool find(const graph *t, const vertex_profile *profiles, int *image);
   bool find(const graph *t, int *image) { return find(t, nullptr, image); }
 
 private:
