@@ -53,8 +53,11 @@ static void add_families() {
   for (const int leaves : {3, 4})
     for (int hubs = 1; hubs <= 8; hubs++)
       add("hubs", format_sides(hubs, leaves), make_hubs(hubs, leaves));
+  // Only with equal sides do all vertices look alike.
+  for (int side = 1; side <= 6; side++)
+    add("balanced", format_sides(side, side), make_bipartite(side, side));
   for (int left = 1; left <= 6; left++)
-    for (int right = left; right <= 6; right++)
+    for (int right = left + 1; right <= 6; right++)
       add("bipartite", format_sides(left, right), make_bipartite(left, right));
   for (int side = 2; side <= 12; side++)
     add("grid", format_sides(side, side), make_grid(side, side));
