@@ -108,6 +108,39 @@ sketch make_complete(int vertices) {
   return s;
 }
 
+sketch make_star(int leaves) { return make_bipartite(1, leaves); }
+
+sketch make_bipartite(int left, int right) {
+  sketch s = make_unlabelled(left + right);
+  for (int u = 0; u < left; u++)
+    for (int v = 0; v < right; v++)
+      s.edges.push_back({u, left + v, 0});
+  return s;
+}
+
+sketch make_grid(int rows, int columns) {
+  sketch s = make_unlabelled(rows * columns);
+  for (int u = 0; u < rows * columns; u++) {
+    if (u % columns != columns - 1)
+      s.edges.push_back({u, u + 1, 0});
+    if (u / columns != rows - 1)
+      s.edges.push_back({u, u + columns, 0});
+  }
+  return s;
+}
+
+sketch make_hubs(int hubs, int leaves) {
+  sketch s = make_unlabelled(hubs * (1 + leaves));
+  for (int hub = 0; hub < hubs; hub++) {
+    s.vlabels[static_cast<size_t>(hub)] = 1 + hub;
+    if (hub > 0)
+      s.edges.push_back({hub - 1, hub, 0});
+    for (int i = 0; i < leaves; i++)
+      s.edges.push_back({hub, hubs + hub * leaves + i, 0});
+  }
+  return s;
+}
+
 // Positions 0..n-1 in a drawn order.
 static xvector<int> draw_order(generator &draw, int n) {
   xvector<int> order(static_cast<size_t>(n));

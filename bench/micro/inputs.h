@@ -35,6 +35,12 @@ sketch draw_tree(generator &draw, int vertices);
 sketch make_ring(int vertices);
 sketch make_hypercube(int dimension);
 sketch make_complete(int vertices);
+sketch make_star(int leaves);
+sketch make_bipartite(int left, int right); // complete
+sketch make_grid(int rows, int columns);
+// But this one: a chain of hubs, each with a label of its own and with leaves
+// of one label.
+sketch make_hubs(int hubs, int leaves);
 
 // A new graph whose vertices stand in a drawn order.
 graph_ptr lay_out(const sketch &s, generator &draw);
