@@ -19,12 +19,9 @@ struct join_context {
   const sg_set *children; // level k-1
   const sg_set *cores;    // level k-2
   automorphism_cache *automorphisms;
-  failed_candidates *failed;
-  closure_filter *filter;
-  derived_parents *derived;
-  extension_set *made; // joins that need no further look
-  subgraph *scratch;   // room for a candidate
-  sg_set *out;         // candidates accepted so far
+  extension_set *made;   // joins that need no further look
+  subgraph *scratch;     // room for a candidate
+  registration registry; // with derived
 };
 
 // Joins the patterns a and b of level k-1 through their core with id p, which is

@@ -23,7 +23,7 @@ static thread_local registration_counts counts;
 
 registration_counts *sg_registration_counts() { return &counts; }
 
-void sg_reject_candidate() {
+void sg_count_rejection() {
   counts.attempts++;
   counts.newly_rejected++;
 }
@@ -50,23 +50,20 @@ static bool find_by_form(subgraph *cand, const removable_edge &edge,
 // in prev, by the filter.
 static bool can_be_closed(const subgraph *cand,
                           const xvector<removable_edge> &edges,
-                          closure_filter *filter,
-                          const derived_parents *derived) {
+                          const registration *to) {
   for (const removable_edge &edge : edges)
-    if (!(derived && derived->tells(edge)) &&
-        !filter->contains(filter->label_without(cand->g, edge)))
+    if (!(to->derived && to->derived->tells(edge)) &&
+        !to->filter->contains(to->filter->label_without(cand->g, edge)))
       return false;
   return true;
 }
 
 // Whether every connected graph that is cand less one edge is in prev; these are
 // entered as cand's parents.
-static bool is_downward_closed(subgraph *cand, const sg_set *prev,
-                               closure_filter *filter,
-                               const derived_parents *derived) {
+static bool is_downward_closed(subgraph *cand, const registration *to) {
   xvector<removable_edge> edges;
   find_removable_edges(cand->g, &edges);
-  if (filter && !can_be_closed(cand, edges, filter, derived))
+  if (to->filter && !can_be_closed(cand, edges, to))
     return false;
   const int vs = cand->g->vs;
   sg_ptr scratch;
@@ -76,13 +73,13 @@ static bool is_downward_closed(subgraph *cand, const sg_set *prev,
   for (const removable_edge &edge : edges) {
     entry->u = edge.u;
     entry->v = edge.w;
-    if (!derived || !derived->find(edge, entry)) {
+    if (!to->derived || !to->derived->find(edge, entry)) {
       if (!scratch)
         scratch.reset(sg_create(cand->g->es, vs));
-      if (!find_by_form(cand, edge, scratch.get(), prev, entry))
+      if (!find_by_form(cand, edge, scratch.get(), to->prev, entry))
         return false;
     }
-    sg_update_parent_info(cand, entry, prev);
+    sg_update_parent_info(cand, entry, to->prev);
     sg_add_pid(cand, entry->pid);
     sg_add_link(cand, entry);
   }
@@ -95,37 +92,34 @@ static void clear_parents(subgraph *cand) {
   sg_clear_links(cand);
 }
 
-const subgraph *sg_register_candidate(subgraph *cand, failed_candidates *failed,
-                                      sg_set *out, const sg_set *prev,
-                                      closure_filter *filter,
-                                      derived_parents *derived) {
+const subgraph *sg_register_candidate(subgraph *cand, const registration *to) {
   counts.attempts++;
   clear_parents(cand);
   cl_canonicalize_graph(cand->g);
   cand->invariant = cl_form_is_invariant();
   cand->rigid = cl_form_is_rigid();
-  if (failed->contains(cand)) {
+  if (to->failed->contains(cand)) {
     counts.already_rejected++;
     return nullptr;
   }
-  if (sg_set_find(out, cand) != -1) {
+  if (to->accepted->contains(cand)) {
     counts.duplicates++;
     return nullptr;
   }
-  if (derived)
-    derived->arrange(cand->g);
+  if (to->derived)
+    to->derived->arrange(cand->g);
   for (int i = 0; i < cand->g->vs; i++)
     cand->g->vid[i] = i;
-  if (!is_downward_closed(cand, prev, filter, derived)) {
-    failed->insert(cand);
+  if (!is_downward_closed(cand, to)) {
+    to->failed->insert(cand);
     counts.newly_rejected++;
     return nullptr;
   }
-  sg_ptr accepted(sg_copy(cand));
-  const subgraph *added = accepted.get();
-  sg_set_insert(out, std::move(accepted));
+  sg_ptr copy(sg_copy(cand));
+  const subgraph *accepted = copy.get();
+  to->accepted->insert(std::move(copy));
   counts.accepted++;
-  return added;
+  return accepted;
 }
 
 } // namespace kestro

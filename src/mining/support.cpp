@@ -9,6 +9,7 @@
 #include "mining/support.h"
 
 #include <algorithm>
+#include <climits>
 #include <optional>
 #include <utility>
 
@@ -23,26 +24,59 @@
 
 namespace kestro {
 
+namespace {
+
+// Intersects the TID lists of one candidate's parents after another.
+class tid_intersection {
+public:
+  tid_intersection(const sg_set *prev, const ksstack *transactions)
+      : prev_(prev), met_(static_cast<size_t>(transactions->count), 0) {}
+
+  // The transactions common to all parents of sg, ascending.
+  const xvector<int> &of(const subgraph *sg) {
+    common_.clear();
+    const int n = sg_pid_size(sg);
+    if (base_ > INT_MAX - n - 1) {
+      std::fill(met_.begin(), met_.end(), 0);
+      base_ = 0;
+    }
+    for (int i = 0; i < n; i++)
+      walk(sg_set_get(prev_, sg_pid_at(sg, i))->tid, base_ + i, i == n - 1);
+    base_ += n + 1;
+    return common_;
+  }
+
+private:
+  // Marks the transactions of one more list that all before had, which show
+  // level before; a first list finds any mark of earlier candidates.
+  void walk(const ksstack *tid, int level, bool is_last) {
+    const int *tids = ksstack_array<int>(tid);
+    for (int j = 0; j < tid->count; j++) {
+      int &met = met_[static_cast<size_t>(tids[j])];
+      if (met > level)
+        die("subgraph.c", "something wrong\n");
+      if (met < level && level > base_)
+        continue;
+      met = level + 1;
+      if (is_last)
+        common_.push_back(tids[j]);
+    }
+  }
+
+  const sg_set *prev_;
+  xvector<int> met_; // by transaction: base_ + lists it was in
+  int base_ = 0;     // above all marks of earlier candidates
+  xvector<int> common_;
+};
+
+} // namespace
+
 void sg_intersect_parent_tids(subgraph *sg, const sg_set *prev,
                               const ksstack *transactions) {
   if (!sg->pid)
     die("subgraph.c", "null pid\n");
-  const int n = sg_pid_size(sg);
-  xvector<int> counters(static_cast<size_t>(transactions->count), 0);
-  for (int i = 0; i < n; i++) {
-    const subgraph *parent = sg_set_get(prev, sg_pid_at(sg, i));
-    for (int j = 0; j < sg_tid_size(parent); j++)
-      counters[static_cast<size_t>(sg_tid_at(parent, j))]++;
-  }
-  if (n == 0)
-    return;
-  for (int tid = 0; tid < transactions->count; tid++) {
-    const int counter = counters[static_cast<size_t>(tid)];
-    if (counter == n)
-      sg_append_tid(sg, tid);
-    else if (counter > n)
-      die("subgraph.c", "something wrong\n");
-  }
+  for (const int tid : tid_intersection(prev, transactions).of(sg))
+    sg_append_tid(sg, tid);
 }
 
 // Moves the records of a set out of it, in order.
@@ -54,15 +88,26 @@ static xvector<sg_ptr> take_records(sg_set *s) {
   return records;
 }
 
+// Gives sg a tid of just that size.
+static void set_tids(subgraph *sg, const xvector<int> &tids) {
+  const int n = static_cast<int>(tids.size());
+  ksstack_free(std::exchange(sg->tid, nullptr));
+  sg->tid = ksstack_new(std::max(n, 1), static_cast<int>(sizeof(int)));
+  std::copy(tids.begin(), tids.end(), ksstack_array<int>(sg->tid));
+  sg->tid->count = n;
+}
+
 void sg_filter_candidates_by_support(sg_set *cand, const sg_set *prev,
                                      const ksstack *transactions, int minsup) {
   const int old = sg_set_size(cand);
+  tid_intersection intersection(prev, transactions);
   for (sg_ptr &sg : take_records(cand)) {
-    sg_intersect_parent_tids(sg.get(), prev, transactions);
-    if (sg_support(sg.get()) >= minsup)
-      sg_set_insert(cand, std::move(sg));
-    else
-      sg.reset();
+    const xvector<int> &common = intersection.of(sg.get());
+    if (static_cast<int>(common.size()) >= minsup) {
+      set_tids(sg.get(), common);
+      sg_set_push(cand, std::move(sg));
+    }
+    sg.reset();
   }
   assert(old >= sg_set_size(cand));
 }
@@ -99,14 +144,21 @@ public:
     }
   }
 
-  // Whether the candidate occurs in transaction t; where, is written to row
-  // unless that is null.
-  template <class Image> bool find(const graph *t, int tid, Image *row) {
+  // Whether the candidate is found in transaction t by one edge more than a
+  // parent; where, is written to row.
+  template <class Image> bool extend(const graph *t, int tid, Image *row) {
     for (parent_cursor &cursor : cursors_) {
       const int i = cursor.row_index(tid);
       if (cursor.placement.extend(sg_row<Image>(cursor.parent, i), t, row))
         return true;
     }
+    return false;
+  }
+
+  // The same by a search, which finds it wherever it is.
+  template <class Image> bool search(const graph *t, int tid, Image *row) {
+    if (sg_->g->es > t->es)
+      return false;
     if (!plan_)
       plan_ = search_plan::rarest_first(sg_->g, profiles_);
     if (!plan_->find(t, profiles_.of(tid), image_.data()))
@@ -125,42 +177,91 @@ private:
 
 } // namespace
 
-// Turns sg's bound into its exact tid; rows go to sg's stack for them, if any.
-template <class Image>
-static int count_support(subgraph *sg, const sg_set *prev,
-                         const ksstack *transactions,
-                         const graph_profiles &profiles) {
-  occurrence_finder finder(sg, prev, profiles);
-  xvector<Image> row(static_cast<size_t>(sg->g->vs));
-  int matches = 0;
-  int *tids = ksstack_array<int>(sg->tid);
-  for (int i = 0; i < sg_tid_size(sg); i++) {
-    const int tid = tids[i];
-    const graph *t = graph_list_at(transactions, tid);
-    if (sg->g->es > t->es || sg->g->vs > t->vs ||
-        !finder.find(t, tid, row.data()))
-      continue;
-    tids[matches++] = tid;
-    if (sg->rows)
-      ksstack_push(row.data(), sg->rows);
+namespace {
+
+// Turns a candidate's bound into its exact TID list.
+template <class Image> class support_count {
+public:
+  support_count(subgraph *sg, const sg_set *prev, const ksstack *transactions,
+                const graph_profiles &profiles)
+      : sg_(sg), transactions_(transactions), finder_(sg, prev, profiles),
+        tids_(ksstack_array<int>(sg->tid)), n_(sg_tid_size(sg)),
+        found_(static_cast<size_t>(n_), 0),
+        row_(static_cast<size_t>(sg->g->vs)) {}
+
+  // The support, or some number below minsup if it is below.
+  int count(int minsup) {
+    int missing = 0; // transactions where it is not found yet
+    for (int i = 0; i < n_; i++)
+      missing += !(found_[at(i)] = finder_.extend(transaction(i), tids_[i],
+                                                  row(i)));
+    for (int i = 0; i < n_ && n_ - lost_ >= minsup && missing > 0;
+         i++) {
+      if (found_[at(i)])
+        continue;
+      missing--;
+      found_[at(i)] = finder_.search(transaction(i), tids_[i], row(i));
+      lost_ += !found_[at(i)];
+    }
+    return close_gaps();
   }
-  sg->tid->count = matches;
-  return matches;
-}
+
+private:
+  static size_t at(int i) { return static_cast<size_t>(i); }
+  const graph *transaction(int i) const {
+    return graph_list_at(transactions_, tids_[i]);
+  }
+
+  // Where the row of the i-th transaction of the bound goes.
+  Image *row(int i) {
+    return sg_->rows ? ksstack_array<Image>(sg_->rows) + at(i) * row_.size()
+                     : row_.data();
+  }
+
+  // Moves what belongs to the transactions found together; returns their number.
+  int close_gaps() {
+    int matches = 0;
+    for (int i = 0; i < n_; i++) {
+      if (!found_[at(i)])
+        continue;
+      tids_[matches] = tids_[i];
+      if (sg_->rows && matches < i)
+        std::copy_n(row(i), row_.size(), row(matches));
+      matches++;
+    }
+    sg_->tid->count = matches;
+    if (sg_->rows)
+      sg_->rows->count = matches;
+    return matches;
+  }
+
+  subgraph *sg_;
+  const ksstack *transactions_;
+  occurrence_finder finder_;
+  int *tids_;
+  int n_; // transactions of the bound
+  xvector<char> found_;
+  xvector<Image> row_; // for rows that are not kept
+  int lost_ = 0; // transactions where a search failed
+};
+
+} // namespace
 
 support_counter::support_counter(const ksstack *transactions)
     : transactions_(transactions), profiles_(transactions),
       budget_(transactions) {}
 
-int support_counter::count(subgraph *sg, const sg_set *prev) {
-  return budget_.image_bytes() == 1
-             ? count_support<uint8_t>(sg, prev, transactions_, profiles_)
-             : count_support<uint16_t>(sg, prev, transactions_, profiles_);
+int support_counter::count(subgraph *sg, const sg_set *prev, int minsup) {
+  if (budget_.image_bytes() == 1)
+    return support_count<uint8_t>(sg, prev, transactions_, profiles_)
+        .count(minsup);
+  return support_count<uint16_t>(sg, prev, transactions_, profiles_)
+      .count(minsup);
 }
 
 int sg_count_support(subgraph *sg, const sg_set *prev,
                      const ksstack *transactions) {
-  return support_counter(transactions).count(sg, prev);
+  return support_counter(transactions).count(sg, prev, 0);
 }
 
 // Frees what only the next size needs.
@@ -185,7 +286,7 @@ sg_set *support_counter::count_frequents(sg_set *cand, sg_set *prev,
   for (sg_ptr &sg : take_records(cand)) {
     budget.add_pattern();
     sg->rows = budget.take_rows(sg.get(), sg_tid_size(sg.get()));
-    const int support = count(sg.get(), prev);
+    const int support = count(sg.get(), prev, minsup);
     if (support < minsup) {
       budget.give_back(sg.get());
       budget.remove_pattern();

@@ -26,8 +26,9 @@ public:
 
   // The exact support of sg, whose tid is a bound before and exact afterwards;
   // prev holds its parents.  Rows of embeddings are filled where sg has been
-  // given an empty stack for them.
-  int count(subgraph *sg, const sg_set *prev);
+  // given an empty stack for them.  A support below minsup may come out even
+  // lower, with as many of its transactions missing from tid.
+  int count(subgraph *sg, const sg_set *prev, int minsup);
 
   // The frequent ones among the candidates: a new sorted set of records with
   // exact TID lists and counts, registered as children of their kept parents in

@@ -1,0 +1,48 @@
+// Candidates by key.
+//
+// A sorted array would move half of what it holds at every insertion, and there
+// can be many more candidates than patterns; so they are looked up by hash and
+// sorted once.
+
+#include "mining/candidate_set.h"
+
+#include <utility>
+
+namespace kestro {
+
+// Where an equal record is, or the free place where sg belongs.
+size_t candidate_set::place_of(const subgraph *sg) const {
+  const size_t mask = table_.size() - 1; // the size is a power of two
+  size_t i = (sg->g->key * size_t{0x9e3779b1}) >> 7 & mask;
+  while (table_[i] && sg_compare(table_[i], sg) != 0)
+    i = (i + 1) & mask;
+  return i;
+}
+
+bool candidate_set::contains(const subgraph *sg) const {
+  return !table_.empty() && table_[place_of(sg)];
+}
+
+void candidate_set::grow() {
+  xvector<const subgraph *> old(table_.empty() ? 256 : 2 * table_.size(),
+                                nullptr);
+  std::swap(old, table_);
+  for (const subgraph *sg : old)
+    if (sg)
+      table_[place_of(sg)] = sg;
+}
+
+void candidate_set::insert(sg_ptr sg) {
+  if (4 * static_cast<size_t>(size()) >= 3 * table_.size())
+    grow();
+  table_[place_of(sg.get())] = sg.get();
+  sg_set_push(records_.get(), std::move(sg));
+}
+
+sg_set *candidate_set::release_sorted() {
+  table_.clear();
+  sg_set_sort(records_.get());
+  return records_.release();
+}
+
+} // namespace kestro

@@ -1,0 +1,31 @@
+// The candidates of one size while they come in.
+#pragma once
+
+#include "base/xmalloc.h"
+#include "mining/sg_set.h"
+
+namespace kestro {
+
+// Records in the order they were accepted, with a hash table by key.
+class candidate_set {
+public:
+  candidate_set() : records_(sg_set_create()) {}
+
+  // Whether a record with an equal graph is in.
+  bool contains(const subgraph *sg) const;
+  // Takes sg, whose graph is in canonical form and not in yet.
+  void insert(sg_ptr sg);
+
+  int size() const { return sg_set_size(records_.get()); }
+  // Ends the set and hands over its records, sorted.
+  sg_set *release_sorted();
+
+private:
+  size_t place_of(const subgraph *sg) const;
+  void grow();
+
+  sg_set_ptr records_;
+  xvector<const subgraph *> table_; // open addressing, null for a free place
+};
+
+} // namespace kestro
