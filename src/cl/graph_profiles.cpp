@@ -10,8 +10,6 @@
 
 #include <algorithm>
 
-#include "graph/graph_list.h"
-
 namespace kestro {
 
 static constexpr size_t counters = 4096;
@@ -50,15 +48,17 @@ static size_t counter_of(int from, int elabel, int to) {
 }
 
 graph_profiles::graph_profiles(const ksstack *graphs)
-    : frequency_(counters, 0) {
+    : graphs_(graphs), frequency_(counters, 0) {
   size_t vertices = 0;
   for (int i = 0; i < graphs->count; i++)
-    vertices += static_cast<size_t>(graph_list_at(graphs, i)->vs);
+    vertices += static_cast<size_t>(graph_at(i)->vs);
   profiles_.reserve(vertices);
-  first_.reserve(static_cast<size_t>(graphs->count));
+  by_label_.reserve(vertices);
+  first_.reserve(static_cast<size_t>(graphs->count) + 1);
   for (int i = 0; i < graphs->count; i++) {
-    const graph *g = graph_list_at(graphs, i);
+    const graph *g = graph_at(i);
     first_.push_back(profiles_.size());
+    add_by_label(g);
     for (int u = 0; u < g->vs; u++) {
       profiles_.push_back(profile_of(g, u));
       for (int j = g->v[u]; j < g->v[u + 1]; j++)
@@ -66,6 +66,29 @@ graph_profiles::graph_profiles(const ksstack *graphs)
                               g->vlabel[g->e[j]])]++;
     }
   }
+  first_.push_back(profiles_.size());
+}
+
+void graph_profiles::add_by_label(const graph *g) {
+  sorted_.clear();
+  for (int u = 0; u < g->vs; u++)
+    sorted_.push_back(static_cast<uint64_t>(g->vlabel[u]) << 32 |
+                      static_cast<uint64_t>(u));
+  std::sort(sorted_.begin(), sorted_.end());
+  for (const uint64_t label_and_vertex : sorted_)
+    by_label_.push_back(static_cast<int>(label_and_vertex & INT32_MAX));
+}
+
+std::span<const int> graph_profiles::vertices(int i, int vlabel) const {
+  const int *labels = graph_at(i)->vlabel;
+  const int *first = by_label_.data() + first_[static_cast<size_t>(i)];
+  const int *last = by_label_.data() + first_[static_cast<size_t>(i) + 1];
+  first = std::lower_bound(first, last, vlabel,
+                           [labels](int w, int x) { return labels[w] < x; });
+  const int *end = first;
+  while (end < last && labels[*end] == vlabel)
+    end++;
+  return {first, end};
 }
 
 int graph_profiles::frequency(int from, int elabel, int to) const {

@@ -2,10 +2,11 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 
 #include "base/ksstack.h"
 #include "base/xmalloc.h"
-#include "graph/graph.h"
+#include "graph/graph_list.h"
 
 namespace kestro {
 
@@ -24,21 +25,30 @@ vertex_profile profile_of(const graph *g, int u);
 // in them.
 class graph_profiles {
 public:
-  // graphs is a graph list.
+  // Borrows graphs, a graph list.
   explicit graph_profiles(const ksstack *graphs);
+
+  const graph *graph_at(int i) const { return graph_list_at(graphs_, i); }
 
   // By vertex of graph i.
   const vertex_profile *of(int i) const {
     return profiles_.data() + first_[static_cast<size_t>(i)];
   }
+  // The vertices of graph i with that label, ascending.
+  std::span<const int> vertices(int i, int vlabel) const;
   // About how often an edge with these labels occurs, seen from its first end;
   // rarer edges share a counter with others at times.
   int frequency(int from, int elabel, int to) const;
 
 private:
+  void add_by_label(const graph *g);
+
+  const ksstack *graphs_;
   xvector<vertex_profile> profiles_; // graph after graph
-  xvector<size_t> first_;      // per graph, where its profiles start
+  xvector<size_t> first_;      // per graph, where its vertices start; the end
+  xvector<int> by_label_;      // per graph, its vertices by label, then id
   xvector<int> frequency_;     // by hash of the labels
+  xvector<uint64_t> sorted_;   // for add_by_label
 };
 
 } // namespace kestro

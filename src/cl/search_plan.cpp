@@ -233,10 +233,24 @@ inline bool search_plan::fits(const plan_step &step, const target &to,
   return true;
 }
 
-bool search_plan::find(const graph *t, const vertex_profile *profiles, int *image) {
-  const int last = pattern_->vs - 1;
+bool search_plan::find(const graph *t, int *image) {
+  return pattern_->vs <= t->vs && find(t, nullptr, nullptr, t->vs, image);
+}
+
+bool search_plan::find(const graph_profiles &profiles, int i, int *image) {
+  const graph *t = profiles.graph_at(i);
   if (pattern_->vs > t->vs)
     return false;
+  const std::span<const int> roots = profiles.vertices(i, steps_[0].vlabel);
+  return find(t, profiles.of(i), roots.data(), static_cast<int>(roots.size()),
+              image);
+}
+
+// Searches t, whose profiles may be null; only the given vertices are tried
+// first of all, or all vertices where roots is null.
+bool search_plan::find(const graph *t, const vertex_profile *profiles,
+                       const int *roots, int root_count, int *image) {
+  const int last = pattern_->vs - 1;
   if (state.used.size() < static_cast<size_t>(t->vs))
     state.used.resize(static_cast<size_t>(t->vs), 0);
   char *const used = state.used.data();
@@ -251,9 +265,9 @@ bool search_plan::find(const graph *t, const vertex_profile *profiles, int *imag
     int at = next_at[depth];
     int w = -1; // the image found
     if (step.anchor == -1) {
-      for (; at < t->vs && w == -1; at++)
-        if (fits(step, to, at))
-          w = at;
+      for (; at < root_count && w == -1; at++)
+        if (const int root = roots ? roots[at] : at; fits(step, to, root))
+          w = root;
     } else {
       const int end = t->v[mapped[step.anchor] + 1];
       for (; at < end && w == -1; at++)

@@ -47,13 +47,16 @@ public:
 
   // Whether the pattern occurs in t, a graph without marks; where, is written
   // to image, by pattern vertex: of all mappings the first in lexicographic
-  // order along the plan's.  profiles are those of t's vertices, or null.
-  bool find(const graph *t, const vertex_profile *profiles, int *image);
-  bool find(const graph *t, int *image) { return find(t, nullptr, image); }
+  // order along the plan's.
+  bool find(const graph *t, int *image);
+  // The same in graph i of a list, sooner.
+  bool find(const graph_profiles &profiles, int i, int *image);
 
 private:
   struct target;
   bool fits(const plan_step &step, const target &to, int w) const;
+  bool find(const graph *t, const vertex_profile *profiles, const int *roots,
+            int root_count, int *image);
 
   const graph *pattern_;
   xvector<plan_step> steps_;

@@ -11,6 +11,7 @@
 #include "mining/candidates.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "base/error.h"
 #include "base/xmalloc.h"
@@ -23,17 +24,16 @@ namespace kestro {
 sg_set *sg_generate_candidates(const sg_set *children, const sg_set *cores) {
   const int k = sg_set_get(children, 0)->g->es / 2 + 1;
   *sg_registration_counts() = {};
-  candidate_set accepted;
-  failed_candidates failed;
-  closure_filter filter(children);
   extension_set made;
   automorphism_cache_ptr automorphisms(automorphism_cache_create());
   derived_parents derived(children, cores, automorphisms.get());
+  registration registry(children, &derived);
   const sg_ptr scratch(sg_create(2 * k, k + 1)); // as large as can be
   scratch->links = sg_links_create(k + 1);
+  for (ksstack **set : {&scratch->child, &scratch->tid, &scratch->cover})
+    ksstack_free(std::exchange(*set, nullptr)); // for those that get so far
   const join_context context = {
-      children, cores, automorphisms.get(),
-      &made,    scratch.get(), {children, &failed, &accepted, &filter, &derived}};
+      children, cores, automorphisms.get(), &made, scratch.get(), &registry};
   for (int p = 0; p < sg_set_size(cores); p++) {
     const subgraph *core = sg_set_get(cores, p);
     const int n = sg_child_size(core);
@@ -41,7 +41,7 @@ sg_set *sg_generate_candidates(const sg_set *children, const sg_set *cores) {
       for (int j = i; j < n; j++)
         sg_join_pair(sg_child_at(core, i), sg_child_at(core, j), p, &context);
   }
-  sg_set_ptr out(accepted.release_sorted());
+  sg_set_ptr out(registry.accepted.release_sorted());
   KESTRO_STRUCTURE(sg_set_check(out.get()));
   stats_set(stats_candidates, k, sg_set_size(out.get()));
   return out.release();
@@ -115,13 +115,13 @@ private:
     if (!context_->made->insert(x) ||
         (x.to != -1 && graph_has_edge(b_->g, x.from, x.to)))
       return;
-    if (!context_->registry.derived->start(x)) {
+    if (!context_->registry->derived->start(x)) {
       sg_count_rejection();
       return;
     }
     build(merge, perm);
     const subgraph *accepted =
-        sg_register_candidate(context_->scratch, &context_->registry);
+        sg_register_candidate(context_->scratch, context_->registry);
     if (accepted && accepted->invariant)
       mark_made(accepted);
   }

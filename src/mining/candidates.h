@@ -21,7 +21,7 @@ struct join_context {
   automorphism_cache *automorphisms;
   extension_set *made;   // joins that need no further look
   subgraph *scratch;     // room for a candidate
-  registration registry; // with derived
+  registration *registry; // with derived
 };
 
 // Joins the patterns a and b of level k-1 through their core with id p, which is

@@ -84,53 +84,39 @@ uint64_t closure_filter::label_without(const graph *g,
   return label;
 }
 
-namespace {
-
-// Depth-first numbers, and the lowest number reachable past each tree edge.
-class bridge_walk {
-public:
-  explicit bridge_walk(const graph *g)
-      : g_(g), number_(static_cast<size_t>(g->vs), 0),
-        low_(static_cast<size_t>(g->vs), 0) {
-    visit(0, -1);
-  }
-  // Whether the graph falls apart without the edge u-w.
-  bool is_bridge(int u, int w) const {
-    const size_t a = static_cast<size_t>(u);
+// Numbers the vertices that u leads to, depth first, and finds the lowest number
+// reachable past each tree edge.
+void edge_finder::visit(int u, int from) {
+  const size_t a = static_cast<size_t>(u);
+  number_[a] = low_[a] = ++count_;
+  for (int j = g_->v[u]; j < g_->v[u + 1]; j++) {
+    const int w = g_->e[j];
     const size_t b = static_cast<size_t>(w);
-    return number_[a] < number_[b] ? low_[b] > number_[a]
-                                   : low_[a] > number_[b];
-  }
-
-private:
-  void visit(int u, int from) {
-    const size_t a = static_cast<size_t>(u);
-    number_[a] = low_[a] = ++count_;
-    for (int j = g_->v[u]; j < g_->v[u + 1]; j++) {
-      const int w = g_->e[j];
-      const size_t b = static_cast<size_t>(w);
-      if (w == from)
-        continue;
-      if (number_[b] == 0) {
-        visit(w, u);
-        low_[a] = std::min(low_[a], low_[b]);
-      } else {
-        low_[a] = std::min(low_[a], number_[b]);
-      }
+    if (w == from)
+      continue;
+    if (number_[b] == 0) {
+      visit(w, u);
+      low_[a] = std::min(low_[a], low_[b]);
+    } else {
+      low_[a] = std::min(low_[a], number_[b]);
     }
   }
+}
 
-  const graph *g_;
-  xvector<int> number_; // by vertex, 0 when not met
-  xvector<int> low_;    // by vertex, the lowest number its subtree reaches
-  int count_ = 0;
-};
+// Whether the graph falls apart without the edge u-w.
+bool edge_finder::is_bridge(int u, int w) const {
+  const size_t a = static_cast<size_t>(u);
+  const size_t b = static_cast<size_t>(w);
+  return number_[a] < number_[b] ? low_[b] > number_[a] : low_[a] > number_[b];
+}
 
-} // namespace
-
-void find_removable_edges(const graph *g, xvector<removable_edge> *edges) {
-  const bridge_walk walk(g);
-  edges->clear();
+const xvector<removable_edge> &edge_finder::removable_edges(const graph *g) {
+  g_ = g;
+  count_ = 0;
+  number_.assign(static_cast<size_t>(g->vs), 0);
+  low_.assign(static_cast<size_t>(g->vs), 0);
+  edges_.clear();
+  visit(0, -1);
   for (int u = 0; u < g->vs; u++) {
     for (int j = g->v[u]; j < g->v[u + 1]; j++) {
       const int w = g->e[j];
@@ -138,10 +124,11 @@ void find_removable_edges(const graph *g, xvector<removable_edge> *edges) {
         continue;
       const bool leaf_u = g->v[u + 1] - g->v[u] == 1;
       const bool leaf_w = g->v[w + 1] - g->v[w] == 1;
-      if (leaf_u != leaf_w || (!leaf_u && !walk.is_bridge(u, w)))
-        edges->push_back({u, w, j});
+      if (leaf_u != leaf_w || (!leaf_u && !is_bridge(u, w)))
+        edges_.push_back({u, w, j});
     }
   }
+  return edges_;
 }
 
 } // namespace kestro

@@ -17,8 +17,22 @@ struct removable_edge {
   int slot; // of w in u's list
 };
 
-// The removable edges of a connected graph without marks, by u, then w.
-void find_removable_edges(const graph *g, xvector<removable_edge> *edges);
+// Finds the removable edges of connected graphs without marks.
+class edge_finder {
+public:
+  // g's, by u, then w; valid until the next call.
+  const xvector<removable_edge> &removable_edges(const graph *g);
+
+private:
+  void visit(int u, int from);
+  bool is_bridge(int u, int w) const;
+
+  const graph *g_ = nullptr;
+  xvector<int> number_; // by vertex, depth-first, 0 when not met
+  xvector<int> low_;    // by vertex, the lowest number its subtree reaches
+  int count_ = 0;
+  xvector<removable_edge> edges_;
+};
 
 // Labels that isomorphic graphs share: sums over hashes of each vertex's
 // surroundings.

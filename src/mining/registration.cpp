@@ -29,56 +29,53 @@ void sg_count_rejection() {
 }
 
 // Fills entry for cand without that edge through its canonical form; false when
-// that is not in prev.
+// that is not in the level below.
 static bool find_by_form(subgraph *cand, const removable_edge &edge,
-                         subgraph *scratch, const sg_set *prev,
-                         sg_parent *entry) {
+                         registration *to, sg_parent *entry) {
+  if (!to->rest || to->rest->g->es < cand->g->es)
+    to->rest.reset(sg_create(cand->g->es, cand->g->es / 2 + 1));
+  graph *rest = to->rest->g;
   graph_mark_edge_between(cand->g, edge.u, edge.w);
-  graph_copy_compacted(cand->g, scratch->g);
+  graph_copy_compacted(cand->g, rest);
   graph_enable_edge_between(cand->g, edge.u, edge.w);
-  cl_canonicalize_graph(scratch->g);
-  entry->pid = sg_set_find(prev, scratch);
+  cl_canonicalize_graph(rest);
+  entry->pid = sg_set_find(to->prev, to->rest.get());
   if (entry->pid == -1)
     return false;
   std::fill_n(entry->map, entry->vs, -1);
-  for (int j = 0; j < scratch->g->vs; j++)
-    entry->map[scratch->g->vid[j]] = j;
+  for (int j = 0; j < rest->vs; j++)
+    entry->map[rest->vid[j]] = j;
   return true;
 }
 
 // Whether cand without any of the edges that derived does not tell about can be
-// in prev, by the filter.
+// in the level below, by the filter.
 static bool can_be_closed(const subgraph *cand,
                           const xvector<removable_edge> &edges,
-                          const registration *to) {
+                          registration *to) {
   for (const removable_edge &edge : edges)
     if (!(to->derived && to->derived->tells(edge)) &&
-        !to->filter->contains(to->filter->label_without(cand->g, edge)))
+        !to->filter.contains(to->filter.label_without(cand->g, edge)))
       return false;
   return true;
 }
 
-// Whether every connected graph that is cand less one edge is in prev; these are
-// entered as cand's parents.
-static bool is_downward_closed(subgraph *cand, const registration *to) {
-  xvector<removable_edge> edges;
-  find_removable_edges(cand->g, &edges);
-  if (to->filter && !can_be_closed(cand, edges, to))
+// Whether every connected graph that is cand less one edge is in the level
+// below; these are entered as cand's parents.
+static bool is_downward_closed(subgraph *cand, registration *to) {
+  const xvector<removable_edge> &edges = to->edges.removable_edges(cand->g);
+  if (!can_be_closed(cand, edges, to))
     return false;
   const int vs = cand->g->vs;
-  sg_ptr scratch;
-  xvector<int> memory(static_cast<size_t>(sg_parent_ints(vs)));
-  auto *entry = reinterpret_cast<sg_parent *>(memory.data());
+  to->memory.resize(static_cast<size_t>(sg_parent_ints(vs)));
+  auto *entry = reinterpret_cast<sg_parent *>(to->memory.data());
   entry->vs = vs;
   for (const removable_edge &edge : edges) {
     entry->u = edge.u;
     entry->v = edge.w;
-    if (!to->derived || !to->derived->find(edge, entry)) {
-      if (!scratch)
-        scratch.reset(sg_create(cand->g->es, vs));
-      if (!find_by_form(cand, edge, scratch.get(), to->prev, entry))
-        return false;
-    }
+    if (!(to->derived && to->derived->find(edge, entry)) &&
+        !find_by_form(cand, edge, to, entry))
+      return false;
     sg_update_parent_info(cand, entry, to->prev);
     sg_add_pid(cand, entry->pid);
     sg_add_link(cand, entry);
@@ -92,17 +89,17 @@ static void clear_parents(subgraph *cand) {
   sg_clear_links(cand);
 }
 
-const subgraph *sg_register_candidate(subgraph *cand, const registration *to) {
+const subgraph *sg_register_candidate(subgraph *cand, registration *to) {
   counts.attempts++;
   clear_parents(cand);
   cl_canonicalize_graph(cand->g);
   cand->invariant = cl_form_is_invariant();
   cand->rigid = cl_form_is_rigid();
-  if (to->failed->contains(cand)) {
+  if (to->failed.contains(cand)) {
     counts.already_rejected++;
     return nullptr;
   }
-  if (to->accepted->contains(cand)) {
+  if (to->accepted.contains(cand)) {
     counts.duplicates++;
     return nullptr;
   }
@@ -111,13 +108,13 @@ const subgraph *sg_register_candidate(subgraph *cand, const registration *to) {
   for (int i = 0; i < cand->g->vs; i++)
     cand->g->vid[i] = i;
   if (!is_downward_closed(cand, to)) {
-    to->failed->insert(cand);
+    to->failed.insert(cand);
     counts.newly_rejected++;
     return nullptr;
   }
   sg_ptr copy(sg_copy(cand));
   const subgraph *accepted = copy.get();
-  to->accepted->insert(std::move(copy));
+  to->accepted.insert(std::move(copy));
   counts.accepted++;
   return accepted;
 }

@@ -22,20 +22,26 @@ registration_counts *sg_registration_counts();
 
 // What candidates of one size are tested against, and where they go.
 struct registration {
-  const sg_set *prev; // the level below
-  failed_candidates *failed;
-  candidate_set *accepted;
-  // These two only save work and may be null: a filter made of prev, and what
-  // is known of the candidate's parents, started on it.
-  closure_filter *filter = nullptr;
-  derived_parents *derived = nullptr;
+  // prev is the level below.  derived, started on each candidate before it is
+  // registered, only saves work and may be null.
+  explicit registration(const sg_set *level, derived_parents *known = nullptr)
+      : prev(level), derived(known), filter(level) {}
+
+  const sg_set *prev;
+  derived_parents *derived;
+  candidate_set accepted;
+  failed_candidates failed;
+  closure_filter filter;
+  edge_finder edges;
+  sg_ptr rest;         // room for a candidate without an edge, null at first
+  xvector<int> memory; // room for a parent entry
 };
 
 // Brings cand into canonical form; unless an equal candidate was met before,
 // tests downward closure: every connected graph that is cand less one edge must
 // be in prev.  If so cand's parents and links are set and a copy is accepted,
 // else a light copy goes to failed.  Returns the accepted copy or null.
-const subgraph *sg_register_candidate(subgraph *cand, const registration *to);
+const subgraph *sg_register_candidate(subgraph *cand, registration *to);
 
 // Counts an attempt for a candidate that was seen to fail before it was built.
 void sg_count_rejection();

@@ -132,41 +132,56 @@ int sg_compare(const subgraph *x, const subgraph *y) {
   return compare_interleaved(a->e, a->elabel, b->e, b->elabel, a->es);
 }
 
-// First int of element i of a set.
+// First int of element i of a set, which has it.
 static int id_at(const ksstack *s, int i) { return ksstack_get<int>(s, i); }
 
-static void add_id(ksstack *s, int id) {
-  const int element[2] = {id, 0}; // wide enough for either width
-  if (!ksstack_bsearch(element, s, compar_int))
-    ksstack_insert_sorted(element, s, compar_int);
+static int size_of(const ksstack *s) { return s ? s->count : 0; }
+
+static void clear(ksstack *s) {
+  if (s)
+    s->count = 0;
 }
 
-int sg_child_size(const subgraph *sg) { return sg->child->count; }
+// Creates the set if it is absent, as those of candidates are.
+static void add_id(ksstack **set, int id) {
+  const int element[2] = {id, 0}; // wide enough for either width
+  if (!*set)
+    *set = ksstack_new(4, int_bytes);
+  if (!ksstack_bsearch(element, *set, compar_int))
+    ksstack_insert_sorted(element, *set, compar_int);
+}
+
+int sg_child_size(const subgraph *sg) { return size_of(sg->child); }
 int sg_child_at(const subgraph *sg, int i) { return id_at(sg->child, i); }
-void sg_add_child(subgraph *sg, int id) { add_id(sg->child, id); }
-void sg_clear_child(subgraph *sg) { sg->child->count = 0; }
+void sg_add_child(subgraph *sg, int id) { add_id(&sg->child, id); }
+void sg_clear_child(subgraph *sg) { clear(sg->child); }
 
-int sg_pid_size(const subgraph *sg) { return sg->pid->count; }
+int sg_pid_size(const subgraph *sg) { return size_of(sg->pid); }
 int sg_pid_at(const subgraph *sg, int i) { return id_at(sg->pid, i); }
-void sg_add_pid(subgraph *sg, int id) { add_id(sg->pid, id); }
-void sg_clear_pid(subgraph *sg) { sg->pid->count = 0; }
+void sg_add_pid(subgraph *sg, int id) { add_id(&sg->pid, id); }
+void sg_clear_pid(subgraph *sg) { clear(sg->pid); }
 
-int sg_tid_size(const subgraph *sg) { return sg->tid->count; }
+int sg_tid_size(const subgraph *sg) { return size_of(sg->tid); }
 int sg_tid_at(const subgraph *sg, int i) { return id_at(sg->tid, i); }
-void sg_add_tid(subgraph *sg, int tid) { add_id(sg->tid, tid); }
-void sg_append_tid(subgraph *sg, int tid) { ksstack_push(&tid, sg->tid); }
-void sg_clear_tid(subgraph *sg) { sg->tid->count = 0; }
+void sg_add_tid(subgraph *sg, int tid) { add_id(&sg->tid, tid); }
+void sg_append_tid(subgraph *sg, int tid) {
+  if (!sg->tid)
+    sg->tid = ksstack_new(1, int_bytes);
+  ksstack_push(&tid, sg->tid);
+}
+void sg_clear_tid(subgraph *sg) { clear(sg->tid); }
 
-int sg_cover_size(const subgraph *sg) { return sg->cover->count; }
+int sg_cover_size(const subgraph *sg) { return size_of(sg->cover); }
 int sg_cover_at(const subgraph *sg, int i) { return id_at(sg->cover, i); }
-void sg_add_cover(subgraph *sg, int id) { add_id(sg->cover, id); }
+void sg_add_cover(subgraph *sg, int id) { add_id(&sg->cover, id); }
 bool sg_in_cover(const subgraph *sg, int id) {
-  return ksstack_bsearch(&id, sg->cover, compar_int) != nullptr;
+  return sg->cover && ksstack_bsearch(&id, sg->cover, compar_int) != nullptr;
 }
 void sg_remove_cover(subgraph *sg, int id) {
-  ksstack_remove_sorted(&id, sg->cover, compar_int);
+  if (sg->cover)
+    ksstack_remove_sorted(&id, sg->cover, compar_int);
 }
-void sg_clear_cover(subgraph *sg) { sg->cover->count = 0; }
+void sg_clear_cover(subgraph *sg) { clear(sg->cover); }
 
 int sg_parent_size(const subgraph *sg) { return sg->parent->count; }
 sg_parent *sg_parent_at(const subgraph *sg, int i) {

@@ -12,7 +12,8 @@ namespace kestro {
 // Header, followed in the same block by the graph.
 //
 // The id sets are ascending and without repeats; an id is a position in the
-// sorted set of its level.  Any of them may be absent (null).
+// sorted set of its level.  Any of them may be absent (null), which is as good as
+// empty; what is added to an absent one creates it.
 struct subgraph {
   graph *g;        // in canonical form once looked up or kept; in this block
   int count;       // transactions that contain it; 0 until counted

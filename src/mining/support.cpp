@@ -161,7 +161,7 @@ public:
       return false;
     if (!plan_)
       plan_ = search_plan::rarest_first(sg_->g, profiles_);
-    if (!plan_->find(t, profiles_.of(tid), image_.data()))
+    if (!plan_->find(profiles_, tid, image_.data()))
       return false;
     std::copy(image_.begin(), image_.end(), row);
     return true;
