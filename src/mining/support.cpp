@@ -32,17 +32,23 @@ public:
   tid_intersection(const sg_set *prev, const ksstack *transactions)
       : prev_(prev), met_(static_cast<size_t>(transactions->count), 0) {}
 
-  // The transactions common to all parents of sg, ascending.
-  const xvector<int> &of(const subgraph *sg) {
+  // The transactions common to all parents of sg, ascending; none where there
+  // are less than minsup.
+  const xvector<int> &of(const subgraph *sg, int minsup) {
     common_.clear();
     const int n = sg_pid_size(sg);
     if (base_ > INT_MAX - n - 1) {
       std::fill(met_.begin(), met_.end(), 0);
       base_ = 0;
     }
-    for (int i = 0; i < n; i++)
+    int i = 0;
+    while (i < n && (i == 0 || left_ >= minsup)) {
       walk(sg_set_get(prev_, sg_pid_at(sg, i))->tid, base_ + i, i == n - 1);
+      i++;
+    }
     base_ += n + 1;
+    if (left_ < minsup)
+      common_.clear();
     return common_;
   }
 
@@ -51,6 +57,7 @@ private:
   // level before; a first list finds any mark of earlier candidates.
   void walk(const ksstack *tid, int level, bool is_last) {
     const int *tids = ksstack_array<int>(tid);
+    left_ = 0;
     for (int j = 0; j < tid->count; j++) {
       int &met = met_[static_cast<size_t>(tids[j])];
       if (met > level)
@@ -58,6 +65,7 @@ private:
       if (met < level && level > base_)
         continue;
       met = level + 1;
+      left_++;
       if (is_last)
         common_.push_back(tids[j]);
     }
@@ -66,6 +74,7 @@ private:
   const sg_set *prev_;
   xvector<int> met_; // by transaction: base_ + lists it was in
   int base_ = 0;     // above all marks of earlier candidates
+  int left_ = 0;     // transactions in all lists so far
   xvector<int> common_;
 };
 
@@ -75,7 +84,7 @@ void sg_intersect_parent_tids(subgraph *sg, const sg_set *prev,
                               const ksstack *transactions) {
   if (!sg->pid)
     die("subgraph.c", "null pid\n");
-  for (const int tid : tid_intersection(prev, transactions).of(sg))
+  for (const int tid : tid_intersection(prev, transactions).of(sg, 0))
     sg_append_tid(sg, tid);
 }
 
@@ -102,7 +111,7 @@ void sg_filter_candidates_by_support(sg_set *cand, const sg_set *prev,
   const int old = sg_set_size(cand);
   tid_intersection intersection(prev, transactions);
   for (sg_ptr &sg : take_records(cand)) {
-    const xvector<int> &common = intersection.of(sg.get());
+    const xvector<int> &common = intersection.of(sg.get(), minsup);
     if (static_cast<int>(common.size()) >= minsup) {
       set_tids(sg.get(), common);
       sg_set_push(cand, std::move(sg));
