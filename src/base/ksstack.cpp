@@ -32,15 +32,20 @@ static size_t buffer_bytes(const ksstack *s) {
          static_cast<size_t>(s->element_size);
 }
 
+// The first buffer follows the header in its block: most stacks never grow.
+static char *first_buffer(ksstack *s) { return reinterpret_cast<char *>(s + 1); }
+
 ksstack *ksstack_new(int capacity, int element_size) {
   assert(capacity > 0 && element_size > 0);
-  xptr<ksstack> s(static_cast<ksstack *>(xmalloc(sizeof(ksstack))));
+  const size_t bytes = (static_cast<size_t>(capacity) + 1) *
+                       static_cast<size_t>(element_size);
+  auto *s = static_cast<ksstack *>(xmalloc(sizeof(ksstack) + bytes));
   s->capacity = capacity;
   s->element_size = element_size;
   s->count = 0;
-  s->buffer = static_cast<char *>(xmalloc(buffer_bytes(s.get())));
+  s->buffer = first_buffer(s);
   s->data = s->buffer + element_size;
-  return s.release();
+  return s;
 }
 
 ksstack *ksstack_copy(const ksstack *s) {
@@ -53,7 +58,8 @@ ksstack *ksstack_copy(const ksstack *s) {
 void ksstack_free(ksstack *s) {
   if (!s)
     return;
-  xfree(s->buffer);
+  if (s->buffer != first_buffer(s))
+    xfree(s->buffer);
   xfree(s);
 }
 
@@ -62,7 +68,13 @@ static void grow(ksstack *s) {
     die_out_of_memory();
   const size_t bytes = (2 * static_cast<size_t>(s->capacity) + 1) *
                        static_cast<size_t>(s->element_size);
-  s->buffer = static_cast<char *>(xrealloc(s->buffer, bytes));
+  if (s->buffer == first_buffer(s)) {
+    char *larger = static_cast<char *>(xmalloc(bytes));
+    memcpy(larger, s->buffer, buffer_bytes(s));
+    s->buffer = larger;
+  } else {
+    s->buffer = static_cast<char *>(xrealloc(s->buffer, bytes));
+  }
   s->data = s->buffer + s->element_size;
   s->capacity *= 2;
 }
@@ -194,11 +206,10 @@ void *ksstack_release(ksstack *s, int *count) {
     ksstack_free(s);
     return nullptr;
   }
-  const size_t bytes = bytes_of(s, s->count);
-  memmove(s->buffer, s->data, bytes);
-  void *array = s->buffer;
-  xfree(s);
-  return xrealloc(array, bytes);
+  void *array = xmalloc(bytes_of(s, s->count));
+  memcpy(array, s->data, bytes_of(s, s->count));
+  ksstack_free(s);
+  return array;
 }
 
 } // namespace kestro

@@ -20,7 +20,8 @@ struct ksstack {
   int element_size; // bytes
   int count;        // elements held
   char *data;       // element 0
-  char *buffer;     // the allocation; element -1 is the scratch slot
+  char *buffer;     // element -1, the scratch slot; behind this header in one
+                    // block until the first growth, then a block of its own
 };
 
 // Element addresses go in and come out as void *; what is not found is a null

@@ -33,11 +33,14 @@ vertex_profile profile_of(const graph *g, int u) {
     const int w = g->e[i];
     const uint32_t first = hash_labels(g->elabel[i], g->vlabel[w]);
     add_to_group(&profile.edges, first);
-    for (int j = g->v[w]; j < g->v[w + 1]; j++)
-      if (g->e[j] != u)
-        add_to_group(&profile.paths,
-                     hash_labels(static_cast<int>(first) + g->elabel[j],
-                                 g->vlabel[g->e[j]]));
+    for (int j = g->v[w]; j < g->v[w + 1]; j++) {
+      if (g->e[j] == u)
+        continue;
+      const uint32_t path = hash_labels(static_cast<int>(first) + g->elabel[j],
+                                        g->vlabel[g->e[j]]);
+      add_to_group(&profile.paths, path);
+      profile.kinds |= uint64_t{1} << (path >> 10 & 63);
+    }
   }
   return profile;
 }

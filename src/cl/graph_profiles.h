@@ -15,8 +15,10 @@ namespace kestro {
 struct vertex_profile {
   uint64_t edges = 0; // its edges
   uint64_t paths = 0; // the paths of two edges that start at it
+  uint64_t kinds = 0; // the kinds of these paths
   bool covers(const vertex_profile &other) const {
-    return ((other.edges & ~edges) | (other.paths & ~paths)) == 0;
+    return ((other.edges & ~edges) | (other.paths & ~paths) |
+            (other.kinds & ~kinds)) == 0;
   }
 };
 vertex_profile profile_of(const graph *g, int u);

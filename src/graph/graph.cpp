@@ -124,13 +124,20 @@ int graph_find_vid(const graph *g, int id) {
   die_of_vid(g, id);
 }
 
+static uint32_t hash_byte(uint32_t h, uint32_t byte) {
+  return h ^ ((h << 5) + (h >> 3) + byte);
+}
+
+// Bytes enter as signed ones, from the least significant.
 static uint32_t hash_ints(uint32_t h, const int *words, int count) {
   for (int i = 0; i < count; i++) {
     const uint32_t word = static_cast<uint32_t>(words[i]);
-    for (int shift = 0; shift < 32; shift += 8) {
-      const auto byte = static_cast<int8_t>(word >> shift);
-      h ^= (h << 5) + (h >> 3) + static_cast<uint32_t>(byte);
+    if (word < 128) { // nearly always
+      h = hash_byte(hash_byte(hash_byte(hash_byte(h, word), 0), 0), 0);
+      continue;
     }
+    for (int shift = 0; shift < 32; shift += 8)
+      h = hash_byte(h, static_cast<uint32_t>(static_cast<int8_t>(word >> shift)));
   }
   return h;
 }

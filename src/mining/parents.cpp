@@ -22,10 +22,17 @@ static int compare_ranks(int x, int y, const sg_set *prev) {
 // The elements of a record laid out for more vertices are wider than the entry.
 static void insert_entry(subgraph *sg, const sg_parent *entry) {
   const size_t width = static_cast<size_t>(sg->parent->element_size);
-  const size_t ints = static_cast<size_t>(sg_parent_ints(entry->vs));
-  xvector<int> element(width / sizeof(int), -1);
-  memcpy(element.data(), entry, ints * sizeof(int));
-  ksstack_insert_sorted(element.data(), sg->parent, compar_int);
+  const size_t bytes =
+      static_cast<size_t>(sg_parent_ints(entry->vs)) * sizeof(int);
+  int small[64] = {}; // enough for nearly all patterns
+  xvector<int> large;
+  int *element = small;
+  if (width > sizeof small) {
+    large.resize(width / sizeof(int));
+    element = large.data();
+  }
+  memcpy(element, entry, bytes);
+  ksstack_insert_sorted(element, sg->parent, compar_int);
 }
 
 void sg_update_parent_info(subgraph *sg, const sg_parent *entry,

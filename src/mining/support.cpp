@@ -41,28 +41,36 @@ public:
       std::fill(met_.begin(), met_.end(), 0);
       base_ = 0;
     }
-    int i = 0;
-    while (i < n && (i == 0 || left_ >= minsup)) {
-      walk(sg_set_get(prev_, sg_pid_at(sg, i))->tid, base_ + i, i == n - 1);
-      i++;
-    }
-    base_ += n + 1;
+    left_ = INT_MAX;
+    int level = base_;
+    base_ += n;
+    // The kept parents are the least frequent ones: most bounds that come out
+    // too low do so with them.
+    for (int i = 0; i < sg_parent_size(sg) && left_ >= minsup; i++)
+      walk(sg_parent_at(sg, i)->pid, level++);
+    for (int i = 0; i < n && left_ >= minsup; i++)
+      if (sg_find_parent(sg, sg_pid_at(sg, i)) == -1)
+        walk(sg_pid_at(sg, i), level++);
+    base_++;
     if (left_ < minsup)
       common_.clear();
     return common_;
   }
 
 private:
-  // Marks the transactions of one more list that all before had, which show
-  // level before; a first list finds any mark of earlier candidates.
-  void walk(const ksstack *tid, int level, bool is_last) {
+  // Marks the transactions of one more parent that all before had, which show
+  // level before; for the first one, any mark of earlier candidates will do.
+  void walk(int pid, int level) {
+    const bool is_first = left_ == INT_MAX;
+    const bool is_last = level + 1 == base_;
+    const ksstack *tid = sg_set_get(prev_, pid)->tid;
     const int *tids = ksstack_array<int>(tid);
     left_ = 0;
     for (int j = 0; j < tid->count; j++) {
       int &met = met_[static_cast<size_t>(tids[j])];
       if (met > level)
         die("subgraph.c", "something wrong\n");
-      if (met < level && level > base_)
+      if (met < level && !is_first)
         continue;
       met = level + 1;
       left_++;
@@ -73,7 +81,7 @@ private:
 
   const sg_set *prev_;
   xvector<int> met_; // by transaction: base_ + lists it was in
-  int base_ = 0;     // above all marks of earlier candidates
+  int base_ = 0;     // above all marks, or the last mark of this candidate
   int left_ = 0;     // transactions in all lists so far
   xvector<int> common_;
 };
