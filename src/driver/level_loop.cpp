@@ -51,7 +51,7 @@ static level_pair mine_first_levels(const mining_run *run) {
 // Size k: moves the pair one level up; cur is null when no candidate is left.
 static void mine_level(const mining_run *run, int k, level_pair *levels) {
   sg_set_ptr cand(
-      sg_generate_candidates(levels->cur.get(), levels->prev.get()));
+      sg_generate_candidates(levels->cur.get(), levels->prev.get(), run->jobs));
   run->receiver->candidates(cand.get());
   run->counter->filter(cand.get(), levels->cur.get());
   levels->prev.reset();

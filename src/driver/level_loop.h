@@ -13,6 +13,7 @@ struct mining_run {
   int minsup;                  // transactions, at least 1
   int minsize;                 // smallest size to report, in edges
   int maxsize;                 // largest size to mine, in edges
+  int jobs;                    // threads to generate candidates on
   level_receiver *receiver;
   candidate_counter *counter;
   progress_listener *progress;

@@ -24,6 +24,7 @@ struct options {
   int load_labels = 0;        // flag: read the label set from a label file
   int save_labels = 0;        // flag: only write the label set
   int min_support_count = -1; // in transactions, once these are read
+  int jobs = 1; // threads to mine on; no command line option sets it
   const char *input_file = nullptr; // FILE, borrowed
   xptr<char> candidates_file;       // names of the outputs, null when there is
   xptr<char> pattern_file;          // none

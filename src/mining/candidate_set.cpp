@@ -39,6 +39,17 @@ void candidate_set::insert(sg_ptr sg) {
   sg_set_push(records_.get(), std::move(sg));
 }
 
+void candidate_set::take_over(candidate_set *other) {
+  for (int i = 0; i < other->size(); i++) {
+    sg_ptr sg(std::exchange(
+        ksstack_array<subgraph *>(other->records_.get())[i], nullptr));
+    if (!contains(sg.get()))
+      insert(std::move(sg));
+  }
+  sg_set_clear(other->records_.get());
+  other->table_.clear();
+}
+
 sg_set *candidate_set::release_sorted() {
   table_.clear();
   sg_set_sort(records_.get());

@@ -16,6 +16,9 @@ public:
   // Takes sg, whose graph is in canonical form and not in yet.
   void insert(sg_ptr sg);
 
+  // Moves over what other has and this has not, and empties other.
+  void take_over(candidate_set *other);
+
   int size() const { return sg_set_size(records_.get()); }
   // Ends the set and hands over its records, sorted.
   sg_set *release_sorted();

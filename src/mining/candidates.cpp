@@ -11,37 +11,100 @@
 #include "mining/candidates.h"
 
 #include <algorithm>
+#include <memory>
 #include <utility>
 
 #include "base/error.h"
+#include "base/parallel.h"
+#include "base/rbtree.h"
 #include "base/xmalloc.h"
+#include "cl/canonical.h"
 #include "graph/edge_marks.h"
 #include "graph/merge.h"
 #include "mining/statistics.h"
 
 namespace kestro {
 
-sg_set *sg_generate_candidates(const sg_set *children, const sg_set *cores) {
-  const int k = sg_set_get(children, 0)->g->es / 2 + 1;
-  *sg_registration_counts() = {};
-  extension_set made;
-  automorphism_cache_ptr automorphisms(automorphism_cache_create());
-  derived_parents derived(children, cores, automorphisms.get());
-  registration registry(children, &derived);
-  const sg_ptr scratch(sg_create(2 * k, k + 1)); // as large as can be
-  scratch->links = sg_links_create(k + 1);
-  for (ksstack **set : {&scratch->child, &scratch->tid, &scratch->cover})
-    ksstack_free(std::exchange(*set, nullptr)); // for those that get so far
-  const join_context context = {
-      children, cores, automorphisms.get(), &made, scratch.get(), &registry};
-  for (int p = 0; p < sg_set_size(cores); p++) {
-    const subgraph *core = sg_set_get(cores, p);
+namespace {
+
+// Joins the children of cores on one thread.
+class joiner {
+public:
+  joiner(const sg_set *children, const sg_set *cores,
+         automorphism_cache *automorphisms, const child_table *table)
+      : derived_(children, cores, automorphisms, table),
+        registry_(children, &derived_),
+        scratch_(sg_create(2 * size_above(children), size_above(children) + 1)),
+        context_{children, cores,          automorphisms,
+                 &made_,   scratch_.get(), &registry_} {
+    scratch_->links = sg_links_create(scratch_->g->vs);
+    // These sets come when a candidate gets so far.
+    for (ksstack **set : {&scratch_->child, &scratch_->tid, &scratch_->cover})
+      ksstack_free(std::exchange(*set, nullptr));
+  }
+
+  void join_children_of(int p) {
+    const subgraph *core = sg_set_get(context_.cores, p);
     const int n = sg_child_size(core);
     for (int i = 0; i < n; i++)
       for (int j = i; j < n; j++)
-        sg_join_pair(sg_child_at(core, i), sg_child_at(core, j), p, &context);
+        sg_join_pair(sg_child_at(core, i), sg_child_at(core, j), p, &context_);
   }
-  sg_set_ptr out(registry.accepted.release_sorted());
+
+  registration *registry() { return &registry_; }
+
+private:
+  // Edges of a pattern one larger than those of a level.
+  static int size_above(const sg_set *level) {
+    return sg_set_get(level, 0)->g->es / 2 + 1;
+  }
+
+  derived_parents derived_;
+  registration registry_;
+  extension_set made_;
+  sg_ptr scratch_; // as large as a candidate can be
+  join_context context_;
+};
+
+} // namespace
+
+static thread_local registration_counts counts;
+
+const registration_counts *sg_registration_counts() { return &counts; }
+
+static void add_counts(const registration_counts &more) {
+  counts.attempts += more.attempts;
+  counts.already_rejected += more.already_rejected;
+  counts.duplicates += more.duplicates;
+  counts.newly_rejected += more.newly_rejected;
+  counts.accepted += more.accepted;
+}
+
+sg_set *sg_generate_candidates(const sg_set *children, const sg_set *cores,
+                               int jobs) {
+  const int k = sg_set_get(children, 0)->g->es / 2 + 1;
+  const int threshold = cl_get_stabilizer_threshold();
+  automorphism_cache_ptr automorphisms(automorphism_cache_create());
+  const child_table table(children, cores, automorphisms.get());
+  xvector<std::unique_ptr<joiner>> joiners(
+      static_cast<size_t>(std::clamp(sg_set_size(cores), 1, std::max(jobs, 1))));
+  for (std::unique_ptr<joiner> &j : joiners)
+    j = std::make_unique<joiner>(children, cores, automorphisms.get(), &table);
+  parallel_for(
+      jobs, sg_set_size(cores),
+      [&](int worker, int p) {
+        cl_set_stabilizer_threshold(threshold); // one per thread
+        joiners[static_cast<size_t>(worker)]->join_children_of(p);
+      },
+      rbt_release_nodes);
+  counts = {};
+  candidate_set *accepted = &joiners[0]->registry()->accepted;
+  for (const std::unique_ptr<joiner> &j : joiners) {
+    add_counts(j->registry()->counts);
+    if (&j->registry()->accepted != accepted)
+      accepted->take_over(&j->registry()->accepted);
+  }
+  sg_set_ptr out(accepted->release_sorted());
   KESTRO_STRUCTURE(sg_set_check(out.get()));
   stats_set(stats_candidates, k, sg_set_size(out.get()));
   return out.release();
@@ -116,7 +179,8 @@ private:
         (x.to != -1 && graph_has_edge(b_->g, x.from, x.to)))
       return;
     if (!context_->registry->derived->start(x)) {
-      sg_count_rejection();
+      context_->registry->counts.attempts++;
+      context_->registry->counts.newly_rejected++;
       return;
     }
     build(merge, perm);

@@ -11,8 +11,12 @@ namespace kestro {
 // The candidates of one size: a new sorted set of records with canonical graph,
 // parents and no support.  children is the level k-1, not empty, cores the
 // level k-2, whose child lists say which children share a core.  Sets the
-// statistics' candidate counter of size k.
-sg_set *sg_generate_candidates(const sg_set *children, const sg_set *cores);
+// statistics' candidate counter of size k.  Works on jobs threads, with the same
+// result for any number of them.
+sg_set *sg_generate_candidates(const sg_set *children, const sg_set *cores,
+                               int jobs = 1);
+// What happened to the candidates of this thread's last generation.
+const registration_counts *sg_registration_counts();
 
 // What joining works on while one size is generated.
 struct join_context {

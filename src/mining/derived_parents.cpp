@@ -18,11 +18,6 @@
 
 namespace kestro {
 
-derived_parents::derived_parents(const sg_set *children, const sg_set *cores,
-                                 automorphism_cache *automorphisms)
-    : children_(children), cores_(cores), automorphisms_(automorphisms),
-      table_(children, cores, automorphisms) {}
-
 // The extension of a link's parent that is the candidate without the link's
 // edge, pattern -1 when x's edge would be left without hold.
 extension derived_parents::part_without(const sg_link *link) const {
@@ -53,7 +48,7 @@ bool derived_parents::start(const extension &x) {
     const extension part = part_without(link);
     if (part.pattern == -1)
       continue;
-    const found_child *found = table_.find(part);
+    const found_child *found = table_->find(part);
     if (!found && sg_set_get(cores_, part.pattern)->invariant)
       return false;
     found_[static_cast<size_t>(l)] = found;

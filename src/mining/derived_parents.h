@@ -9,9 +9,13 @@ namespace kestro {
 
 class derived_parents {
 public:
-  // children is the level of the parents, cores the level below it.
+  // Borrows all: children, the level of the parents, cores, the level below it,
+  // and a table and the cache made of them.
   derived_parents(const sg_set *children, const sg_set *cores,
-                  automorphism_cache *automorphisms);
+                  const automorphism_cache *automorphisms,
+                  const child_table *table)
+      : children_(children), cores_(cores), automorphisms_(automorphisms),
+        table_(table) {}
 
   // Goes on to the candidate that is x's pattern, one of children, plus x's
   // edge; false when a part of it is certainly not in children.
@@ -37,7 +41,7 @@ private:
   const sg_set *children_;
   const sg_set *cores_;
   const automorphism_cache *automorphisms_;
-  child_table table_;
+  const child_table *table_;
   extension x_ = {};
   const subgraph *pattern_ = nullptr;  // x's
   xvector<const found_child *> found_; // by link of pattern: without its edge

@@ -32,9 +32,12 @@ static long long rows_bytes(const subgraph *sg) {
 
 ksstack *embedding_budget::take_rows(const subgraph *sg, int n) {
   const long long bytes = static_cast<long long>(n) * sg->g->vs * width_;
-  if (bytes == 0 || bytes > left_)
+  if (bytes == 0)
     return nullptr;
-  left_ -= bytes;
+  if ((left_ -= bytes) < 0) {
+    left_ += bytes;
+    return nullptr;
+  }
   return ksstack_new(n, sg->g->vs * width_);
 }
 

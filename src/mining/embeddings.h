@@ -2,6 +2,7 @@
 // it occurs, so that a pattern with one edge more needs one edge placed.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 
 #include "base/xmalloc.h"
@@ -15,11 +16,14 @@ namespace kestro {
 // are no rows where a transaction has more than 65,536.
 
 // The memory that rows may take: as much as the transactions themselves, and
-// for each pattern or candidate alive something more.
+// for each pattern or candidate alive something more.  Several threads may use
+// one budget.
 class embedding_budget {
 public:
   // transactions is a graph list.
   explicit embedding_budget(const ksstack *transactions);
+  embedding_budget(const embedding_budget &other)
+      : width_(other.width_), left_(other.left_.load()) {}
   // Bytes of an image, 0 where there are no rows.
   int image_bytes() const { return width_; }
   // Makes room for one more pattern alive, takes it back.
@@ -36,8 +40,8 @@ public:
 private:
   static constexpr long long per_pattern = 896;
 
-  int width_ = 1;      // bytes of an image, 0 for no rows
-  long long left_ = 0; // bytes
+  int width_ = 1; // bytes of an image, 0 for no rows
+  std::atomic<long long> left_ = 0; // bytes
 };
 
 // Row i of a pattern that has rows of that type.

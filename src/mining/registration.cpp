@@ -19,15 +19,6 @@
 
 namespace kestro {
 
-static thread_local registration_counts counts;
-
-registration_counts *sg_registration_counts() { return &counts; }
-
-void sg_count_rejection() {
-  counts.attempts++;
-  counts.newly_rejected++;
-}
-
 // Fills entry for cand without that edge through its canonical form; false when
 // that is not in the level below.
 static bool find_by_form(subgraph *cand, const removable_edge &edge,
@@ -90,17 +81,17 @@ static void clear_parents(subgraph *cand) {
 }
 
 const subgraph *sg_register_candidate(subgraph *cand, registration *to) {
-  counts.attempts++;
+  to->counts.attempts++;
   clear_parents(cand);
   cl_canonicalize_graph(cand->g);
   cand->invariant = cl_form_is_invariant();
   cand->rigid = cl_form_is_rigid();
   if (to->failed.contains(cand)) {
-    counts.already_rejected++;
+    to->counts.already_rejected++;
     return nullptr;
   }
   if (to->accepted.contains(cand)) {
-    counts.duplicates++;
+    to->counts.duplicates++;
     return nullptr;
   }
   if (to->derived)
@@ -109,13 +100,13 @@ const subgraph *sg_register_candidate(subgraph *cand, registration *to) {
     cand->g->vid[i] = i;
   if (!is_downward_closed(cand, to)) {
     to->failed.insert(cand);
-    counts.newly_rejected++;
+    to->counts.newly_rejected++;
     return nullptr;
   }
   sg_ptr copy(sg_copy(cand));
   const subgraph *accepted = copy.get();
   to->accepted.insert(std::move(copy));
-  counts.accepted++;
+  to->counts.accepted++;
   return accepted;
 }
 

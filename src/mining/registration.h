@@ -9,16 +9,14 @@
 
 namespace kestro {
 
-// What happened to the candidates registered by this thread since the last
-// generation began.
+// What happened to candidates.
 struct registration_counts {
-  long long attempts;
-  long long already_rejected; // equal to one that failed before
-  long long duplicates;       // equal to one that was accepted before
-  long long newly_rejected;
-  long long accepted;
+  long long attempts = 0;
+  long long already_rejected = 0; // equal to one that failed before
+  long long duplicates = 0;       // equal to one that was accepted before
+  long long newly_rejected = 0;
+  long long accepted = 0;
 };
-registration_counts *sg_registration_counts();
 
 // What candidates of one size are tested against, and where they go.
 struct registration {
@@ -29,6 +27,7 @@ struct registration {
 
   const sg_set *prev;
   derived_parents *derived;
+  registration_counts counts;
   candidate_set accepted;
   failed_candidates failed;
   closure_filter filter;
@@ -42,8 +41,5 @@ struct registration {
 // be in prev.  If so cand's parents and links are set and a copy is accepted,
 // else a light copy goes to failed.  Returns the accepted copy or null.
 const subgraph *sg_register_candidate(subgraph *cand, registration *to);
-
-// Counts an attempt for a candidate that was seen to fail before it was built.
-void sg_count_rejection();
 
 } // namespace kestro

@@ -14,6 +14,7 @@
 #include <utility>
 
 #include "base/error.h"
+#include "base/parallel.h"
 #include "base/xmalloc.h"
 #include "cl/search_plan.h"
 #include "graph/graph_list.h"
@@ -115,17 +116,28 @@ static void set_tids(subgraph *sg, const xvector<int> &tids) {
 }
 
 void sg_filter_candidates_by_support(sg_set *cand, const sg_set *prev,
-                                     const ksstack *transactions, int minsup) {
+                                     const ksstack *transactions, int minsup,
+                                     int jobs) {
   const int old = sg_set_size(cand);
-  tid_intersection intersection(prev, transactions);
-  for (sg_ptr &sg : take_records(cand)) {
-    const xvector<int> &common = intersection.of(sg.get(), minsup);
-    if (static_cast<int>(common.size()) >= minsup) {
-      set_tids(sg.get(), common);
+  xvector<tid_intersection> intersections(
+      static_cast<size_t>(std::max(jobs, 1)),
+      tid_intersection(prev, transactions));
+  xvector<sg_ptr> records = take_records(cand);
+  parallel_for(
+      jobs, old,
+      [&](int worker, int i) {
+        sg_ptr &sg = records[static_cast<size_t>(i)];
+        const xvector<int> &common =
+            intersections[static_cast<size_t>(worker)].of(sg.get(), minsup);
+        if (static_cast<int>(common.size()) >= minsup)
+          set_tids(sg.get(), common);
+        else
+          sg.reset();
+      },
+      [] {});
+  for (sg_ptr &sg : records)
+    if (sg)
       sg_set_push(cand, std::move(sg));
-    }
-    sg.reset();
-  }
   assert(old >= sg_set_size(cand));
 }
 
@@ -264,8 +276,8 @@ private:
 
 } // namespace
 
-support_counter::support_counter(const ksstack *transactions)
-    : transactions_(transactions), profiles_(transactions),
+support_counter::support_counter(const ksstack *transactions, int jobs)
+    : transactions_(transactions), jobs_(jobs), profiles_(transactions),
       budget_(transactions) {}
 
 int support_counter::count(subgraph *sg, const sg_set *prev, int minsup) {
@@ -278,7 +290,7 @@ int support_counter::count(subgraph *sg, const sg_set *prev, int minsup) {
 
 int sg_count_support(subgraph *sg, const sg_set *prev,
                      const ksstack *transactions) {
-  return support_counter(transactions).count(sg, prev, 0);
+  return support_counter(transactions, 1).count(sg, prev, 0);
 }
 
 // Frees what only the next size needs.
@@ -290,31 +302,42 @@ static void free_rows_and_links(sg_set *level) {
   }
 }
 
+// Counts one candidate; frees it if it is not frequent.
+void support_counter::count_candidate(sg_ptr *cand, const sg_set *prev,
+                                      int minsup, embedding_budget *budget) {
+  subgraph *sg = cand->get();
+  budget->add_pattern();
+  sg->rows = budget->take_rows(sg, sg_tid_size(sg));
+  sg->count = count(sg, prev, minsup);
+  if (sg->count >= minsup)
+    return;
+  budget->give_back(sg);
+  budget->remove_pattern();
+  cand->reset();
+}
+
 sg_set *support_counter::count_frequents(sg_set *cand, sg_set *prev,
                                          int minsup) {
   sg_set_ptr consumed(cand);
   const int k = sg_set_get(prev, 0)->g->es / 2 + 1;
-  sg_set_ptr level(sg_set_create());
-  embedding_budget budget = budget_;
+  embedding_budget budget(budget_);
   for (int i = 0; i < sg_set_size(prev); i++) {
     budget.add_pattern();
     budget.charge(sg_set_get(prev, i));
   }
-  for (sg_ptr &sg : take_records(cand)) {
-    budget.add_pattern();
-    sg->rows = budget.take_rows(sg.get(), sg_tid_size(sg.get()));
-    const int support = count(sg.get(), prev, minsup);
-    if (support < minsup) {
-      budget.give_back(sg.get());
-      budget.remove_pattern();
-      sg.reset();
-      continue;
-    }
-    sg->count = support;
-    sg_set_push(level.get(), std::move(sg));
-  }
+  xvector<sg_ptr> records = take_records(cand);
+  parallel_for(
+      jobs_, static_cast<int>(records.size()),
+      [&](int, int i) {
+        count_candidate(&records[static_cast<size_t>(i)], prev, minsup,
+                        &budget);
+      },
+      search_plan_free_work_area);
+  sg_set_ptr level(sg_set_create());
+  for (sg_ptr &sg : records)
+    if (sg)
+      sg_set_push(level.get(), std::move(sg));
   free_rows_and_links(prev);
-  sg_set_sort(level.get());
   KESTRO_STRUCTURE(sg_set_check(level.get()));
   sg_register_children(level.get(), prev);
   stats_set(stats_frequent, k, sg_set_size(level.get()));
@@ -323,7 +346,7 @@ sg_set *support_counter::count_frequents(sg_set *cand, sg_set *prev,
 
 sg_set *sg_count_frequents(sg_set *cand, sg_set *prev,
                            const ksstack *transactions, int minsup) {
-  return support_counter(transactions).count_frequents(cand, prev, minsup);
+  return support_counter(transactions, 1).count_frequents(cand, prev, minsup);
 }
 
 } // namespace kestro

@@ -13,16 +13,19 @@ void sg_intersect_parent_tids(subgraph *sg, const sg_set *prev,
                               const ksstack *transactions);
 
 // Gives every candidate that bound on its transactions and frees those whose
-// bound is below minsup; the rest stays, sorted.
+// bound is below minsup; the rest stays, sorted.  Works on jobs threads, with
+// the same result for any number of them.
 void sg_filter_candidates_by_support(sg_set *cand, const sg_set *prev,
-                                     const ksstack *transactions, int minsup);
+                                     const ksstack *transactions, int minsup,
+                                     int jobs = 1);
 
 // Counts candidates over transactions; what the searches need to know of these
 // is worked out once.
 class support_counter {
 public:
-  // Borrows transactions, a graph list.
-  explicit support_counter(const ksstack *transactions);
+  // Borrows transactions, a graph list; count_frequents works on jobs threads,
+  // with the same result for any number of them.
+  support_counter(const ksstack *transactions, int jobs);
 
   // The exact support of sg, whose tid is a bound before and exact afterwards;
   // prev holds its parents.  Rows of embeddings are filled where sg has been
@@ -36,7 +39,11 @@ public:
   sg_set *count_frequents(sg_set *cand, sg_set *prev, int minsup);
 
 private:
+  void count_candidate(sg_ptr *cand, const sg_set *prev, int minsup,
+                       embedding_budget *budget);
+
   const ksstack *transactions_;
+  int jobs_;
   graph_profiles profiles_;
   embedding_budget budget_; // with no rows taken
 };

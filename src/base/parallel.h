@@ -1,0 +1,56 @@
+// Independent pieces of work on several threads.
+#pragma once
+
+#include <algorithm>
+#include <atomic>
+#include <exception>
+#include <thread>
+
+#include "base/xmalloc.h"
+
+namespace kestro {
+
+// Calls work(worker, i) for every i from 0 to count - 1.  Each of jobs workers,
+// at least one, has a thread and a number from 0 and takes one i after another;
+// worker 0 is the caller's own thread, so with one worker nothing is started and
+// the order is ascending.  What work throws ends the call once all workers have
+// stopped: of several exceptions that of the smallest i comes out.  A thread
+// calls release() before it ends, for what modules keep per thread.
+template <class Work, class Release>
+void parallel_for(int jobs, int count, Work work, Release release) {
+  std::atomic<int> next = 0;
+  struct failure {
+    int at = 0;
+    std::exception_ptr what;
+  };
+  const int workers = std::max(1, std::min(jobs, count));
+  xvector<failure> failures(static_cast<size_t>(workers));
+  const auto run = [&](int worker) {
+    for (int i; (i = next++) < count;) {
+      try {
+        work(worker, i);
+      } catch (...) {
+        failures[static_cast<size_t>(worker)] = {i, std::current_exception()};
+        next = count;
+      }
+    }
+  };
+  {
+    xvector<std::jthread> threads;
+    threads.reserve(static_cast<size_t>(workers) - 1);
+    for (int worker = 1; worker < workers; worker++)
+      threads.emplace_back([&run, &release, worker] {
+        run(worker);
+        release();
+      });
+    run(0);
+  }
+  const failure *first = nullptr;
+  for (const failure &f : failures)
+    if (f.what && (!first || f.at < first->at))
+      first = &f;
+  if (first)
+    std::rethrow_exception(first->what);
+}
+
+} // namespace kestro
