@@ -2,9 +2,8 @@
 //
 // The fields behind a line's letter are read as sscanf reads "%c %d %d %s",
 // whose leniency is part of the format: blanks anywhere or nowhere, trailing
-// text ignored, numbers beyond an int cut to its width.  Done by hand because a
-// line is parsed several times on its way into a graph, at a tenth of sscanf's
-// cost.
+// text ignored, numbers beyond an int cut to its width.  Done by hand at a
+// tenth of sscanf's cost, with the label left where it stands.
 //
 // A line that stops just before its label used to be scanned again and again
 // with an ever larger label buffer, which can only end in exhausted memory; it
@@ -13,6 +12,7 @@
 #include "graph/graph_line.h"
 
 #include <climits>
+#include <cstring>
 #include <string>
 
 #include "base/error.h"
@@ -87,49 +87,64 @@ static bool read_int(const char **at, int *value) {
     p++;
   if (*p < '0' || *p > '9')
     return false;
+  constexpr unsigned long most = LONG_MAX;
   unsigned long magnitude = 0;
   bool too_large = false;
   for (; *p >= '0' && *p <= '9'; p++) {
-    const unsigned digit = static_cast<unsigned>(*p - '0');
-    too_large |=
-        magnitude > (static_cast<unsigned long>(LONG_MAX) - digit) / 10;
+    const auto digit = static_cast<unsigned long>(*p - '0');
+    if (magnitude >= most / 10)
+      too_large |= magnitude > most / 10 || digit > most % 10;
     magnitude = magnitude * 10 + digit;
   }
   if (too_large)
-    magnitude = negative ? 1UL + LONG_MAX : LONG_MAX;
+    magnitude = negative ? most + 1 : most;
   *value = static_cast<int>(negative ? 0UL - magnitude : magnitude);
   *at = p;
   return true;
 }
 
-// Copies the word behind blanks, or as much of it as label has room for.
-static void read_label(const char *at, char *label, int label_size) {
+// Finds the word behind blanks.
+static void read_label(const char *at, int most_label, graph_line *line) {
   const char *p = skip_blanks(at);
   if (*p == '\0')
     die_out_of_memory();
-  char *const last = label + label_size - 1;
-  while (*p != '\0' && !is_blank(*p) && label < last)
-    *label++ = *p++;
-  *label = '\0';
+  line->label = p;
+  while (*p != '\0' && !is_blank(*p) && p - line->label < most_label)
+    p++;
+  line->label_length = static_cast<int>(p - line->label);
+}
+
+graph_line graph_scan_line(const char *line, int most_label) {
+  graph_line found = {0, 0, 0, 0, nullptr};
+  const char *at;
+  found.kind = classify(line, &at);
+  at++;
+  if (found.kind == graph_line_comment) {
+    found.a = found.b = -1;
+  } else if (found.kind != graph_line_transaction) {
+    if (!read_int(&at, &found.a))
+      die_of_line(line);
+    if (found.kind != graph_line_vertex && !read_int(&at, &found.b))
+      die_of_line(line);
+    read_label(at, most_label, &found);
+  }
+  return found;
 }
 
 int graph_parse_line(const char *line, int *a, int *b, char **label,
                      int *label_size) {
-  const char *at;
-  const int kind = classify(line, &at);
-  at++;
-  if (kind == graph_line_vertex) {
-    if (!read_int(&at, a))
-      die_of_line(line);
-    read_label(at, *label, *label_size);
-  } else if (kind == graph_line_edge) {
-    if (!read_int(&at, a) || !read_int(&at, b))
-      die_of_line(line);
-    read_label(at, *label, *label_size);
-  } else if (kind == graph_line_comment) {
-    *a = *b = -1;
+  const graph_line found = graph_scan_line(line, *label_size - 1);
+  if (found.kind == graph_line_transaction)
+    return found.kind;
+  *a = found.a;
+  if (found.kind != graph_line_vertex)
+    *b = found.b;
+  if (found.label) {
+    const auto length = static_cast<size_t>(found.label_length);
+    memcpy(*label, found.label, length);
+    (*label)[length] = '\0';
   }
-  return kind;
+  return found.kind;
 }
 
 } // namespace kestro
