@@ -61,10 +61,7 @@ public:
         std::min(static_cast<size_t>(limit), static_cast<size_t>(end_ - at_));
     auto *newline = static_cast<char *>(memchr(at_, '\n', most));
     at_ = newline ? newline + 1 : at_ + most;
-    const auto length = static_cast<size_t>(at_ - text);
-    // A shorter piece ends its line wherever zero bytes stand in it.
-    const bool short_one = length + 1 < static_cast<size_t>(limit);
-    return {text, short_one ? length : strnlen(text, length)};
+    return {text, strnlen(text, static_cast<size_t>(at_ - text))};
   }
   void enlarge(int) {}
   char *at() const { return at_; }
@@ -131,6 +128,13 @@ char *text_lines::terminated(char *line) {
 char *text_lines::next(int *size) {
   restore();
   char *const line = at_;
+  const auto left = static_cast<size_t>(end_ - at_);
+  const auto most = std::min(static_cast<size_t>(*size) - 1, left);
+  // A first piece with a newline is a line; nearly all are.
+  if (auto *newline = static_cast<char *>(memchr(at_, '\n', most))) {
+    at_ = newline + 1;
+    return terminated(line);
+  }
   text_pieces pieces(at_, end_);
   const bool found = take_line(pieces, size);
   at_ = pieces.at();

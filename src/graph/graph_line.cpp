@@ -29,7 +29,10 @@ namespace kestro {
 }
 
 // White space as in the C locale, whatever the locale is.
-static bool is_blank(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
+static bool is_blank(char c) {
+  const auto byte = static_cast<unsigned char>(c);
+  return byte <= ' ' && (byte == ' ' || (byte >= '\t' && byte <= '\r'));
+}
 
 static const char *skip_blanks(const char *p) {
   while (is_blank(*p))
@@ -77,28 +80,45 @@ int graph_line_kind(const char *line) {
   return classify(line, &at);
 }
 
-// Reads a decimal number behind blanks and moves *at past it; false, with *at
-// undefined, when there is none.  What exceeds a long is as large as a long can
-// be; of the rest an int keeps the low bits.
-static bool read_int(const char **at, int *value) {
-  const char *p = skip_blanks(*at);
-  const bool negative = *p == '-';
-  if (*p == '-' || *p == '+')
-    p++;
-  if (*p < '0' || *p > '9')
-    return false;
+static unsigned digit_of(char c) {
+  return static_cast<unsigned>(static_cast<unsigned char>(c)) - '0';
+}
+
+// The decimal number at p.  What exceeds a long is as large as a long can be;
+// of the rest an int keeps the low bits.
+static int long_number(const char *p, bool negative) {
   constexpr unsigned long most = LONG_MAX;
   unsigned long magnitude = 0;
   bool too_large = false;
-  for (; *p >= '0' && *p <= '9'; p++) {
-    const auto digit = static_cast<unsigned long>(*p - '0');
+  for (; digit_of(*p) <= 9; p++) {
+    const unsigned long digit = digit_of(*p);
     if (magnitude >= most / 10)
       too_large |= magnitude > most / 10 || digit > most % 10;
     magnitude = magnitude * 10 + digit;
   }
   if (too_large)
     magnitude = negative ? most + 1 : most;
-  *value = static_cast<int>(negative ? 0UL - magnitude : magnitude);
+  return static_cast<int>(negative ? 0UL - magnitude : magnitude);
+}
+
+// Reads a decimal number behind blanks and moves *at past it; false, with *at
+// undefined, when there is none.
+static bool read_int(const char **at, int *value) {
+  const char *p = skip_blanks(*at);
+  const bool negative = *p == '-';
+  if (negative || *p == '+')
+    p++;
+  const char *const first = p;
+  unsigned magnitude = digit_of(*p);
+  if (magnitude > 9)
+    return false;
+  for (unsigned digit; (digit = digit_of(*++p)) <= 9;)
+    magnitude = magnitude * 10 + digit;
+  constexpr int safe_digits = 9; // of which no number exceeds an int
+  if (p - first > safe_digits)
+    *value = long_number(first, negative);
+  else
+    *value = static_cast<int>(negative ? 0U - magnitude : magnitude);
   *at = p;
   return true;
 }
@@ -109,7 +129,8 @@ static void read_label(const char *at, int most_label, graph_line *line) {
   if (*p == '\0')
     die_out_of_memory();
   line->label = p;
-  while (*p != '\0' && !is_blank(*p) && p - line->label < most_label)
+  const char *const last = p + most_label;
+  while (*p != '\0' && !is_blank(*p) && p != last)
     p++;
   line->label_length = static_cast<int>(p - line->label);
 }

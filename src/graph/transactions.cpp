@@ -1,11 +1,11 @@
 // The transaction reader.
 //
-// A text is gone through twice per transaction: to count, so that its graph is
-// allocated once at its exact size, and to parse.  The parsed lines are kept
-// until the vertex ids are known, so that edges may come before their vertices.
-// Counting reads pieces of at most 1,023 characters where parsing reads whole
-// lines; where the two disagree, on over-long lines, checks end the run before
-// anything is written out of bounds.
+// The lines of a transaction are parsed and kept until they are counted, so
+// that its graph is allocated once at its exact size, and until the vertex ids
+// are known, so that edges may come before their vertices.  Where there are
+// over-long lines, counting is a pass of its own, which takes pieces of at most
+// 1,023 characters for lines; where it disagrees with parsing, checks end the
+// run before anything is written out of bounds.
 //
 // Two stable passes, by either end, bring the edges into the order of the
 // graph's slots.  All costs are proportional to the text.
@@ -58,9 +58,10 @@ static void count_transaction(text_lines &lines, int *es, int *vs) {
 }
 
 // Calls visit with every vertex and edge line; leaves the lines at the next
-// "t" line, or where they ended if there was none at all.
+// "t" line, or where they ended if there was none at all.  False if one of them
+// was longer than the pieces that count_transaction() takes.
 template <class Visit>
-static void walk_transaction(text_lines &lines, Visit visit) {
+static bool walk_transaction(text_lines &lines, Visit visit) {
   int size = line_buffer::first_size;
   transaction_end end;
   size_t next = 0; // behind the last line that counts
@@ -74,6 +75,7 @@ static void walk_transaction(text_lines &lines, Visit visit) {
   }
   if (next)
     lines.seek(next);
+  return size == line_buffer::first_size;
 }
 
 // The check's text is a message of its own: it tells of over-long lines.
@@ -93,16 +95,39 @@ transaction_reader::transaction_reader(const label_set *ls)
     : ls_(ls), vertex_labels_(ls->vertex_labels),
       edge_labels_(ls->edge_labels) {}
 
-graph_ptr transaction_reader::read(text_lines &lines) {
+// Collects the lines in lines_ and counts slots and vertices.  Counting comes
+// first where the two differ: its message is the one shown, and its numbers are
+// those that the checks compare.
+void transaction_reader::parse(text_lines &lines, int *es, int *vs) {
   const size_t start = lines.position();
+  const auto recount = [&] {
+    const size_t end = lines.position();
+    lines.seek(start);
+    count_transaction(lines, es, vs);
+    lines.seek(end);
+  };
+  *es = *vs = 0;
+  lines_.clear();
+  bool counted;
+  try {
+    counted = walk_transaction(lines, [&](const graph_line &line) {
+      ++(line.kind == graph_line_vertex ? *vs : *es);
+      lines_.push_back(line);
+    });
+  } catch (const fatal_error &) {
+    recount();
+    throw;
+  }
+  *es *= 2;
+  if (!counted)
+    recount();
+}
+
+graph_ptr transaction_reader::read(text_lines &lines) {
   int es;
   int vs;
-  count_transaction(lines, &es, &vs);
+  parse(lines, &es, &vs);
   graph_ptr g(graph_create(es, vs));
-  lines.seek(start);
-  lines_.clear();
-  walk_transaction(lines,
-                   [&](const graph_line &line) { lines_.push_back(line); });
   set_vertex_ids(lines_, g.get());
   begin(g.get());
   for (const graph_line &line : lines_)

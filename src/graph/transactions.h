@@ -38,6 +38,7 @@ private:
     int label; // edge label id
   };
 
+  void parse(text_lines &lines, int *es, int *vs);
   void begin(graph *g);
   void add_line(const graph_line &line);
   void add_vertex(const graph_line &line);
