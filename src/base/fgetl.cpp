@@ -111,30 +111,8 @@ char *fgetl(char **buffer, int *size, FILE *stream) {
   return take_line(pieces, size) ? *buffer : nullptr;
 }
 
-void text_lines::restore() {
-  if (ended_)
-    *ended_ = replaced_;
-  ended_ = nullptr;
-}
-
-// Ends the line where reading goes on.
-char *text_lines::terminated(char *line) {
-  ended_ = at_;
-  replaced_ = *at_;
-  *at_ = '\0';
-  return line;
-}
-
-char *text_lines::next(int *size) {
-  restore();
+char *text_lines::next_of_pieces(int *size) {
   char *const line = at_;
-  const auto left = static_cast<size_t>(end_ - at_);
-  const auto most = std::min(static_cast<size_t>(*size) - 1, left);
-  // A first piece with a newline is a line; nearly all are.
-  if (auto *newline = static_cast<char *>(memchr(at_, '\n', most))) {
-    at_ = newline + 1;
-    return terminated(line);
-  }
   text_pieces pieces(at_, end_);
   const bool found = take_line(pieces, size);
   at_ = pieces.at();

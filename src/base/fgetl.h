@@ -1,7 +1,9 @@
 // Reading whole lines of any length, from streams and from memory.
 #pragma once
 
+#include <algorithm>
 #include <cstdio>
+#include <cstring>
 #include <memory>
 
 #include "base/file_text.h"
@@ -51,7 +53,18 @@ public:
 
   // The line that fgetl() would read into a buffer of *size bytes, which is
   // enlarged likewise though there is none; null at end of input.
-  char *next(int *size);
+  char *next(int *size) {
+    restore();
+    char *const line = at_;
+    const auto left = static_cast<size_t>(end_ - at_);
+    const auto most = std::min(static_cast<size_t>(*size) - 1, left);
+    // A first piece with a newline is a line; nearly all are.
+    auto *const newline = static_cast<char *>(memchr(at_, '\n', most));
+    if (!newline)
+      return next_of_pieces(size);
+    at_ = newline + 1;
+    return terminated(line);
+  }
   // What fgets() would read into a buffer of size bytes; null at the end.
   char *next_piece(int size);
 
@@ -60,8 +73,19 @@ public:
   void seek(size_t position) { at_ = begin_ + position; }
 
 private:
-  void restore();
-  char *terminated(char *line);
+  char *next_of_pieces(int *size);
+  void restore() {
+    if (ended_)
+      *ended_ = replaced_;
+    ended_ = nullptr;
+  }
+  // Ends the line where reading goes on.
+  char *terminated(char *line) {
+    ended_ = at_;
+    replaced_ = *at_;
+    *at_ = '\0';
+    return line;
+  }
 
   char *begin_;
   char *end_;

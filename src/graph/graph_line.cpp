@@ -12,6 +12,7 @@
 #include "graph/graph_line.h"
 
 #include <climits>
+#include <cstdint>
 #include <cstring>
 #include <string>
 
@@ -30,8 +31,9 @@ namespace kestro {
 
 // White space as in the C locale, whatever the locale is.
 static bool is_blank(char c) {
+  constexpr uint64_t blanks = 1ULL << ' ' | 0x1fULL << '\t'; // \t\n\v\f\r
   const auto byte = static_cast<unsigned char>(c);
-  return byte <= ' ' && (byte == ' ' || (byte >= '\t' && byte <= '\r'));
+  return byte <= ' ' && blanks >> byte & 1;
 }
 
 static const char *skip_blanks(const char *p) {
@@ -64,29 +66,33 @@ static int kind_of(char c) {
   }
 }
 
-// The kind of a line, whose first non-blank character is at *at.
-static int classify(const char *line, const char **at) {
-  *at = skip_blanks(line);
-  if (**at == '\0')
+// The kind of a line, whose first non-blank character is at letter.
+static int classify(const char *line, const char *letter) {
+  if (*letter == '\0')
     die("graph.c", "invalid input line: %s\n", line);
-  const int kind = kind_of(**at);
+  const int kind = kind_of(*letter);
   if (kind == -1)
     die_of_line(line);
   return kind;
 }
 
 int graph_line_kind(const char *line) {
-  const char *at;
-  return classify(line, &at);
+  return classify(line, skip_blanks(line));
 }
 
 static unsigned digit_of(char c) {
   return static_cast<unsigned>(static_cast<unsigned char>(c)) - '0';
 }
 
-// The decimal number at p.  What exceeds a long is as large as a long can be;
-// of the rest an int keeps the low bits.
-static int long_number(const char *p, bool negative) {
+// Reads a number behind its sign at p of a line, if it has one; what follows
+// it.  What exceeds a long is as large as a long can be; of the rest an int
+// keeps the low bits.
+static const char *read_long(const char *line, const char *p, int *value) {
+  const bool negative = *p == '-';
+  if (negative || *p == '+')
+    p++;
+  if (digit_of(*p) > 9)
+    die_of_line(line);
   constexpr unsigned long most = LONG_MAX;
   unsigned long magnitude = 0;
   bool too_large = false;
@@ -98,58 +104,52 @@ static int long_number(const char *p, bool negative) {
   }
   if (too_large)
     magnitude = negative ? most + 1 : most;
-  return static_cast<int>(negative ? 0UL - magnitude : magnitude);
+  *value = static_cast<int>(negative ? 0UL - magnitude : magnitude);
+  return p;
 }
 
-// Reads a decimal number behind blanks and moves *at past it; false, with *at
-// undefined, when there is none.
-static bool read_int(const char **at, int *value) {
-  const char *p = skip_blanks(*at);
-  const bool negative = *p == '-';
-  if (negative || *p == '+')
-    p++;
+// Reads a number behind blanks at p of a line; what follows it.
+static inline const char *read_int(const char *line, const char *p,
+                                   int *value) {
+  constexpr int safe_digits = 9; // of which no number exceeds an int
+  p = skip_blanks(p);
   const char *const first = p;
   unsigned magnitude = digit_of(*p);
   if (magnitude > 9)
-    return false;
+    return read_long(line, first, value);
   for (unsigned digit; (digit = digit_of(*++p)) <= 9;)
     magnitude = magnitude * 10 + digit;
-  constexpr int safe_digits = 9; // of which no number exceeds an int
   if (p - first > safe_digits)
-    *value = long_number(first, negative);
-  else
-    *value = static_cast<int>(negative ? 0U - magnitude : magnitude);
-  *at = p;
-  return true;
+    return read_long(line, first, value);
+  *value = static_cast<int>(magnitude);
+  return p;
 }
 
-// Finds the word behind blanks.
-static void read_label(const char *at, int most_label, graph_line *line) {
-  const char *p = skip_blanks(at);
-  if (*p == '\0')
-    die_out_of_memory();
-  line->label = p;
-  const char *const last = p + most_label;
-  while (*p != '\0' && !is_blank(*p) && p != last)
+// The end of the word at p, or of as much of it as counts.
+static const char *skip_word(const char *p, int most) {
+  const char *const last = p + most;
+  while (p != last && *p != '\0' && !is_blank(*p))
     p++;
-  line->label_length = static_cast<int>(p - line->label);
+  return p;
 }
 
 graph_line graph_scan_line(const char *line, int most_label) {
-  graph_line found = {0, 0, 0, 0, nullptr};
-  const char *at;
-  found.kind = classify(line, &at);
-  at++;
-  if (found.kind == graph_line_comment) {
-    found.a = found.b = -1;
-  } else if (found.kind != graph_line_transaction) {
-    if (!read_int(&at, &found.a))
-      die_of_line(line);
-    if (found.kind != graph_line_vertex && !read_int(&at, &found.b))
-      die_of_line(line);
-    read_label(at, most_label, &found);
-  }
-  return found;
+  const char *const letter = skip_blanks(line);
+  const int kind = classify(line, letter);
+  if (kind == graph_line_comment)
+    return {kind, -1, -1, 0, nullptr};
+  if (kind == graph_line_transaction)
+    return {kind, 0, 0, 0, nullptr};
+  int a;
+  int b = 0;
+  const char *p = read_int(line, letter + 1, &a);
+  if (kind != graph_line_vertex)
+    p = read_int(line, p, &b);
+  const char *const label = skip_blanks(p);
+  if (*label == '\0')
+    die_out_of_memory();
+  const char *const end = skip_word(label, most_label);
+  return {kind, a, b, static_cast<int>(end - label), label};
 }
 
 int graph_parse_line(const char *line, int *a, int *b, char **label,
