@@ -74,11 +74,7 @@ public:
 
 private:
   char *next_of_pieces(int *size);
-  void restore() {
-    if (ended_)
-      *ended_ = replaced_;
-    ended_ = nullptr;
-  }
+  void restore() { *ended_ = replaced_; }
   // Ends the line where reading goes on.
   char *terminated(char *line) {
     ended_ = at_;
@@ -89,8 +85,8 @@ private:
 
   char *begin_;
   char *end_;
-  char *at_;              // what is read next
-  char *ended_ = nullptr; // where a zero stands for replaced_, if anywhere
+  char *at_;                 // what is read next
+  char *ended_ = &replaced_; // where a zero may stand for replaced_
   char replaced_ = '\0';
 };
 

@@ -14,19 +14,11 @@ namespace kestro {
 
 static constexpr size_t longest_int = 11; // characters, sign included
 
-void text_buffer::add(int number) {
+void text_buffer::add_long(int number) {
   make_room(longest_int);
   char *const end = text_.get() + capacity_;
   const auto result = std::to_chars(text_.get() + size_, end, number);
   size_ = static_cast<size_t>(result.ptr - text_.get());
-}
-
-void text_buffer::add(std::string_view text) {
-  make_room(text.size());
-  char *const end = text_.get() + size_;
-  for (size_t i = 0; i < text.size(); i++)
-    end[i] = text[i];
-  size_ += text.size();
 }
 
 void text_buffer::flush() {

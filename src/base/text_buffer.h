@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstdio>
-#include <string_view>
 
 #include "base/xmalloc.h"
 
@@ -23,8 +22,16 @@ public:
     make_room(1);
     text_.get()[size_++] = c;
   }
-  void add(int number); // in decimal
-  void add(std::string_view text);
+  void add(int number) { // in decimal
+    if (number < 0 || number > 9)
+      add_long(number);
+    else
+      add(static_cast<char>('0' + number));
+  }
+  void add(const char *text) {
+    while (*text)
+      add(*text++);
+  }
 
   // Hands all text to the stream, and the stream's to the file.
   void flush();
@@ -37,6 +44,7 @@ private:
       enlarge(bytes);
   }
   void enlarge(size_t bytes);
+  void add_long(int number);
   void hand_over();
 
   FILE *stream_;

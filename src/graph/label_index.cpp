@@ -16,14 +16,13 @@ label_index::label_index() : slots_(first_slots, slot{nullptr, 0, -1}) {}
 
 label_index::label_index(const ksstack *labels) : label_index() {
   for (int i = 0; i < labels->count; i++)
-    intern(ksstack_array<const char *>(labels)[i], i);
+    add(ksstack_array<const char *>(labels)[i], i);
 }
 
-int label_index::add(std::string_view word, int number) {
+void label_index::add(std::string_view word, int number) {
   slots_[slot_of(word)] = {word.data(), word.size(), number};
   if (2 * ++used_ > slots_.size())
     enlarge();
-  return number;
 }
 
 void label_index::enlarge() {

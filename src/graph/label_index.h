@@ -19,11 +19,8 @@ public:
 
   // The number of a word, or -1.
   int find(std::string_view word) const { return slots_[slot_of(word)].number; }
-  // The number of a word, which is the given one if the word is new.
-  int intern(std::string_view word, int number) {
-    const int known = find(word);
-    return known == -1 ? add(word, number) : known;
-  }
+  // Gives a new word its number.
+  void add(std::string_view word, int number);
 
 private:
   struct slot {
@@ -35,7 +32,6 @@ private:
   static size_t hash_of(std::string_view word);
   static bool holds(const slot &s, std::string_view word);
   size_t slot_of(std::string_view word) const;
-  int add(std::string_view word, int number);
   void enlarge();
 
   xvector<slot> slots_; // a power of two of them, at most half in use

@@ -131,9 +131,10 @@ public:
 
   // The word stays where it is until finish().
   void add(std::string_view word) {
-    const int number = labels_->count + static_cast<int>(words_.size());
-    if (index_.intern(word, number) == number)
-      words_.push_back(word);
+    if (index_.find(word) != -1)
+      return;
+    index_.add(word, labels_->count + static_cast<int>(words_.size()));
+    words_.push_back(word);
   }
 
   void finish() {

@@ -184,9 +184,10 @@ void transaction_reader::add_edge(const graph_line &line) {
 }
 
 void transaction_reader::add_record(edge_record record) {
-  if (edges_ < g_->es)
-    records_[static_cast<size_t>(edges_)] = record;
-  edges_++; // counted on beyond the room, for the check at the end
+  const int i =
+      edges_++; // counted on beyond the room, for the check at the end
+  if (i < g_->es)
+    records_[static_cast<size_t>(i)] = record;
 }
 
 // Lays the collected edges out in the graph.
@@ -208,37 +209,45 @@ static void add_up(int *counts, int n) {
 }
 
 void transaction_reader::sort_records_by_to() {
+  by_to_.resize(records_.size());
   next_.assign(static_cast<size_t>(g_->vs) + 1, 0);
+  int *const by_to = by_to_.data();
   int *const next = next_.data();
   for (const edge_record &record : records_)
     next[record.to + 1]++;
   add_up(next, g_->vs);
-  by_to_.resize(records_.size());
-  for (int i = 0; i < edges_; i++)
-    by_to_[static_cast<size_t>(next[records_[static_cast<size_t>(i)].to]++)] =
-        i;
+  int i = 0;
+  for (const edge_record &record : records_)
+    by_to[next[record.to]++] = i++;
 }
 
 // Takes the records by to, so that every neighbour list comes out ascending.
 void transaction_reader::fill_slots() {
-  std::fill(g_->v, g_->v + g_->vs + 1, 0);
+  int *const v = g_->v;
+  std::fill(v, v + g_->vs + 1, 0);
   for (const edge_record &record : records_)
-    g_->v[record.from + 1]++;
-  add_up(g_->v, g_->vs);
-  next_.assign(g_->v, g_->v + g_->vs + 1);
+    v[record.from + 1]++;
+  add_up(v, g_->vs);
+  next_.assign(v, v + g_->vs + 1);
+  int *const next = next_.data();
+  int *const e = g_->e;
+  int *const elabel = g_->elabel;
   for (const int i : by_to_) {
-    const edge_record &record = records_[static_cast<size_t>(i)];
-    const int slot = next_[static_cast<size_t>(record.from)]++;
-    g_->e[slot] = record.to;
-    g_->elabel[slot] = record.label;
+    const edge_record record = records_[static_cast<size_t>(i)];
+    const int slot = next[record.from]++;
+    e[slot] = record.to;
+    elabel[slot] = record.label;
   }
 }
 
 void transaction_reader::refuse_duplicates() const {
-  for (int i = 0; i < g_->vs; i++)
-    for (int j = g_->v[i] + 1; j < g_->v[i + 1]; j++)
-      if (g_->e[j] == g_->e[j - 1])
-        die_of_duplicate(i, g_->e[j]);
+  const int *const e = g_->e;
+  for (int i = 0; i < g_->vs; i++) {
+    const int end = g_->v[i + 1];
+    for (int j = g_->v[i] + 1; j < end; j++)
+      if (e[j] == e[j - 1])
+        die_of_duplicate(i, e[j]);
+  }
 }
 
 // The edge meant is the one with the smallest label, the first of several.  The
