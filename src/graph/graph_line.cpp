@@ -29,15 +29,18 @@ namespace kestro {
       chomp_newlines(text.data()));
 }
 
-// White space as in the C locale, whatever the locale is.
-static bool is_blank(char c) {
-  constexpr uint64_t blanks = 1ULL << ' ' | 0x1fULL << '\t'; // \t\n\v\f\r
+// Characters up to the space as a set of bits.  White space is that of the C
+// locale, whatever the locale is.
+static constexpr uint64_t blanks = 1ULL << ' ' | 0x1fULL << '\t'; // \t\n\v\f\r
+static constexpr uint64_t word_ends = blanks | 1ULL << '\0';
+
+static bool is_in(uint64_t set, char c) {
   const auto byte = static_cast<unsigned char>(c);
-  return byte <= ' ' && blanks >> byte & 1;
+  return byte <= ' ' && set >> byte & 1;
 }
 
 static const char *skip_blanks(const char *p) {
-  while (is_blank(*p))
+  while (is_in(blanks, *p))
     p++;
   return p;
 }
@@ -128,7 +131,7 @@ static inline const char *read_int(const char *line, const char *p,
 // The end of the word at p, or of as much of it as counts.
 static const char *skip_word(const char *p, int most) {
   const char *const last = p + most;
-  while (p != last && *p != '\0' && !is_blank(*p))
+  while (p != last && !is_in(word_ends, *p))
     p++;
   return p;
 }

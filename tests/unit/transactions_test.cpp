@@ -387,7 +387,7 @@ TEST(Transactions, ReaderTakesOneAfterTheOtherOutOfAText) {
   const graph_ptr first = reader.read(lines);
   EXPECT_TRUE(
       same_structure(first.get(), make_graph({0, 2}, {{0, 1, 1}}).get()));
-  EXPECT_EQ(lines.position(), 28u);
+  EXPECT_EQ(lines.position(), 26u);
   EXPECT_EQ(vlabels_of(reader.read(lines).get()), (std::vector<int>{1}));
   EXPECT_EQ(lines.position(), text.size);
 }
