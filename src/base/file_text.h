@@ -9,7 +9,7 @@ namespace kestro {
 
 // The bytes of a file, with room for one more behind them.
 struct file_text {
-  xptr<char> bytes; // owned, size + 1 of them; null when nothing was read
+  xptr<char> bytes; // owned, size + 1 of them; null before reading
   size_t size = 0;  // bytes read
 };
 

@@ -342,6 +342,8 @@ void set_vertex_ids(FILE *stream, graph *g) {
   xvector<graph_line> lines;
   walk_transaction(rest.lines(),
                    [&](const graph_line &line) { lines.push_back(line); });
+  int size = line_buffer::first_size;
+  rest.lines().next(&size); // the next "t" line, if any
   rest.leave();
   set_vertex_ids(lines, g);
 }

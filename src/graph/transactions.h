@@ -27,7 +27,7 @@ public:
   // A new graph of the transaction whose "t" line is next; the lines are left
   // at the next "t" line.
   graph_ptr read(text_lines &lines);
-  // Fills a graph of the right size whose vids are known; lines as above.
+  // Fills a graph of the right size whose vids are the ids; lines as above.
   void fill(text_lines &lines, graph *g);
 
 private:
@@ -76,11 +76,11 @@ graph *graph_read_transaction_file(const char *name, const label_set *ls);
 // Counts its slots and vertices; leaves the stream at the next "t" line.
 void graph_count_transaction(FILE *stream, int *es, int *vs);
 // Stores the ids of all vertex lines in vid, so that edges can refer to
-// vertices whose lines come later.  Fails the check "vertices == g->vs" when
-// their number is not the counted one.
+// vertices whose lines come later; leaves the stream behind the next "t" line.
+// Fails the check "vertices == g->vs" when their number is not the counted one.
 void set_vertex_ids(FILE *stream, graph *g);
-// Fills the rest, sets vid to the vertices' positions, and leaves the stream
-// at the next "t" line.
+// Fills the rest with the help of the ids, sets vid to the vertices' positions,
+// and leaves the stream at the next "t" line.
 void graph_fill_transaction(FILE *stream, graph *g, const label_set *ls);
 
 } // namespace kestro

@@ -368,6 +368,7 @@ TEST(Transactions, VertexIdsAreThoseOfTheFile) {
   const graph_ptr g(graph_create(2, 2));
   set_vertex_ids(stream.get(), g.get());
   EXPECT_EQ(vids_of(g.get()), (std::vector<int>{8, 1}));
+  EXPECT_EQ(ftell(stream.get()), static_cast<long>(text.rfind('v')));
 }
 
 TEST(TransactionsCheck, VertexIdsMustBeAsManyAsCounted) {
