@@ -7,6 +7,7 @@
 #include "driver/run.h"
 
 #include <cmath>
+#include <utility>
 
 #include "base/rbtree.h"
 #include "cl/canonical.h"
@@ -32,15 +33,24 @@ static const char *label_file_name(const char *asked, const options *o,
   return derived->get();
 }
 
-static label_set_ptr obtain_labels(const options *o) {
+// The label set; the input, unless it is not needed for that, is in *input.
+static label_set_ptr obtain_labels(const options *o, file_text *input) {
   if (o->load_labels) {
     xptr<char> derived;
     return label_set_ptr(
         label_set_load(label_file_name(o->load_labels_file, o, &derived)));
   }
   label_set_ptr ls(label_set_create());
-  label_set_build(o->input_file, ls.get());
+  *input = read_file(o->input_file);
+  label_set_build(*input, ls.get());
   return ls;
+}
+
+static graph_list_ptr obtain_transactions(const options *o, file_text input,
+                                          const label_set *ls) {
+  if (!input.bytes)
+    input = read_file(o->input_file);
+  return graph_list_ptr(graph_read_transactions(input, ls));
 }
 
 int min_support_count(double support, int n) {
@@ -56,15 +66,16 @@ int min_support_count(double support, int n) {
 void run_kestro(options *o, FILE *out) {
   if (o->maximal)
     o->parent_children_list = 1; // the selection reads the PC list
-  const label_set_ptr ls = obtain_labels(o);
+  file_text input;
+  const label_set_ptr ls = obtain_labels(o, &input);
   if (o->save_labels) {
     xptr<char> derived;
     label_set_save(ls.get(), label_file_name(o->save_labels_file, o, &derived));
     return;
   }
   cl_set_stabilizer_threshold(o->stabilizer_threshold);
-  const graph_list_ptr transactions(
-      graph_read_transactions(o->input_file, ls.get()));
+  const graph_list_ptr transactions =
+      obtain_transactions(o, std::move(input), ls.get());
   o->min_support_count = min_support_count(o->support, transactions->count);
   mine_frequent_subgraphs(transactions.get(), ls.get(), o, out);
 }

@@ -1,6 +1,8 @@
 // One line of a transaction file: its kind, and what it says.
 #pragma once
 
+#include <cstddef>
+
 namespace kestro {
 
 // The kinds of lines.  An edge kind has bit 2 set; 10 is an edge stored in both
@@ -20,11 +22,26 @@ inline bool graph_line_is_edge(int kind) {
 // with "invalid input line" for any other character, or none.
 int graph_line_kind(const char *line);
 
-// The kind of a line; of a vertex line the id in a, of an edge line the ends in
-// a and b, and the label of either in *label; a and b are -1 for a comment.
-// The label buffer of *label_size bytes is the caller's; a label too long for
-// it is cut.  Dies with "invalid input line" at what cannot be read, and of
-// exhausted memory at a vertex or edge line without a label.
+// What a line says.  Of an edge line a and b are the ends, of a vertex line a
+// is the id; of a comment both are -1.  What a kind has no use for is 0.
+struct graph_line {
+  int kind;
+  int a;
+  int b;
+  int label_length;  // bytes
+  const char *label; // in the line, not terminated; null without one
+};
+
+// The bytes of a label that count.
+constexpr int graph_line_most_label = 1023;
+
+// Reads a line, its label cut after most_label bytes.  Dies with "invalid input
+// line" at what cannot be read, and of exhausted memory at a vertex or edge
+// line without a label.
+graph_line graph_scan_line(const char *line, int most_label);
+
+// The same with the label in *label, a buffer of the caller's with *label_size
+// bytes, by which it is cut; what a kind has no use for is left as it is.
 int graph_parse_line(const char *line, int *a, int *b, char **label,
                      int *label_size);
 

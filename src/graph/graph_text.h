@@ -3,6 +3,7 @@
 
 #include <cstdio>
 
+#include "base/text_buffer.h"
 #include "graph/graph.h"
 #include "graph/label_set.h"
 
@@ -13,5 +14,6 @@ namespace kestro {
 // slots carry different labels is written from either end as a "d" line.  The
 // caller writes the "t" line.
 void graph_save(const graph *g, const label_set *ls, FILE *stream);
+void graph_save(const graph *g, const label_set *ls, text_buffer &out);
 
 } // namespace kestro

@@ -1,19 +1,21 @@
 // Label sets and label files.
 //
-// Either kind is a sorted stack of strings searched by bisection, so building
-// costs a comparison per bit of the set's size and line, and the ids follow
-// from the set alone: the order of lines and repeats do not matter.
+// Either kind is a sorted stack of strings searched by bisection, so the ids
+// follow from the set alone: the order of lines and repeats do not matter.  A
+// transaction file's labels are collected through a hash table, which costs a
+// look-up per line, and sorted once at its end.
 
 #include "graph/label_set.h"
 
 #include <cstdio>
-#include <cstring>
 #include <string>
+#include <string_view>
 
 #include "base/error.h"
 #include "base/fgetl.h"
 #include "base/xmalloc.h"
 #include "graph/graph_line.h"
+#include "graph/label_index.h"
 
 namespace kestro {
 
@@ -45,12 +47,26 @@ void label_set_free(label_set *ls) {
   xfree(ls);
 }
 
+// A new string with the bytes of s.
+static xptr<char> copy_of(std::string_view s) {
+  xptr<char> copy(static_cast<char *>(xmalloc(s.size() + 1)));
+  s.copy(copy.get(), s.size());
+  copy.get()[s.size()] = '\0';
+  return copy;
+}
+
+// Appends a copy of s, wherever it belongs.
+static void push_label(std::string_view s, ksstack *labels) {
+  xptr<char> copy = copy_of(s);
+  const char *address = copy.get();
+  ksstack_push(&address, labels);
+  copy.release();
+}
+
 static void add_label(ksstack *labels, const char *s) {
   if (ksstack_bsearch(&s, labels, compar_str))
     return;
-  const size_t bytes = strlen(s) + 1;
-  xptr<char> copy(static_cast<char *>(xmalloc(bytes)));
-  memcpy(copy.get(), s, bytes);
+  xptr<char> copy = copy_of(s);
   const char *address = copy.get();
   ksstack_insert_sorted(&address, labels, compar_str);
   copy.release();
@@ -106,25 +122,61 @@ int label_set_vertex_labels(const label_set *ls) {
   return ls->vertex_labels->count;
 }
 
-void label_set_build(const char *file, label_set *ls) {
-  file_ptr stream(open_file(file, "r"));
-  line_buffer line;
-  line_buffer label;
-  int a;
-  int b;
-  while (fgetl(line, stream.get())) {
-    const int kind =
-        graph_parse_line(line.text, &a, &b, &label.text, &label.size);
-    if (kind == graph_line_vertex) {
-      label_set_add_vertex_label(ls, label.text);
-    } else if (kind & graph_line_edge_bit) {
-      label_set_add_edge_label(ls, label.text);
-      if (!graph_line_is_edge(kind))
-        die("graph.c", "wrong edge type (%d)\n", kind);
-    } else if (kind != graph_line_comment && kind != graph_line_transaction) {
-      die("graph.c", "something wrong\n%s\n", line.text);
+namespace {
+
+// Collects the new labels of one kind, each once; they join the set together.
+class label_collector {
+public:
+  explicit label_collector(ksstack *labels) : labels_(labels), index_(labels) {}
+
+  // The word stays where it is until finish().
+  void add(std::string_view word) {
+    if (index_.find(word) != -1)
+      return;
+    index_.add(word, labels_->count + static_cast<int>(words_.size()));
+    words_.push_back(word);
+  }
+
+  void finish() {
+    for (const std::string_view word : words_)
+      push_label(word, labels_);
+    ksstack_sort(labels_, compar_str);
+  }
+
+private:
+  ksstack *labels_;
+  label_index index_;
+  xvector<std::string_view> words_;
+};
+
+} // namespace
+
+void label_set_build(const file_text &text, label_set *ls) {
+  text_lines lines(text);
+  int size = line_buffer::first_size;
+  label_collector vertex_labels(ls->vertex_labels);
+  label_collector edge_labels(ls->edge_labels);
+  while (const char *line = lines.next(&size)) {
+    const graph_line found = graph_scan_line(line, graph_line_most_label);
+    const std::string_view label(found.label,
+                                 static_cast<size_t>(found.label_length));
+    if (found.kind == graph_line_vertex) {
+      vertex_labels.add(label);
+    } else if (found.kind & graph_line_edge_bit) {
+      edge_labels.add(label);
+      if (!graph_line_is_edge(found.kind))
+        die("graph.c", "wrong edge type (%d)\n", found.kind);
+    } else if (found.kind != graph_line_comment &&
+               found.kind != graph_line_transaction) {
+      die("graph.c", "something wrong\n%s\n", line);
     }
   }
+  vertex_labels.finish();
+  edge_labels.finish();
+}
+
+void label_set_build(const char *file, label_set *ls) {
+  label_set_build(read_file(file), ls);
 }
 
 label_set *label_set_load(const char *name) {

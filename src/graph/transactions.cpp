@@ -1,32 +1,25 @@
 // The transaction reader.
 //
-// Each transaction is read three times from its "t" line on: to count, so that
-// its graph is allocated once at its exact size; to collect the vertex ids, so
-// that edges may come before their vertices; and to fill the graph.  Between
-// the passes the stream goes back, so no transaction is buffered.  The counting
-// pass reads pieces of at most 1,023 characters where the others read whole
-// lines; where the two disagree, on over-long lines, the checks of the later
-// passes end the run before anything is written out of bounds.
+// The lines of a transaction are parsed and kept until they are counted, so
+// that its graph is allocated once at its exact size, and until the vertex ids
+// are known, so that edges may come before their vertices.  Where there are
+// over-long lines, counting is a pass of its own, which takes pieces of at most
+// 1,023 characters for lines; where it disagrees with parsing, checks end the
+// run before anything is written out of bounds.
+//
+// Two stable passes, by either end, bring the edges into the order of the
+// graph's slots.  All costs are proportional to the text.
 
 #include "graph/transactions.h"
 
 #include <algorithm>
 
 #include "base/error.h"
-#include "base/fgetl.h"
 #include "base/xmalloc.h"
-#include "graph/graph_line.h"
 
 namespace kestro {
 
 namespace {
-
-// A directed edge as read.
-struct edge_record {
-  int from;  // vertex index
-  int to;    // vertex index
-  int label; // edge label id
-};
 
 // Tells where a transaction ends: at its second "t" line.
 class transaction_end {
@@ -45,20 +38,18 @@ private:
 
 } // namespace
 
-void graph_count_transaction(FILE *stream, int *es, int *vs) {
-  char piece[line_buffer::first_size];
+// Counts slots and vertices; leaves the lines at the next "t" line.
+static void count_transaction(text_lines &lines, int *es, int *vs) {
   transaction_end end;
-  fpos_t start;
   *es = *vs = 0;
   for (;;) {
-    fgetpos(stream, &start);
-    if (!fgets(piece, sizeof piece, stream))
+    const size_t start = lines.position();
+    const char *piece = lines.next_piece(line_buffer::first_size);
+    if (!piece)
       return;
     const int kind = graph_line_kind(piece);
-    if (end.reached(kind)) {
-      fsetpos(stream, &start);
-      return;
-    }
+    if (end.reached(kind))
+      return lines.seek(start);
     if (kind == graph_line_vertex)
       ++*vs;
     else if (graph_line_is_edge(kind))
@@ -66,186 +57,301 @@ void graph_count_transaction(FILE *stream, int *es, int *vs) {
   }
 }
 
-void set_vertex_ids(FILE *stream, graph *g) {
-  line_buffer line;
-  line_buffer label;
+// Calls visit with every vertex and edge line; leaves the lines at the next
+// "t" line, or where they ended if there was none at all.  False if one of them
+// was longer than the pieces that count_transaction() takes.
+template <class Visit>
+static bool walk_transaction(text_lines &lines, Visit visit) {
+  int size = line_buffer::first_size;
   transaction_end end;
-  int vertices = 0;
-  int a;
-  int b;
-  while (fgetl(line, stream)) {
-    const int kind =
-        graph_parse_line(line.text, &a, &b, &label.text, &label.size);
-    if (end.reached(kind))
+  size_t next = 0; // behind the last line that counts
+  while (const char *line = lines.next(&size)) {
+    const graph_line found = graph_scan_line(line, graph_line_most_label);
+    if (end.reached(found.kind))
       break;
-    if (kind != graph_line_vertex)
+    if (found.label)
+      visit(found);
+    next = lines.position();
+  }
+  if (next)
+    lines.seek(next);
+  return size == line_buffer::first_size;
+}
+
+// The check's text is a message of its own: it tells of over-long lines.
+static void set_vertex_ids(const xvector<graph_line> &lines, graph *g) {
+  int vertices = 0;
+  for (const graph_line &line : lines) {
+    if (line.kind != graph_line_vertex)
       continue;
     if (vertices < g->vs)
-      g->vid[vertices] = a;
+      g->vid[vertices] = line.a;
     vertices++; // counted on beyond the room, for the check below
   }
   KESTRO_CHECK(vertices == g->vs);
 }
 
+transaction_reader::transaction_reader(const label_set *ls)
+    : ls_(ls), vertex_labels_(ls->vertex_labels),
+      edge_labels_(ls->edge_labels) {}
+
+// Collects the lines in lines_ and counts slots and vertices.  Counting comes
+// first where the two differ: its message is the one shown, and its numbers are
+// those that the checks compare.
+void transaction_reader::parse(text_lines &lines, int *es, int *vs) {
+  const size_t start = lines.position();
+  const auto recount = [&] {
+    const size_t end = lines.position();
+    lines.seek(start);
+    count_transaction(lines, es, vs);
+    lines.seek(end);
+  };
+  *es = *vs = 0;
+  lines_.clear();
+  bool counted;
+  try {
+    counted = walk_transaction(lines, [&](const graph_line &line) {
+      ++(line.kind == graph_line_vertex ? *vs : *es);
+      lines_.push_back(line);
+    });
+  } catch (const fatal_error &) {
+    recount();
+    throw;
+  }
+  *es *= 2;
+  if (!counted)
+    recount();
+}
+
+graph_ptr transaction_reader::read(text_lines &lines) {
+  int es;
+  int vs;
+  parse(lines, &es, &vs);
+  graph_ptr g(graph_create(es, vs));
+  set_vertex_ids(lines_, g.get());
+  begin(g.get());
+  for (const graph_line &line : lines_)
+    add_line(line);
+  finish();
+  return g;
+}
+
+void transaction_reader::fill(text_lines &lines, graph *g) {
+  begin(g);
+  walk_transaction(lines, [&](const graph_line &line) { add_line(line); });
+  finish();
+}
+
+void transaction_reader::begin(graph *g) {
+  g_ = g;
+  vertices_ = edges_ = 0;
+  records_.resize(static_cast<size_t>(g->es));
+  ids_.collect(g);
+}
+
+void transaction_reader::add_line(const graph_line &line) {
+  if (line.kind == graph_line_vertex)
+    add_vertex(line);
+  else
+    add_edge(line);
+}
+
+static std::string_view label_of(const graph_line &line) {
+  return {line.label, static_cast<size_t>(line.label_length)};
+}
+
+void transaction_reader::add_vertex(const graph_line &line) {
+  KESTRO_CHECK(vertices_ < g_->vs);
+  int id = vertex_labels_.find(label_of(line));
+  if (id == -1)
+    id = label_set_vertex_label_id(ls_, std::string(label_of(line)).c_str());
+  g_->vlabel[vertices_++] = id;
+}
+
+void transaction_reader::add_edge(const graph_line &line) {
+  if (line.a == line.b)
+    die("graph.c", "something wrong\n");
+  if (!graph_line_is_edge(line.kind))
+    die("graph.c", "wrong edge type (%d)\n", line.kind);
+  const int from = ids_.find(std::min(line.a, line.b));
+  const int to = ids_.find(std::max(line.a, line.b));
+  int id = edge_labels_.find(label_of(line));
+  if (id == -1)
+    id = label_set_edge_label_id(ls_, std::string(label_of(line)).c_str());
+  add_record({from, to, id});
+  if (line.kind == graph_line_edge)
+    add_record({to, from, id});
+}
+
+void transaction_reader::add_record(edge_record record) {
+  const int i =
+      edges_++; // counted on beyond the room, for the check at the end
+  if (i < g_->es)
+    records_[static_cast<size_t>(i)] = record;
+}
+
+// Lays the collected edges out in the graph.
+void transaction_reader::finish() {
+  KESTRO_CHECK(vertices_ == g_->vs);
+  KESTRO_CHECK(edges_ == g_->es);
+  sort_records_by_to();
+  fill_slots();
+  refuse_duplicates();
+  for (int i = 0; i < g_->vs; i++)
+    g_->vid[i] = i;
+  KESTRO_STRUCTURE(graph_check(g_));
+}
+
+// Turns counts, each stored one place up, into the sums of those in front.
+static void add_up(int *counts, int n) {
+  for (int i = 0; i < n; i++)
+    counts[i + 1] += counts[i];
+}
+
+void transaction_reader::sort_records_by_to() {
+  by_to_.resize(records_.size());
+  next_.assign(static_cast<size_t>(g_->vs) + 1, 0);
+  int *const by_to = by_to_.data();
+  int *const next = next_.data();
+  for (const edge_record &record : records_)
+    next[record.to + 1]++;
+  add_up(next, g_->vs);
+  int i = 0;
+  for (const edge_record &record : records_)
+    by_to[next[record.to]++] = i++;
+}
+
+// Takes the records by to, so that every neighbour list comes out ascending.
+void transaction_reader::fill_slots() {
+  int *const v = g_->v;
+  std::fill(v, v + g_->vs + 1, 0);
+  for (const edge_record &record : records_)
+    v[record.from + 1]++;
+  add_up(v, g_->vs);
+  next_.assign(v, v + g_->vs + 1);
+  int *const next = next_.data();
+  int *const e = g_->e;
+  int *const elabel = g_->elabel;
+  for (const int i : by_to_) {
+    const edge_record record = records_[static_cast<size_t>(i)];
+    const int slot = next[record.from]++;
+    e[slot] = record.to;
+    elabel[slot] = record.label;
+  }
+}
+
+void transaction_reader::refuse_duplicates() const {
+  const int *const e = g_->e;
+  for (int i = 0; i < g_->vs; i++) {
+    const int end = g_->v[i + 1];
+    for (int j = g_->v[i] + 1; j < end; j++)
+      if (e[j] == e[j - 1])
+        die_of_duplicate(i, e[j]);
+  }
+}
+
+// The edge meant is the one with the smallest label, the first of several.  The
+// label shown in the message is the one whose id equals the from index of the
+// record read after it: odd, but what recorded messages show.
+void transaction_reader::die_of_duplicate(int from, int to) const {
+  const edge_record *meant = nullptr;
+  for (const edge_record &x : records_)
+    if (x.from == from && x.to == to && (!meant || x.label < meant->label))
+      meant = &x;
+  const bool last = meant == &records_.back();
+  const int id = last ? 0 : (meant + 1)->from;
+  die("graph.c", "duplicated edges (%d, %d):%s\n", from, to,
+      label_set_edge_label(ls_, id));
+}
+
+// Moves the lines to the next "t" line; false at their end.  Reads as into a
+// buffer of *size bytes.
+static bool seek_transaction(text_lines &lines, int *size) {
+  size_t start;
+  const char *line;
+  do {
+    start = lines.position();
+    line = lines.next(size);
+    if (!line)
+      return false;
+  } while (graph_line_kind(line) != graph_line_transaction);
+  lines.seek(start);
+  return true;
+}
+
+ksstack *graph_read_transactions(const file_text &text, const label_set *ls) {
+  text_lines lines(text);
+  transaction_reader reader(ls);
+  int size = line_buffer::first_size;
+  graph_list_ptr list(graph_list_new());
+  while (seek_transaction(lines, &size))
+    graph_list_push(reader.read(lines), list.get());
+  return list.release();
+}
+
+ksstack *graph_read_transactions(const char *name, const label_set *ls) {
+  return graph_read_transactions(read_file(name), ls);
+}
+
+graph *graph_read_transaction_file(const char *name, const label_set *ls) {
+  const file_text text = read_file(name);
+  text_lines lines(text);
+  int size = line_buffer::first_size;
+  seek_transaction(lines, &size);
+  return transaction_reader(ls).read(lines).release();
+}
+
 namespace {
 
-// Collects the vertex and edge lines of one transaction.
-class transaction_filler {
+// The rest of a stream as lines.
+class stream_lines {
 public:
-  transaction_filler(graph *g, const label_set *ls)
-      : g_(g), ls_(ls), records_(static_cast<size_t>(g->es)) {}
-
-  void add_vertex(int id, const char *label) {
-    KESTRO_CHECK(vertices_ < g_->vs);
-    g_->vlabel[vertices_] = label_set_vertex_label_id(ls_, label);
-    g_->vid[vertices_++] = id;
-  }
-
-  void add_edge(int kind, int a, int b, const char *label) {
-    if (a == b)
-      die("graph.c", "something wrong\n");
-    if (!graph_line_is_edge(kind))
-      die("graph.c", "wrong edge type (%d)\n", kind);
-    const int from = graph_find_vid(g_, std::min(a, b));
-    const int to = graph_find_vid(g_, std::max(a, b));
-    const int id = label_set_edge_label_id(ls_, label);
-    add_record({from, to, id});
-    if (kind == graph_line_edge)
-      add_record({to, from, id});
-  }
-
-  // Lays the collected edges out in the graph.
-  void finish() {
-    KESTRO_CHECK(vertices_ == g_->vs);
-    KESTRO_CHECK(edges_ == g_->es);
-    xvector<const edge_record *> sorted;
-    for (const edge_record &record : records_)
-      sorted.push_back(&record);
-    std::stable_sort(sorted.begin(), sorted.end(), precedes);
-    refuse_duplicates(sorted);
-    fill_slots(sorted);
-    for (int i = 0; i < g_->vs; i++)
-      g_->vid[i] = i;
-    KESTRO_STRUCTURE(graph_check(g_));
+  explicit stream_lines(FILE *stream)
+      : stream_(stream), start_(ftello(stream)), text_(read_text(stream)),
+        lines_(text_) {}
+  text_lines &lines() { return lines_; }
+  // Moves the stream to where the lines are.
+  void leave() {
+    fseeko(stream_, start_ + static_cast<off_t>(lines_.position()), SEEK_SET);
   }
 
 private:
-  void add_record(edge_record record) {
-    if (edges_ < g_->es)
-      records_[static_cast<size_t>(edges_)] = record;
-    edges_++; // counted on beyond the room, for the check at the end
-  }
-
-  static bool precedes(const edge_record *x, const edge_record *y) {
-    if (x->from != y->from)
-      return x->from < y->from;
-    if (x->to != y->to)
-      return x->to < y->to;
-    return x->label < y->label;
-  }
-
-  // The label shown in the message is the one whose id equals the from index
-  // of the record read after the first of the pair: odd, but what recorded
-  // messages show.
-  void refuse_duplicates(const xvector<const edge_record *> &sorted) const {
-    for (size_t i = 0; i + 1 < sorted.size(); i++) {
-      const edge_record *x = sorted[i];
-      if (x->from != sorted[i + 1]->from || x->to != sorted[i + 1]->to)
-        continue;
-      const bool last = x == &records_.back();
-      const int id = last ? 0 : (x + 1)->from;
-      die("graph.c", "duplicated edges (%d, %d):%s\n", x->from, x->to,
-          label_set_edge_label(ls_, id));
-    }
-  }
-
-  void fill_slots(const xvector<const edge_record *> &sorted) {
-    std::fill(g_->v, g_->v + g_->vs + 1, 0);
-    for (size_t i = 0; i < sorted.size(); i++) {
-      g_->e[i] = sorted[i]->to;
-      g_->elabel[i] = sorted[i]->label;
-      g_->v[sorted[i]->from + 1]++;
-    }
-    for (int i = 0; i < g_->vs; i++)
-      g_->v[i + 1] += g_->v[i];
-  }
-
-  graph *g_;
-  const label_set *ls_;
-  xvector<edge_record> records_; // in the order read
-  int vertices_ = 0;
-  int edges_ = 0;
+  FILE *stream_;
+  off_t start_;
+  file_text text_;
+  text_lines lines_;
 };
 
 } // namespace
 
-void graph_fill_transaction(FILE *stream, graph *g, const label_set *ls) {
-  line_buffer line;
-  line_buffer label;
-  transaction_end end;
-  transaction_filler filler(g, ls);
-  int lines = 0;
-  fpos_t next; // the start of the line after the last one that counts
-  int a;
-  int b;
-  while (fgetl(line, stream)) {
-    const int kind =
-        graph_parse_line(line.text, &a, &b, &label.text, &label.size);
-    if (end.reached(kind))
-      break;
-    if (kind == graph_line_vertex)
-      filler.add_vertex(a, label.text);
-    else if (kind & graph_line_edge_bit)
-      filler.add_edge(kind, a, b, label.text);
-    fgetpos(stream, &next);
-    lines++;
-  }
-  filler.finish();
-  if (lines)
-    fsetpos(stream, &next);
-}
-
 graph *graph_read_next_transaction(FILE *stream, const label_set *ls) {
-  fpos_t start;
-  int es;
-  int vs;
-  fgetpos(stream, &start);
-  graph_count_transaction(stream, &es, &vs);
-  graph_ptr g(graph_create(es, vs));
-  fsetpos(stream, &start);
-  set_vertex_ids(stream, g.get());
-  fsetpos(stream, &start);
-  graph_fill_transaction(stream, g.get(), ls);
+  stream_lines rest(stream);
+  graph_ptr g = transaction_reader(ls).read(rest.lines());
+  rest.leave();
   return g.release();
 }
 
-// Moves the stream to the start of the next "t" line; false at its end.
-static bool seek_transaction(FILE *stream, line_buffer &line) {
-  fpos_t start;
-  do {
-    fgetpos(stream, &start);
-    if (!fgetl(line, stream))
-      return false;
-  } while (graph_line_kind(line.text) != graph_line_transaction);
-  fsetpos(stream, &start);
-  return true;
+void graph_count_transaction(FILE *stream, int *es, int *vs) {
+  stream_lines rest(stream);
+  count_transaction(rest.lines(), es, vs);
+  rest.leave();
 }
 
-graph *graph_read_transaction_file(const char *name, const label_set *ls) {
-  file_ptr stream(open_file(name, "r"));
-  line_buffer line;
-  seek_transaction(stream.get(), line);
-  return graph_read_next_transaction(stream.get(), ls);
+void set_vertex_ids(FILE *stream, graph *g) {
+  stream_lines rest(stream);
+  xvector<graph_line> lines;
+  walk_transaction(rest.lines(),
+                   [&](const graph_line &line) { lines.push_back(line); });
+  int size = line_buffer::first_size;
+  rest.lines().next(&size); // the next "t" line, if any
+  rest.leave();
+  set_vertex_ids(lines, g);
 }
 
-ksstack *graph_read_transactions(const char *name, const label_set *ls) {
-  file_ptr stream(open_file(name, "r"));
-  line_buffer line;
-  graph_list_ptr list(graph_list_new());
-  while (seek_transaction(stream.get(), line))
-    graph_list_push(graph_ptr(graph_read_next_transaction(stream.get(), ls)),
-                    list.get());
-  return list.release();
+void graph_fill_transaction(FILE *stream, graph *g, const label_set *ls) {
+  stream_lines rest(stream);
+  transaction_reader(ls).fill(rest.lines(), g);
+  rest.leave();
 }
 
 } // namespace kestro

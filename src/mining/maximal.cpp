@@ -7,11 +7,10 @@
 #include "mining/maximal.h"
 
 #include <cctype>
-#include <cstring>
+#include <string>
 
 #include "base/error.h"
 #include "base/fgetl.h"
-#include "graph/graph_line.h"
 #include "graph/graph_text.h"
 #include "graph/transactions.h"
 #include "mining/statistics.h"
@@ -167,48 +166,52 @@ private:
 
 } // namespace
 
-// Copies the wanted parts of a pattern file to out.
-static void filter_patterns(FILE *patterns, const ksstack *tags,
-                            const label_set *ls, line_buffer &line, FILE *out) {
+// Copies the wanted parts of a pattern file to out.  Lines are read as into a
+// buffer of *size bytes.
+static void filter_patterns(const file_text &patterns, const ksstack *tags,
+                            const label_set *ls, int *size, FILE *out) {
   pattern_filter filter(tags, ls, out);
-  fpos_t start; // of the line read last
+  transaction_reader reader(ls);
+  text_lines lines(patterns);
+  size_t start = 0; // of the line read last
   bool at_graph = false;
   for (;;) {
-    fpos_t here;
-    fgetpos(patterns, &here);
-    if (!fgetl(line, patterns))
+    const size_t here = lines.position();
+    const char *line = lines.next(size);
+    if (!line)
       break;
     start = here;
-    const int c = first_character(line.text);
+    const int c = first_character(line);
     at_graph = c == 't';
     if (c == '#') {
-      fputs(line.text, out);
+      fputs(line, out);
     } else if (at_graph) {
-      fsetpos(patterns, &start);
-      const graph_ptr g(graph_read_next_transaction(patterns, ls));
-      filter.graph_line(line.text, g.get());
+      const std::string header = line; // which ends as reading goes on
+      lines.seek(start);
+      filter.graph_line(header.c_str(), reader.read(lines).get());
     }
   }
   if (!at_graph)
     return;
   // Reading the last graph has passed over the comments behind it.
-  fsetpos(patterns, &start);
-  while (fgetl(line, patterns))
-    if (line.text[0] == '#')
-      fputs(line.text, out);
+  lines.seek(start);
+  while (const char *line = lines.next(size))
+    if (line[0] == '#')
+      fputs(line, out);
 }
 
 void rewrite_pattern_file(const ksstack *tags, const label_set *ls,
                           const char *pattern_file) {
-  file_ptr patterns(open_file(pattern_file, "r"));
+  file_text text = read_file(pattern_file);
   const file_ptr temporary = open_temporary();
-  line_buffer line;
-  filter_patterns(patterns.get(), tags, ls, line, temporary.get());
-  patterns.reset();
-  patterns.reset(open_file(pattern_file, "w"));
+  int size = line_buffer::first_size; // grown by the first pass, kept after it
+  filter_patterns(text, tags, ls, &size, temporary.get());
+  const file_ptr patterns(open_file(pattern_file, "w"));
   rewind(temporary.get());
-  while (fgetl(line, temporary.get()))
-    fputs(line.text, patterns.get());
+  text = read_text(temporary.get());
+  text_lines lines(text);
+  while (const char *line = lines.next(&size))
+    fputs(line, patterns.get());
 }
 
 static void copy_bytes(FILE *from, FILE *to) {

@@ -1,7 +1,8 @@
 // The writers of pattern, TID-list and PC-list files.
 //
 // A pattern is named size-id in all of them: its edges, and its position in its
-// level's set.
+// level's set.  The text goes to the file in large pieces, all of a level by
+// its end.
 
 #include "mining/pattern_output.h"
 
@@ -12,45 +13,59 @@ namespace kestro {
 
 static int size_of(const subgraph *sg) { return sg->g->es / 2; }
 
+static void add_name(int size, int id, text_buffer &out) {
+  out.add(size);
+  out.add('-');
+  out.add(id);
+}
+
 void sg_set_write_patterns(const sg_set *set, const label_set *ls,
                            FILE *stream) {
   if (!stream)
     die("subgraph.c", "no output file specified\n");
+  text_buffer out(stream);
   for (int id = 0; id < sg_set_size(set); id++) {
     const subgraph *sg = sg_set_get(set, id);
-    fprintf(stream, "t # %d-%d, %d\n", size_of(sg), id, sg->count);
-    graph_save(sg->g, ls, stream);
-    fflush(stream);
+    out.add("t # ");
+    add_name(size_of(sg), id, out);
+    out.add(", ");
+    out.add(sg->count);
+    out.add('\n');
+    graph_save(sg->g, ls, out);
   }
-  fflush(stream);
+  out.flush();
 }
 
 void sg_set_write_tid_list(const sg_set *set, FILE *stream) {
   if (!stream)
     die("subgraph.c", "no output file specified\n");
+  text_buffer out(stream);
   for (int id = 0; id < sg_set_size(set); id++) {
     const subgraph *sg = sg_set_get(set, id);
-    fprintf(stream, "%d-%d", size_of(sg), id);
-    for (int i = 0; i < sg_tid_size(sg); i++)
-      fprintf(stream, " %d", sg_tid_at(sg, i));
-    fputc('\n', stream);
-    fflush(stream);
+    add_name(size_of(sg), id, out);
+    for (int i = 0; i < sg_tid_size(sg); i++) {
+      out.add(' ');
+      out.add(sg_tid_at(sg, i));
+    }
+    out.add('\n');
   }
-  fflush(stream);
+  out.flush();
 }
 
 void sg_set_write_pc_list(const sg_set *set, FILE *stream) {
   if (!stream)
     die("subgraph.c", "no output file specified\n");
+  text_buffer out(stream);
   for (int id = 0; id < sg_set_size(set); id++) {
     const subgraph *sg = sg_set_get(set, id);
-    fprintf(stream, "%d-%d", size_of(sg), id);
-    for (int i = 0; i < sg_pid_size(sg); i++)
-      fprintf(stream, " %d-%d", size_of(sg) - 1, sg_pid_at(sg, i));
-    fputc('\n', stream);
-    fflush(stream);
+    add_name(size_of(sg), id, out);
+    for (int i = 0; i < sg_pid_size(sg); i++) {
+      out.add(' ');
+      add_name(size_of(sg) - 1, sg_pid_at(sg, i), out);
+    }
+    out.add('\n');
   }
-  fflush(stream);
+  out.flush();
 }
 
 } // namespace kestro

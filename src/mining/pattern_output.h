@@ -9,7 +9,7 @@
 namespace kestro {
 
 // Every writer dies with "no output file specified" when handed no stream, and
-// flushes it after each pattern.
+// flushes it at the end.
 
 // Per record "t # SIZE-ID, COUNT" and the lines of its graph.
 void sg_set_write_patterns(const sg_set *set, const label_set *ls,

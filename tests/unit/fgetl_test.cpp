@@ -1,10 +1,12 @@
 #include "base/fgetl.h"
 
 #include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 
 #include "support/fatal.h"
+#include "support/graphs.h"
 #include "support/streams.h"
 
 namespace kestro {
@@ -200,6 +202,101 @@ TEST(Fgetl, InputBufferSizeMustBeGreaterThanOne) {
     EXPECT_EQ(fatal_text([&] { in.next(); }),
               "fgetl.c:N: input buffer size must be greater than 1\n");
   }
+}
+
+// A text in memory.
+static file_text text_of(const std::string &content) {
+  const file_ptr stream = reading(content);
+  return content.empty() ? read_file("/dev/null") : read_text(stream.get());
+}
+
+// The strings that text_lines takes out of content.
+static std::vector<std::string> lines_of(const std::string &content, int size) {
+  const file_text text = text_of(content);
+  text_lines lines(text);
+  std::vector<std::string> found;
+  while (const char *line = lines.next(&size))
+    found.emplace_back(line);
+  EXPECT_EQ(lines.next(&size), nullptr);
+  return found;
+}
+
+TEST(TextLines, AreTheLinesOfAText) {
+  using strings = std::vector<std::string>;
+  EXPECT_EQ(lines_of("", 1024), strings{});
+  EXPECT_EQ(lines_of("\n", 1024), strings{"\n"});
+  EXPECT_EQ(lines_of("a\n\nbc", 1024), (strings{"a\n", "\n", "bc"}));
+}
+
+TEST(TextLines, AreThoseThatFgetlReads) {
+  test_rng rng(11);
+  for (int round = 0; round < 3000; round++) {
+    std::string content;
+    for (int n = random_below(rng, 60); n > 0; n--)
+      content += "ab\n"[random_below(rng, 3)];
+    if (random_below(rng, 3) == 0 && !content.empty())
+      content[static_cast<size_t>(
+          random_below(rng, static_cast<int>(content.size())))] = '\0';
+    line_reader reader(content, 2 + random_below(rng, 8));
+    const file_text text = text_of(content);
+    text_lines lines(text);
+    int size = reader.size;
+    if (content.empty())
+      continue; // which no stream in memory can be
+    for (;;) {
+      const char *expected =
+          fgetl(&reader.buffer, &reader.size, reader.stream.get());
+      const char *line = lines.next(&size);
+      ASSERT_EQ(size, reader.size);
+      ASSERT_EQ(line == nullptr, expected == nullptr) << content;
+      if (!line)
+        break;
+      ASSERT_STREQ(line, expected) << content;
+      ASSERT_EQ(static_cast<long>(lines.position()),
+                ftell(reader.stream.get()));
+    }
+  }
+}
+
+TEST(TextLines, PiecesAreThoseThatFgetsReads) {
+  using namespace std::string_literals;
+  const std::string content = "abcdefg\nhi\n\0jklmn\n\n"s;
+  for (int size = 2; size < 12; size++) {
+    const file_text text = text_of(content);
+    text_lines lines(text);
+    const file_ptr stream = reading(content);
+    char piece[16];
+    while (fgets(piece, size, stream.get())) {
+      ASSERT_STREQ(lines.next_piece(size), piece);
+      ASSERT_EQ(static_cast<long>(lines.position()), ftell(stream.get()));
+    }
+    EXPECT_EQ(lines.next_piece(size), nullptr);
+  }
+}
+
+TEST(TextLines, SeekGoesBackToTheSameLines) {
+  const file_text text = text_of("one\ntwo\nthree\n");
+  text_lines lines(text);
+  int size = 1024;
+  lines.next(&size);
+  const size_t second = lines.position();
+  EXPECT_STREQ(lines.next(&size), "two\n");
+  lines.next(&size);
+  lines.seek(second);
+  EXPECT_STREQ(lines.next(&size), "two\n");
+  EXPECT_STREQ(lines.next(&size), "three\n");
+}
+
+TEST(TextLines, TextIsAsItWasWhenTheReaderEnds) {
+  const std::string content = "one\ntwo\nthree";
+  const file_text text = text_of(content);
+  {
+    text_lines lines(text);
+    int size = 1024;
+    EXPECT_STREQ(lines.next(&size), "one\n");
+    EXPECT_STREQ(text.bytes.get(), "one\n");
+  }
+  EXPECT_EQ(std::string(text.bytes.get(), text.size), content);
 }
 
 } // namespace kestro

@@ -217,6 +217,35 @@ TEST(GraphLine, WidthIsThatOfTheCallersBuffer) {
   EXPECT_EQ(size, 8);
 }
 
+TEST(GraphLine, ScannedLabelStandsInTheLine) {
+  const char text[] = " v 12 label and more\n";
+  const graph_line line = graph_scan_line(text, 1023);
+  EXPECT_EQ(line.kind, graph_line_vertex);
+  EXPECT_EQ(line.a, 12);
+  EXPECT_EQ(line.b, 0);
+  EXPECT_EQ(line.label, text + 6);
+  EXPECT_EQ(line.label_length, 5);
+  EXPECT_EQ(graph_scan_line(text, 3).label_length, 3);
+  EXPECT_EQ(graph_scan_line("u 3 -4 s", 1023).b, -4);
+}
+
+TEST(GraphLine, ScannedCommentsAndHeadersHaveNoLabel) {
+  EXPECT_EQ(graph_scan_line("# v 1 C\n", 1023).label, nullptr);
+  EXPECT_EQ(graph_scan_line("# v 1 C\n", 1023).a, -1);
+  EXPECT_EQ(graph_scan_line("t # 1 C\n", 1023).label, nullptr);
+  EXPECT_EQ(graph_scan_line("t # 1 C\n", 1023).a, 0);
+}
+
+TEST(GraphLine, NumbersOfAnyLength) {
+  EXPECT_EQ(parsed("v 999999999 C").a, 999999999);
+  EXPECT_EQ(parsed("v -2147483648 C").a, INT_MIN);
+  EXPECT_EQ(parsed("v 0000000000000000000000012 C").a, 12);
+  EXPECT_EQ(parsed("v 4294967301 C").a, 5); // the low 32 bits
+  EXPECT_EQ(parsed("v 9223372036854775807 C").a, -1);
+  EXPECT_EQ(parsed("v 9223372036854775808 C").a, -1);
+  EXPECT_EQ(parsed("v -9223372036854775809 C").a, 0);
+}
+
 TEST(GraphLineFatal, LineWithoutACharacterIsQuotedAsRead) {
   EXPECT_EQ(fatal_text([] { graph_line_kind("\n"); }),
             "graph.c:N: invalid input line: \n\n");

@@ -244,4 +244,31 @@ TEST(LabelSetFatal, LoadOfALineWithoutALabelTellsItsNumber) {
             "graph.c:N: wrong formatted line at 1\n");
 }
 
+TEST(LabelSet, BuildFromATextInMemory) {
+  const temp_file file("t\nv 0 O\nv 1 C\nu 0 1 s\n");
+  const file_text text = read_file(file.path());
+  const label_set_ptr ls(label_set_create());
+  label_set_build(text, ls.get());
+  EXPECT_EQ(vertex_labels_of(ls), (std::vector<std::string>{"C", "O"}));
+  EXPECT_EQ(edge_labels_of(ls), (std::vector<std::string>{"s"}));
+}
+
+TEST(LabelSet, BuildOfManyLabelsIsSorted) {
+  std::string text = "t\n";
+  for (int i = 0; i < 3000; i++)
+    text += "v 0 " + std::to_string(i * 7 % 1000 + 1000) + "\n";
+  const label_set_ptr ls = built(text);
+  ASSERT_EQ(label_set_vertex_labels(ls.get()), 1000);
+  for (int i = 0; i < 1000; i++)
+    EXPECT_EQ(label_set_vertex_label(ls.get(), i), std::to_string(1000 + i));
+}
+
+TEST(LabelSetFatal, FailedBuildLeavesTheSetAsItWas) {
+  const temp_file file("v 0 b\nx\n");
+  const label_set_ptr ls = label_set_of({}, {"a"});
+  EXPECT_EQ(fatal_text([&] { label_set_build(file.path(), ls.get()); }),
+            "graph.c:N: invalid input line 'x'\n");
+  EXPECT_EQ(vertex_labels_of(ls), (std::vector<std::string>{"a"}));
+}
+
 } // namespace kestro

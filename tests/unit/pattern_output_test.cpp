@@ -6,6 +6,7 @@
 #include "support/label_sets.h"
 #include "support/records.h"
 #include "support/streams.h"
+#include "support/temp_file.h"
 
 namespace kestro {
 
@@ -55,6 +56,37 @@ TEST(PatternOutput, EmptyLevelWritesNothing) {
               sg_set_write_pc_list(s.get(), out);
             }),
             "");
+}
+
+TEST(PatternOutput, LongTidListsAreWrittenWhole) {
+  std::vector<int> tids;
+  std::string expected = "1-0";
+  for (int tid = 0; tid < 60000; tid += 3) {
+    tids.push_back(tid);
+    expected += " " + std::to_string(tid);
+  }
+  sg_set_ptr s(sg_set_create());
+  sg_ptr sg = record_of(make_graph({0, 0}, {{0, 1, 0}}));
+  set_tids(sg.get(), tids);
+  sg_set_push(s.get(), std::move(sg));
+  EXPECT_EQ(
+      written_text([&](FILE *out) { sg_set_write_tid_list(s.get(), out); }),
+      expected + "\n");
+}
+
+TEST(PatternOutputFatal, LinesInFrontOfAFailureAreWritten) {
+  sg_set_ptr s = level();
+  sg_set_get(s.get(), 1)->g->vlabel[1] = 9;
+  const temp_file file;
+  {
+    const file_ptr out(open_file(file.path(), "w"));
+    EXPECT_EQ(fatal_text([&] {
+                sg_set_write_patterns(s.get(), labels().get(), out.get());
+              }),
+              "stack.c:N: invalid index\n");
+  }
+  EXPECT_EQ(file.text(), "t # 2-0, 12\nv 0 O\nv 1 C\nv 2 C\nu 0 1 d\nu 0 2 s\n"
+                         "t # 2-1, 0\nv 0 C\n");
 }
 
 TEST(PatternOutputFatal, NoStream) {

@@ -368,6 +368,7 @@ TEST(Transactions, VertexIdsAreThoseOfTheFile) {
   const graph_ptr g(graph_create(2, 2));
   set_vertex_ids(stream.get(), g.get());
   EXPECT_EQ(vids_of(g.get()), (std::vector<int>{8, 1}));
+  EXPECT_EQ(ftell(stream.get()), static_cast<long>(text.rfind('v')));
 }
 
 TEST(TransactionsCheck, VertexIdsMustBeAsManyAsCounted) {
@@ -377,6 +378,53 @@ TEST(TransactionsCheck, VertexIdsMustBeAsManyAsCounted) {
   EXPECT_EQ(check_text([&] { set_vertex_ids(stream.get(), g.get()); }),
             "transactions.cpp:N: set_vertex_ids: Assertion `vertices == g->vs' "
             "failed.\n");
+}
+
+TEST(Transactions, ReaderTakesOneAfterTheOtherOutOfAText) {
+  const temp_file file("t\nv 8 C\nv 2 O\nu 2 8 s\n# x\nt\nv 0 N\n");
+  const file_text text = read_file(file.path());
+  text_lines lines(text);
+  transaction_reader reader(labels());
+  const graph_ptr first = reader.read(lines);
+  EXPECT_TRUE(
+      same_structure(first.get(), make_graph({0, 2}, {{0, 1, 1}}).get()));
+  EXPECT_EQ(lines.position(), 26u);
+  EXPECT_EQ(vlabels_of(reader.read(lines).get()), (std::vector<int>{1}));
+  EXPECT_EQ(lines.position(), text.size);
+}
+
+TEST(Transactions, FillNeedsTheIdsOnly) {
+  const std::string text = "t\nv 8 C\nv 2 O\nu 2 8 s\nt\n";
+  const file_ptr stream = reading(text);
+  const graph_ptr g(graph_create(2, 2));
+  g->vid[0] = 8;
+  g->vid[1] = 2;
+  graph_fill_transaction(stream.get(), g.get(), labels());
+  EXPECT_TRUE(same_structure(g.get(), make_graph({0, 2}, {{0, 1, 1}}).get()));
+  EXPECT_EQ(vids_of(g.get()), (std::vector<int>{0, 1}));
+  EXPECT_EQ(ftell(stream.get()), static_cast<long>(text.rfind('t')));
+}
+
+TEST(TransactionsFatal, LetterOfALaterLineComesBeforeTheFieldsOfAnEarlier) {
+  EXPECT_EQ(failure_of("t\nv zero C\nx\n"),
+            "graph.c:N: invalid input line 'x'\n");
+  EXPECT_EQ(failure_of("t\nv 0\nx\n"), "graph.c:N: invalid input line 'x'\n");
+  // But not that of another transaction.
+  EXPECT_EQ(failure_of("t\nv zero C\nt\nx\n"),
+            "graph.c:N: invalid input line 'v zero C'\n");
+}
+
+TEST(TransactionsFatal, FieldsOfALaterLineComeBeforeTheSenseOfAnEarlier) {
+  EXPECT_EQ(failure_of("t\nv 0 unknown\nv zero C\n"),
+            "graph.c:N: invalid input line 'v zero C'\n");
+  EXPECT_EQ(failure_of("t\nu 2 2 s\nu 1\n"),
+            "graph.c:N: invalid input line 'u 1'\n");
+}
+
+TEST(TransactionsFatal, LaterTransactionsAreAsStrict) {
+  EXPECT_NE(failure_of("t\nv 0 C\nv 1 C\nu 0 1 s\nt\nv 3 C\nu 0 3 s\n")
+                .find("can't find a vid '0'"),
+            std::string::npos);
 }
 
 } // namespace kestro

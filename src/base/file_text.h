@@ -1,0 +1,22 @@
+// Whole files in memory.
+#pragma once
+
+#include <cstdio>
+
+#include "base/xmalloc.h"
+
+namespace kestro {
+
+// The bytes of a file, with room for one more behind them.
+struct file_text {
+  xptr<char> bytes; // owned, size + 1 of them; null before reading
+  size_t size = 0;  // bytes read
+};
+
+// What a stream holds from its position on, to its end or to where it fails:
+// a folder reads as empty.
+file_text read_text(FILE *stream);
+// What a file holds.  Dies with "can't open a file".
+file_text read_file(const char *name);
+
+} // namespace kestro

@@ -1,0 +1,48 @@
+// Formatting text in memory.
+//
+// A call of fprintf costs hundreds of instructions, most of them for reading
+// its format and for locking the stream, where a pattern line is a dozen
+// characters.  So lines are put together here, and the stream sees a piece of
+// 64 KiB at a time.
+
+#include "base/text_buffer.h"
+
+#include <algorithm>
+#include <charconv>
+
+namespace kestro {
+
+static constexpr size_t longest_int = 11; // characters, sign included
+
+void text_buffer::add_long(int number) {
+  make_room(longest_int);
+  char *const end = text_.get() + capacity_;
+  const auto result = std::to_chars(text_.get() + size_, end, number);
+  size_ = static_cast<size_t>(result.ptr - text_.get());
+}
+
+void text_buffer::flush() {
+  hand_over();
+  fflush(stream_);
+}
+
+void text_buffer::enlarge(size_t bytes) {
+  if (size_ >= piece)
+    hand_over();
+  if (capacity_ - size_ >= bytes)
+    return;
+  const size_t capacity =
+      std::max({first_capacity, 2 * capacity_, size_ + bytes});
+  void *const moved = xrealloc(text_.get(), capacity);
+  static_cast<void>(text_.release());
+  text_.reset(static_cast<char *>(moved));
+  capacity_ = capacity;
+}
+
+void text_buffer::hand_over() {
+  if (size_)
+    fwrite(text_.get(), 1, size_, stream_);
+  size_ = 0;
+}
+
+} // namespace kestro

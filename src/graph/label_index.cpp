@@ -1,0 +1,36 @@
+// The hash table of labels.
+//
+// Open addressing: a word is in the first slots from its hash on, without a
+// free one between, so a look-up costs the word's bytes and hardly ever a
+// second comparison, however many labels there are.
+
+#include "graph/label_index.h"
+
+#include <utility>
+
+namespace kestro {
+
+static constexpr size_t first_slots = 64;
+
+label_index::label_index() : slots_(first_slots, slot{nullptr, 0, -1}) {}
+
+label_index::label_index(const ksstack *labels) : label_index() {
+  for (int i = 0; i < labels->count; i++)
+    add(ksstack_array<const char *>(labels)[i], i);
+}
+
+void label_index::add(std::string_view word, int number) {
+  slots_[slot_of(word)] = {word.data(), word.size(), number};
+  if (2 * ++used_ > slots_.size())
+    enlarge();
+}
+
+void label_index::enlarge() {
+  const xvector<slot> old = std::move(slots_);
+  slots_.assign(2 * old.size(), slot{nullptr, 0, -1});
+  for (const slot &s : old)
+    if (s.number != -1)
+      slots_[slot_of({s.word, s.length})] = s;
+}
+
+} // namespace kestro

@@ -1,0 +1,32 @@
+// Finding the vertex of an id.
+#pragma once
+
+#include "base/xmalloc.h"
+#include "graph/graph.h"
+
+namespace kestro {
+
+// The positions of a graph's vids.  Keeps its memory from graph to graph.
+class vertex_ids {
+public:
+  // Borrows g, whose vids stay as they are until the last look-up.
+  void collect(const graph *g);
+
+  // First vertex whose vid is id; dies as graph_find_vid() when there is none.
+  int find(int id) const {
+    if (in_order_ && id >= 0 && id < g_->vs)
+      return id;
+    return in_order_ ? graph_find_vid(g_, id) : find_hashed(id);
+  }
+
+private:
+  size_t slot_of(int id) const;
+  int find_hashed(int id) const;
+
+  const graph *g_ = nullptr;
+  bool in_order_ = true; // every vid is its vertex
+  xvector<int> slots_;   // vertices, -1 in a free slot; a power of two of them,
+                         // at most half in use
+};
+
+} // namespace kestro
