@@ -35,8 +35,11 @@ public:
       : derived_(children, cores, automorphisms, table),
         registry_(children, &derived_),
         scratch_(sg_create(2 * size_above(children), size_above(children) + 1)),
-        context_{children, cores,          automorphisms,
-                 &made_,   scratch_.get(), &registry_} {
+        work_{graph_ptr(graph_create(scratch_->g->es - 2, scratch_->g->vs)),
+              {},
+              {}},
+        context_{children,       cores,  automorphisms, &made_,
+                 scratch_.get(), &work_, &registry_} {
     scratch_->links = sg_links_create(scratch_->g->vs);
     // These sets come when a candidate gets so far.
     for (ksstack **set : {&scratch_->child, &scratch_->tid, &scratch_->cover})
@@ -46,14 +49,28 @@ public:
   void join_children_of(int p) {
     const subgraph *core = sg_set_get(context_.cores, p);
     const int n = sg_child_size(core);
-    for (int i = 0; i < n; i++)
-      for (int j = i; j < n; j++)
-        sg_join_pair(sg_child_at(core, i), sg_child_at(core, j), p, &context_);
+    if (n == 0)
+      return;
+    const int automorphism = automorphism_cache_find(context_.automorphisms, p,
+                                                     core->g, core->rigid);
+    for (int i = 0; i < n; i++) {
+      const int a = sg_child_at(core, i);
+      for (int j = i; j < n; j++) {
+        const int b = sg_child_at(core, j);
+        sg_join(a, b, entry_of(a, p), entry_of(b, p), automorphism, &context_);
+      }
+    }
   }
 
   registration *registry() { return &registry_; }
 
 private:
+  // A child's entry for its core p.  Parent ids are unique within a pattern.
+  const sg_parent *entry_of(int child, int p) const {
+    const subgraph *sg = sg_set_get(context_.children, child);
+    return sg_parent_at(sg, sg_find_parent(sg, p));
+  }
+
   // Edges of a pattern one larger than those of a level.
   static int size_above(const sg_set *level) {
     return sg_set_get(level, 0)->g->es / 2 + 1;
@@ -63,6 +80,7 @@ private:
   registration registry_;
   extension_set made_;
   sg_ptr scratch_; // as large as a candidate can be
+  join_work work_;
   join_context context_;
 };
 
@@ -110,7 +128,6 @@ sg_set *sg_generate_candidates(const sg_set *children, const sg_set *cores,
   return out.release();
 }
 
-// Parent ids are unique within a pattern, so each of them has one entry for p.
 void sg_join_pair(int a, int b, int p, const join_context *context) {
   const subgraph *sa = sg_set_get(context->children, a);
   const subgraph *sb = sg_set_get(context->children, b);
@@ -118,7 +135,11 @@ void sg_join_pair(int a, int b, int p, const join_context *context) {
   const int index_b = sg_find_parent(sb, p);
   if (index_a == -1 || index_b == -1)
     return;
-  sg_join(a, b, sg_parent_at(sa, index_a), sg_parent_at(sb, index_b), context);
+  const subgraph *core = sg_set_get(context->cores, p);
+  sg_join(a, b, sg_parent_at(sa, index_a), sg_parent_at(sb, index_b),
+          automorphism_cache_find(context->automorphisms, p, core->g,
+                                  core->rigid),
+          context);
 }
 
 // The vertex of a pattern outside its core, -1 when the core has them all.
@@ -140,11 +161,12 @@ public:
         b_(sg_set_get(context->children, b)), b_id_(b), ea_(ea), eb_(eb),
         context_(context),
         elabel_(graph_edge_label(a_->g, ea->u, ea->v)),
-        outside_(vertex_outside(eb)),
-        core_to_b_(static_cast<size_t>(eb->vs - (outside_ != -1))) {
+        outside_(vertex_outside(eb)) {
+    xvector<int> &core_to_b = context->work->core_to_b;
+    core_to_b.resize(static_cast<size_t>(eb->vs - (outside_ != -1)));
     for (int i = 0; i < eb->vs; i++)
       if (eb->map[i] != -1)
-        core_to_b_[static_cast<size_t>(eb->map[i])] = i;
+        core_to_b[static_cast<size_t>(eb->map[i])] = i;
   }
 
   // Builds and registers up to two candidates along an automorphism of the core.
@@ -167,8 +189,9 @@ private:
   // Where a vertex of a comes to lie in b, -1 for the one outside the core.
   int place_in_b(int vertex, const int *perm) const {
     const int in_core = ea_->map[vertex];
-    return in_core == -1 ? -1
-                         : core_to_b_[static_cast<size_t>(perm[in_core])];
+    return in_core == -1
+               ? -1
+               : context_->work->core_to_b[static_cast<size_t>(perm[in_core])];
   }
 
   // Builds and registers the candidate x unless it was met before or is seen to
@@ -191,14 +214,18 @@ private:
   }
 
   template <class Merge> void build(Merge merge, const int *perm) {
-    if (!g1_) {
-      g1_.reset(graph_copy(a_->g));
-      graph_mark_edge_between(g1_.get(), ea_->u, ea_->v);
-      map_.resize(static_cast<size_t>(ea_->vs));
+    join_work *work = context_->work;
+    graph *g1 = work->without_edge.get();
+    if (!is_marked_) {
+      graph_copy_into(a_->g, g1);
+      graph_mark_edge_between(g1, ea_->u, ea_->v);
+      is_marked_ = true;
     }
-    setup_map(ea_, eb_, perm, static_cast<int>(core_to_b_.size()), map_.data());
+    work->map.resize(static_cast<size_t>(ea_->vs));
+    setup_map(ea_, eb_, perm, static_cast<int>(work->core_to_b.size()),
+              work->map.data());
     subgraph *cand = context_->scratch;
-    merge(g1_.get(), b_->g, ea_->u, ea_->v, map_.data(), cand->g);
+    merge(g1, b_->g, ea_->u, ea_->v, work->map.data(), cand->g);
     for (int i = 0; i < cand->g->vs; i++)
       cand->g->vid[i] = i;
   }
@@ -216,21 +243,17 @@ private:
   const sg_parent *ea_;
   const sg_parent *eb_;
   const join_context *context_;
-  int elabel_;             // of a's extra edge
+  int elabel_; // of a's extra edge
   int outside_;            // b's vertex outside the core, or -1
-  xvector<int> core_to_b_; // by vertex of the core
-  graph_ptr g1_;           // a with that edge disabled, once needed
-  xvector<int> map_;
+  bool is_marked_ = false; // a without that edge is in the work memory
 };
 
 } // namespace
 
 void sg_join(int a, int b, const sg_parent *ea, const sg_parent *eb,
-             const join_context *context) {
-  const subgraph *core = sg_set_get(context->cores, ea->pid);
+             int automorphism, const join_context *context) {
   join made(a, b, ea, eb, context);
-  int i = automorphism_cache_find(context->automorphisms, ea->pid, core->g,
-                                  core->rigid);
+  int i = automorphism;
   for (const int *perm; (perm = automorphism_cache_perm(
                              context->automorphisms, i, ea->pid)) != nullptr;
        i++)

@@ -18,6 +18,13 @@ sg_set *sg_generate_candidates(const sg_set *children, const sg_set *cores,
 // What happened to the candidates of this thread's last generation.
 const registration_counts *sg_registration_counts();
 
+// Memory that joins use one after another.
+struct join_work {
+  graph_ptr without_edge; // room for a pattern of level k-1
+  xvector<int> core_to_b;
+  xvector<int> map;
+};
+
 // What joining works on while one size is generated.
 struct join_context {
   const sg_set *children; // level k-1
@@ -25,6 +32,7 @@ struct join_context {
   automorphism_cache *automorphisms;
   extension_set *made;   // joins that need no further look
   subgraph *scratch;     // room for a candidate
+  join_work *work;
   registration *registry; // with derived
 };
 
@@ -32,9 +40,10 @@ struct join_context {
 // among the kept parents of both; a and b may be the same.
 void sg_join_pair(int a, int b, int p, const join_context *context);
 // One join through the core that both entries, of a and of b, lead to: along
-// each of its automorphisms, at most two candidates.
+// each of its automorphisms, the first of which is that entry of the cache, at
+// most two candidates.
 void sg_join(int a, int b, const sg_parent *ea, const sg_parent *eb,
-             const join_context *context);
+             int automorphism, const join_context *context);
 
 // For each vertex of the pattern that ea belongs to, the vertex of eb's pattern
 // that it meets through the automorphism perm of their core of n vertices; -1

@@ -43,6 +43,8 @@ bool derived_parents::start(const extension &x) {
   pattern_ = sg_set_get(children_, x.pattern);
   const int links = sg_link_size(pattern_);
   found_.assign(static_cast<size_t>(links), nullptr);
+  // An edge that closes a cycle may make more edges removable.
+  tells_all_ = pattern_->links && pattern_->invariant && x.to == -1;
   for (int l = 0; l < links; l++) {
     const sg_link *link = sg_link_at(pattern_, l);
     const extension part = part_without(link);
@@ -52,6 +54,7 @@ bool derived_parents::start(const extension &x) {
     if (!found && sg_set_get(cores_, part.pattern)->invariant)
       return false;
     found_[static_cast<size_t>(l)] = found;
+    tells_all_ &= found && sg_set_get(children_, found->child)->invariant;
   }
   return true;
 }

@@ -25,6 +25,8 @@ public:
   // pattern, the new one following them.
   void arrange(const graph *cand);
 
+  // Whether find() tells all parents of the arranged candidate.
+  bool tells_all() const { return tells_all_; }
   // Whether the parent is told that the arranged candidate is without one of its
   // removable edges.
   bool tells(const removable_edge &edge) const;
@@ -44,6 +46,7 @@ private:
   const child_table *table_;
   extension x_ = {};
   const subgraph *pattern_ = nullptr;  // x's
+  bool tells_all_ = false;
   xvector<const found_child *> found_; // by link of pattern: without its edge
   xvector<int> origin_; // by vertex of the candidate, that of x's pattern
 };

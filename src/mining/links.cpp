@@ -27,7 +27,7 @@ const sg_link *sg_link_at(const subgraph *sg, int i) {
 void sg_add_link(subgraph *sg, const sg_parent *entry) {
   if (!sg->links)
     return;
-  alignas(sg_link) uint8_t element[header_bytes + link_max_vertices + 4] = {};
+  alignas(sg_link) uint8_t element[header_bytes + link_max_vertices + 4];
   auto *link = reinterpret_cast<sg_link *>(element);
   link->pid = entry->pid;
   link->u = static_cast<uint8_t>(entry->u);

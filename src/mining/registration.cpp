@@ -44,6 +44,8 @@ static bool find_by_form(subgraph *cand, const removable_edge &edge,
 static bool can_be_closed(const subgraph *cand,
                           const xvector<removable_edge> &edges,
                           registration *to) {
+  if (to->derived && to->derived->tells_all())
+    return true;
   for (const removable_edge &edge : edges)
     if (!(to->derived && to->derived->tells(edge)) &&
         !to->filter.contains(to->filter.label_without(cand->g, edge)))
