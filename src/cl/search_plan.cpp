@@ -29,29 +29,24 @@ static thread_local search_state state;
 
 void search_plan_free_work_area() { state.used = xvector<char>(); }
 
-// The depth of each vertex in order.
-static xvector<int> depths_in(const graph *g, const int *order) {
-  xvector<int> depth(static_cast<size_t>(g->vs));
-  for (int d = 0; d < g->vs; d++)
-    depth[static_cast<size_t>(order[d])] = d;
-  return depth;
-}
+static int degree(const graph *g, int u) { return g->v[u + 1] - g->v[u]; }
 
 // The depth of the last leaf before u that hangs on the same vertex with the
 // same labels, or -1.  A leaf that comes first of all is no twin: its images
 // are not taken from a neighbour list.
-static int twin_of(const graph *g, int u, const xvector<int> &depth) {
-  if (g->v[u + 1] - g->v[u] != 1)
+int search_plan::twin_of(int u) const {
+  const graph *g = pattern_;
+  if (degree(g, u) != 1)
     return -1;
   const int slot = g->v[u];
   const int hub = g->e[slot];
   int twin = -1;
   for (int j = g->v[hub]; j < g->v[hub + 1]; j++) {
     const int x = g->e[j];
-    if (g->v[x + 1] - g->v[x] == 1 && g->elabel[j] == g->elabel[slot] &&
-        g->vlabel[x] == g->vlabel[u] &&
-        depth[static_cast<size_t>(x)] < depth[static_cast<size_t>(u)])
-      twin = std::max(twin, depth[static_cast<size_t>(x)]);
+    const int d = depth_[static_cast<size_t>(x)];
+    if (degree(g, x) == 1 && g->elabel[j] == g->elabel[slot] &&
+        g->vlabel[x] == g->vlabel[u] && d < depth_[static_cast<size_t>(u)])
+      twin = std::max(twin, d);
   }
   return twin > 0 ? twin : -1;
 }
@@ -66,124 +61,114 @@ static void add_need(xvector<plan_need> *needs, int elabel, int vlabel) {
   needs->push_back({elabel, vlabel, 1});
 }
 
-search_plan::search_plan(const graph *g, const int *order)
-    : pattern_(g), steps_(static_cast<size_t>(g->vs)),
-      at_(static_cast<size_t>(g->vs)), image_(static_cast<size_t>(g->vs)) {
-  const xvector<int> depth = depths_in(g, order);
-  xvector<plan_need> later;
-  for (int d = 0; d < g->vs; d++) {
-    const int u = order[d];
-    plan_step &step = steps_[static_cast<size_t>(d)];
-    step.profile = profile_of(g, u);
-    step.u = u;
-    step.vlabel = g->vlabel[u];
-    step.degree = g->v[u + 1] - g->v[u];
-    step.anchor = -1;
-    step.anchor_label = -1;
-    step.twin = twin_of(g, u, depth);
-    step.closing[0] = static_cast<int>(closing_.size());
-    step.needs[0] = static_cast<int>(needs_.size());
-    later.clear();
-    for (int j = g->v[u]; j < g->v[u + 1]; j++) {
-      const int other = depth[static_cast<size_t>(g->e[j])];
-      if (other > d) {
-        add_need(&later, g->elabel[j], g->vlabel[g->e[j]]);
-      } else if (step.anchor == -1) {
-        step.anchor = other;
-        step.anchor_label = g->elabel[j];
-      } else {
-        closing_.push_back({other, g->elabel[j]});
-      }
-    }
-    for (const plan_need &need : later)
-      if (need.count > 1)
-        needs_.push_back(need);
-    step.closing[1] = static_cast<int>(closing_.size());
-    step.needs[1] = static_cast<int>(needs_.size());
-  }
+void search_plan::set(const graph *pattern, const int *order) {
+  const size_t vs = static_cast<size_t>(pattern->vs);
+  pattern_ = pattern;
+  steps_.clear();
+  closing_.clear();
+  needs_.clear();
+  depth_.resize(vs);
+  at_.resize(vs);
+  image_.resize(vs);
+  for (int d = 0; d < pattern->vs; d++)
+    depth_[static_cast<size_t>(order[d])] = d;
+  for (int d = 0; d < pattern->vs; d++)
+    add_step(order[d], d);
 }
 
-namespace {
-
-// Puts a pattern's vertices into the order of a search.
-class order_builder {
-public:
-  order_builder(const graph *g, const graph_profiles &profiles)
-      : g_(g), profiles_(profiles), vertices_(static_cast<size_t>(g->vs)) {}
-
-  xvector<int> build() {
-    xvector<int> order;
-    order.reserve(vertices_.size());
-    for (int next = start(); next != -1; next = best()) {
-      order.push_back(next);
-      vertices_[static_cast<size_t>(next)].mapped = -1;
-      for (int j = g_->v[next]; j < g_->v[next + 1]; j++)
-        reach(g_->e[j], frequency(next, j));
+void search_plan::add_step(int u, int d) {
+  const graph *g = pattern_;
+  plan_step step = {};
+  step.profile = profile_of(g, u);
+  step.u = u;
+  step.vlabel = g->vlabel[u];
+  step.degree = degree(g, u);
+  step.anchor = -1;
+  step.anchor_label = -1;
+  step.twin = twin_of(u);
+  step.closing[0] = static_cast<int>(closing_.size());
+  step.needs[0] = static_cast<int>(needs_.size());
+  later_.clear();
+  for (int j = g->v[u]; j < g->v[u + 1]; j++) {
+    const int other = depth_[static_cast<size_t>(g->e[j])];
+    if (other > d) {
+      add_need(&later_, g->elabel[j], g->vlabel[g->e[j]]);
+    } else if (step.anchor == -1) {
+      step.anchor = other;
+      step.anchor_label = g->elabel[j];
+    } else {
+      closing_.push_back({other, g->elabel[j]});
     }
-    return order;
   }
+  for (const plan_need &need : later_)
+    if (need.count > 1)
+      needs_.push_back(need);
+  step.closing[1] = static_cast<int>(closing_.size());
+  step.needs[1] = static_cast<int>(needs_.size());
+  steps_.push_back(step);
+}
 
-private:
-  struct vertex {
-    int mapped = 0;         // neighbours in the order; -1 when in it itself
-    int rarest = INT32_MAX; // frequency of the rarest edge to one of them
-  };
+// How often slot j of u is seen from u.
+static int frequency(const graph *g, int u, int j,
+                     const graph_profiles &profiles) {
+  return profiles.frequency(g->vlabel[u], g->elabel[j], g->vlabel[g->e[j]]);
+}
 
-  int frequency(int u, int slot) const {
-    return profiles_.frequency(g_->vlabel[u], g_->elabel[slot],
-                               g_->vlabel[g_->e[slot]]);
-  }
-  int degree(int u) const { return g_->v[u + 1] - g_->v[u]; }
-
-  void reach(int u, int edge_frequency) {
-    vertex &x = vertices_[static_cast<size_t>(u)];
-    if (x.mapped == -1)
-      return;
-    x.mapped++;
-    x.rarest = std::min(x.rarest, edge_frequency);
-  }
-
-  // An end of a rarest edge, the one with more neighbours.
-  int start() const {
-    int found = 0;
-    std::tuple<int, int> least(INT32_MAX, 0);
-    for (int u = 0; u < g_->vs; u++) {
-      for (int j = g_->v[u]; j < g_->v[u + 1]; j++) {
-        const std::tuple<int, int> rank(frequency(u, j), -degree(u));
-        if (rank < least) {
-          least = rank;
-          found = u;
-        }
-      }
-    }
-    return found;
-  }
-
-  // The vertex that comes next, -1 when all are in the order.
-  int best() const {
-    int found = -1;
-    std::tuple<int, int, int> least(0, 0, 0);
-    for (int u = 0; u < g_->vs; u++) {
-      const vertex &x = vertices_[static_cast<size_t>(u)];
-      const std::tuple<int, int, int> rank(-x.mapped, x.rarest, -degree(u));
-      if (x.mapped > 0 && (found == -1 || rank < least)) {
+// An end of a rarest edge, the one with more neighbours.
+int search_plan::first_in_order(const graph_profiles &profiles) const {
+  const graph *g = pattern_;
+  int found = 0;
+  std::tuple<int, int> least(INT32_MAX, 0);
+  for (int u = 0; u < g->vs; u++) {
+    for (int j = g->v[u]; j < g->v[u + 1]; j++) {
+      const std::tuple<int, int> rank(frequency(g, u, j, profiles),
+                                      -degree(g, u));
+      if (rank < least) {
         least = rank;
         found = u;
       }
     }
-    return found;
   }
+  return found;
+}
 
-  const graph *g_;
-  const graph_profiles &profiles_;
-  xvector<vertex> vertices_;
-};
+// The vertex that comes next, -1 when all are in the order.
+int search_plan::next_in_order() const {
+  int found = -1;
+  std::tuple<int, int, int> least(0, 0, 0);
+  for (int u = 0; u < pattern_->vs; u++) {
+    const waiting_vertex &x = waiting_[static_cast<size_t>(u)];
+    if (x.mapped <= 0)
+      continue;
+    const std::tuple<int, int, int> rank(-x.mapped, x.rarest,
+                                         -degree(pattern_, u));
+    if (found == -1 || rank < least) {
+      least = rank;
+      found = u;
+    }
+  }
+  return found;
+}
 
-} // namespace
-
-search_plan search_plan::rarest_first(const graph *g,
-                                      const graph_profiles &profiles) {
-  return search_plan(g, order_builder(g, profiles).build().data());
+void search_plan::set_rarest_first(const graph *pattern,
+                                   const graph_profiles &profiles) {
+  const graph *g = pattern;
+  pattern_ = pattern;
+  order_.clear();
+  waiting_.assign(static_cast<size_t>(g->vs), {0, INT32_MAX});
+  for (int u = g->vs > 0 ? first_in_order(profiles) : -1; u != -1;
+       u = next_in_order()) {
+    order_.push_back(u);
+    waiting_[static_cast<size_t>(u)].mapped = -1;
+    for (int j = g->v[u]; j < g->v[u + 1]; j++) {
+      waiting_vertex &x = waiting_[static_cast<size_t>(g->e[j])];
+      if (x.mapped == -1)
+        continue;
+      x.mapped++;
+      x.rarest = std::min(x.rarest, frequency(g, u, j, profiles));
+    }
+  }
+  set(pattern, order_.data());
 }
 
 // What is searched.

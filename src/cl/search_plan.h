@@ -37,13 +37,15 @@ struct plan_need {
 // pattern is borrowed and must be without marks.
 class search_plan {
 public:
+  search_plan() = default;
   // order lists the vertices such that each but the first has a neighbour
   // before it.
-  search_plan(const graph *pattern, const int *order);
+  search_plan(const graph *pattern, const int *order) { set(pattern, order); }
+  // Becomes the plan of another pattern.
+  void set(const graph *pattern, const int *order);
   // The same along an order that starts at a rarest edge and goes on with the
   // vertex that has most neighbours mapped, then the rarest edge to one.
-  static search_plan rarest_first(const graph *pattern,
-                                  const graph_profiles &profiles);
+  void set_rarest_first(const graph *pattern, const graph_profiles &profiles);
 
   // Whether the pattern occurs in t, a graph without marks; where, is written
   // to image, by pattern vertex: of all mappings the first in lexicographic
@@ -58,10 +60,24 @@ private:
   bool find(const graph *t, const vertex_profile *profiles, const int *roots,
             int root_count, int *image);
 
-  const graph *pattern_;
+  // A vertex of the pattern while its place in the order is looked for.
+  struct waiting_vertex {
+    int mapped;  // neighbours in the order; -1 when in it itself
+    int rarest;  // frequency of the rarest edge to one of them
+  };
+  void add_step(int u, int d);
+  int twin_of(int u) const;
+  int first_in_order(const graph_profiles &profiles) const;
+  int next_in_order() const;
+
+  const graph *pattern_ = nullptr;
   xvector<plan_step> steps_;
   xvector<plan_edge> closing_;
   xvector<plan_need> needs_;
+  xvector<int> order_;
+  xvector<int> depth_; // by vertex
+  xvector<plan_need> later_;
+  xvector<waiting_vertex> waiting_;
   xvector<int> at_;    // per depth: slot, or vertex at depth 0, looked at next
   xvector<int> image_; // per depth: the vertex of t mapped to
 };

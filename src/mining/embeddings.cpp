@@ -54,14 +54,15 @@ static void push_images(const int *images, int vs, ksstack *rows) {
 }
 
 void sg_push_row(const subgraph *sg, const int *images) {
-  if (sg->rows->element_size == sg->g->vs)
+  if (sg_has_byte_rows(sg))
     push_images<uint8_t>(images, sg->g->vs, sg->rows);
   else
     push_images<uint16_t>(images, sg->g->vs, sg->rows);
 }
 
-edge_placement::edge_placement(const subgraph *sg, const sg_parent *entry)
-    : map_(entry->map, entry->map + entry->vs), new_vertex_(-1), vlabel_(-1) {
+void edge_placement::set(const subgraph *sg, const sg_parent *entry) {
+  map_.assign(entry->map, entry->map + entry->vs);
+  new_vertex_ = vlabel_ = -1;
   const bool v_is_new = entry->map[entry->v] == -1;
   const int from = v_is_new ? entry->u : entry->v;
   const int to = v_is_new ? entry->v : entry->u;

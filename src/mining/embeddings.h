@@ -44,6 +44,11 @@ private:
   std::atomic<long long> left_ = 0; // bytes
 };
 
+// Of a pattern that has rows: whether their images are bytes.
+inline bool sg_has_byte_rows(const subgraph *sg) {
+  return sg->rows->element_size == sg->g->vs;
+}
+
 // Row i of a pattern that has rows of that type.
 template <class Image> const Image *sg_row(const subgraph *sg, int i) {
   return reinterpret_cast<const Image *>(
@@ -57,7 +62,8 @@ void sg_push_row(const subgraph *sg, const int *images);
 // How a pattern is placed by one edge more than one of its parents.
 class edge_placement {
 public:
-  explicit edge_placement(const subgraph *sg, const sg_parent *entry);
+  // For the pattern sg and one of its parent entries.
+  void set(const subgraph *sg, const sg_parent *entry);
 
   // Places the pattern in transaction t by one edge more than the parent's row;
   // false, with row undefined, when that edge finds no place there.
@@ -65,12 +71,13 @@ public:
   bool extend(const Image *parent_row, const graph *t, Image *row) const;
 
 private:
-  xvector<int> map_; // per vertex, the parent's, -1 for the new one
-  int parent_vs_;    // vertices of the parent
-  int from_, to_;    // the parent's ends of the edge, to -1 when new
-  int new_vertex_;   // the new vertex, -1 for none
-  int elabel_;       // of the edge
-  int vlabel_;       // of the new vertex
+  xvector<int> map_;   // per vertex, the parent's, -1 for the new one
+  int parent_vs_ = 0;  // vertices of the parent
+  int from_ = -1;      // the parent's ends of the edge, to_ -1 when new
+  int to_ = -1;
+  int new_vertex_ = -1; // the new vertex, -1 for none
+  int elabel_ = -1;     // of the edge
+  int vlabel_ = -1;     // of the new vertex
 };
 
 } // namespace kestro

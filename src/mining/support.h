@@ -31,7 +31,7 @@ public:
   // prev holds its parents.  Rows of embeddings are filled where sg has been
   // given an empty stack for them.  A support below minsup may come out even
   // lower, with as many of its transactions missing from tid.
-  int count(subgraph *sg, const sg_set *prev, int minsup);
+  int count(subgraph *sg, const sg_set *prev, int minsup) const;
 
   // The frequent ones among the candidates: a new sorted set of records with
   // exact TID lists and counts, registered as children of their kept parents in
@@ -39,10 +39,6 @@ public:
   sg_set *count_frequents(sg_set *cand, sg_set *prev, int minsup);
 
 private:
-  void count_candidate(sg_ptr *cand, const sg_set *prev, int minsup,
-                       embedding_budget *budget);
-
-  const ksstack *transactions_;
   int jobs_;
   graph_profiles profiles_;
   embedding_budget budget_; // with no rows taken

@@ -1,0 +1,105 @@
+// Intersections of TID lists.
+//
+// Lists that hold more than a few of all transactions are kept as sets of bits
+// too, of which a word takes sixty-four transactions at once.  The kept parents
+// come first: they are the least frequent ones, so most intersections that end
+// up too short do so with them.
+
+#include "mining/tid_lists.h"
+
+#include <algorithm>
+#include <bit>
+#include <iterator>
+
+#include "base/error.h"
+
+namespace kestro {
+
+// Dies unless the list is ascending without repeats.
+static void check_order(const subgraph *sg) {
+  const int *tids = sg->tid ? ksstack_array<int>(sg->tid) : nullptr;
+  for (int i = 1; i < sg_tid_size(sg); i++)
+    if (tids[i] <= tids[i - 1])
+      die("subgraph.c", "something wrong\n");
+}
+
+tid_lists::tid_lists(const sg_set *level, int transactions)
+    : level_(level), words_((static_cast<size_t>(transactions) + 63) / 64) {
+  const size_t lists = static_cast<size_t>(sg_set_size(level));
+  size_t held = 0;
+  for (size_t i = 0; i < lists; i++) {
+    const subgraph *sg = sg_set_get(level, static_cast<int>(i));
+    check_order(sg);
+    held += static_cast<size_t>(sg_tid_size(sg));
+  }
+  if (lists * words_ * sizeof(uint64_t) > 2 * held * sizeof(int))
+    return;
+  bits_.resize(lists * words_, 0);
+  for (size_t i = 0; i < lists; i++) {
+    const subgraph *sg = sg_set_get(level, static_cast<int>(i));
+    uint64_t *bits = bits_.data() + i * words_;
+    for (int j = 0; j < sg_tid_size(sg); j++) {
+      const size_t tid = static_cast<size_t>(ksstack_array<int>(sg->tid)[j]);
+      bits[tid / 64] |= uint64_t{1} << tid % 64;
+    }
+  }
+}
+
+// Takes out what parent pid does not have; false when less than minsup is left.
+bool tid_lists::narrow(int pid, bool is_first, int minsup,
+                       workspace *work) const {
+  const subgraph *parent = sg_set_get(level_, pid);
+  if (bits_.empty()) {
+    const int *tids = ksstack_array<int>(parent->tid);
+    const int *end = tids + sg_tid_size(parent);
+    if (is_first) {
+      work->common.assign(tids, end);
+    } else {
+      work->narrowed.clear();
+      std::set_intersection(work->common.begin(), work->common.end(), tids, end,
+                            std::back_inserter(work->narrowed));
+      work->common.swap(work->narrowed);
+    }
+    return static_cast<int>(work->common.size()) >= minsup;
+  }
+  const uint64_t *bits = bits_.data() + static_cast<size_t>(pid) * words_;
+  int left = 0;
+  for (size_t i = 0; i < words_; i++) {
+    work->bits[i] = is_first ? bits[i] : work->bits[i] & bits[i];
+    left += std::popcount(work->bits[i]);
+  }
+  return left >= minsup;
+}
+
+void tid_lists::list_bits(workspace *work) const {
+  for (size_t i = 0; i < words_; i++)
+    for (uint64_t left = work->bits[i]; left; left &= left - 1)
+      work->common.push_back(static_cast<int>(64 * i) + std::countr_zero(left));
+}
+
+const xvector<int> &tid_lists::common_to_parents(const subgraph *sg, int minsup,
+                                                 workspace *work) const {
+  work->common.clear();
+  work->bits.resize(words_);
+  const int n = sg_pid_size(sg);
+  bool enough = n > 0;
+  bool is_first = true;
+  for (int i = 0; i < sg_parent_size(sg) && enough; i++) {
+    enough = narrow(sg_parent_at(sg, i)->pid, is_first, minsup, work);
+    is_first = false;
+  }
+  for (int i = 0; i < n && enough; i++) {
+    const int pid = sg_pid_at(sg, i);
+    if (sg_find_parent(sg, pid) != -1)
+      continue;
+    enough = narrow(pid, is_first, minsup, work);
+    is_first = false;
+  }
+  if (!enough)
+    work->common.clear();
+  else if (!bits_.empty())
+    list_bits(work);
+  return work->common;
+}
+
+} // namespace kestro
