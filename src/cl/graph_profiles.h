@@ -31,6 +31,11 @@ public:
   explicit graph_profiles(const ksstack *graphs);
 
   const graph *graph_at(int i) const { return graph_list_at(graphs_, i); }
+  // Whether graph i has fewer vertices than the average one.
+  bool is_small(int i) const {
+    return static_cast<size_t>(graph_at(i)->vs) * (first_.size() - 1) <
+           profiles_.size();
+  }
 
   // By vertex of graph i.
   const vertex_profile *of(int i) const {

@@ -171,49 +171,52 @@ void search_plan::set_rarest_first(const graph *pattern,
   set(pattern, order_.data());
 }
 
-// What is searched.
+// What is searched, with its arrays at hand.
 struct search_plan::target {
-  const graph *t;
-  const vertex_profile *profiles; // by vertex, or null
-  char *used;               // by vertex: 1 for images
-  const int *image;         // per depth
+  const int *v, *e, *elabel, *vlabel; // of the graph
+  const vertex_profile *profiles;     // by vertex, or null
+  char *used;                         // by vertex: 1 for images
+  const int *image;                   // per depth
 };
 
-static bool has_room(const plan_need &need, const graph *t, const char *used,
-                     int w) {
-  int missing = need.count;
-  for (int j = t->v[w]; j < t->v[w + 1] && missing > 0; j++)
-    missing -= t->elabel[j] == need.elabel &&
-               t->vlabel[t->e[j]] == need.vlabel && !used[t->e[j]];
-  return missing == 0;
-}
-
-// The label of t's edge w-y, -1 for none.
-static int edge_label(const graph *t, int w, int y) {
-  const int *first = t->e + t->v[w];
-  const int *last = t->e + t->v[w + 1];
+// The label of the edge w-y of what is searched, -1 for none.
+template <class Target>
+static int edge_label(const Target &to, int w, int y) {
+  const int *first = to.e + to.v[w];
+  const int *last = to.e + to.v[w + 1];
   if (last - first > 16)
     first = std::lower_bound(first, last, y);
   while (first < last && *first < y)
     first++;
-  return first < last && *first == y ? t->elabel[first - t->e] : -1;
+  return first < last && *first == y ? to.elabel[first - to.e] : -1;
 }
 
-// Whether w can be the image of a step, but for its label edge to the anchor.
+// Whether w has enough free neighbours of that kind.
+template <class Target>
+static bool has_room(const plan_need &need, const Target &to, int w) {
+  int missing = need.count;
+  for (int j = to.v[w]; j < to.v[w + 1] && missing > 0; j++)
+    missing -= to.elabel[j] == need.elabel &&
+               to.vlabel[to.e[j]] == need.vlabel && !to.used[to.e[j]];
+  return missing == 0;
+}
+
+// Whether w, which has the label, can be the image of a step, but for its label
+// edge to the anchor.
 inline bool search_plan::fits(const plan_step &step, const target &to,
                               int w) const {
-  const graph *t = to.t;
-  if (t->vlabel[w] != step.vlabel || to.used[w] ||
-      t->v[w + 1] - t->v[w] < step.degree ||
-      (to.profiles && !to.profiles[w].covers(step.profile)))
+  if (to.profiles ? !to.profiles[w].covers(step.profile)
+                  : to.v[w + 1] - to.v[w] < step.degree)
+    return false;
+  if (to.used[w])
     return false;
   for (int i = step.closing[0]; i < step.closing[1]; i++) {
     const plan_edge &edge = closing_[static_cast<size_t>(i)];
-    if (edge_label(t, w, to.image[edge.depth]) != edge.label)
+    if (edge_label(to, w, to.image[edge.depth]) != edge.label)
       return false;
   }
   for (int i = step.needs[0]; i < step.needs[1]; i++)
-    if (!has_room(needs_[static_cast<size_t>(i)], t, to.used, w))
+    if (!has_room(needs_[static_cast<size_t>(i)], to, w))
       return false;
   return true;
 }
@@ -242,7 +245,8 @@ bool search_plan::find(const graph *t, const vertex_profile *profiles,
   int *const mapped = image_.data();
   int *const next_at = at_.data();
   const plan_step *const steps = steps_.data();
-  const target to = {t, profiles, used, mapped};
+  const target to = {t->v,     t->e, t->elabel, t->vlabel,
+                     profiles, used, mapped};
   int depth = 0;
   next_at[0] = 0;
   for (;;) {
@@ -251,13 +255,15 @@ bool search_plan::find(const graph *t, const vertex_profile *profiles,
     int w = -1; // the image found
     if (step.anchor == -1) {
       for (; at < root_count && w == -1; at++)
-        if (const int root = roots ? roots[at] : at; fits(step, to, root))
+        if (const int root = roots ? roots[at] : at;
+            to.vlabel[root] == step.vlabel && fits(step, to, root))
           w = root;
     } else {
-      const int end = t->v[mapped[step.anchor] + 1];
+      const int end = to.v[mapped[step.anchor] + 1];
       for (; at < end && w == -1; at++)
-        if (t->elabel[at] == step.anchor_label && fits(step, to, t->e[at]))
-          w = t->e[at];
+        if (to.elabel[at] == step.anchor_label &&
+            to.vlabel[to.e[at]] == step.vlabel && fits(step, to, to.e[at]))
+          w = to.e[at];
     }
     next_at[depth] = at;
     if (w == -1) {
@@ -275,7 +281,7 @@ bool search_plan::find(const graph *t, const vertex_profile *profiles,
     const plan_step &next = steps[depth];
     // The slots before a twin's image were tried for the twin.
     next_at[depth] =
-        next.twin != -1 ? next_at[next.twin] : t->v[mapped[next.anchor]];
+        next.twin != -1 ? next_at[next.twin] : to.v[mapped[next.anchor]];
   }
   for (int d = 0; d <= last; d++) {
     image[steps[d].u] = mapped[d];

@@ -55,15 +55,27 @@ template <class Image> int occurrence_finder::find_all(int minsup) {
     found_[index(i)] = extend(i, row_of<Image>(i));
     open += !found_[index(i)];
   }
-  int lost = 0; // transactions where it is not
-  for (int i = 0; i < n && open > 0 && n - lost >= minsup; i++) {
-    if (found_[index(i)])
-      continue;
-    open--;
-    found_[index(i)] = search(i, row_of<Image>(i));
-    lost += !found_[index(i)];
-  }
+  if (open > 0)
+    search_open<Image>(open, n - minsup);
   return close_gaps<Image>();
+}
+
+// Searches the transactions where it is not found yet, which are that many,
+// until it is missing from more than may_lack.  Small ones come first: there a
+// search is short, and the candidate is missing most often.
+template <class Image>
+void occurrence_finder::search_open(int open, int may_lack) {
+  const int n = sg_tid_size(sg_);
+  int lacking = 0;
+  for (const bool small : {true, false}) {
+    for (int i = 0; i < n && open > 0 && lacking <= may_lack; i++) {
+      if (found_[index(i)] || profiles_->is_small(tids_[i]) != small)
+        continue;
+      open--;
+      found_[index(i)] = search(i, row_of<Image>(i));
+      lacking += !found_[index(i)];
+    }
+  }
 }
 
 // Tries transaction i of the bound by one edge more than a parent; where the
