@@ -35,11 +35,19 @@ static size_t buffer_bytes(const ksstack *s) {
 // The first buffer follows the header in its block: most stacks never grow.
 static char *first_buffer(ksstack *s) { return reinterpret_cast<char *>(s + 1); }
 
-ksstack *ksstack_new(int capacity, int element_size) {
+size_t ksstack_bytes(int capacity, int element_size) {
   assert(capacity > 0 && element_size > 0);
-  const size_t bytes = (static_cast<size_t>(capacity) + 1) *
-                       static_cast<size_t>(element_size);
-  auto *s = static_cast<ksstack *>(xmalloc(sizeof(ksstack) + bytes));
+  return sizeof(ksstack) + (static_cast<size_t>(capacity) + 1) *
+                               static_cast<size_t>(element_size);
+}
+
+ksstack *ksstack_new(int capacity, int element_size) {
+  return ksstack_init(xmalloc(ksstack_bytes(capacity, element_size)), capacity,
+                      element_size);
+}
+
+ksstack *ksstack_init(void *memory, int capacity, int element_size) {
+  auto *s = static_cast<ksstack *>(memory);
   s->capacity = capacity;
   s->element_size = element_size;
   s->count = 0;
@@ -58,9 +66,13 @@ ksstack *ksstack_copy(const ksstack *s) {
 void ksstack_free(ksstack *s) {
   if (!s)
     return;
+  ksstack_finish(s);
+  xfree(s);
+}
+
+void ksstack_finish(ksstack *s) {
   if (s->buffer != first_buffer(s))
     xfree(s->buffer);
-  xfree(s);
 }
 
 static void grow(ksstack *s) {
@@ -178,7 +190,8 @@ void *ksstack_insert_at(const void *element, ksstack *s, int index) {
   if (s->count >= s->capacity)
     grow(s);
   char *place = element_at(s, index);
-  memmove(place + s->element_size, place, bytes_of(s, s->count - index));
+  if (index < s->count)
+    memmove(place + s->element_size, place, bytes_of(s, s->count - index));
   memcpy(place, element, bytes_of(s, 1));
   s->count++;
   return place;

@@ -28,7 +28,11 @@ private:
   void grow();
 
   sg_set_ptr records_;
-  xvector<const subgraph *> table_; // open addressing, null for a free place
+  struct place {
+    uint32_t key = 0;
+    const subgraph *sg = nullptr; // null for a free place
+  };
+  xvector<place> table_; // open addressing
 };
 
 } // namespace kestro

@@ -116,7 +116,9 @@ const xvector<removable_edge> &edge_finder::removable_edges(const graph *g) {
   number_.assign(static_cast<size_t>(g->vs), 0);
   low_.assign(static_cast<size_t>(g->vs), 0);
   edges_.clear();
-  visit(0, -1);
+  const bool is_tree = g->es / 2 < g->vs; // then all edges are bridges
+  if (!is_tree)
+    visit(0, -1);
   for (int u = 0; u < g->vs; u++) {
     for (int j = g->v[u]; j < g->v[u + 1]; j++) {
       const int w = g->e[j];
@@ -124,7 +126,7 @@ const xvector<removable_edge> &edge_finder::removable_edges(const graph *g) {
         continue;
       const bool leaf_u = g->v[u + 1] - g->v[u] == 1;
       const bool leaf_w = g->v[w + 1] - g->v[w] == 1;
-      if (leaf_u != leaf_w || (!leaf_u && !is_bridge(u, w)))
+      if (leaf_u != leaf_w || (!is_tree && !leaf_u && !is_bridge(u, w)))
         edges_.push_back({u, w, j});
     }
   }

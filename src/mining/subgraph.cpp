@@ -6,6 +6,8 @@
 
 #include "mining/subgraph.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <cstring>
 
 #include "base/error.h"
@@ -29,6 +31,7 @@ static subgraph *lay_out(void *memory, int es, int vs) {
   sg->count = 0;
   sg->child = sg->parent = sg->pid = sg->tid = sg->cover = nullptr;
   sg->rows = sg->links = nullptr;
+  sg->block = sg_size(es, vs);
   sg->invariant = sg->rigid = false;
   return sg;
 }
@@ -65,18 +68,47 @@ static ksstack *copy_set(const ksstack *s) {
   return s ? ksstack_copy(s) : nullptr;
 }
 
+static size_t aligned(size_t bytes) {
+  constexpr size_t unit = alignof(std::max_align_t);
+  return (bytes + unit - 1) / unit * unit;
+}
+
+// Bytes of a copy of a set in another block; 0 for an absent one.
+static size_t inner_bytes(const ksstack *s) {
+  return s ? aligned(ksstack_bytes(std::max(s->count, 1), s->element_size)) : 0;
+}
+
+// A copy without room to spare.
+static ksstack *copy_exactly(const ksstack *s, char *memory) {
+  if (!s)
+    return nullptr;
+  ksstack *copy = ksstack_init(memory, std::max(s->count, 1), s->element_size);
+  copy->count = s->count;
+  memcpy(copy->data, s->data,
+         static_cast<size_t>(s->count) * static_cast<size_t>(s->element_size));
+  return copy;
+}
+
 subgraph *sg_copy(const subgraph *sg) {
-  sg_ptr copy(
-      lay_out(xmalloc(sg_size(sg->g->es, sg->g->vs)), sg->g->es, sg->g->vs));
+  const int es = sg->g->es;
+  const int vs = sg->g->vs;
+  const size_t pid_at = aligned(sg_size(es, vs));
+  const size_t parent_at = pid_at + inner_bytes(sg->pid);
+  const size_t block = parent_at + inner_bytes(sg->parent);
+  char *memory = static_cast<char *>(xmalloc(block));
+  sg_ptr copy(lay_out(memory, es, vs));
+  copy->block = block;
   graph_copy_into(sg->g, copy->g);
   copy->count = sg->count;
+  copy->pid = copy_exactly(sg->pid, memory + pid_at);
+  copy->parent = copy_exactly(sg->parent, memory + parent_at);
   copy->child = copy_set(sg->child);
-  copy->parent = copy_set(sg->parent);
-  copy->pid = copy_set(sg->pid);
   copy->tid = copy_set(sg->tid);
   copy->cover = copy_set(sg->cover);
   copy->rows = copy_set(sg->rows);
-  copy->links = copy_set(sg->links);
+  if (sg->links)
+    copy->links = copy_exactly(
+        sg->links, static_cast<char *>(xmalloc(inner_bytes(sg->links))));
   copy->invariant = sg->invariant;
   copy->rigid = sg->rigid;
   return copy.release();
@@ -89,11 +121,22 @@ subgraph *sg_light_copy(const subgraph *sg, void *memory) {
   return copy;
 }
 
+// Whether a set lies in its record's block.
+static bool is_inside(const subgraph *sg, const ksstack *s) {
+  const auto begin = reinterpret_cast<uintptr_t>(sg);
+  const auto at = reinterpret_cast<uintptr_t>(s);
+  return begin < at && at < begin + sg->block;
+}
+
 void sg_free_sets(subgraph *sg) {
   for (ksstack *s :
        {sg->child, sg->parent, sg->pid, sg->tid, sg->cover, sg->rows,
-                     sg->links})
-    ksstack_free(s);
+                     sg->links}) {
+    if (is_inside(sg, s))
+      ksstack_finish(s);
+    else
+      ksstack_free(s);
+  }
 }
 
 void sg_free(subgraph *sg) {

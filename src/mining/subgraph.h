@@ -24,6 +24,7 @@ struct subgraph {
   ksstack *cover;  // of int: next-level patterns assigned to it; empty
   ksstack *rows;   // embeddings by transaction (mining/embeddings.h), or null
   ksstack *links;  // all parents with maps (mining/links.h), or null
+  size_t block;    // bytes of this block: sets within it are not freed alone
   bool invariant;  // g is known not to depend on the order its vertices came in
   bool rigid;      // g is known to have the identity as its only automorphism
 };
@@ -50,7 +51,8 @@ subgraph *sg_create(int es, int vs);
 // freed, with sg_free_sets.
 subgraph *sg_init(void *memory, int es, int vs);
 size_t sg_size(int es, int vs);
-// A new record with deep copies of the sets that are present.
+// A new record with deep copies of the sets that are present; pid and parent are
+// in the record's block.
 subgraph *sg_copy(const subgraph *sg);
 // Header and graph only, without sets, in caller memory of sg_size() bytes for
 // the graph's sizes.
