@@ -70,6 +70,10 @@ graph_profiles::graph_profiles(const ksstack *graphs)
     }
   }
   first_.push_back(profiles_.size());
+  for (int i = 0; i < graphs->count; i++)
+    small_.push_back(static_cast<size_t>(graph_at(i)->vs) *
+                         static_cast<size_t>(graphs->count) <
+                     vertices);
 }
 
 void graph_profiles::add_by_label(const graph *g) {

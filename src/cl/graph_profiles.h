@@ -32,10 +32,7 @@ public:
 
   const graph *graph_at(int i) const { return graph_list_at(graphs_, i); }
   // Whether graph i has fewer vertices than the average one.
-  bool is_small(int i) const {
-    return static_cast<size_t>(graph_at(i)->vs) * (first_.size() - 1) <
-           profiles_.size();
-  }
+  bool is_small(int i) const { return small_[static_cast<size_t>(i)]; }
 
   // By vertex of graph i.
   const vertex_profile *of(int i) const {
@@ -53,6 +50,7 @@ private:
   const ksstack *graphs_;
   xvector<vertex_profile> profiles_; // graph after graph
   xvector<size_t> first_;      // per graph, where its vertices start; the end
+  xvector<char> small_;        // per graph
   xvector<int> by_label_;      // per graph, its vertices by label, then id
   xvector<int> frequency_;     // by hash of the labels
   xvector<uint64_t> sorted_;   // for add_by_label

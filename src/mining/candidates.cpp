@@ -35,9 +35,7 @@ public:
       : derived_(children, cores, automorphisms, table),
         registry_(children, &derived_),
         scratch_(sg_create(2 * size_above(children), size_above(children) + 1)),
-        work_{graph_ptr(graph_create(scratch_->g->es - 2, scratch_->g->vs)),
-              {},
-              {}},
+        work_(size_above(children) - 1),
         context_{children,       cores,  automorphisms, &made_,
                  scratch_.get(), &work_, &registry_} {
     scratch_->links = sg_links_create(scratch_->g->vs);
@@ -53,13 +51,14 @@ public:
       return;
     const int automorphism = automorphism_cache_find(context_.automorphisms, p,
                                                      core->g, core->rigid);
-    for (int i = 0; i < n; i++) {
-      const int a = sg_child_at(core, i);
-      for (int j = i; j < n; j++) {
-        const int b = sg_child_at(core, j);
-        sg_join(a, b, entry_of(a, p), entry_of(b, p), automorphism, &context_);
-      }
-    }
+    entries_.clear();
+    for (int i = 0; i < n; i++)
+      entries_.push_back(entry_of(sg_child_at(core, i), p));
+    for (int i = 0; i < n; i++)
+      for (int j = i; j < n; j++)
+        sg_join(sg_child_at(core, i), sg_child_at(core, j),
+                entries_[static_cast<size_t>(i)],
+                entries_[static_cast<size_t>(j)], automorphism, &context_);
   }
 
   registration *registry() { return &registry_; }
@@ -81,6 +80,7 @@ private:
   extension_set made_;
   sg_ptr scratch_; // as large as a candidate can be
   join_work work_;
+  xvector<const sg_parent *> entries_; // by child of a core
   join_context context_;
 };
 
@@ -162,11 +162,10 @@ public:
         context_(context),
         elabel_(graph_edge_label(a_->g, ea->u, ea->v)),
         outside_(vertex_outside(eb)) {
-    xvector<int> &core_to_b = context->work->core_to_b;
-    core_to_b.resize(static_cast<size_t>(eb->vs - (outside_ != -1)));
+    int *core_to_b = context->work->core_to_b.data();
     for (int i = 0; i < eb->vs; i++)
       if (eb->map[i] != -1)
-        core_to_b[static_cast<size_t>(eb->map[i])] = i;
+        core_to_b[eb->map[i]] = i;
   }
 
   // Builds and registers up to two candidates along an automorphism of the core.
@@ -221,9 +220,7 @@ private:
       graph_mark_edge_between(g1, ea_->u, ea_->v);
       is_marked_ = true;
     }
-    work->map.resize(static_cast<size_t>(ea_->vs));
-    setup_map(ea_, eb_, perm, static_cast<int>(work->core_to_b.size()),
-              work->map.data());
+    setup_map(ea_, eb_, perm, eb_->vs - (outside_ != -1), work->map.data());
     subgraph *cand = context_->scratch;
     merge(g1, b_->g, ea_->u, ea_->v, work->map.data(), cand->g);
     for (int i = 0; i < cand->g->vs; i++)

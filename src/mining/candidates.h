@@ -18,11 +18,16 @@ sg_set *sg_generate_candidates(const sg_set *children, const sg_set *cores,
 // What happened to the candidates of this thread's last generation.
 const registration_counts *sg_registration_counts();
 
-// Memory that joins use one after another.
+// Memory that joins of patterns of some number of edges use one after another.
 struct join_work {
-  graph_ptr without_edge; // room for a pattern of level k-1
-  xvector<int> core_to_b;
-  xvector<int> map;
+  explicit join_work(int edges)
+      : without_edge(graph_create(2 * edges, edges + 1)),
+        core_to_b(static_cast<size_t>(edges) + 1),
+        map(static_cast<size_t>(edges) + 1) {}
+
+  graph_ptr without_edge; // a pattern
+  xvector<int> core_to_b; // by vertex of a core
+  xvector<int> map;       // by vertex of a pattern
 };
 
 // What joining works on while one size is generated.

@@ -60,7 +60,8 @@ static bool is_downward_closed(subgraph *cand, registration *to) {
   if (!can_be_closed(cand, edges, to))
     return false;
   const int vs = cand->g->vs;
-  to->memory.resize(static_cast<size_t>(sg_parent_ints(vs)));
+  if (to->memory.size() < static_cast<size_t>(sg_parent_ints(vs)))
+    to->memory.resize(static_cast<size_t>(sg_parent_ints(vs)));
   auto *entry = reinterpret_cast<sg_parent *>(to->memory.data());
   entry->vs = vs;
   for (const removable_edge &edge : edges) {
