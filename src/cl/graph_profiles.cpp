@@ -20,11 +20,12 @@ static uint32_t hash_labels(int a, int b) {
   return h ^ (h >> 15);
 }
 
-// Sets one more bit in the group of a hash, unless it is full.
-static void add_to_group(uint64_t *bits, uint32_t hash) {
-  const uint32_t shift = (hash >> 3 & 15) * 4;
-  const uint64_t group = uint64_t{15} << shift;
-  *bits |= group & ((*bits << 1) | (uint64_t{1} << shift));
+// Sets one more bit in the group of a hash, of width bits, unless it is full.
+template <class Bits> static void add_to_group(Bits *bits, uint32_t hash) {
+  constexpr uint32_t width = sizeof(Bits) / 2; // sixteen groups
+  const uint32_t shift = (hash >> 3 & 15) * width;
+  const Bits group = ((Bits{1} << width) - 1) << shift;
+  *bits |= group & ((*bits << 1) | (Bits{1} << shift));
 }
 
 vertex_profile profile_of(const graph *g, int u) {

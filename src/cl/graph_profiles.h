@@ -13,12 +13,12 @@ namespace kestro {
 // What is around a vertex as sets of bits: a vertex u can be mapped to w only if
 // w's profile has all bits of u's.
 struct vertex_profile {
-  uint64_t edges = 0; // its edges
-  uint64_t paths = 0; // the paths of two edges that start at it
+  uint32_t edges = 0; // its edges
+  uint32_t paths = 0; // the paths of two edges that start at it
   uint64_t kinds = 0; // the kinds of these paths
   bool covers(const vertex_profile &other) const {
-    return ((other.edges & ~edges) | (other.paths & ~paths) |
-            (other.kinds & ~kinds)) == 0;
+    return ((other.edges & ~edges) | (other.kinds & ~kinds) |
+            (other.paths & ~paths)) == 0;
   }
 };
 vertex_profile profile_of(const graph *g, int u);

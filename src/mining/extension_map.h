@@ -35,22 +35,23 @@ inline extension image_of(const extension &x, const int *perm) {
              : closing_extension(x.pattern, perm[x.from], perm[x.to], x.elabel);
 }
 
-inline size_t hash_extension(const extension &x) {
+inline uint32_t hash_extension(const extension &x) {
   uint64_t h = static_cast<uint32_t>(x.pattern);
   h = h << 32 ^ static_cast<uint32_t>(x.from) << 16 ^
       static_cast<uint32_t>(x.to);
   h = (h ^ static_cast<uint64_t>(static_cast<uint32_t>(x.elabel)) << 20) *
       0x9e3779b97f4a7c15;
   h = (h ^ h >> 32 ^ static_cast<uint32_t>(x.vlabel)) * 0xc2b2ae3d27d4eb4f;
-  return static_cast<size_t>(h ^ h >> 29);
+  return static_cast<uint32_t>(h >> 32);
 }
 
-// A map in a table with open addressing, which is at most three quarters full.
+// A map in a table with open addressing, which is at most four fifths full and
+// grows by half.
 template <class Value> class extension_map {
 public:
   // Adds x; false, and nothing is changed, when it is there already.
   bool insert(const extension &x, const Value &value = {}) {
-    if (4 * count_ >= 3 * table_.size())
+    if (5 * count_ >= 4 * table_.size())
       grow();
     place &p = table_[place_of(x)];
     if (p.key.pattern != -1)
@@ -76,15 +77,15 @@ private:
 
   // Where x is, or the free place where it belongs.
   size_t place_of(const extension &x) const {
-    const size_t mask = table_.size() - 1; // the size is a power of two
-    size_t i = hash_extension(x) & mask;
+    // The hash as a fraction of 2^32 tells where to start.
+    size_t i = hash_extension(x) * table_.size() >> 32;
     while (table_[i].key.pattern != -1 && !(table_[i].key == x))
-      i = (i + 1) & mask;
+      i = i + 1 < table_.size() ? i + 1 : 0;
     return i;
   }
 
   void grow() {
-    xvector<place> old(table_.empty() ? 256 : 2 * table_.size());
+    xvector<place> old(table_.empty() ? 256 : table_.size() / 2 * 3);
     std::swap(old, table_);
     for (const place &p : old)
       if (p.key.pattern != -1)

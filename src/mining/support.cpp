@@ -90,11 +90,12 @@ int sg_count_support(subgraph *sg, const sg_set *prev,
 }
 
 // Frees what only the next size needs.
-static void free_rows_and_links(sg_set *level) {
+static void free_after_use(sg_set *level) {
   for (int i = 0; i < sg_set_size(level); i++) {
     subgraph *sg = sg_set_get(level, i);
     ksstack_free(std::exchange(sg->rows, nullptr));
     sg_free_links(sg);
+    ksstack_free(std::exchange(sg->tid, nullptr));
   }
 }
 
@@ -136,7 +137,7 @@ sg_set *support_counter::count_frequents(sg_set *cand, sg_set *prev,
   for (sg_ptr &sg : records)
     if (sg)
       sg_set_push(level.get(), std::move(sg));
-  free_rows_and_links(prev);
+  free_after_use(prev);
   KESTRO_STRUCTURE(sg_set_check(level.get()));
   sg_register_children(level.get(), prev);
   stats_set(stats_frequent, k, sg_set_size(level.get()));
