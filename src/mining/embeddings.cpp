@@ -87,6 +87,23 @@ static bool has_labelled_edge(const graph *t, int u, int w, int elabel) {
   return first < last && *first == w && t->elabel[first - t->e] == elabel;
 }
 
+// A neighbour of u for the new vertex that the row does not hold; -1 for none.
+template <class Image>
+int edge_placement::free_neighbour(const graph *t, int u,
+                                   const Image *row) const {
+  const int *e = t->e;
+  const int *elabels = t->elabel;
+  const int *vlabels = t->vlabel;
+  const int elabel = elabel_;
+  const int vlabel = vlabel_;
+  const Image *row_end = row + parent_vs_;
+  for (int j = t->v[u], end = t->v[u + 1]; j < end; j++)
+    if (vlabels[e[j]] == vlabel && elabels[j] == elabel &&
+        std::find(row, row_end, static_cast<Image>(e[j])) == row_end)
+      return e[j];
+  return -1;
+}
+
 template <class Image>
 bool edge_placement::extend(const Image *parent_row, const graph *t,
                             Image *row) const {
@@ -96,16 +113,8 @@ bool edge_placement::extend(const Image *parent_row, const graph *t,
     if (!has_labelled_edge(t, u, parent_row[to_], elabel_))
       return false;
   } else {
-    const int end = t->v[u + 1];
-    const Image *row_end = parent_row + parent_vs_;
-    int j = t->v[u];
-    for (; j < end; j++) {
-      image = t->e[j];
-      if (t->elabel[j] == elabel_ && t->vlabel[image] == vlabel_ &&
-          std::find(parent_row, row_end, static_cast<Image>(image)) == row_end)
-        break;
-    }
-    if (j == end)
+    image = free_neighbour(t, u, parent_row);
+    if (image == -1)
       return false;
   }
   const int vs = static_cast<int>(map_.size());

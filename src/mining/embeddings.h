@@ -71,6 +71,9 @@ public:
   bool extend(const Image *parent_row, const graph *t, Image *row) const;
 
 private:
+  template <class Image>
+  int free_neighbour(const graph *t, int u, const Image *row) const;
+
   xvector<int> map_;   // per vertex, the parent's, -1 for the new one
   int parent_vs_ = 0;  // vertices of the parent
   int from_ = -1;      // the parent's ends of the edge, to_ -1 when new

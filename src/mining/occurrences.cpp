@@ -17,10 +17,13 @@ static size_t index(int i) { return static_cast<size_t>(i); }
 // The index of the parent's row for transaction tid, which its list holds.
 int occurrence_finder::parent_cursor::row_index(int tid) {
   const int *tids = ksstack_array<int>(parent->tid);
-  while (at < parent->tid->count && tids[at] < tid)
-    at++;
-  assert(at < parent->tid->count && tids[at] == tid);
-  return at;
+  const int n = parent->tid->count;
+  int i = at;
+  while (i < n && tids[i] < tid)
+    i++;
+  assert(i < n && tids[i] == tid);
+  at = i;
+  return i;
 }
 
 int occurrence_finder::find(subgraph *sg, const sg_set *prev, int minsup) {
@@ -68,12 +71,14 @@ void occurrence_finder::search_open(int open, int may_lack) {
   const int n = sg_tid_size(sg_);
   int lacking = 0;
   for (const bool small : {true, false}) {
-    for (int i = 0; i < n && open > 0 && lacking <= may_lack; i++) {
+    for (int i = 0; i < n; i++) {
       if (found_[index(i)] || profiles_->is_small(tids_[i]) != small)
         continue;
       open--;
       found_[index(i)] = search(i, row_of<Image>(i));
       lacking += !found_[index(i)];
+      if (lacking > may_lack || open == 0)
+        return;
     }
   }
 }
