@@ -13,11 +13,12 @@ namespace kestro {
 // Calls work(worker, i) for every i from 0 to count - 1.  Each of jobs workers,
 // at least one, has a thread and a number from 0 and takes one i after another;
 // worker 0 is the caller's own thread, so with one worker nothing is started and
-// the order is ascending.  What work throws ends the call once all workers have
-// stopped: of several exceptions that of the smallest i comes out.  A thread
-// calls release() before it ends, for what modules keep per thread.
-template <class Work, class Release>
-void parallel_for(int jobs, int count, Work work, Release release) {
+// the order is ascending.  When none is left each worker calls finish(worker) on
+// its thread, which is the place to give up what belongs to the thread.  What is
+// thrown ends the call once all workers have stopped: of several exceptions that
+// of the smallest i comes out.
+template <class Work, class Finish>
+void parallel_for(int jobs, int count, Work work, Finish finish) {
   std::atomic<int> next = 0;
   struct failure {
     int at = 0;
@@ -25,24 +26,26 @@ void parallel_for(int jobs, int count, Work work, Release release) {
   };
   const int workers = std::max(1, std::min(jobs, count));
   xvector<failure> failures(static_cast<size_t>(workers));
-  const auto run = [&](int worker) {
-    for (int i; (i = next++) < count;) {
-      try {
-        work(worker, i);
-      } catch (...) {
-        failures[static_cast<size_t>(worker)] = {i, std::current_exception()};
-        next = count;
-      }
+  const auto attempt = [&](int worker, int i, auto step) {
+    try {
+      step();
+    } catch (...) {
+      failure *first = &failures[static_cast<size_t>(worker)];
+      if (!first->what)
+        *first = {i, std::current_exception()};
+      next = count;
     }
+  };
+  const auto run = [&](int worker) {
+    for (int i; (i = next++) < count;)
+      attempt(worker, i, [&] { work(worker, i); });
+    attempt(worker, count, [&] { finish(worker); });
   };
   {
     xvector<std::jthread> threads;
     threads.reserve(static_cast<size_t>(workers) - 1);
     for (int worker = 1; worker < workers; worker++)
-      threads.emplace_back([&run, &release, worker] {
-        run(worker);
-        release();
-      });
+      threads.emplace_back(run, worker);
     run(0);
   }
   const failure *first = nullptr;

@@ -16,7 +16,6 @@
 
 #include "base/error.h"
 #include "base/parallel.h"
-#include "base/rbtree.h"
 #include "base/xmalloc.h"
 #include "cl/canonical.h"
 #include "graph/edge_marks.h"
@@ -104,25 +103,37 @@ sg_set *sg_generate_candidates(const sg_set *children, const sg_set *cores,
   const int threshold = cl_get_stabilizer_threshold();
   automorphism_cache_ptr automorphisms(automorphism_cache_create());
   const child_table table(children, cores, automorphisms.get());
-  xvector<std::unique_ptr<joiner>> joiners(
-      static_cast<size_t>(std::clamp(sg_set_size(cores), 1, std::max(jobs, 1))));
-  for (std::unique_ptr<joiner> &j : joiners)
-    j = std::make_unique<joiner>(children, cores, automorphisms.get(), &table);
+  const int workers = std::max(1, std::min(jobs, sg_set_size(cores)));
+  // A joiner belongs to the thread that makes and ends it.
+  xvector<std::unique_ptr<joiner>> joiners(static_cast<size_t>(workers));
+  xvector<candidate_set> accepted(static_cast<size_t>(workers));
+  xvector<registration_counts> counted(static_cast<size_t>(workers));
   parallel_for(
-      jobs, sg_set_size(cores),
+      workers, sg_set_size(cores),
       [&](int worker, int p) {
-        cl_set_stabilizer_threshold(threshold); // one per thread
-        joiners[static_cast<size_t>(worker)]->join_children_of(p);
+        std::unique_ptr<joiner> &own = joiners[static_cast<size_t>(worker)];
+        if (!own) {
+          cl_set_stabilizer_threshold(threshold); // of this thread
+          own = std::make_unique<joiner>(children, cores, automorphisms.get(),
+                                         &table);
+        }
+        own->join_children_of(p);
       },
-      rbt_release_nodes);
+      [&](int worker) {
+        const size_t w = static_cast<size_t>(worker);
+        if (!joiners[w])
+          return;
+        accepted[w] = std::move(joiners[w]->registry()->accepted);
+        counted[w] = joiners[w]->registry()->counts;
+        joiners[w].reset();
+      });
   counts = {};
-  candidate_set *accepted = &joiners[0]->registry()->accepted;
-  for (const std::unique_ptr<joiner> &j : joiners) {
-    add_counts(j->registry()->counts);
-    if (&j->registry()->accepted != accepted)
-      accepted->take_over(&j->registry()->accepted);
+  for (size_t w = 0; w < accepted.size(); w++) {
+    add_counts(counted[w]);
+    if (w > 0)
+      accepted[0].take_over(&accepted[w]);
   }
-  sg_set_ptr out(accepted->release_sorted());
+  sg_set_ptr out(accepted[0].release_sorted());
   KESTRO_STRUCTURE(sg_set_check(out.get()));
   stats_set(stats_candidates, k, sg_set_size(out.get()));
   return out.release();

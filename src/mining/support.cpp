@@ -70,7 +70,7 @@ void sg_filter_candidates_by_support(sg_set *cand, const sg_set *prev,
         else
           sg.reset();
       },
-      [] {});
+      [](int) {});
   for (sg_ptr &sg : records)
     if (sg)
       sg_set_push(cand, std::move(sg));
@@ -132,7 +132,7 @@ sg_set *support_counter::count_frequents(sg_set *cand, sg_set *prev,
         count_candidate(&records[static_cast<size_t>(i)], prev, minsup,
                         &finders[static_cast<size_t>(worker)], &budget);
       },
-      search_plan_free_work_area);
+      [](int) {});
   sg_set_ptr level(sg_set_create());
   for (sg_ptr &sg : records)
     if (sg)
