@@ -1,10 +1,10 @@
 // Profiles of vertices.
 //
-// A profile has sixteen groups of four bits.  Every edge at a vertex belongs to
-// the group that its label and its other end's label are hashed to, and a group
-// has as many bits set, from its lowest, as edges belong to it, up to four.  A
-// mapping sends the edges at u to as many edges with the same labels at w, so
-// each of w's groups has at least the bits of u's.  One instruction compares.
+// The edges at a vertex are put into sixteen groups of two bits, by a hash of the
+// edge's label and the other end's; a group shows one edge, or several.  A mapping
+// sends the edges at u to as many edges with the same labels at w, so each of w's
+// groups has at least the bits of u's.  So it is with the paths of two edges, of
+// which sixty-four bits also show the kinds.  A few instructions compare.
 
 #include "cl/graph_profiles.h"
 
@@ -13,6 +13,9 @@
 namespace kestro {
 
 static constexpr size_t counters = 4096;
+
+// Graphs of up to that many vertices have no index by label.
+static constexpr int scanned_whole = 64;
 
 static uint32_t hash_labels(int a, int b) {
   uint32_t h = static_cast<uint32_t>(a) * 0x9e3779b1U;
@@ -57,12 +60,14 @@ graph_profiles::graph_profiles(const ksstack *graphs)
   for (int i = 0; i < graphs->count; i++)
     vertices += static_cast<size_t>(graph_at(i)->vs);
   profiles_.reserve(vertices);
-  by_label_.reserve(vertices);
-  first_.reserve(static_cast<size_t>(graphs->count) + 1);
+  first_.reserve(static_cast<size_t>(graphs->count));
+  first_by_label_.reserve(static_cast<size_t>(graphs->count) + 1);
   for (int i = 0; i < graphs->count; i++) {
     const graph *g = graph_at(i);
     first_.push_back(profiles_.size());
-    add_by_label(g);
+    first_by_label_.push_back(by_label_.size());
+    if (g->vs > scanned_whole)
+      add_by_label(g);
     for (int u = 0; u < g->vs; u++) {
       profiles_.push_back(profile_of(g, u));
       for (int j = g->v[u]; j < g->v[u + 1]; j++)
@@ -70,7 +75,7 @@ graph_profiles::graph_profiles(const ksstack *graphs)
                               g->vlabel[g->e[j]])]++;
     }
   }
-  first_.push_back(profiles_.size());
+  first_by_label_.push_back(by_label_.size());
   for (int i = 0; i < graphs->count; i++)
     small_.push_back(static_cast<size_t>(graph_at(i)->vs) *
                          static_cast<size_t>(graphs->count) <
@@ -87,16 +92,20 @@ void graph_profiles::add_by_label(const graph *g) {
     by_label_.push_back(static_cast<int>(label_and_vertex & INT32_MAX));
 }
 
-std::span<const int> graph_profiles::vertices(int i, int vlabel) const {
-  const int *labels = graph_at(i)->vlabel;
-  const int *first = by_label_.data() + first_[static_cast<size_t>(i)];
-  const int *last = by_label_.data() + first_[static_cast<size_t>(i) + 1];
+graph_profiles::candidates graph_profiles::vertices(int i, int vlabel) const {
+  const graph *g = graph_at(i);
+  if (g->vs <= scanned_whole)
+    return {nullptr, g->vs};
+  const int *labels = g->vlabel;
+  const int *first = by_label_.data() + first_by_label_[static_cast<size_t>(i)];
+  const int *last =
+      by_label_.data() + first_by_label_[static_cast<size_t>(i) + 1];
   first = std::lower_bound(first, last, vlabel,
                            [labels](int w, int x) { return labels[w] < x; });
   const int *end = first;
   while (end < last && labels[*end] == vlabel)
     end++;
-  return {first, end};
+  return {first, static_cast<int>(end - first)};
 }
 
 int graph_profiles::frequency(int from, int elabel, int to) const {

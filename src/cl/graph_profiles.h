@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstdint>
-#include <span>
 
 #include "base/ksstack.h"
 #include "base/xmalloc.h"
@@ -38,8 +37,12 @@ public:
   const vertex_profile *of(int i) const {
     return profiles_.data() + first_[static_cast<size_t>(i)];
   }
-  // The vertices of graph i with that label, ascending.
-  std::span<const int> vertices(int i, int vlabel) const;
+  // The vertices of graph i among which those with that label are, ascending.
+  struct candidates {
+    const int *vertices; // null: all vertices from 0
+    int count;
+  };
+  candidates vertices(int i, int vlabel) const;
   // About how often an edge with these labels occurs, seen from its first end;
   // rarer edges share a counter with others at times.
   int frequency(int from, int elabel, int to) const;
@@ -49,9 +52,10 @@ private:
 
   const ksstack *graphs_;
   xvector<vertex_profile> profiles_; // graph after graph
-  xvector<size_t> first_;      // per graph, where its vertices start; the end
+  xvector<size_t> first_;      // per graph, where its vertices start
   xvector<char> small_;        // per graph
-  xvector<int> by_label_;      // per graph, its vertices by label, then id
+  xvector<int> by_label_;      // per large graph, its vertices by label, then id
+  xvector<size_t> first_by_label_; // per graph, where they start; the end
   xvector<int> frequency_;     // by hash of the labels
   xvector<uint64_t> sorted_;   // for add_by_label
 };

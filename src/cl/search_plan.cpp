@@ -229,9 +229,8 @@ bool search_plan::find(const graph_profiles &profiles, int i, int *image) {
   const graph *t = profiles.graph_at(i);
   if (pattern_->vs > t->vs)
     return false;
-  const std::span<const int> roots = profiles.vertices(i, steps_[0].vlabel);
-  return find(t, profiles.of(i), roots.data(), static_cast<int>(roots.size()),
-              image);
+  const auto [roots, count] = profiles.vertices(i, steps_[0].vlabel);
+  return find(t, profiles.of(i), roots, count, image);
 }
 
 // Searches t, whose profiles may be null; only the given vertices are tried
