@@ -213,6 +213,19 @@ void *ksstack_remove_sorted(const void *key, ksstack *s, comparator compare) {
   return nullptr;
 }
 
+ksstack *ksstack_trim(ksstack *s) {
+  constexpr size_t worth = 512; // bytes
+  const int kept = s->count > 0 ? s->count : 1;
+  if (s->buffer != first_buffer(s) || bytes_of(s, s->capacity - kept) < worth)
+    return s;
+  const size_t bytes = ksstack_bytes(kept, s->element_size);
+  s = static_cast<ksstack *>(xrealloc(s, bytes));
+  s->capacity = kept;
+  s->buffer = first_buffer(s);
+  s->data = s->buffer + s->element_size;
+  return s;
+}
+
 void *ksstack_release(ksstack *s, int *count) {
   *count = s->count;
   if (s->count == 0) {

@@ -74,6 +74,9 @@ void *ksstack_insert_at(const void *element, ksstack *s, int index);
 // slot, or null when absent.
 void *ksstack_remove_sorted(const void *key, ksstack *s, comparator compare);
 
+// Gives back room to spare where that is worth it; the stack may move.
+ksstack *ksstack_trim(ksstack *s);
+
 // Ends the stack and hands over its elements as an array of *count, to be
 // freed with xfree; null when empty.
 void *ksstack_release(ksstack *s, int *count);

@@ -18,6 +18,10 @@ child_table::child_table(const sg_set *children, const sg_set *cores,
     first[static_cast<size_t>(id)] =
         automorphism_cache_find(automorphisms, id, core->g, core->rigid);
   }
+  size_t links = 0;
+  for (int id = 0; id < sg_set_size(children); id++)
+    links += static_cast<size_t>(sg_link_size(sg_set_get(children, id)));
+  map_.reserve(links); // most have one place only
   for (int id = 0; id < sg_set_size(children); id++) {
     const subgraph *child = sg_set_get(children, id);
     for (int l = 0; l < sg_link_size(child); l++) {

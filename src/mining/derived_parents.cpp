@@ -24,7 +24,7 @@ extension derived_parents::part_without(const sg_link *link) const {
   const int from = link->map[x_.from];
   if (x_.to == -1) {
     if (from == link_gone)
-      return {-1, -1, -1, -1, -1};
+      return {};
     return pendant_extension(link->pid, from, x_.elabel, x_.vlabel);
   }
   const int to = link->map[x_.to];

@@ -8,24 +8,33 @@
 
 namespace kestro {
 
-// A pattern plus one edge.
+// A pattern plus one edge.  There are many of them, hence the short vertices.
 struct extension {
-  int pattern; // its id in its level
-  int from;    // its vertex at which the edge lands
-  int to;      // its vertex at the other end, above from; -1 for a new vertex
-  int elabel;
-  int vlabel; // of the new vertex, -1 for none
+  int pattern = -1; // its id in its level
+  int16_t from = -1; // its vertex at which the edge lands
+  int16_t to = -1; // its vertex at the other end, above from; -1 for a new one
+  int elabel = -1;
+  int vlabel = -1; // of the new vertex, -1 for none
   bool operator==(const extension &) const = default;
 };
 
+// A vertex of a pattern as extensions have it.  Levels up to where the numbers
+// end would take far more memory than there is.
+inline int16_t short_vertex(int u) {
+  if (u > INT16_MAX)
+    die_out_of_memory();
+  return static_cast<int16_t>(u);
+}
+
 // The extension by an edge between two vertices of the pattern, in any order.
 inline extension closing_extension(int pattern, int u, int w, int elabel) {
-  return {pattern, u < w ? u : w, u < w ? w : u, elabel, -1};
+  return {pattern, short_vertex(u < w ? u : w), short_vertex(u < w ? w : u),
+          elabel, -1};
 }
 
 // The extension by an edge to a new vertex.
 inline extension pendant_extension(int pattern, int u, int elabel, int vlabel) {
-  return {pattern, u, -1, elabel, vlabel};
+  return {pattern, short_vertex(u), -1, elabel, vlabel};
 }
 
 // Where a permutation of the pattern's vertices brings the edge.
@@ -38,7 +47,7 @@ inline extension image_of(const extension &x, const int *perm) {
 inline uint32_t hash_extension(const extension &x) {
   uint64_t h = static_cast<uint32_t>(x.pattern);
   h = h << 32 ^ static_cast<uint32_t>(x.from) << 16 ^
-      static_cast<uint32_t>(x.to);
+      static_cast<uint16_t>(x.to);
   h = (h ^ static_cast<uint64_t>(static_cast<uint32_t>(x.elabel)) << 20) *
       0x9e3779b97f4a7c15;
   h = (h ^ h >> 32 ^ static_cast<uint32_t>(x.vlabel)) * 0xc2b2ae3d27d4eb4f;
@@ -49,10 +58,16 @@ inline uint32_t hash_extension(const extension &x) {
 // grows by half.
 template <class Value> class extension_map {
 public:
+  // Makes room for n extensions at once.
+  void reserve(size_t n) {
+    if (5 * n >= 4 * table_.size())
+      resize(n + n / 4 + 1);
+  }
+
   // Adds x; false, and nothing is changed, when it is there already.
   bool insert(const extension &x, const Value &value = {}) {
     if (5 * count_ >= 4 * table_.size())
-      grow();
+      resize(table_.empty() ? 256 : table_.size() / 2 * 3);
     place &p = table_[place_of(x)];
     if (p.key.pattern != -1)
       return false;
@@ -71,7 +86,7 @@ public:
 
 private:
   struct place {
-    extension key = {-1, -1, -1, -1, -1}; // pattern -1: free
+    extension key; // pattern -1: free
     [[no_unique_address]] Value value = {};
   };
 
@@ -84,8 +99,8 @@ private:
     return i;
   }
 
-  void grow() {
-    xvector<place> old(table_.empty() ? 256 : table_.size() / 2 * 3);
+  void resize(size_t places) {
+    xvector<place> old(places);
     std::swap(old, table_);
     for (const place &p : old)
       if (p.key.pattern != -1)

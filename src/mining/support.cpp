@@ -107,8 +107,14 @@ static void count_candidate(sg_ptr *cand, const sg_set *prev, int minsup,
   budget->add_pattern();
   sg->rows = budget->take_rows(sg, sg_tid_size(sg));
   sg->count = finder->find(sg, prev, minsup);
-  if (sg->count >= minsup)
+  if (sg->count >= minsup) {
+    budget->give_back(sg);
+    sg->tid = ksstack_trim(sg->tid);
+    if (sg->rows)
+      sg->rows = ksstack_trim(sg->rows);
+    budget->charge(sg);
     return;
+  }
   budget->give_back(sg);
   budget->remove_pattern();
   cand->reset();
