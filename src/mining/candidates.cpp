@@ -239,10 +239,15 @@ private:
   }
 
   // The other ways to build a candidate whose form does not depend on how it is
-  // built would only make duplicates.
+  // built would only make duplicates.  Cores come in ascending order, so those
+  // patterns all whose cores are done are built upon no more.
   void mark_made(const subgraph *accepted) const {
-    for (int l = 0; l < sg_link_size(accepted); l++)
-      context_->made->insert(sg_link_edge(accepted, sg_link_at(accepted, l)));
+    for (int l = 0; l < sg_link_size(accepted); l++) {
+      const sg_link *link = sg_link_at(accepted, l);
+      const subgraph *parent = sg_set_get(context_->children, link->pid);
+      if (sg_parent_at(parent, sg_parent_size(parent) - 1)->pid >= ea_->pid)
+        context_->made->insert(sg_link_edge(accepted, link));
+    }
   }
 
   const subgraph *a_;

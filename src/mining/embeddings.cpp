@@ -3,8 +3,7 @@
 // Most candidates that pass their bound occur in nearly all transactions of it,
 // and mostly where a parent was found; placing one edge there costs a walk over
 // one neighbour list instead of a search.  Rows live from the count of one
-// level to the count of the next, within a budget, so a large database never
-// takes more than twice its own memory.
+// level to the count of the next, within a budget.
 
 #include "mining/embeddings.h"
 
@@ -21,6 +20,7 @@ embedding_budget::embedding_budget(const ksstack *transactions) {
     left_ += static_cast<long long>(graph_size(t->es, t->vs));
     largest = std::max(largest, t->vs);
   }
+  left_ = left_ / 4;
   width_ = largest <= UINT8_MAX + 1 ? 1 : largest <= UINT16_MAX + 1 ? 2 : 0;
 }
 

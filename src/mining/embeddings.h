@@ -15,9 +15,9 @@ namespace kestro {
 // uint8_t where all transactions have at most 256 vertices, else uint16_t; there
 // are no rows where a transaction has more than 65,536.
 
-// The memory that rows may take: as much as the transactions themselves, and
-// for each pattern or candidate alive something more.  Several threads may use
-// one budget.
+// The memory that rows may take: a quarter of what the transactions themselves
+// take, and something for each pattern or candidate alive.  Several threads may
+// use one budget.
 class embedding_budget {
 public:
   // transactions is a graph list.

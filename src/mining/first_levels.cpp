@@ -241,6 +241,7 @@ static void check_in_double_edges2(sg_set *level2, const ksstack *transactions,
     const graph *g = sg->g;
     ids->at(g->vlabel[1], g->vlabel[2], g->vlabel[0], g->elabel[0],
             g->elabel[1]) = i + 1;
+    budget.add_pattern();
     sg->rows = budget.take_rows(sg, sg->count);
   }
   for (int tid = 0; tid < transactions->count; tid++) {
