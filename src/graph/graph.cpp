@@ -125,7 +125,7 @@ int graph_find_vid(const graph *g, int id) {
 }
 
 static uint32_t hash_byte(uint32_t h, uint32_t byte) {
-  return h ^ ((h << 5) + (h >> 3) + byte);
+  return h ^ (h * 32 + (h >> 3) + byte);
 }
 
 // Bytes enter as signed ones, from the least significant.

@@ -226,10 +226,10 @@ private:
   template <class Merge> void build(Merge merge, const int *perm) {
     join_work *work = context_->work;
     graph *g1 = work->without_edge.get();
-    if (!is_marked_) {
+    if (work->gone != ea_) { // joins with the same a follow one another
       graph_copy_into(a_->g, g1);
       graph_mark_edge_between(g1, ea_->u, ea_->v);
-      is_marked_ = true;
+      work->gone = ea_;
     }
     setup_map(ea_, eb_, perm, eb_->vs - (outside_ != -1), work->map.data());
     subgraph *cand = context_->scratch;
@@ -258,7 +258,6 @@ private:
   const join_context *context_;
   int elabel_; // of a's extra edge
   int outside_;            // b's vertex outside the core, or -1
-  bool is_marked_ = false; // a without that edge is in the work memory
 };
 
 } // namespace

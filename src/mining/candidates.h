@@ -25,7 +25,8 @@ struct join_work {
         core_to_b(static_cast<size_t>(edges) + 1),
         map(static_cast<size_t>(edges) + 1) {}
 
-  graph_ptr without_edge; // a pattern
+  graph_ptr without_edge;     // a pattern with one edge disabled
+  const sg_parent *gone = {}; // the entry that tells which; null at first
   xvector<int> core_to_b; // by vertex of a core
   xvector<int> map;       // by vertex of a pattern
 };

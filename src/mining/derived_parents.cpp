@@ -42,12 +42,14 @@ bool derived_parents::start(const extension &x) {
   x_ = x;
   pattern_ = sg_set_get(children_, x.pattern);
   const int links = sg_link_size(pattern_);
-  found_.assign(static_cast<size_t>(links), nullptr);
+  if (found_.size() < static_cast<size_t>(links))
+    found_.resize(static_cast<size_t>(links));
   // An edge that closes a cycle may make more edges removable.
   tells_all_ = pattern_->links && pattern_->invariant && x.to == -1;
   for (int l = 0; l < links; l++) {
     const sg_link *link = sg_link_at(pattern_, l);
     const extension part = part_without(link);
+    found_[static_cast<size_t>(l)] = nullptr;
     if (part.pattern == -1)
       continue;
     const found_child *found = table_->find(part);
