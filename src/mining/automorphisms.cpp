@@ -7,7 +7,6 @@
 #include "mining/automorphisms.h"
 
 #include <algorithm>
-#include <numeric>
 
 #include "base/error.h"
 #include "base/xmalloc.h"
@@ -64,13 +63,8 @@ static void add_entry(automorphism_cache *cache, int core, const int *perm,
 }
 
 static void add_automorphisms(automorphism_cache *cache, int core,
-                              const graph *g, bool is_rigid) {
+                              const graph *g) {
   xvector<int> map(static_cast<size_t>(g->vs), -1);
-  if (is_rigid) {
-    std::iota(map.begin(), map.end(), 0);
-    add_entry(cache, core, map.data(), g->vs);
-    return;
-  }
   xvector<int> order(static_cast<size_t>(g->vs));
   graph_bfs_order(g, order.data());
   while (graph_next_isomorphism(g, g, order.data(), map.data()))
@@ -84,11 +78,11 @@ static int find_core(const automorphism_cache *cache, int core) {
 }
 
 int automorphism_cache_find(automorphism_cache *cache, int core,
-                            const graph *core_graph, bool is_rigid) {
+                            const graph *core_graph) {
   const int index = find_core(cache, core);
   if (index != -1)
     return index;
-  add_automorphisms(cache, core, core_graph, is_rigid);
+  add_automorphisms(cache, core, core_graph);
   return find_core(cache, core);
 }
 

@@ -25,10 +25,9 @@ using automorphism_cache_ptr =
     std::unique_ptr<automorphism_cache, automorphism_cache_deleter>;
 
 // The index of the first entry of a core, whose automorphisms are computed on
-// its first use; a rigid one has the identity only.  Its entries follow one
-// another.
+// its first use.  Its entries follow one another.
 int automorphism_cache_find(automorphism_cache *cache, int core,
-                            const graph *core_graph, bool is_rigid = false);
+                            const graph *core_graph);
 // The permutation of entry i if it belongs to core, else null.
 const int *automorphism_cache_perm(const automorphism_cache *cache, int i,
                                    int core);

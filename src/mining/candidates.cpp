@@ -24,6 +24,11 @@
 
 namespace kestro {
 
+static int first_automorphism(automorphism_cache *cache, int core,
+                              const subgraph *sg) {
+  return sg->rigid ? -1 : automorphism_cache_find(cache, core, sg->g);
+}
+
 namespace {
 
 // Joins the children of cores on one thread.
@@ -48,8 +53,8 @@ public:
     const int n = sg_child_size(core);
     if (n == 0)
       return;
-    const int automorphism = automorphism_cache_find(context_.automorphisms, p,
-                                                     core->g, core->rigid);
+    const int automorphism =
+        first_automorphism(context_.automorphisms, p, core);
     entries_.clear();
     for (int i = 0; i < n; i++)
       entries_.push_back(entry_of(sg_child_at(core, i), p));
@@ -148,8 +153,7 @@ void sg_join_pair(int a, int b, int p, const join_context *context) {
     return;
   const subgraph *core = sg_set_get(context->cores, p);
   sg_join(a, b, sg_parent_at(sa, index_a), sg_parent_at(sb, index_b),
-          automorphism_cache_find(context->automorphisms, p, core->g,
-                                  core->rigid),
+          first_automorphism(context->automorphisms, p, core),
           context);
 }
 
@@ -265,6 +269,10 @@ private:
 void sg_join(int a, int b, const sg_parent *ea, const sg_parent *eb,
              int automorphism, const join_context *context) {
   join made(a, b, ea, eb, context);
+  if (automorphism == -1) {
+    made.along(context->work->identity.data());
+    return;
+  }
   int i = automorphism;
   for (const int *perm; (perm = automorphism_cache_perm(
                              context->automorphisms, i, ea->pid)) != nullptr;

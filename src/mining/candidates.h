@@ -1,6 +1,8 @@
 // Candidate generation: size k from the frequent patterns of sizes k-1 and k-2.
 #pragma once
 
+#include <numeric>
+
 #include "mining/automorphisms.h"
 #include "mining/derived_parents.h"
 #include "mining/registration.h"
@@ -23,12 +25,16 @@ struct join_work {
   explicit join_work(int edges)
       : without_edge(graph_create(2 * edges, edges + 1)),
         core_to_b(static_cast<size_t>(edges) + 1),
-        map(static_cast<size_t>(edges) + 1) {}
+        map(static_cast<size_t>(edges) + 1),
+        identity(static_cast<size_t>(edges) + 1) {
+    std::iota(identity.begin(), identity.end(), 0);
+  }
 
   graph_ptr without_edge;     // a pattern with one edge disabled
   const sg_parent *gone = {}; // the entry that tells which; null at first
   xvector<int> core_to_b; // by vertex of a core
   xvector<int> map;       // by vertex of a pattern
+  xvector<int> identity;  // the only automorphism of rigid cores
 };
 
 // What joining works on while one size is generated.
@@ -46,8 +52,8 @@ struct join_context {
 // among the kept parents of both; a and b may be the same.
 void sg_join_pair(int a, int b, int p, const join_context *context);
 // One join through the core that both entries, of a and of b, lead to: along
-// each of its automorphisms, the first of which is that entry of the cache, at
-// most two candidates.
+// each of its automorphisms, the first of which is that entry of the cache, -1 for
+// a rigid core, at most two candidates.
 void sg_join(int a, int b, const sg_parent *ea, const sg_parent *eb,
              int automorphism, const join_context *context);
 

@@ -12,11 +12,12 @@ namespace kestro {
 
 child_table::child_table(const sg_set *children, const sg_set *cores,
                          automorphism_cache *automorphisms) {
-  xvector<int> first(static_cast<size_t>(sg_set_size(cores)));
+  xvector<int> first(static_cast<size_t>(sg_set_size(cores)), -1);
   for (int id = 0; id < sg_set_size(cores); id++) {
     const subgraph *core = sg_set_get(cores, id);
-    first[static_cast<size_t>(id)] =
-        automorphism_cache_find(automorphisms, id, core->g, core->rigid);
+    if (!core->rigid)
+      first[static_cast<size_t>(id)] =
+          automorphism_cache_find(automorphisms, id, core->g);
   }
   size_t links = 0;
   for (int id = 0; id < sg_set_size(children); id++)
@@ -28,6 +29,10 @@ child_table::child_table(const sg_set *children, const sg_set *cores,
       const sg_link *link = sg_link_at(child, l);
       const extension edge = sg_link_edge(child, link);
       int i = first[static_cast<size_t>(link->pid)];
+      if (i == -1) {
+        map_.insert(edge, {id, l, -1});
+        continue;
+      }
       for (const int *perm; (perm = automorphism_cache_perm(
                                  automorphisms, i, link->pid)) != nullptr;
            i++)

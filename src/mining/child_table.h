@@ -12,7 +12,8 @@ struct found_child {
   int child;        // its id in the level
   int link;         // the index of its link that leads to the parent
   int automorphism; // the entry of the cache whose permutation of the parent
-                    // brings that link's edge to the place asked for
+                    // brings that link's edge to the place asked for; -1 for
+                    // the identity of a rigid parent
 };
 
 // For every parent and every edge such that the parent plus the edge is a
@@ -20,7 +21,7 @@ struct found_child {
 class child_table {
 public:
   // children is the level, cores the level of their parents; the automorphisms
-  // of all cores are entered into the cache.
+  // of all cores that are not rigid are entered into the cache.
   child_table(const sg_set *children, const sg_set *cores,
               automorphism_cache *automorphisms);
 

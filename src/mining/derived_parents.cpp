@@ -130,15 +130,18 @@ void derived_parents::compose(int link, int *map) const {
   const sg_link *step = sg_link_at(pattern_, link);
   const subgraph *part = sg_set_get(children_, found->child);
   const sg_link *back = sg_link_at(part, found->link);
-  const int *perm = automorphism_cache_perm(automorphisms_, found->automorphism,
-                                            step->pid);
+  const int *perm = // null for the identity
+      found->automorphism == -1
+          ? nullptr
+          : automorphism_cache_perm(automorphisms_, found->automorphism,
+                                    step->pid);
   int to_part[link_max_vertices]; // by vertex of the core
   int new_vertex = -1;            // of the part
   for (int r = 0; r < part->g->vs; r++) {
     if (back->map[r] == link_gone)
       new_vertex = r;
     else
-      to_part[perm[back->map[r]]] = r;
+      to_part[perm ? perm[back->map[r]] : back->map[r]] = r;
   }
   // The vertex of the candidate that the core lacks: the new one, or a leaf
   // that x's edge keeps.
