@@ -64,9 +64,10 @@ TEST_F(ChildTable, FindsAChildWhereverAnAutomorphismBringsItsEdge) {
     const int *perm =
         automorphism_cache_perm(cache.get(), found->automorphism, 0);
     ASSERT_NE(perm, nullptr);
-    EXPECT_EQ(image_of(sg_link_edge(child(0), sg_link_at(child(0), found->link)),
-                       perm),
-              pendant_extension(0, end, 0, 0));
+    EXPECT_EQ(
+        image_of(sg_link_edge(child(0), sg_link_at(child(0), found->link)),
+                 perm),
+        pendant_extension(0, end, 0, 0));
   }
 }
 
@@ -90,8 +91,7 @@ static int plain_child(const graph *core, const extension &x,
   edges.push_back({x.from, x.to == -1 ? core->vs : x.to, x.elabel});
   if (x.to == -1)
     vlabels.push_back(x.vlabel);
-  const auto found =
-      ids.find(canonical_form(make_graph(vlabels, edges).get()));
+  const auto found = ids.find(canonical_form(make_graph(vlabels, edges).get()));
   return found == ids.end() ? -1 : found->second;
 }
 
