@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "mining/embeddings.h"
+#include "mining/links.h"
 #include "mining/statistics.h"
 #include "support/records.h"
 
@@ -353,6 +354,51 @@ TEST_F(FirstLevels, LevelsAgainstAPlainCount) {
           expect_rows(sg, database);
       }
   }
+}
+
+TEST_F(FirstLevels, BothLevelsAreInvariant) {
+  test_rng rng(3);
+  const graph_list_ptr database =
+      database_of(random_graph(rng, {10, 8, 4, 3, true}));
+  const sg_set_ptr level1 = edges(database, 1);
+  const sg_set_ptr level2 = double_edges(level1, database, 1);
+  for (const sg_set_ptr *level : {&level1, &level2})
+    for (int id = 0; id < sg_set_size(level->get()); id++)
+      EXPECT_TRUE(sg_set_get(level->get(), id)->invariant);
+  EXPECT_EQ(sg_set_get(level1.get(), 0)->links, nullptr);
+}
+
+TEST_F(FirstLevels, EachEdgeOfAPathHasALinkEvenOfTwoEqualOnes) {
+  const graph_list_ptr database = database_of(path_graph(3));
+  const sg_set_ptr level1 = edges(database, 1);
+  const sg_set_ptr level2 = double_edges(level1, database, 1);
+  const subgraph *sg = sg_set_get(level2.get(), 0);
+  ASSERT_EQ(sg_link_size(sg), 2);
+  const sg_link *first = sg_link_at(sg, 0);
+  EXPECT_EQ((ints{first->pid, first->u, first->v}), (ints{0, 0, 1}));
+  EXPECT_EQ(ints(first->map, first->map + 3), (ints{1, link_gone, 0}));
+  const sg_link *second = sg_link_at(sg, 1);
+  EXPECT_EQ((ints{second->pid, second->u, second->v}), (ints{0, 0, 2}));
+  EXPECT_EQ(ints(second->map, second->map + 3), (ints{1, 0, link_gone}));
+}
+
+TEST_F(FirstLevels, LinksLeadToTheParentWithoutTheirEdge) {
+  // Centre 1 between 0 (edge 2) and 2 (edge 1), in the record after it.
+  const graph_list_ptr database =
+      database_of(make_graph({0, 1, 2}, {{0, 1, 2}, {1, 2, 1}}));
+  const sg_set_ptr level1 = edges(database, 1);
+  const sg_set_ptr level2 = double_edges(level1, database, 1);
+  const int to_0 =
+      sg_set_find(level1.get(), sg_ptr(sg_create_edge(0, 1, 2)).get());
+  const subgraph *sg = sg_set_get(level2.get(), 0);
+  ASSERT_EQ(sg_link_size(sg), 2);
+  // Without the edge to 0 the edge 1-2 is left, whose vertex 0 is the centre.
+  EXPECT_EQ(sg_link_at(sg, 0)->pid, 1 - to_0);
+  EXPECT_EQ(sg_link_edge(sg, sg_link_at(sg, 0)),
+            pendant_extension(1 - to_0, 0, 2, 0));
+  EXPECT_EQ(sg_link_at(sg, 1)->pid, to_0);
+  EXPECT_EQ(sg_link_edge(sg, sg_link_at(sg, 1)),
+            pendant_extension(to_0, 1, 1, 2));
 }
 
 using FirstLevelsDeath = FirstLevels;
