@@ -115,10 +115,10 @@ private:
       if (!rest)
         continue;
       const auto found = ids_.find(canonical_form(rest.get()));
-      parts.push_back({{edge.u, edge.w,
-                        graph_edge_index(cand_.get(), edge.u, edge.w)},
-                       std::move(rest),
-                       found == ids_.end() ? -1 : found->second});
+      parts.push_back(
+          {{edge.u, edge.w, graph_edge_index(cand_.get(), edge.u, edge.w)},
+           std::move(rest),
+           found == ids_.end() ? -1 : found->second});
     }
     return parts;
   }
@@ -205,8 +205,8 @@ private:
       text << " v" << i << '=' << g->vlabel[i];
     for (const test_edge &edge : edges_of(g))
       text << ' ' << edge.u << '-' << edge.w << '=' << edge.label;
-    text << ", plus " << x_.from << '-' << x_.to << '=' << x_.elabel << " v="
-         << x_.vlabel;
+    text << ", plus " << x_.from << '-' << x_.to << '=' << x_.elabel
+         << " v=" << x_.vlabel;
     throw std::runtime_error(text.str());
   }
 
@@ -279,8 +279,8 @@ TEST(DerivedParents, AreTheCanonicalFormsOfTheParts) {
     dice chance(seed);
     const std::vector<plain_graph> database =
         random_database(&chance, edge_limit);
-    const int minsup = chance.between(
-        1, std::max(2, static_cast<int>(database.size()) / 3));
+    const int minsup =
+        chance.between(1, std::max(2, static_cast<int>(database.size()) / 3));
     if (!violation(database, minsup, &counts).empty())
       ADD_FAILURE() << shrunk(seed, database, minsup);
   }
@@ -293,7 +293,6 @@ TEST(DerivedParents, AreTheCanonicalFormsOfTheParts) {
   EXPECT_GT(counts.kept_leaf, 100);
   EXPECT_GT(counts.between_two_leaves, 100);
   EXPECT_GT(counts.symmetric_core, 100);
-  std::printf("XX ref %d pass %d told %d untold %d all %d pl %d kl %d b2l %d sc %d v %d\n", counts.refused, counts.passed, counts.told, counts.untold, counts.told_all, counts.pendant_at_leaf, counts.kept_leaf, counts.between_two_leaves, counts.symmetric_core, counts.variant);
 }
 
 // Four vertices all joined, a perfect matching with another label, is the
@@ -311,7 +310,6 @@ TEST(DerivedParents, FormsThatDependOnTheOrderAreLeftToTheForm) {
     EXPECT_EQ(violation(plain_read(clique + leaves), 1, &counts), "");
   EXPECT_GT(counts.variant, 0);
   EXPECT_GT(counts.untold, 0);
-  std::printf("XX ref %d pass %d told %d untold %d all %d pl %d kl %d b2l %d sc %d v %d\n", counts.refused, counts.passed, counts.told, counts.untold, counts.told_all, counts.pendant_at_leaf, counts.kept_leaf, counts.between_two_leaves, counts.symmetric_core, counts.variant);
 }
 
 } // namespace kestro

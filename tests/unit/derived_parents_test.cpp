@@ -1,5 +1,6 @@
 #include "mining/derived_parents.h"
 
+#include <algorithm>
 #include <optional>
 
 #include <gtest/gtest.h>
