@@ -61,6 +61,13 @@ TEST(ExtensionMap, TheFirstValueStays) {
   EXPECT_EQ(map.find({0, 0, 1, 3, -1}), nullptr);
 }
 
+// An extension of ends that are told as plain ints.
+static extension extension_of(int pattern, int from, int to, int elabel,
+                              int vlabel) {
+  return {pattern, static_cast<int16_t>(from), static_cast<int16_t>(to), elabel,
+          vlabel};
+}
+
 TEST(ExtensionMap, EqualsAStandardMapWhileItGrows) {
   test_rng rng(7);
   extension_map<int> map;
@@ -71,7 +78,7 @@ TEST(ExtensionMap, EqualsAStandardMapWhileItGrows) {
     const int to = random_below(rng, 10) - 1;
     const int elabel = random_below(rng, 4);
     const int vlabel = random_below(rng, 4) - 1;
-    const extension x = {p, from, to, elabel, vlabel};
+    const extension x = extension_of(p, from, to, elabel, vlabel);
     const auto known = plain.find({p, from, to, elabel, vlabel});
     const int *found = map.find(x);
     ASSERT_EQ(found != nullptr, known != plain.end()) << i;
@@ -83,7 +90,7 @@ TEST(ExtensionMap, EqualsAStandardMapWhileItGrows) {
   }
   for (const auto &[key, value] : plain) {
     const auto [p, from, to, elabel, vlabel] = key;
-    const int *found = map.find({p, from, to, elabel, vlabel});
+    const int *found = map.find(extension_of(p, from, to, elabel, vlabel));
     ASSERT_NE(found, nullptr);
     EXPECT_EQ(*found, value);
   }
