@@ -214,6 +214,33 @@ TEST(Canonical, FormIsCalledInvariantUnlessTheOrderOfVerticesDecides) {
   EXPECT_TRUE(cl_form_is_invariant());
 }
 
+TEST(Canonical, GraphIsCalledRigidWhenRefinementTellsAllVerticesApart) {
+  canonical(make_graph({0, 1, 0}, {{0, 1, 0}, {1, 2, 1}}).get());
+  EXPECT_TRUE(cl_form_is_rigid());
+  canonical(path_graph(3).get());
+  EXPECT_FALSE(cl_form_is_rigid());
+  canonical(make_graph({4}, {}).get());
+  EXPECT_TRUE(cl_form_is_rigid());
+}
+
+TEST(Canonical, RigidGraphsHaveTheIdentityOnly) {
+  test_rng rng(11);
+  int rigid = 0;
+  for (int round = 0; round < 200; round++) {
+    const graph_ptr g = random_graph(rng, {.vs = 1 + round % 6,
+                                           .extra_edges = round % 4,
+                                           .vlabels = 2,
+                                           .elabels = 2});
+    canonical(g.get());
+    if (!cl_form_is_rigid())
+      continue;
+    rigid++;
+    EXPECT_TRUE(cl_form_is_invariant());
+    EXPECT_EQ(naive_maps(g.get(), g.get()).size(), 1u) << round;
+  }
+  EXPECT_GT(rigid, 20);
+}
+
 TEST(Canonical, IncomingOrderThatBeginsBetterStays) {
   // Both begin with an edge labelled 1; the next rows tell which one is better,
   // but neither is ever compared with the other.

@@ -10,10 +10,9 @@
 namespace kestro {
 
 static std::vector<std::pair<int, int>> removable(const graph_ptr &g) {
-  xvector<removable_edge> edges;
-  find_removable_edges(g.get(), &edges);
+  edge_finder finder;
   std::vector<std::pair<int, int>> ends;
-  for (const removable_edge &edge : edges) {
+  for (const removable_edge &edge : finder.removable_edges(g.get())) {
     EXPECT_EQ(g->e[edge.slot], edge.w);
     ends.emplace_back(edge.u, edge.w);
   }
@@ -41,6 +40,30 @@ TEST(Closure, ABridgeBetweenRingsCannotGo) {
   EXPECT_EQ(removable(g).size(), 6u);
   for (const auto &[u, w] : removable(g))
     EXPECT_FALSE(u == 2 && w == 3);
+}
+
+TEST(Closure, OfATreeTheEdgesToItsLeavesCanGo) {
+  // 1-0-2-3, with 4 and 5 at 3.
+  const graph_ptr g =
+      make_graph({0, 0, 0, 0, 0, 0}, {{0, 1}, {0, 2}, {2, 3}, {3, 4}, {3, 5}});
+  EXPECT_EQ(removable(g),
+            (std::vector<std::pair<int, int>>{{0, 1}, {3, 4}, {3, 5}}));
+}
+
+TEST(Closure, ALeafOnARingCanGoAndSoCanTheRing) {
+  const graph_ptr g =
+      make_graph({0, 0, 0, 0}, {{0, 1}, {1, 2}, {0, 2}, {2, 3}});
+  EXPECT_EQ(removable(g),
+            (std::vector<std::pair<int, int>>{{0, 1}, {0, 2}, {1, 2}, {2, 3}}));
+}
+
+TEST(Closure, OneFinderServesGraphsOfAllSizes) {
+  edge_finder finder;
+  EXPECT_EQ(finder.removable_edges(ring_graph(9).get()).size(), 9u);
+  EXPECT_EQ(finder.removable_edges(path_graph(4).get()).size(), 2u);
+  EXPECT_EQ(finder.removable_edges(ring_graph(3).get()).size(), 3u);
+  EXPECT_EQ(finder.removable_edges(path_graph(2).get()).size(), 0u);
+  EXPECT_EQ(finder.removable_edges(complete_graph(5).get()).size(), 10u);
 }
 
 // A random connected graph.
@@ -89,12 +112,11 @@ TEST(Closure, LabelWithoutAnEdgeIsThatOfTheRest) {
   test_rng rng(13);
   const sg_set_ptr none(sg_set_create());
   closure_filter filter(none.get());
+  edge_finder finder;
   for (int i = 0; i < 500; i++) {
     const graph_ptr g = random_connected(rng);
     const graph_ptr rest(graph_create(g->es, g->vs));
-    xvector<removable_edge> edges;
-    find_removable_edges(g.get(), &edges);
-    for (const removable_edge &edge : edges) {
+    for (const removable_edge &edge : finder.removable_edges(g.get())) {
       const uint64_t label = filter.label_without(g.get(), edge);
       graph_mark_edge_between(g.get(), edge.u, edge.w);
       graph_copy_compacted(g.get(), rest.get());

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "mining/embeddings.h"
+#include "mining/links.h"
 #include "mining/statistics.h"
 #include "support/records.h"
 
@@ -254,11 +255,20 @@ TEST_F(FirstLevels, ParentMapsKeepLabels) {
   }
 }
 
+// Row i of a pattern, whatever the type of its images.
+static ints row_of(const subgraph *sg, int i) {
+  const auto copied = [sg](const auto *row) {
+    return ints(row, row + sg->g->vs);
+  };
+  return sg_has_byte_rows(sg) ? copied(sg_row<uint8_t>(sg, i))
+                              : copied(sg_row<uint16_t>(sg, i));
+}
+
 // Every row of a pattern must place it in its transaction.
 static void expect_rows(const subgraph *sg, const graph_list_ptr &database) {
   ASSERT_EQ(sg->rows->count, sg_tid_size(sg));
   for (int i = 0; i < sg->rows->count; i++) {
-    const ints row(sg_row(sg, i), sg_row(sg, i) + sg->g->vs);
+    const ints row = row_of(sg, i);
     const graph *t = graph_list_at(database.get(), sg_tid_at(sg, i));
     EXPECT_TRUE(is_mapping(sg->g, t, row)) << i;
     EXPECT_EQ(std::set<int>(row.begin(), row.end()).size(), row.size()) << i;
@@ -276,8 +286,8 @@ TEST_F(FirstLevels, RowsTellWhereThePathsAre) {
   ASSERT_NE(sg, nullptr);
   ASSERT_EQ(ids_of(sg->tid), (ints{0, 2}));
   // Centre first, then the end labelled 1.
-  EXPECT_EQ(ints(sg_row(sg, 0), sg_row(sg, 0) + 3), (ints{1, 0, 2}));
-  EXPECT_EQ(ints(sg_row(sg, 1), sg_row(sg, 1) + 3), (ints{2, 1, 0}));
+  EXPECT_EQ(row_of(sg, 0), (ints{1, 0, 2}));
+  EXPECT_EQ(row_of(sg, 1), (ints{2, 1, 0}));
 }
 
 TEST_F(FirstLevels, OneEdgePatternsHaveNoRows) {
@@ -293,13 +303,13 @@ TEST_F(FirstLevels, PathsOfEqualEndsHaveRowsByEdgeLabel) {
   const sg_set_ptr level2 = double_edges(level1, database, 1);
   const subgraph *sg = path_in(level2, 1, 2, 1, 1, 0);
   ASSERT_NE(sg, nullptr);
-  EXPECT_EQ(ints(sg_row(sg, 0), sg_row(sg, 0) + 3), (ints{1, 2, 0}));
-  EXPECT_EQ(ints(sg_row(sg, 1), sg_row(sg, 1) + 3), (ints{1, 0, 2}));
+  EXPECT_EQ(row_of(sg, 0), (ints{1, 2, 0}));
+  EXPECT_EQ(row_of(sg, 1), (ints{1, 0, 2}));
 }
 
 TEST_F(FirstLevels, LargeTransactionsHaveNoRows) {
   const graph_list_ptr database =
-      database_of(path_graph(3), make_graph(ints(65536, 0), {{0, 1}, {1, 2}}));
+      database_of(path_graph(3), make_graph(ints(65537, 0), {{0, 1}, {1, 2}}));
   const sg_set_ptr level1 = edges(database, 2);
   const sg_set_ptr level2 = double_edges(level1, database, 2);
   ASSERT_EQ(sg_set_size(level2.get()), 1);
@@ -307,8 +317,24 @@ TEST_F(FirstLevels, LargeTransactionsHaveNoRows) {
   EXPECT_EQ(ids_of(sg_set_get(level2.get(), 0)->tid), (ints{0, 1}));
 }
 
+TEST_F(FirstLevels, ImagesOfRowsAreAsWideAsTheLargestTransactionAsks) {
+  for (const int vs : {256, 257, 65536}) {
+    ints vlabels(static_cast<size_t>(vs), 0);
+    vlabels[static_cast<size_t>(vs) - 1] = 1;
+    const graph_list_ptr database =
+        database_of(make_graph(vlabels, {{0, vs - 2}, {vs - 2, vs - 1}}));
+    const sg_set_ptr level1 = edges(database, 1);
+    const sg_set_ptr level2 = double_edges(level1, database, 1);
+    const subgraph *sg = path_in(level2, 0, 0, 0, 1, 0);
+    ASSERT_NE(sg, nullptr);
+    ASSERT_NE(sg->rows, nullptr);
+    EXPECT_EQ(sg_has_byte_rows(sg), vs == 256);
+    EXPECT_EQ(row_of(sg, 0), (ints{vs - 2, 0, vs - 1}));
+  }
+}
+
 TEST_F(FirstLevels, RowsEndWithTheBudget) {
-  // 40 leaves of labels of their own make 780 paths of 6 bytes, above the size
+  // 40 leaves of labels of their own make 780 paths of 3 bytes, above the size
   // of the star.
   std::vector<test_edge> edges;
   for (int i = 1; i <= 40; i++)
@@ -328,7 +354,7 @@ TEST_F(FirstLevels, RowsEndWithTheBudget) {
     with_rows++;
     expect_rows(sg, database);
   }
-  EXPECT_EQ(with_rows, static_cast<int>(graph_size(80, 41) / 6));
+  EXPECT_EQ(with_rows, static_cast<int>(graph_size(80, 41) / 3));
 }
 
 TEST_F(FirstLevels, LevelsAgainstAPlainCount) {
@@ -353,6 +379,51 @@ TEST_F(FirstLevels, LevelsAgainstAPlainCount) {
           expect_rows(sg, database);
       }
   }
+}
+
+TEST_F(FirstLevels, BothLevelsAreInvariant) {
+  test_rng rng(3);
+  const graph_list_ptr database =
+      database_of(random_graph(rng, {10, 8, 4, 3, true}));
+  const sg_set_ptr level1 = edges(database, 1);
+  const sg_set_ptr level2 = double_edges(level1, database, 1);
+  for (const sg_set_ptr *level : {&level1, &level2})
+    for (int id = 0; id < sg_set_size(level->get()); id++)
+      EXPECT_TRUE(sg_set_get(level->get(), id)->invariant);
+  EXPECT_EQ(sg_set_get(level1.get(), 0)->links, nullptr);
+}
+
+TEST_F(FirstLevels, EachEdgeOfAPathHasALinkEvenOfTwoEqualOnes) {
+  const graph_list_ptr database = database_of(path_graph(3));
+  const sg_set_ptr level1 = edges(database, 1);
+  const sg_set_ptr level2 = double_edges(level1, database, 1);
+  const subgraph *sg = sg_set_get(level2.get(), 0);
+  ASSERT_EQ(sg_link_size(sg), 2);
+  const sg_link *first = sg_link_at(sg, 0);
+  EXPECT_EQ((ints{first->pid, first->u, first->v}), (ints{0, 0, 1}));
+  EXPECT_EQ(ints(first->map, first->map + 3), (ints{1, link_gone, 0}));
+  const sg_link *second = sg_link_at(sg, 1);
+  EXPECT_EQ((ints{second->pid, second->u, second->v}), (ints{0, 0, 2}));
+  EXPECT_EQ(ints(second->map, second->map + 3), (ints{1, 0, link_gone}));
+}
+
+TEST_F(FirstLevels, LinksLeadToTheParentWithoutTheirEdge) {
+  // Centre 1 between 0 (edge 2) and 2 (edge 1), in the record after it.
+  const graph_list_ptr database =
+      database_of(make_graph({0, 1, 2}, {{0, 1, 2}, {1, 2, 1}}));
+  const sg_set_ptr level1 = edges(database, 1);
+  const sg_set_ptr level2 = double_edges(level1, database, 1);
+  const int to_0 =
+      sg_set_find(level1.get(), sg_ptr(sg_create_edge(0, 1, 2)).get());
+  const subgraph *sg = sg_set_get(level2.get(), 0);
+  ASSERT_EQ(sg_link_size(sg), 2);
+  // Without the edge to 0 the edge 1-2 is left, whose vertex 0 is the centre.
+  EXPECT_EQ(sg_link_at(sg, 0)->pid, 1 - to_0);
+  EXPECT_EQ(sg_link_edge(sg, sg_link_at(sg, 0)),
+            pendant_extension(1 - to_0, 0, 2, 0));
+  EXPECT_EQ(sg_link_at(sg, 1)->pid, to_0);
+  EXPECT_EQ(sg_link_edge(sg, sg_link_at(sg, 1)),
+            pendant_extension(to_0, 1, 1, 2));
 }
 
 using FirstLevelsDeath = FirstLevels;

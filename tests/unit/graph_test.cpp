@@ -256,6 +256,20 @@ TEST(Graph, KeyAgreesWithItsDefinition) {
   }
 }
 
+TEST(Graph, KeyOfWordsOfEverySizeAgreesWithItsDefinition) {
+  // Bytes from 128 on enter as negative numbers.
+  const graph_ptr g = triangle();
+  for (const int word : {0,     1,       127,        128,    129,
+                         255,   256,     32767,      32768,  65535,
+                         65536, 8388608, 2147483647, -1,     -2,
+                         -128,  -129,    -256,       -32769, -2147483647 - 1}) {
+    g->vlabel[1] = word;
+    EXPECT_EQ(graph_key(g.get()), slow_key(g.get())) << word;
+    g->elabel[2] = word;
+    EXPECT_EQ(graph_key(g.get()), slow_key(g.get())) << word;
+  }
+}
+
 TEST(Graph, KeyLeavesOutVidAndKey) {
   const graph_ptr g = triangle();
   const uint32_t key = graph_key(g.get());

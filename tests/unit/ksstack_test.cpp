@@ -1,5 +1,6 @@
 #include "base/ksstack.h"
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -394,6 +395,72 @@ TEST(Ksstack, RemoveSortedOfAnAbsentKeyIsNullAndChangesNothing) {
     for (const int key : {5, 25, 10 * count + 5})
       EXPECT_EQ(ksstack_remove_sorted(&key, s.get(), compar_int), nullptr);
     EXPECT_EQ(ints_of(s), before);
+  }
+}
+
+static bool is_one_block(const ksstack *s) {
+  return s->buffer == reinterpret_cast<const char *>(s + 1);
+}
+
+TEST(Ksstack, BufferFollowsTheHeaderUntilTheFirstGrowth) {
+  const ksstack_ptr s = new_ints(2);
+  EXPECT_TRUE(is_one_block(s.get()));
+  for (int i = 0; i < 9; i++) { // moved out once, then grown twice more
+    ksstack_push(&i, s.get());
+    EXPECT_EQ(is_one_block(s.get()), i < 2);
+    EXPECT_EQ(s->data, s->buffer + sizeof(int));
+  }
+  EXPECT_EQ(ints_of(s), (std::vector<int>{0, 1, 2, 3, 4, 5, 6, 7, 8}));
+}
+
+TEST(Ksstack, FirstGrowthTakesTheScratchSlotAlong) {
+  const ksstack_ptr s = stack_of({7});
+  ksstack_pop(s.get());
+  for (const int value : {1, 2})
+    ksstack_push(&value, s.get());
+  EXPECT_FALSE(is_one_block(s.get()));
+  EXPECT_EQ(int_at(s->buffer), 7);
+}
+
+TEST(Ksstack, CopyOfAGrownStackIsOneBlockAgain) {
+  const ksstack_ptr s = stack_of({1, 2, 3});
+  EXPECT_FALSE(is_one_block(s.get()));
+  const ksstack_ptr copy(ksstack_copy(s.get()));
+  EXPECT_TRUE(is_one_block(copy.get()));
+  EXPECT_EQ(ints_of(copy), (std::vector<int>{1, 2, 3}));
+}
+
+TEST(Ksstack, InitUsesTheCallersMemoryUntilItGrows) {
+  std::vector<max_align_t> memory(
+      ksstack_bytes(2, sizeof(int)) / sizeof(max_align_t) + 1);
+  ksstack *s = ksstack_init(memory.data(), 2, sizeof(int));
+  EXPECT_EQ(static_cast<void *>(s), static_cast<void *>(memory.data()));
+  EXPECT_TRUE(is_one_block(s));
+  ksstack_finish(s); // nothing to free yet
+  for (int i = 0; i < 5; i++)
+    ksstack_push(&i, s);
+  EXPECT_FALSE(is_one_block(s));
+  EXPECT_EQ(ints_of(s), (std::vector<int>{0, 1, 2, 3, 4}));
+  ksstack_finish(s);
+}
+
+TEST(Ksstack, BytesAreTheHeaderAndOneElementMoreThanTheCapacity) {
+  EXPECT_EQ(ksstack_bytes(3, 12), sizeof(ksstack) + 4 * 12);
+}
+
+TEST(Ksstack, ReleaseOfAGrownStackHandsOverTheElements) {
+  for (const int count : {2, 3, 9}) {
+    ksstack_ptr s = new_ints(2);
+    std::vector<int> pushed;
+    for (int i = 0; i < count; i++) {
+      ksstack_push(&i, s.get());
+      pushed.push_back(i);
+    }
+    int released = -1;
+    const xptr<int> array(
+        static_cast<int *>(ksstack_release(s.release(), &released)));
+    ASSERT_EQ(released, count);
+    EXPECT_EQ(std::vector<int>(array.get(), array.get() + released), pushed);
   }
 }
 

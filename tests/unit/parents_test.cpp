@@ -82,6 +82,22 @@ TEST(Parents, KeptOnesAreTheTwoLeastFrequentInAnyOrderOfOffers) {
   } while (std::next_permutation(offered.begin(), offered.end()));
 }
 
+TEST(Parents, EntriesOfFewerVerticesFitAWiderRecord) {
+  const sg_set_ptr level = level_of({3, 4});
+  for (const int vs : {3, 40, 200}) { // narrower and wider than most
+    const sg_ptr sg(sg_create(2 * vs, vs));
+    sg_update_parent_info(sg.get(), parent_entry(1, 0, 2, {0, 1, -1}),
+                          level.get());
+    sg_update_parent_info(sg.get(), parent_entry(0, 0, 1, {1, -1, 0}),
+                          level.get());
+    ASSERT_EQ(ids_of(sg->parent), (ints{0, 1})) << vs;
+    const sg_parent *entry = sg_parent_at(sg.get(), 1);
+    EXPECT_EQ(entry->v, 2);
+    EXPECT_EQ(entry->vs, 3);
+    EXPECT_EQ(ints(entry->map, entry->map + 3), (ints{0, 1, -1}));
+  }
+}
+
 TEST(ParentsDeath, TwoEntriesOfOneParentAreRefused) {
   const sg_set_ptr level = level_of({1, 2});
   const sg_ptr sg(sg_create(4, 3));

@@ -1,54 +1,54 @@
 #include "mining/registration.h"
 
+#include <optional>
+
 #include <gtest/gtest.h>
 
+#include "mining/parents.h"
+#include "support/mined_levels.h"
 #include "support/records.h"
 
 namespace kestro {
 
 using ints = std::vector<int>;
 
-// Registration into an empty level over a previous level of given graphs.
+// Registration against a previous level of given graphs.
 class Registration : public testing::Test {
 protected:
-  void SetUp() override { *sg_registration_counts() = {}; }
-
   template <class... Graph> void set_prev(const Graph &...graphs) {
     (sg_set_insert(prev.get(), canonical_record(graphs)), ...);
+    to.emplace(prev.get());
   }
-  void offer(const graph_ptr &g) {
+  const subgraph *offer(const graph_ptr &g) {
     const sg_ptr cand = record_of(g);
-    sg_register_candidate(cand.get(), &failed, out.get(), prev.get());
-  }
-  const subgraph *kept(const graph_ptr &g) const {
-    return sg_set_find_record(out.get(), canonical_record(g).get());
+    cand->links = sg_links_create(cand->g->vs);
+    return sg_register_candidate(cand.get(), &*to);
   }
   // Attempts, already rejected, duplicates, newly rejected, accepted.
-  static ints outcomes() {
-    const registration_counts *c = sg_registration_counts();
+  ints outcomes() const {
     ints values;
     for (const long long value :
-         {c->attempts, c->already_rejected, c->duplicates, c->newly_rejected,
-          c->accepted})
+         {to->counts.attempts, to->counts.already_rejected,
+          to->counts.duplicates, to->counts.newly_rejected,
+          to->counts.accepted})
       values.push_back(static_cast<int>(value));
     return values;
   }
 
   sg_set_ptr prev{sg_set_create()};
-  sg_set_ptr out{sg_set_create()};
-  failed_candidates failed;
+  std::optional<registration> to;
 };
 
 TEST_F(Registration, ClosedCandidateIsKeptInCanonicalForm) {
   set_prev(path_graph(3));
-  offer(path_graph(4));
-  ASSERT_EQ(sg_set_size(out.get()), 1);
-  const subgraph *sg = sg_set_get(out.get(), 0);
+  const subgraph *sg = offer(path_graph(4));
+  ASSERT_NE(sg, nullptr);
+  EXPECT_EQ(to->accepted.size(), 1);
+  EXPECT_TRUE(to->accepted.contains(sg));
   EXPECT_EQ(sg_compare(sg, canonical_record(path_graph(4)).get()), 0);
   EXPECT_EQ(ints(sg->g->vid, sg->g->vid + 4), identity_of(4));
   EXPECT_EQ(sg->count, 0);
-  for (const ksstack *s : {sg->tid, sg->child, sg->cover})
-    EXPECT_EQ(s->count, 0);
+  EXPECT_EQ(sg_tid_size(sg) + sg_child_size(sg) + sg_cover_size(sg), 0);
   EXPECT_EQ(outcomes(), (ints{1, 0, 0, 0, 1}));
 }
 
@@ -56,52 +56,51 @@ TEST_F(Registration, InnerEdgesOfAPathAreNotTested) {
   // Without the inner edge two single edges would be left: in no level.
   set_prev(make_graph({0, 1, 2}, {{0, 1}, {1, 2}}),
            make_graph({1, 2, 3}, {{0, 1}, {1, 2}}));
-  offer(make_graph({0, 1, 2, 3}, {{0, 1}, {1, 2}, {2, 3}}));
-  ASSERT_EQ(sg_set_size(out.get()), 1);
-  EXPECT_EQ(ids_of(sg_set_get(out.get(), 0)->pid), (ints{0, 1}));
+  const subgraph *sg =
+      offer(make_graph({0, 1, 2, 3}, {{0, 1}, {1, 2}, {2, 3}}));
+  ASSERT_NE(sg, nullptr);
+  EXPECT_EQ(ids_of(sg->pid), (ints{0, 1}));
 }
 
 TEST_F(Registration, IsomorphicCandidatesAreDuplicates) {
   set_prev(path_graph(3));
   offer(path_graph(4));
-  offer(make_graph({0, 0, 0, 0}, {{0, 2}, {2, 1}, {1, 3}}));
-  EXPECT_EQ(sg_set_size(out.get()), 1);
+  EXPECT_EQ(offer(make_graph({0, 0, 0, 0}, {{0, 2}, {2, 1}, {1, 3}})), nullptr);
+  EXPECT_EQ(to->accepted.size(), 1);
   EXPECT_EQ(outcomes(), (ints{2, 0, 1, 0, 1}));
 }
 
 TEST_F(Registration, CandidateWithAnInfrequentPartIsDropped) {
   set_prev(path_graph(3));
-  offer(make_graph({0, 0, 0, 1}, {{0, 1}, {1, 2}, {2, 3}}));
-  EXPECT_EQ(sg_set_size(out.get()), 0);
-  EXPECT_EQ(failed.size(), 1);
+  EXPECT_EQ(offer(make_graph({0, 0, 0, 1}, {{0, 1}, {1, 2}, {2, 3}})), nullptr);
+  EXPECT_EQ(to->accepted.size(), 0);
+  EXPECT_EQ(to->failed.size(), 1);
   EXPECT_EQ(outcomes(), (ints{1, 0, 0, 1, 0}));
 }
 
 TEST_F(Registration, FailedCandidateIsNotTestedAgain) {
   set_prev(path_graph(3));
   const graph_ptr g = make_graph({0, 0, 0, 1}, {{0, 1}, {1, 2}, {2, 3}});
-  offer(g);
-  // Even if its parts had come in since.
-  set_prev(make_graph({0, 0, 1}, {{0, 1}, {1, 2}}));
-  offer(g);
-  EXPECT_EQ(sg_set_size(out.get()), 0);
-  EXPECT_EQ(failed.size(), 1);
+  EXPECT_EQ(offer(g), nullptr);
+  EXPECT_EQ(offer(g), nullptr);
+  EXPECT_EQ(to->accepted.size(), 0);
+  EXPECT_EQ(to->failed.size(), 1);
   EXPECT_EQ(outcomes(), (ints{2, 1, 0, 1, 0}));
 }
 
-TEST_F(Registration, CandidatesAreInsertedInOrder) {
+TEST_F(Registration, AcceptedOnesAreHandedOverInOrder) {
   set_prev(path_graph(3));
   offer(ring_graph(3));
   offer(star_graph(4));
   offer(path_graph(4));
+  const sg_set_ptr out(to->accepted.release_sorted());
   EXPECT_EQ(sg_set_size(out.get()), 3);
   sg_set_check(out.get());
 }
 
 TEST_F(Registration, ParentIsReachedThroughTheFirstEdgeThatLeadsThere) {
   set_prev(path_graph(3));
-  offer(ring_graph(3));
-  const subgraph *sg = kept(ring_graph(3));
+  const subgraph *sg = offer(ring_graph(3));
   ASSERT_NE(sg, nullptr);
   EXPECT_EQ(ids_of(sg->pid), (ints{0}));
   ASSERT_EQ(sg_parent_size(sg), 1);
@@ -118,9 +117,9 @@ TEST_F(Registration, AllParentsAreNamedTwoAreKept) {
   const ints tids[] = {{0}, {0, 1}, {0, 1, 2}};
   for (int id = 0; id < 3; id++)
     set_tids(sg_set_get(prev.get(), id), tids[id]);
-  offer(make_graph({0, 1, 2, 3}, {{0, 1}, {0, 2}, {0, 3}}));
-  ASSERT_EQ(sg_set_size(out.get()), 1);
-  const subgraph *sg = sg_set_get(out.get(), 0);
+  const subgraph *sg =
+      offer(make_graph({0, 1, 2, 3}, {{0, 1}, {0, 2}, {0, 3}}));
+  ASSERT_NE(sg, nullptr);
   EXPECT_EQ(ids_of(sg->pid), (ints{0, 1, 2}));
   EXPECT_EQ(ids_of(sg->parent), (ints{0, 1}));
 }
@@ -140,22 +139,20 @@ TEST_F(Registration, MapsLeadToTheParentWithoutTheDeletedEdge) {
       ints vlabels;
       for (test_edge &edge : rest)
         for (int *end : {&edge.u, &edge.w}) {
-          int &to = index[static_cast<size_t>(*end)];
-          if (to == -1) {
-            to = static_cast<int>(vlabels.size());
+          int &place = index[static_cast<size_t>(*end)];
+          if (place == -1) {
+            place = static_cast<int>(vlabels.size());
             vlabels.push_back(cand->g->vlabel[*end]);
           }
-          *end = to;
+          *end = place;
         }
       sg_ptr part = canonical_record(make_graph(vlabels, rest));
       if (sg_set_find(level.get(), part.get()) == -1)
         sg_set_insert(level.get(), std::move(part));
     }
-    sg_set_ptr accepted(sg_set_create());
-    failed_candidates none;
-    sg_register_candidate(cand.get(), &none, accepted.get(), level.get());
-    ASSERT_EQ(sg_set_size(accepted.get()), 1) << "seed " << seed;
-    const subgraph *sg = sg_set_get(accepted.get(), 0);
+    registration fresh(level.get());
+    const subgraph *sg = sg_register_candidate(cand.get(), &fresh);
+    ASSERT_NE(sg, nullptr) << "seed " << seed;
     EXPECT_GE(sg_parent_size(sg), 1);
     for (int i = 0; i < sg_parent_size(sg); i++) {
       const sg_parent *entry = sg_parent_at(sg, i);
@@ -173,13 +170,100 @@ TEST_F(Registration, MapsLeadToTheParentWithoutTheDeletedEdge) {
   }
 }
 
-TEST_F(Registration, LeavesNoMarksAndForgetsOldParentIds) {
+TEST_F(Registration, EveryRemovableEdgeHasALink) {
+  set_prev(path_graph(3));
+  const subgraph *sg = offer(ring_graph(3));
+  ASSERT_NE(sg, nullptr);
+  ASSERT_EQ(sg_link_size(sg), 3); // all to the one parent, by u, then v
+  const ints ends[] = {{0, 1}, {0, 2}, {1, 2}};
+  for (int l = 0; l < 3; l++) {
+    const sg_link *link = sg_link_at(sg, l);
+    EXPECT_EQ((ints{link->u, link->v}), ends[l]);
+    EXPECT_EQ(link->pid, 0);
+    EXPECT_EQ(sg_link_edge(sg, link).to != -1, true);
+  }
+}
+
+TEST_F(Registration, FormsAndTheirGraphsAreMarkedAsWhatTheyAre) {
+  set_prev(make_graph({0, 1, 2}, {{0, 1}, {1, 2}}),
+           make_graph({1, 2, 3}, {{0, 1}, {1, 2}}), path_graph(3));
+  const subgraph *rigid =
+      offer(make_graph({0, 1, 2, 3}, {{0, 1}, {1, 2}, {2, 3}}));
+  ASSERT_NE(rigid, nullptr);
+  EXPECT_TRUE(rigid->rigid);
+  EXPECT_TRUE(rigid->invariant);
+  const subgraph *symmetric = offer(path_graph(4));
+  ASSERT_NE(symmetric, nullptr);
+  EXPECT_FALSE(symmetric->rigid);
+  EXPECT_TRUE(symmetric->invariant);
+}
+
+TEST_F(Registration, LeavesNoMarksAndForgetsOldParents) {
   set_prev(path_graph(3));
   const sg_ptr cand = record_of(path_graph(4));
+  cand->links = sg_links_create(4);
   sg_add_pid(cand.get(), 55);
-  sg_register_candidate(cand.get(), &failed, out.get(), prev.get());
+  sg_add_link(cand.get(), parent_entry(55, 0, 1, {0, 1, 2, 3}));
+  sg_update_parent_info(cand.get(), parent_entry(55, 0, 1, {0, 1, 2, 3}),
+                        prev.get());
+  sg_register_candidate(cand.get(), &*to);
   graph_check(cand->g);
   EXPECT_EQ(ids_of(cand->pid), (ints{0}));
+  EXPECT_EQ(ids_of(cand->parent), (ints{0}));
+  EXPECT_EQ(sg_link_size(cand.get()), 2);
+}
+
+// All candidates of a database in the order they are joined come out alike with
+// what is known of their parents beforehand and without.
+TEST_F(Registration, WhatIsKnownBeforehandOnlySavesWork) {
+  stats_init();
+  test_rng rng(5);
+  for (int round = 0; round < 20; round++) {
+    const graph_list_ptr database =
+        database_of(random_graph(rng, {6, 2, 2, 2, true}));
+    two_levels levels = first_two_levels(database.get(), 1, 2, 2);
+    for (int k = 3; sg_set_size(levels.children.get()) > 0; k++) {
+      const automorphism_cache_ptr cache(automorphism_cache_create());
+      const child_table table(levels.children.get(), levels.cores.get(),
+                              cache.get());
+      derived_parents known(levels.children.get(), levels.cores.get(),
+                            cache.get(), &table);
+      registration with(levels.children.get(), &known);
+      registration without(levels.children.get());
+      for (int id = 0; id < sg_set_size(levels.children.get()); id++) {
+        const graph *g = sg_set_get(levels.children.get(), id)->g;
+        for (int code = 0; code < g->vs * 4; code++) {
+          const extension x =
+              pendant_extension(id, code / 4, code % 4 / 2, code % 2);
+          ints vlabels = vlabels_of(g);
+          vlabels.push_back(x.vlabel);
+          std::vector<test_edge> edges = edges_of(g);
+          edges.push_back({x.from, g->vs, x.elabel});
+          const graph_ptr cand = make_graph(vlabels, edges);
+          const subgraph *plain =
+              sg_register_candidate(record_of(cand).get(), &without);
+          if (!known.start(x)) {
+            ASSERT_EQ(plain, nullptr);
+            continue;
+          }
+          const subgraph *sg =
+              sg_register_candidate(record_of(cand).get(), &with);
+          ASSERT_EQ(sg == nullptr, plain == nullptr);
+          if (!sg)
+            continue;
+          ASSERT_EQ(sg_compare(sg, plain), 0);
+          ASSERT_EQ(ids_of(sg->pid), ids_of(plain->pid));
+          ASSERT_EQ(ids_of(sg->parent), ids_of(plain->parent));
+        }
+      }
+      EXPECT_EQ(with.accepted.size(), without.accepted.size());
+      go_up(&levels,
+            sg_set_ptr(sg_generate_candidates(levels.children.get(),
+                                              levels.cores.get())),
+            database.get(), 1);
+    }
+  }
+  stats_free();
 }
 
 } // namespace kestro

@@ -66,6 +66,34 @@ TEST(SgSet, SortOrdersWhatWasPushed) {
   EXPECT_EQ(keys_of(s), (ints{-2, 0, 4, 8}));
 }
 
+TEST(SgSet, SortIsThatOfRepeatedInsertion) {
+  test_rng rng(2);
+  const sg_set_ptr pushed(sg_set_create());
+  const sg_set_ptr inserted(sg_set_create());
+  for (int i = 0; i < 300; i++) {
+    // Few keys, of both signs, on graphs of several sizes and labels.
+    const graph_ptr g = random_graph(rng, {2 + i % 4, 1, 2, 1, true});
+    g->key = static_cast<uint32_t>(random_below(rng, 5) - 2);
+    for (const sg_set_ptr *s : {&pushed, &inserted}) {
+      sg_ptr sg = record_of(g);
+      sg->count = i; // tells equal ones apart
+      s == &pushed ? sg_set_push(s->get(), std::move(sg))
+                   : sg_set_insert(s->get(), std::move(sg));
+    }
+  }
+  sg_set_sort(pushed.get());
+  for (int i = 0; i < 300; i++)
+    ASSERT_EQ(sg_set_get(pushed.get(), i)->count,
+              sg_set_get(inserted.get(), i)->count)
+        << i;
+}
+
+TEST(SgSet, SortOfAnEmptySet) {
+  const sg_set_ptr s(sg_set_create());
+  sg_set_sort(s.get());
+  EXPECT_EQ(sg_set_size(s.get()), 0);
+}
+
 TEST(SgSet, FindGivesThePositionOrRecord) {
   const sg_set_ptr s = set_of({10, 20, 30});
   const sg_ptr present = keyed(20);

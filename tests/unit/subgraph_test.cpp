@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include "mining/links.h"
 #include "support/fatal.h"
 #include "support/records.h"
 
@@ -132,6 +133,44 @@ TEST(Subgraph, RecordWithoutAnySetIsCopiedAndFreed) {
   EXPECT_EQ(copy->count, 4);
 }
 
+TEST(Subgraph, CopyTakesOverLinksAndWhatIsKnownOfTheForm) {
+  const sg_ptr sg = filled_record();
+  EXPECT_EQ(sg->links, nullptr);
+  EXPECT_FALSE(sg->invariant);
+  EXPECT_FALSE(sg->rigid);
+  sg->links = sg_links_create(2);
+  sg_add_link(sg.get(), parent_entry(5, 0, 1, {1, -1}));
+  sg->invariant = true;
+  sg->rigid = true;
+  const sg_ptr copy(sg_copy(sg.get()));
+  EXPECT_TRUE(copy->invariant);
+  EXPECT_TRUE(copy->rigid);
+  sg_clear_links(sg.get());
+  ASSERT_EQ(sg_link_size(copy.get()), 1);
+  EXPECT_EQ(sg_link_at(copy.get(), 0)->pid, 5);
+  EXPECT_EQ(sg_link_at(copy.get(), 0)->map[0], 1);
+  EXPECT_EQ(sg_link_at(copy.get(), 0)->map[1], link_gone);
+}
+
+TEST(Subgraph, SetsOfACopyGrowBeyondTheRoomInItsBlock) {
+  const sg_ptr sg = filled_record();
+  const sg_ptr copy(sg_copy(sg.get()));
+  for (int i = 0; i < 100; i++) {
+    sg_add_pid(copy.get(), i);
+    sg_append_tid(copy.get(), 10 + i);
+  }
+  EXPECT_EQ(ids_of(copy->pid), identity_of(100));
+  for (const int pid : {6, 7}) {
+    const parent_entry entry(pid, 0, 1, {-1, 0});
+    ksstack_push(entry, copy->parent);
+  }
+  EXPECT_EQ(ids_of(copy->parent), (ints{5, 6, 7}));
+  EXPECT_EQ(sg_parent_at(copy.get(), 2)->map[1], 0);
+  const sg_ptr second(sg_copy(copy.get()));
+  EXPECT_EQ(ids_of(second->pid), identity_of(100));
+  EXPECT_EQ(ids_of(second->parent), (ints{5, 6, 7}));
+}
+
 TEST(Subgraph, LightCopyHasGraphAndCountButNoSets) {
   const sg_ptr sg = filled_record();
   std::vector<int64_t> memory(sg_size(2, 2) / 8 + 1);
@@ -244,6 +283,21 @@ TEST_P(IdSets, ClearEmptiesAndKeepsTheRoom) {
   EXPECT_EQ(set.at(sg.get(), 0), 6);
 }
 
+TEST_P(IdSets, AnAbsentOneIsEmptyAndComesWithTheFirstId) {
+  const id_set &set = GetParam();
+  const sg_ptr sg(sg_create(2, 2));
+  sg_free_sets(sg.get());
+  sg->child = sg->parent = sg->pid = sg->tid = sg->cover = nullptr;
+  EXPECT_EQ(set.size(sg.get()), 0);
+  set.clear(sg.get());
+  EXPECT_EQ(set.size(sg.get()), 0);
+  for (int id = 20; id > 0; id--) // beyond the first room
+    set.add(sg.get(), id);
+  EXPECT_EQ(set.size(sg.get()), 20);
+  for (int i = 0; i < 20; i++)
+    EXPECT_EQ(set.at(sg.get(), i), i + 1);
+}
+
 TEST_P(IdSets, IndexBeyondTheEndIsFatal) {
   const id_set &set = GetParam();
   const sg_ptr sg(sg_create(2, 2));
@@ -283,6 +337,19 @@ TEST(Subgraph, CoverFindsAndRemovesItsIds) {
   EXPECT_FALSE(sg_in_cover(sg.get(), 4));
   sg_remove_cover(sg.get(), 4);
   EXPECT_EQ(ids_of(sg->cover), (ints{2, 6}));
+}
+
+TEST(Subgraph, AppendTidAndCoverServeAbsentSets) {
+  const sg_ptr sg(sg_create(2, 2));
+  sg_free_sets(sg.get());
+  sg->child = sg->parent = sg->pid = sg->tid = sg->cover = nullptr;
+  EXPECT_EQ(sg_support(sg.get()), 0);
+  EXPECT_FALSE(sg_in_cover(sg.get(), 4));
+  sg_remove_cover(sg.get(), 4);
+  EXPECT_EQ(sg->cover, nullptr);
+  sg_append_tid(sg.get(), 3);
+  sg_append_tid(sg.get(), 8);
+  EXPECT_EQ(ids_of(sg->tid), (ints{3, 8}));
 }
 
 TEST(Subgraph, ParentEntriesAreFoundByPid) {

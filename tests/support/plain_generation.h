@@ -1,0 +1,59 @@
+// Candidate generation as one would explain it: every pair of patterns under a
+// core is joined along every automorphism of the core, each result is put into
+// canonical form, and kept if every connected graph with one edge less is in
+// the level, which is looked up by canonical form.  Nothing is known beforehand
+// and nothing is left out.  The forms are those of the stepwise reference.
+#pragma once
+
+#include <map>
+#include <string>
+#include <vector>
+
+#include "mining/sg_set.h"
+#include "support/graphs.h"
+
+namespace kestro {
+
+// All there is in a canonical form, comparable.
+using graph_form = std::vector<int>;
+
+// The form of a graph as it stands, and after it was put into canonical form.
+graph_form form_as_is(const graph *g);
+graph_form canonical_form(const graph *g);
+graph_ptr plain_canonical(const graph *g);
+// The permutations that keep g, in lexicographic order.
+std::vector<std::vector<int>> plain_automorphisms(const graph *g);
+
+// g without the edge u-w and without an end that only this edge held; vid are
+// the vertices of g.  Null when nothing is left or it falls apart.
+graph_ptr plain_without(const graph *g, int u, int w);
+
+// Of g's maps onto rest, which lacks one of its edges and perhaps a vertex,
+// map[i] is rest's vertex, -1 for one that went: whether it is a bijection on
+// the others that keeps labels and all edges, but u-w, in both directions.
+bool is_map_onto_rest(const graph *g, int u, int w, const graph *rest,
+                      const int *map);
+
+// The patterns of a level by their forms.
+std::map<graph_form, int> ids_by_form(const sg_set *level);
+
+// One that is kept of a candidate's parents.
+struct plain_parent {
+  int pid;
+  int u; // the first edge, by u, then v, that leads there
+  int v;
+  bool operator==(const plain_parent &) const = default;
+};
+
+struct plain_candidate {
+  graph_ptr form;
+  std::vector<int> pids;          // all parents, ascending
+  std::vector<plain_parent> kept; // by pid
+};
+
+// The candidates of the next size by their forms.  children is a level with
+// known supports, cores the level below it with known children.
+std::map<graph_form, plain_candidate> plain_candidates(const sg_set *children,
+                                                       const sg_set *cores);
+
+} // namespace kestro
