@@ -240,7 +240,8 @@ TEST_F(LevelLoop, LevelsArriveSortedWithSupportsAndParents) {
   add(complete_graph(4));
   add(complete_graph(4));
   checker c(transactions.get(), 2);
-  const mining_run run = {transactions.get(), 1, 1, 2, 1, INT_MAX, &c, &c, &c};
+  const mining_run run = {
+      transactions.get(), 1, 1, 2, 1, INT_MAX, 1, &c, &c, &c};
   EXPECT_EQ(mine_levels(&run), 7);
   // The connected graphs on up to four vertices by edges: 1, 1, 3, 2, 1, 1.
   EXPECT_EQ(c.patterns, 9);
