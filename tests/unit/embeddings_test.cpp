@@ -156,7 +156,7 @@ TEST(EmbeddingBudget, ThreadsTogetherTakeNoMoreThanThereIs) {
         const ksstack_ptr rows(budget.take_rows(sg.get(), 1));
         taken += rows != nullptr;
       },
-      [] {});
+      [](int) {});
   // A thread may be refused what another is about to put back, but only at the
   // end of the budget.
   EXPECT_LE(taken, most);

@@ -13,7 +13,7 @@ namespace {
 
 using ints = std::vector<int>;
 
-void keep() {}
+void keep(int) {}
 
 // How often each index is worked on.
 ints calls_per_index(int jobs, int count) {
@@ -57,8 +57,8 @@ TEST(ParallelFor, OneWorkerGoesInOrderOnTheCallersThread) {
           EXPECT_EQ(std::this_thread::get_id(), caller);
           order.push_back(i);
         },
-        [] { ADD_FAILURE() << "released the caller's thread"; });
-    EXPECT_EQ(order, (ints{0, 1, 2, 3, 4}));
+        [&](int worker) { order.push_back(100 + worker); });
+    EXPECT_EQ(order, (ints{0, 1, 2, 3, 4, 100}));
   }
 }
 
@@ -88,23 +88,39 @@ TEST(ParallelFor, NoMoreWorkersThanIndices) {
       keep);
 }
 
-TEST(ParallelFor, EveryExtraThreadReleasesOnce) {
+TEST(ParallelFor, EveryWorkerFinishesOnceOnItsThread) {
   for (const int jobs : {1, 2, 3, 7}) {
     std::mutex guard;
-    std::multiset<std::thread::id> released;
+    std::multiset<int> workers;
+    const auto caller = std::this_thread::get_id();
     parallel_for(
         jobs, 100, [](int, int) {},
-        [&] {
+        [&](int worker) {
           const std::lock_guard lock(guard);
-          released.insert(std::this_thread::get_id());
+          workers.insert(worker);
+          EXPECT_EQ(worker == 0, std::this_thread::get_id() == caller);
         });
-    EXPECT_EQ(released.size(), static_cast<size_t>(jobs - 1));
-    EXPECT_EQ(released.count(std::this_thread::get_id()), 0u);
+    EXPECT_EQ(workers.size(), static_cast<size_t>(jobs));
+    for (int worker = 0; worker < jobs; worker++)
+      EXPECT_EQ(workers.count(worker), 1u);
   }
 }
 
-TEST(ParallelFor, ThreadsThatFailReleaseToo) {
-  std::atomic<int> released = 0;
+TEST(ParallelFor, FailureToFinishComesOutUnlessWorkFailed) {
+  const auto fail = [](int) { throw std::runtime_error("finish"); };
+  for (const int jobs : {1, 3}) {
+    EXPECT_THROW(parallel_for(
+                     jobs, 5, [](int, int) {}, fail),
+                 std::runtime_error);
+    EXPECT_THROW(
+        parallel_for(
+            jobs, 5, [](int, int) { throw std::logic_error("work"); }, fail),
+        std::logic_error);
+  }
+}
+
+TEST(ParallelFor, WorkersThatFailFinishToo) {
+  std::atomic<int> finished = 0;
   meeting all(3);
   EXPECT_THROW(parallel_for(
                    3, 3,
@@ -112,9 +128,9 @@ TEST(ParallelFor, ThreadsThatFailReleaseToo) {
                      all.come();
                      throw std::runtime_error("all");
                    },
-                   [&] { released++; }),
+                   [&](int) { finished++; }),
                std::runtime_error);
-  EXPECT_EQ(released, 2);
+  EXPECT_EQ(finished, 3);
 }
 
 // What comes out when the indices in failing fail, all at once where there are
