@@ -166,4 +166,66 @@ TEST_F(Concurrency, FailingRunLeavesTheOtherAlone) {
   free_work_areas();
 }
 
+namespace {
+
+void set_nothing(options *) {}
+
+void set_everything(options *o) {
+  o->support = 25;
+  o->candidates = o->parent_children_list = o->tid_list = 1;
+}
+
+void set_everything_low_threshold(options *o) {
+  set_everything(o);
+  o->stabilizer_threshold = 2;
+}
+
+void set_maximal_only(options *o) {
+  o->support = 25;
+  o->maximal = o->parent_children_list = 1;
+}
+
+// The report and the files of a run on that many threads.
+std::map<std::string, std::string> left_by(const std::string &database,
+                                           void (*set)(options *), int jobs) {
+  errand one(database, {}, set);
+  options o;
+  const std::string input = one.folder.name("db.g");
+  o.input_file = input.c_str();
+  set(&o);
+  o.jobs = jobs;
+  std::string report = kestro::run_here(&o);
+  std::map<std::string, std::string> texts = one.collect(report);
+  // The names of files tell the folder.
+  const std::string folder = one.folder.name("");
+  for (auto &[name, text] : texts)
+    for (size_t at; (at = text.find(folder)) != std::string::npos;)
+      text.erase(at, folder.size());
+  return texts;
+}
+
+class Threads : public testing::TestWithParam<unsigned> {};
+
+} // namespace
+
+TEST_P(Threads, DoNotShowInAnyOutput) {
+  dice chance(GetParam());
+  const std::string databases[] = {
+      deep_database(GetParam(), 10, 8, 1 + static_cast<int>(GetParam() % 2)),
+      database_text(random_database(&chance, 9), random_style(&chance))};
+  for (const std::string &database : databases)
+    for (void (*const set)(options *) :
+         {set_nothing, set_everything, set_everything_low_threshold,
+          set_maximal_only, set_maximal}) {
+      const auto expected = left_by(database, set, 1);
+      for (const int jobs : {2, 3, 7})
+        ASSERT_EQ(left_by(database, set, jobs), expected)
+            << "seed " << GetParam() << ", " << jobs << " jobs\n"
+            << database;
+    }
+  free_work_areas();
+}
+
+INSTANTIATE_TEST_SUITE_P(Seeds, Threads, testing::Range(0U, 6U));
+
 } // namespace kestro

@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include "graph/graph_list.h"
 #include "support/graph_families.h"
 
 namespace kestro {
@@ -89,16 +90,39 @@ std::string difference(const graph *pattern, const graph *target,
     if (found && image != first_along(maps, order))
       return "not the first mapping";
   }
-  xvector<int> counts(2, 0);
-  for (int &count : counts)
-    count = random_below(rng, 3);
-  search_plan plan = search_plan::rarest_first(pattern, counts);
-  for (int round = 0; round < 2; round++) {
-    const bool found = plan.find(target, image.data());
+  return "";
+}
+
+// The same for searches in a list of graphs: they find exactly when the search
+// in the graph alone does, the same along the same order, and so does a plan
+// whose order comes from the list.
+std::string difference_in_list(const graph *pattern, const ksstack *graphs,
+                               unsigned seed) {
+  test_rng rng(seed);
+  const graph_profiles profiles(graphs);
+  const std::vector<int> order = random_order(rng, pattern);
+  search_plan plan(pattern, order.data());
+  search_plan rarest;
+  rarest.set_rarest_first(pattern, profiles);
+  std::vector<int> image(static_cast<size_t>(pattern->vs), -7);
+  std::vector<int> alone = image;
+  for (int i = 0; i < graphs->count; i++) {
+    const graph *t = graph_list_at(graphs, i);
+    const auto maps = naive_maps(pattern, t);
+    const bool found = plan.find(profiles, i, image.data());
     if (found == maps.empty())
-      return found ? "found rarest first" : "not found rarest first";
-    if (found && std::find(maps.begin(), maps.end(), image) == maps.end())
-      return "no mapping";
+      return found ? "found in the list" : "not found in the list";
+    if (plan.find(t, alone.data()) != found)
+      return "graph and list differ";
+    if (found && image != alone)
+      return "not the same mapping";
+    for (int round = 0; round < 2; round++) {
+      if (rarest.find(t, image.data()) != found ||
+          rarest.find(profiles, i, image.data()) != found)
+        return "rarest first differs";
+      if (found && std::find(maps.begin(), maps.end(), image) == maps.end())
+        return "no mapping";
+    }
   }
   return "";
 }
@@ -133,6 +157,24 @@ TEST_P(SearchPlans, FindTheFirstMappingAlongTheirOrder) {
   }
   EXPECT_GT(occurring, pairs_per_test / 5);
   EXPECT_LT(occurring, pairs_per_test * 4 / 5);
+}
+
+TEST_P(SearchPlans, FindInAListWhatTheyFindInItsGraphs) {
+  constexpr int patterns = 8;
+  for (int i = 0; i < pairs_per_test / (patterns * patterns); i++) {
+    const auto seed =
+        static_cast<unsigned>(GetParam() * pairs_per_test + i) * patterns;
+    graph_list_ptr graphs(graph_list_new());
+    std::vector<graph_ptr> wanted;
+    for (unsigned j = 0; j < patterns; j++) {
+      search_case c = case_of_seed(seed + j);
+      wanted.push_back(std::move(c.pattern));
+      graph_list_push(std::move(c.target), graphs.get());
+    }
+    for (const graph_ptr &pattern : wanted)
+      ASSERT_EQ(difference_in_list(pattern.get(), graphs.get(), seed), "")
+          << "seed " << seed << ": " << graph_words(pattern.get());
+  }
 }
 
 INSTANTIATE_TEST_SUITE_P(Seeds, SearchPlans, testing::Range(0, test_count));

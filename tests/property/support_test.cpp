@@ -45,7 +45,7 @@ bool rows_place(const subgraph *sg, const ksstack *transactions) {
   if (sg->rows->count != sg_tid_size(sg))
     return false;
   for (int i = 0; i < sg->rows->count; i++) {
-    const ints row(sg_row(sg, i), sg_row(sg, i) + sg->g->vs);
+    const ints row(sg_row<uint8_t>(sg, i), sg_row<uint8_t>(sg, i) + sg->g->vs);
     if (std::set<int>(row.begin(), row.end()).size() != row.size() ||
         !is_mapping(sg->g, graph_list_at(transactions, sg_tid_at(sg, i)), row))
       return false;

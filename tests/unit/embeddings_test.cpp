@@ -2,14 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include "base/parallel.h"
 #include "support/records.h"
 
 namespace kestro {
 
 using ints = std::vector<int>;
-using row = std::vector<row_vertex>;
-
-static constexpr row_vertex none = UINT16_MAX;
 
 // A database of n transactions of one edge, and its size.
 static graph_list_ptr edges(int n) {
@@ -21,7 +19,7 @@ static graph_list_ptr edges(int n) {
 static int bytes_of(int n) { return n * static_cast<int>(graph_size(2, 2)); }
 
 // Rows of a pattern are as long as its vertices times this.
-static constexpr int vertex_bytes = 2;
+static constexpr int vertex_bytes = 1;
 
 TEST(EmbeddingBudget, IsTheMemoryOfTheTransactions) {
   const graph_list_ptr database = edges(3);
@@ -107,40 +105,147 @@ TEST(EmbeddingBudget, NothingIsChargedForARecordWithoutRows) {
   EXPECT_NE(rows, nullptr);
 }
 
+TEST(EmbeddingBudget, EveryPatternAliveMakesRoom) {
+  const graph_list_ptr database = edges(1);
+  const sg_ptr sg = record_of(path_graph(2));
+  const int most = bytes_of(1) / (2 * vertex_bytes);
+  embedding_budget budget(database.get());
+  budget.add_pattern();
+  sg->rows = budget.take_rows(sg.get(), most + 1);
+  ASSERT_NE(sg->rows, nullptr);
+  budget.give_back(sg.get());
+  budget.remove_pattern();
+  EXPECT_EQ(budget.take_rows(sg.get(), most + 1), nullptr);
+  const ksstack_ptr rows(budget.take_rows(sg.get(), most));
+  EXPECT_NE(rows, nullptr);
+}
+
+TEST(EmbeddingBudget, PatternsMakeRoomWithoutAnyTransactions) {
+  const graph_list_ptr empty = edges(0);
+  const sg_ptr sg = record_of(path_graph(2));
+  embedding_budget budget(empty.get());
+  EXPECT_EQ(budget.take_rows(sg.get(), 1), nullptr);
+  budget.add_pattern();
+  const ksstack_ptr rows(budget.take_rows(sg.get(), 1));
+  EXPECT_NE(rows, nullptr);
+}
+
+TEST(EmbeddingBudget, CopyHasABudgetOfItsOwn) {
+  const graph_list_ptr database = edges(1);
+  const sg_ptr sg = record_of(path_graph(2));
+  const int most = bytes_of(1) / (2 * vertex_bytes);
+  const embedding_budget budget(database.get());
+  for (int i = 0; i < 2; i++) {
+    embedding_budget copy(budget);
+    EXPECT_EQ(copy.image_bytes(), 1);
+    const ksstack_ptr rows(copy.take_rows(sg.get(), most));
+    EXPECT_NE(rows, nullptr);
+    EXPECT_EQ(copy.take_rows(sg.get(), 1), nullptr);
+  }
+}
+
+TEST(EmbeddingBudget, ThreadsTogetherTakeNoMoreThanThereIs) {
+  const graph_list_ptr database = edges(40);
+  const sg_ptr sg = record_of(path_graph(2));
+  const int most = bytes_of(40) / (2 * vertex_bytes);
+  embedding_budget budget(database.get());
+  std::atomic<int> taken = 0;
+  parallel_for(
+      3, 2 * most,
+      [&](int, int) {
+        const ksstack_ptr rows(budget.take_rows(sg.get(), 1));
+        taken += rows != nullptr;
+      },
+      [](int) {});
+  // A thread may be refused what another is about to put back, but only at the
+  // end of the budget.
+  EXPECT_LE(taken, most);
+  EXPECT_GE(taken, most - 3);
+}
+
 // A graph without edges.
 static graph_ptr isolated(int vs) {
   return make_graph(ints(static_cast<size_t>(vs), 0), {});
 }
 
-TEST(EmbeddingBudget, TransactionOfTooManyVerticesLeavesNoRows) {
+// The bytes of an image where the largest transaction has that many vertices.
+static int image_bytes(int vs) {
+  const graph_list_ptr database =
+      database_of(path_graph(2), isolated(vs), path_graph(3));
   const sg_ptr sg = record_of(path_graph(2));
-  const graph_list_ptr fitting = database_of(path_graph(2), isolated(65535));
-  const ksstack_ptr rows(
-      embedding_budget(fitting.get()).take_rows(sg.get(), 1));
-  EXPECT_NE(rows, nullptr);
-  const graph_list_ptr large = database_of(path_graph(2), isolated(65536));
-  EXPECT_EQ(embedding_budget(large.get()).take_rows(sg.get(), 1), nullptr);
+  embedding_budget budget(database.get());
+  const ksstack_ptr rows(budget.take_rows(sg.get(), 1));
+  EXPECT_EQ(rows ? rows->element_size : 0, 2 * budget.image_bytes());
+  return budget.image_bytes();
 }
 
-TEST(SgRow, RowsLieOneBehindTheOther) {
-  const sg_ptr sg = record_of(path_graph(3));
-  sg->rows = ksstack_new(2, 3 * vertex_bytes);
-  for (const row &r : {row{1, 2, 3}, row{4, 5, 65534}})
-    ksstack_push(r.data(), sg->rows);
-  EXPECT_EQ(row(sg_row(sg.get(), 0), sg_row(sg.get(), 0) + 3), (row{1, 2, 3}));
-  EXPECT_EQ(row(sg_row(sg.get(), 1), sg_row(sg.get(), 1) + 3),
-            (row{4, 5, 65534}));
+TEST(EmbeddingBudget, ImagesAreBytesUpTo256Vertices) {
+  EXPECT_EQ(image_bytes(1), 1);
+  EXPECT_EQ(image_bytes(255), 1);
+  EXPECT_EQ(image_bytes(256), 1);
 }
 
-// The row of pattern g in t by its entry from a parent's row; empty when the
-// edge finds no place.
-static row extended(const graph_ptr &g, const parent_entry &entry,
-                    const row &parent_row, const graph_ptr &t) {
+TEST(EmbeddingBudget, ImagesAreTwoBytesUpTo65536Vertices) {
+  EXPECT_EQ(image_bytes(257), 2);
+  EXPECT_EQ(image_bytes(65536), 2);
+}
+
+TEST(EmbeddingBudget, TransactionOfMoreVerticesLeavesNoRows) {
+  EXPECT_EQ(image_bytes(65537), 0);
+}
+
+// A record of a path of three vertices with room for n rows of that type.
+template <class Image> static sg_ptr path_with_rows(int n) {
+  sg_ptr sg = record_of(path_graph(3));
+  sg->rows = ksstack_new(n, 3 * static_cast<int>(sizeof(Image)));
+  return sg;
+}
+
+template <class Image> static ints row_of(const sg_ptr &sg, int i) {
+  const Image *row = sg_row<Image>(sg.get(), i);
+  return ints(row, row + sg->g->vs);
+}
+
+TEST(SgRow, RowsOfBytesLieOneBehindTheOther) {
+  const sg_ptr sg = path_with_rows<uint8_t>(2);
+  EXPECT_TRUE(sg_has_byte_rows(sg.get()));
+  sg_push_row(sg.get(), ints{1, 2, 3}.data());
+  sg_push_row(sg.get(), ints{4, 0, 255}.data());
+  EXPECT_EQ(sg->rows->count, 2);
+  EXPECT_EQ(row_of<uint8_t>(sg, 0), (ints{1, 2, 3}));
+  EXPECT_EQ(row_of<uint8_t>(sg, 1), (ints{4, 0, 255}));
+}
+
+TEST(SgRow, RowsOfTwoBytesLieOneBehindTheOther) {
+  const sg_ptr sg = path_with_rows<uint16_t>(2);
+  EXPECT_FALSE(sg_has_byte_rows(sg.get()));
+  sg_push_row(sg.get(), ints{1, 2, 256}.data());
+  sg_push_row(sg.get(), ints{4, 0, 65535}.data());
+  EXPECT_EQ(sg->rows->count, 2);
+  EXPECT_EQ(row_of<uint16_t>(sg, 0), (ints{1, 2, 256}));
+  EXPECT_EQ(row_of<uint16_t>(sg, 1), (ints{4, 0, 65535}));
+}
+
+template <class Image>
+static ints placed(const graph_ptr &g, const parent_entry &entry,
+                   const ints &parent_row, const graph_ptr &t) {
   const sg_ptr sg = record_of(g);
-  row r(static_cast<size_t>(g->vs));
-  if (!extend_row(sg.get(), entry, parent_row.data(), t.get(), r.data()))
+  edge_placement placement;
+  placement.set(sg.get(), entry);
+  const std::vector<Image> from(parent_row.begin(), parent_row.end());
+  std::vector<Image> row(static_cast<size_t>(g->vs));
+  if (!placement.extend(from.data(), t.get(), row.data()))
     return {};
-  return r;
+  return ints(row.begin(), row.end());
+}
+
+// The row of pattern g in t by its entry from a parent's row, the same for both
+// types of images; empty when the edge finds no place.
+static ints extended(const graph_ptr &g, const parent_entry &entry,
+                     const ints &parent_row, const graph_ptr &t) {
+  const ints row = placed<uint16_t>(g, entry, parent_row, t);
+  EXPECT_EQ(placed<uint8_t>(g, entry, parent_row, t), row);
+  return row;
 }
 
 // The path 1 - 0 - 2 and its parent entry: the edge 0-1, vertex 2 is new.
@@ -151,30 +256,30 @@ static parent_entry new_end() { return parent_entry(0, 0, 2, {0, 1, -1}); }
 
 TEST(ExtendRow, NewVertexIsTheFirstFreeNeighbour) {
   const graph_ptr t = star_graph(4); // hub 0
-  EXPECT_EQ(extended(path(0, 0), new_end(), {0, 1}, t), (row{0, 1, 2}));
-  EXPECT_EQ(extended(path(0, 0), new_end(), {0, 3}, t), (row{0, 3, 1}));
+  EXPECT_EQ(extended(path(0, 0), new_end(), {0, 1}, t), (ints{0, 1, 2}));
+  EXPECT_EQ(extended(path(0, 0), new_end(), {0, 3}, t), (ints{0, 3, 1}));
 }
 
 TEST(ExtendRow, NewVertexMustBeFree) {
-  EXPECT_EQ(extended(path(0, 0), new_end(), {1, 0}, star_graph(4)), row());
+  EXPECT_EQ(extended(path(0, 0), new_end(), {1, 0}, star_graph(4)), ints());
 }
 
 TEST(ExtendRow, NewVertexMustHaveItsLabels) {
   const graph_ptr t =
       make_graph({0, 0, 5, 0, 5}, {{0, 1}, {0, 2, 1}, {0, 3, 7}, {0, 4, 7}});
-  EXPECT_EQ(extended(path(5, 1), new_end(), {0, 1}, t), (row{0, 1, 2}));
-  EXPECT_EQ(extended(path(0, 7), new_end(), {0, 1}, t), (row{0, 1, 3}));
-  EXPECT_EQ(extended(path(5, 7), new_end(), {0, 1}, t), (row{0, 1, 4}));
-  EXPECT_EQ(extended(path(6, 7), new_end(), {0, 1}, t), row());
-  EXPECT_EQ(extended(path(0, 1), new_end(), {0, 1}, t), row());
+  EXPECT_EQ(extended(path(5, 1), new_end(), {0, 1}, t), (ints{0, 1, 2}));
+  EXPECT_EQ(extended(path(0, 7), new_end(), {0, 1}, t), (ints{0, 1, 3}));
+  EXPECT_EQ(extended(path(5, 7), new_end(), {0, 1}, t), (ints{0, 1, 4}));
+  EXPECT_EQ(extended(path(6, 7), new_end(), {0, 1}, t), ints());
+  EXPECT_EQ(extended(path(0, 1), new_end(), {0, 1}, t), ints());
 }
 
 TEST(ExtendRow, NewVertexCanBeTheSmallerEnd) {
   // The edge 0-1 of a path 0 - 1 - 2 is lacking; 1 and 2 are the parent's 1, 0.
   const parent_entry entry(0, 0, 1, {-1, 1, 0});
   EXPECT_EQ(extended(path_graph(3), entry, {2, 0}, star_graph(4)),
-            (row{1, 0, 2}));
-  EXPECT_EQ(extended(path_graph(3), entry, {0, 2}, star_graph(4)), row());
+            (ints{1, 0, 2}));
+  EXPECT_EQ(extended(path_graph(3), entry, {0, 2}, star_graph(4)), ints());
 }
 
 TEST(ExtendRow, EdgeBetweenPlacedVerticesMustBeThereWithItsLabel) {
@@ -183,10 +288,10 @@ TEST(ExtendRow, EdgeBetweenPlacedVerticesMustBeThereWithItsLabel) {
   const parent_entry entry(0, 1, 2, {0, 1, 2});
   const graph_ptr t =
       make_graph({0, 0, 0, 0}, {{3, 0}, {3, 1}, {3, 2}, {0, 2, 3}, {0, 1}});
-  EXPECT_EQ(extended(g, entry, {3, 0, 2}, t), (row{3, 0, 2}));
-  EXPECT_EQ(extended(g, entry, {3, 2, 0}, t), (row{3, 2, 0}));
-  EXPECT_EQ(extended(g, entry, {3, 0, 1}, t), row()); // another label
-  EXPECT_EQ(extended(g, entry, {3, 1, 2}, t), row()); // no edge
+  EXPECT_EQ(extended(g, entry, {3, 0, 2}, t), (ints{3, 0, 2}));
+  EXPECT_EQ(extended(g, entry, {3, 2, 0}, t), (ints{3, 2, 0}));
+  EXPECT_EQ(extended(g, entry, {3, 0, 1}, t), ints()); // another label
+  EXPECT_EQ(extended(g, entry, {3, 1, 2}, t), ints()); // no edge
 }
 
 TEST(ExtendRow, MapTellsWhichParentVertexIsWhich) {
@@ -194,13 +299,54 @@ TEST(ExtendRow, MapTellsWhichParentVertexIsWhich) {
   const parent_entry entry(0, 0, 2, {2, 0, 1});
   EXPECT_EQ(extended(g, entry, {5, 6, 4},
                      make_graph(ints(7, 0), {{4, 5}, {5, 6}, {4, 6}})),
-            (row{4, 5, 6}));
+            (ints{4, 5, 6}));
 }
 
 TEST(ExtendRow, LastVertexThatFitsARowCanBePlaced) {
-  graph_ptr t = make_graph(ints(65535, 0), {{0, 1}, {0, 65534}});
-  EXPECT_EQ(extended(path(0, 0), new_end(), {0, 1}, t), (row{0, 1, 65534}));
-  EXPECT_NE(65534, none);
+  const graph_ptr large = make_graph(ints(65536, 0), {{0, 1}, {0, 65535}});
+  EXPECT_EQ(placed<uint16_t>(path(0, 0), new_end(), {0, 1}, large),
+            (ints{0, 1, 65535}));
+  EXPECT_EQ(placed<uint16_t>(path(0, 0), new_end(), {0, 65535}, large),
+            (ints{0, 65535, 1}));
+  const graph_ptr small = make_graph(ints(256, 0), {{0, 1}, {0, 255}});
+  EXPECT_EQ(extended(path(0, 0), new_end(), {0, 1}, small), (ints{0, 1, 255}));
+  EXPECT_EQ(extended(path(0, 0), new_end(), {0, 255}, small),
+            (ints{0, 255, 1}));
+}
+
+TEST(ExtendRow, ManyNeighboursAreLookedThrough) {
+  // A wheel of 40 around 0, of whose rim edges one is lacking.
+  std::vector<test_edge> wheel;
+  for (int i = 1; i <= 40; i++) {
+    wheel.push_back({0, i});
+    if (i < 40)
+      wheel.push_back({i, i + 1});
+  }
+  const graph_ptr t = make_graph(ints(41, 0), wheel);
+  const parent_entry closing(0, 0, 2, {0, 1, 2});
+  for (int i = 1; i < 40; i++)
+    EXPECT_EQ(extended(ring_graph(3), closing, {0, i, i + 1}, t),
+              (ints{0, i, i + 1}));
+  const parent_entry rim(0, 1, 2, {0, 1, 2});
+  EXPECT_EQ(extended(ring_graph(3), rim, {0, 1, 40}, t), ints());
+}
+
+TEST(EdgePlacement, CanBecomeThatOfAnotherPattern) {
+  const sg_ptr triangle = record_of(ring_graph(3));
+  const sg_ptr star = record_of(path(0, 0));
+  const graph_ptr t = complete_graph(4);
+  edge_placement placement;
+  const ints parent_row = {2, 1, 0};
+  const std::vector<uint8_t> from(parent_row.begin(), parent_row.end());
+  for (int round = 0; round < 2; round++) {
+    std::vector<uint8_t> row(3);
+    placement.set(star.get(), new_end());
+    ASSERT_TRUE(placement.extend(from.data(), t.get(), row.data()));
+    EXPECT_EQ(row, (std::vector<uint8_t>{2, 1, 0}));
+    placement.set(triangle.get(), parent_entry(0, 1, 2, {1, 0, 2}));
+    ASSERT_TRUE(placement.extend(from.data(), t.get(), row.data()));
+    EXPECT_EQ(row, (std::vector<uint8_t>{1, 2, 0}));
+  }
 }
 
 } // namespace kestro

@@ -30,7 +30,7 @@ class recorder : public level_receiver,
                  public progress_listener {
 public:
   recorder(const ksstack *transactions, int minsup)
-      : counter_(transactions, minsup) {}
+      : counter_(transactions, minsup, 1) {}
 
   void candidates(const sg_set *set) override {
     log.push_back("receive candidates: " + of_size(set));
@@ -84,7 +84,7 @@ protected:
     recorder r(transactions.get(), minsup);
     r.drop_all = drop_all;
     const mining_run run = {
-        transactions.get(), 1, 1, minsup, minsize, maxsize, &r, &r, &r};
+        transactions.get(), 1, 1, minsup, minsize, maxsize, jobs, &r, &r, &r};
     const int last = mine_levels(&run);
     log = r.log;
     return last;
@@ -92,6 +92,7 @@ protected:
 
   graph_list_ptr transactions;
   bool drop_all = false;
+  int jobs = 1;
   events log;
 };
 
@@ -239,10 +240,26 @@ TEST_F(LevelLoop, LevelsArriveSortedWithSupportsAndParents) {
   add(complete_graph(4));
   add(complete_graph(4));
   checker c(transactions.get(), 2);
-  const mining_run run = {transactions.get(), 1, 1, 2, 1, INT_MAX, &c, &c, &c};
+  const mining_run run = {
+      transactions.get(), 1, 1, 2, 1, INT_MAX, 1, &c, &c, &c};
   EXPECT_EQ(mine_levels(&run), 7);
   // The connected graphs on up to four vertices by edges: 1, 1, 3, 2, 1, 1.
   EXPECT_EQ(c.patterns, 9);
+}
+
+TEST_F(LevelLoop, ThreadsDoNotShow) {
+  for (int i = 0; i < 3; i++) {
+    add(ring_graph(5));
+    add(star_graph(5));
+    add(complete_graph(4));
+  }
+  const int last = mine(3);
+  const events expected = log;
+  for (const int n : {2, 3, 7}) {
+    jobs = n;
+    EXPECT_EQ(mine(3), last);
+    EXPECT_EQ(log, expected);
+  }
 }
 
 } // namespace kestro

@@ -316,4 +316,16 @@ TEST_F(Run, WorkAreasMayBeFreedBetweenRuns) {
   free_work_areas();
 }
 
+TEST_F(Run, ThreadsDoNotShow) {
+  o.support = 30;
+  o.tid_list = 1;
+  const std::string report = masked_time(run());
+  const auto files = folder.files();
+  for (const int jobs : {2, 3, 7}) {
+    o.jobs = jobs;
+    EXPECT_EQ(masked_time(run()), report);
+    EXPECT_EQ(folder.read("db.tid"), files.at("db.tid"));
+  }
+}
+
 } // namespace kestro

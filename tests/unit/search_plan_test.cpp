@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "support/graphs.h"
+#include "support/records.h"
 
 namespace kestro {
 
@@ -145,35 +145,109 @@ TEST(SearchPlan, FindCanBeRepeated) {
   EXPECT_TRUE(plan.find(ring_graph(4).get(), image.data()));
 }
 
-TEST(SearchPlan, RarestLabelComesFirst) {
-  // Two ways to lay the path 0 - 1 - 0 with its centre of the rarer label: the
-  // first along centre, end, end; it is centre 2, since 2 precedes 5.
-  const graph_ptr g = make_graph({0, 1, 0}, {{0, 1}, {1, 2}});
-  const graph_ptr t =
-      make_graph({0, 0, 1, 0, 0, 1}, {{0, 5}, {1, 5}, {2, 3}, {2, 4}});
-  ints image(3);
-  search_plan rare_centre = search_plan::rarest_first(g.get(), {40, 2});
-  ASSERT_TRUE(rare_centre.find(t.get(), image.data()));
-  EXPECT_EQ(image, (ints{3, 2, 4}));
-  // With the ends rarer it starts with one of them.
-  search_plan rare_ends = search_plan::rarest_first(g.get(), {2, 40});
-  ASSERT_TRUE(rare_ends.find(t.get(), image.data()));
-  EXPECT_EQ(image, (ints{0, 5, 1}));
+TEST(SearchPlan, CanBecomeThePlanOfAnotherPattern) {
+  const graph_ptr large = ring_graph(5);
+  const graph_ptr small = path_graph(2);
+  search_plan plan;
+  ints image(5, -7);
+  plan.set(large.get(), ints{0, 1, 2, 3, 4}.data());
+  EXPECT_TRUE(plan.find(ring_graph(5).get(), image.data()));
+  EXPECT_EQ(image, (ints{0, 1, 2, 3, 4}));
+  plan.set(small.get(), ints{1, 0}.data());
+  image.assign(2, -7);
+  EXPECT_TRUE(plan.find(ring_graph(5).get(), image.data()));
+  EXPECT_EQ(image, (ints{1, 0}));
+  plan.set(large.get(), ints{0, 1, 2, 3, 4}.data());
+  EXPECT_FALSE(plan.find(path_graph(5).get(), image.data()));
 }
 
-TEST(SearchPlan, RarestFirstGoesOnWithMostMappedNeighbours) {
-  // A triangle 0 1 2 with a tail 3 of the rarest label but one: after 0 and 1,
-  // vertex 2 has two mapped neighbours.  In t the tail of the first triangle is
-  // missing, so that any order must come to the second.
+// Where the plan whose order begins at the rarest edges of a list places g in
+// the last graph of the list, searching it by itself; empty for nowhere.
+static ints found_rarest_first(const graph_ptr &g,
+                               const graph_list_ptr &graphs) {
+  const graph_profiles profiles(graphs.get());
+  search_plan plan;
+  plan.set_rarest_first(g.get(), profiles);
+  ints image(static_cast<size_t>(g->vs));
+  const int last = graphs->count - 1;
+  return plan.find(profiles.graph_at(last), image.data()) ? image : ints();
+}
+
+TEST(SearchPlan, RarestEdgeDecidesWhereTheSearchBegins) {
+  // The path a - b - c - d, labels 1, 0, 2, whose inner vertices have two
+  // neighbours each.  In t it lies as 0 1 2 3 and as 7 6 5 4.
+  const graph_ptr g =
+      make_graph({0, 0, 0, 0}, {{0, 1, 1}, {1, 2, 0}, {2, 3, 2}});
+  const auto t = [] {
+    return make_graph(
+        {0, 0, 0, 0, 0, 0, 0, 0},
+        {{7, 0, 1}, {0, 6, 0}, {6, 1, 2}, {5, 4, 1}, {4, 2, 0}, {2, 3, 2}});
+  };
+  // Label 1 is the rarest in the list, so that vertex 1 takes the smallest
+  // vertex it can: 0 rather than 4.
+  EXPECT_EQ(found_rarest_first(
+                g, database_of(make_graph({0, 0, 0, 0},
+                                          {{0, 1, 0}, {1, 2, 2}, {2, 3, 2}}),
+                               t())),
+            (ints{7, 0, 6, 1}));
+  // Label 2 is: vertex 2 takes 2 rather than 6.
+  EXPECT_EQ(found_rarest_first(
+                g, database_of(make_graph({0, 0, 0, 0},
+                                          {{0, 1, 0}, {1, 2, 1}, {2, 3, 1}}),
+                               t())),
+            (ints{5, 4, 2, 3}));
+}
+
+TEST(SearchPlan, RarestFirstFindsARingWithATail) {
+  // A triangle 0 1 2 with a tail 3 at 0, labels 0 but for the tail.  In t the
+  // triangle 0 1 2 lacks the tail, so that any order must come to the second.
   const graph_ptr g =
       make_graph({0, 0, 0, 1}, {{0, 1}, {1, 2}, {0, 2}, {0, 3}});
-  const graph_ptr t =
-      make_graph({0, 0, 0, 0, 0, 0, 1},
-                 {{0, 1}, {1, 2}, {0, 2}, {3, 4}, {4, 5}, {3, 5}, {3, 6}});
-  ints image(4);
-  search_plan plan = search_plan::rarest_first(g.get(), {6, 1});
-  ASSERT_TRUE(plan.find(t.get(), image.data()));
-  EXPECT_EQ(image, (ints{3, 4, 5, 6}));
+  EXPECT_EQ(
+      found_rarest_first(
+          g, database_of(make_graph(
+                 {0, 0, 0, 0, 0, 0, 1},
+                 {{0, 1}, {1, 2}, {0, 2}, {3, 4}, {4, 5}, {3, 5}, {3, 6}}))),
+      (ints{3, 4, 5, 6}));
+}
+
+TEST(SearchPlan, RarestFirstTakesOneVertexToo) {
+  EXPECT_EQ(found_rarest_first(make_graph({3}, {}),
+                               database_of(make_graph({0, 3}, {{0, 1}}))),
+            ints{1});
+}
+
+// Where a plan finds g in each graph of a list, by the list's profiles.
+static std::vector<ints> found_in_list(const graph_ptr &g,
+                                       const graph_list_ptr &graphs) {
+  const graph_profiles profiles(graphs.get());
+  const ints order = identity_of(g->vs);
+  search_plan plan(g.get(), order.data());
+  std::vector<ints> images;
+  for (int i = 0; i < graphs->count; i++) {
+    ints image(static_cast<size_t>(g->vs), -7);
+    images.push_back(plan.find(profiles, i, image.data()) ? image : ints());
+  }
+  return images;
+}
+
+TEST(SearchPlan, FindsInAListWhatItFindsInItsGraphs) {
+  const graph_ptr g = make_graph({0, 1, 0}, {{0, 1}, {1, 2}});
+  EXPECT_EQ(found_in_list(
+                g, database_of(
+                       make_graph({0, 1, 0}, {{0, 1}, {1, 2}}), // itself
+                       make_graph({1, 0, 1}, {{0, 1}, {1, 2}}), // other labels
+                       make_graph({0, 1}, {{0, 1}}),            // too small
+                       make_graph({}, {}),
+                       make_graph({1, 1, 0, 0}, {{0, 1}, {1, 2}, {1, 3}}))),
+            (std::vector<ints>{{0, 1, 2}, {}, {}, {}, {2, 1, 3}}));
+}
+
+TEST(SearchPlan, FindsOneVertexInAList) {
+  EXPECT_EQ(found_in_list(make_graph({3}, {}),
+                          database_of(make_graph({0, 3, 3}, {{0, 1}, {1, 2}}),
+                                      make_graph({0, 4}, {{0, 1}}))),
+            (std::vector<ints>{{1}, {}}));
 }
 
 // A leaf that comes first takes its images from all vertices, its twins from a

@@ -188,7 +188,8 @@ TEST(CountSupport, AgreesWithTheSlowMatcher) {
 static std::vector<ints> rows_of(const subgraph *sg) {
   std::vector<ints> rows;
   for (int i = 0; i < sg->rows->count; i++)
-    rows.emplace_back(sg_row(sg, i), sg_row(sg, i) + sg->g->vs);
+    rows.emplace_back(sg_row<uint8_t>(sg, i),
+                      sg_row<uint8_t>(sg, i) + sg->g->vs);
   return rows;
 }
 
@@ -199,12 +200,11 @@ static void expect_one_row(const subgraph *sg, const graph *t) {
 }
 
 static void give_rows(subgraph *sg, const std::vector<ints> &rows) {
-  const int bytes = sg->g->vs * static_cast<int>(sizeof(row_vertex));
-  sg->rows = ksstack_new(std::max(1, static_cast<int>(rows.size())), bytes);
-  for (const ints &images : rows) {
-    const std::vector<row_vertex> row(images.begin(), images.end());
-    ksstack_push(row.data(), sg->rows);
-  }
+  const int room =
+      std::max(std::max(1, sg_tid_size(sg)), static_cast<int>(rows.size()));
+  sg->rows = ksstack_new(room, sg->g->vs);
+  for (const ints &images : rows)
+    sg_push_row(sg, images.data());
 }
 
 // A level of one path 0 - 1 with these transactions and rows.
@@ -263,6 +263,40 @@ TEST(CountSupport, ParentWithoutRowsLeavesItToTheSearch) {
   const sg_ptr sg = longer_path({0, 1}, prev);
   EXPECT_EQ(sg_count_support(sg.get(), prev.get(), database.get()), 1);
   expect_one_row(sg.get(), graph_list_at(database.get(), 1));
+}
+
+// The count stops where minsup is out of reach: exact from minsup on, below it
+// otherwise; tid and rows stay parallel.
+TEST(SupportCounter, CountIsExactFromMinsupOn) {
+  for (unsigned seed = 0; seed < 40; seed++) {
+    test_rng rng(seed);
+    const graph_ptr g = random_graph(rng, {4, 1, 2, 1, true});
+    graph_list_ptr database(graph_list_new());
+    int support = 0;
+    for (int tid = 0; tid < 10; tid++) {
+      graph_ptr t = random_graph(rng, {6, 5, 2, 1, false});
+      support += !naive_maps(g.get(), t.get()).empty();
+      graph_list_push(std::move(t), database.get());
+    }
+    const support_counter counter(database.get(), 1);
+    for (int minsup = 0; minsup <= 11; minsup++) {
+      const sg_ptr sg = record_of(g);
+      set_tids(sg.get(), identity_of(10));
+      give_rows(sg.get(), {});
+      const int count = counter.count(sg.get(), level_of({}).get(), minsup);
+      if (support >= minsup)
+        EXPECT_EQ(count, support) << "seed " << seed;
+      else
+        EXPECT_LT(count, minsup) << "seed " << seed;
+      EXPECT_LE(count, support);
+      ASSERT_EQ(sg_tid_size(sg.get()), count);
+      ASSERT_EQ(sg->rows->count, count);
+      for (int i = 0; i < count; i++)
+        EXPECT_TRUE(is_mapping(
+            sg->g, graph_list_at(database.get(), sg_tid_at(sg.get(), i)),
+            rows_of(sg.get())[static_cast<size_t>(i)]));
+    }
+  }
 }
 
 class CountFrequents : public testing::Test {
@@ -349,7 +383,7 @@ TEST_F(CountFrequents, RowsGoFromOneLevelToTheNext) {
 
 TEST_F(CountFrequents, WithoutBudgetThereAreNoRows) {
   const graph_list_ptr database =
-      database_of(star_graph(4), make_graph(ints(65536, 0), {}), star_graph(3));
+      database_of(star_graph(4), make_graph(ints(65537, 0), {}), star_graph(3));
   const sg_set_ptr prev = level_of({{0, 2}});
   const sg_set_ptr level = counted_paths(database, prev, {0, 2});
   ASSERT_EQ(sg_set_size(level.get()), 1);

@@ -55,7 +55,7 @@ protected:
 
 TEST_F(TransactionCounter, FilterBoundsByTheParentsTransactions) {
   ASSERT_EQ(sg_set_size(candidates.get()), 3);
-  transaction_counter(transactions.get(), 4)
+  transaction_counter(transactions.get(), 4, 1)
       .filter(candidates.get(), level2.get());
   ASSERT_EQ(sg_set_size(candidates.get()), 3);
   for (int i = 0; i < 3; i++)
@@ -64,13 +64,13 @@ TEST_F(TransactionCounter, FilterBoundsByTheParentsTransactions) {
 }
 
 TEST_F(TransactionCounter, FilterDropsWhatTheBoundExcludes) {
-  transaction_counter(transactions.get(), 5)
+  transaction_counter(transactions.get(), 5, 1)
       .filter(candidates.get(), level2.get());
   EXPECT_EQ(sg_set_size(candidates.get()), 0);
 }
 
 TEST_F(TransactionCounter, CountKeepsFrequentOnesWithExactTids) {
-  transaction_counter counter(transactions.get(), 2);
+  transaction_counter counter(transactions.get(), 2, 2);
   counter.filter(candidates.get(), level2.get());
   const sg_set_ptr frequent(counter.count(candidates.release(), level2.get()));
   ASSERT_EQ(sg_set_size(frequent.get()), 1);
@@ -80,7 +80,7 @@ TEST_F(TransactionCounter, CountKeepsFrequentOnesWithExactTids) {
 }
 
 TEST_F(TransactionCounter, CountAtOneKeepsEveryOccurringCandidate) {
-  transaction_counter counter(transactions.get(), 1);
+  transaction_counter counter(transactions.get(), 1, 2);
   counter.filter(candidates.get(), level2.get());
   const sg_set_ptr frequent(counter.count(candidates.release(), level2.get()));
   ASSERT_EQ(sg_set_size(frequent.get()), 3);
@@ -93,7 +93,7 @@ TEST_F(TransactionCounter, CountAtOneKeepsEveryOccurringCandidate) {
 }
 
 TEST_F(TransactionCounter, CountRegistersChildren) {
-  transaction_counter counter(transactions.get(), 1);
+  transaction_counter counter(transactions.get(), 1, 2);
   counter.filter(candidates.get(), level2.get());
   const sg_set_ptr frequent(counter.count(candidates.release(), level2.get()));
   const subgraph *path = sg_set_get(level2.get(), 0);
@@ -103,7 +103,7 @@ TEST_F(TransactionCounter, CountRegistersChildren) {
 }
 
 TEST_F(TransactionCounter, CountMayEndWithAnEmptyLevel) {
-  transaction_counter counter(transactions.get(), 3);
+  transaction_counter counter(transactions.get(), 3, 2);
   counter.filter(candidates.get(), level2.get());
   const sg_set_ptr frequent(counter.count(candidates.release(), level2.get()));
   EXPECT_EQ(sg_set_size(frequent.get()), 0);

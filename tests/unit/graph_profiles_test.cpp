@@ -1,0 +1,209 @@
+#include "cl/graph_profiles.h"
+
+#include <bit>
+
+#include <gtest/gtest.h>
+
+#include "support/records.h"
+
+namespace kestro {
+
+using ints = std::vector<int>;
+
+// The profile of u in g.
+static vertex_profile at(const graph_ptr &g, int u) {
+  return profile_of(g.get(), u);
+}
+
+// A hub 0 of n like leaves, and a fan: a vertex 0 with one neighbour 1 that has
+// n further leaves.
+static graph_ptr hub(int n) { return star_graph(n + 1); }
+static graph_ptr fan(int n) {
+  std::vector<test_edge> edges = {{0, 1}};
+  for (int i = 0; i < n; i++)
+    edges.push_back({1, 2 + i});
+  return make_graph(ints(static_cast<size_t>(n) + 2, 0), edges);
+}
+
+static bool is_equal(const vertex_profile &a, const vertex_profile &b) {
+  return a.edges == b.edges && a.paths == b.paths && a.kinds == b.kinds;
+}
+
+TEST(VertexProfile, CoversWhatHasNoFurtherBits) {
+  const vertex_profile some = {0b0110, 0b0011, 0b1000};
+  EXPECT_TRUE(some.covers(some));
+  EXPECT_TRUE(some.covers({}));
+  EXPECT_FALSE(vertex_profile().covers(some));
+  EXPECT_TRUE(some.covers({0b0100, 0b0001, 0b1000}));
+}
+
+TEST(VertexProfile, CoversNeedsAllThreeSets) {
+  const vertex_profile some = {0b0110, 0b0011, 0b1000};
+  EXPECT_FALSE(some.covers({0b0111, 0, 0}));
+  EXPECT_FALSE(some.covers({0, 0b0111, 0}));
+  EXPECT_FALSE(some.covers({0, 0, 0b1001}));
+}
+
+TEST(ProfileOf, VertexWithoutEdgesHasNoBits) {
+  EXPECT_TRUE(is_equal(at(make_graph({4}, {}), 0), {}));
+}
+
+TEST(ProfileOf, LikeEdgesFillOneGroupUpToFour) {
+  for (int n = 1; n <= 7; n++)
+    EXPECT_EQ(std::popcount(at(hub(n), 0).edges), std::min(n, 4)) << n;
+  const uint64_t full = at(hub(4), 0).edges;
+  EXPECT_EQ(full, uint64_t{15} << std::countr_zero(full));
+  EXPECT_EQ(std::countr_zero(full) % 4, 0);
+  EXPECT_EQ(at(hub(9), 0).edges, full);
+}
+
+TEST(ProfileOf, MoreOfOneKindCoversLess) {
+  for (int n = 1; n <= 4; n++) {
+    EXPECT_TRUE(at(hub(n), 0).covers(at(hub(n - 1), 0)));
+    EXPECT_FALSE(at(hub(n - 1), 0).covers(at(hub(n), 0)));
+  }
+  // Four and more look the same.
+  EXPECT_TRUE(at(hub(4), 0).covers(at(hub(5), 0)));
+}
+
+TEST(ProfileOf, LikePathsFillOneGroupUpToFour) {
+  EXPECT_EQ(at(fan(0), 0).paths, 0u);
+  for (int n = 1; n <= 7; n++)
+    EXPECT_EQ(std::popcount(at(fan(n), 0).paths), std::min(n, 4)) << n;
+  EXPECT_TRUE(is_equal(at(fan(4), 0), at(fan(7), 0)));
+}
+
+TEST(ProfileOf, LikePathsAreOneKind) {
+  EXPECT_EQ(at(fan(0), 0).kinds, 0u);
+  for (int n = 1; n <= 7; n++)
+    EXPECT_EQ(std::popcount(at(fan(n), 0).kinds), 1) << n;
+}
+
+TEST(ProfileOf, PathsDoNotGoBack) {
+  EXPECT_EQ(at(path_graph(2), 0).paths, 0u);
+  EXPECT_EQ(at(hub(5), 0).paths, 0u);
+  // Around a triangle: one path each way.
+  EXPECT_EQ(std::popcount(at(ring_graph(3), 0).paths), 2);
+}
+
+// The bits of all profiles of the middle vertex of 1 - 0 - 2 whose edge to 1
+// has a label below n, and of its neighbour 1: what a label decides.
+static int distinct(int n, uint64_t vertex_profile::*set, int u,
+                    graph_ptr (*with_label)(int)) {
+  std::vector<uint64_t> seen;
+  for (int label = 0; label < n; label++) {
+    const uint64_t bits = at(with_label(label), u).*set;
+    if (std::find(seen.begin(), seen.end(), bits) == seen.end())
+      seen.push_back(bits);
+  }
+  return static_cast<int>(seen.size());
+}
+
+// Labels are hashed, so only many of them tell that each of the labels counts.
+TEST(ProfileOf, EveryLabelOfAnEdgeCounts) {
+  const auto edge_label = [](int x) { return make_graph({0, 0}, {{0, 1, x}}); };
+  const auto end_label = [](int x) { return make_graph({0, x}, {{0, 1}}); };
+  EXPECT_GT(distinct(100, &vertex_profile::edges, 0, edge_label), 8);
+  EXPECT_GT(distinct(100, &vertex_profile::edges, 0, end_label), 8);
+  // Its own label does not: that is compared as it is.
+  EXPECT_EQ(distinct(100, &vertex_profile::edges, 1, end_label), 1);
+}
+
+TEST(ProfileOf, EveryLabelOfAPathCounts) {
+  graph_ptr (*const with_labels[])(int) = {
+      [](int x) {
+        return make_graph({0, 0, 0}, {{0, 1, x}, {1, 2}});
+      },
+      [](int x) {
+        return make_graph({0, x, 0}, {{0, 1}, {1, 2}});
+      },
+      [](int x) {
+        return make_graph({0, 0, 0}, {{0, 1}, {1, 2, x}});
+      },
+      [](int x) {
+        return make_graph({0, 0, x}, {{0, 1}, {1, 2}});
+      }};
+  for (const auto with_label : with_labels) {
+    EXPECT_GT(distinct(100, &vertex_profile::paths, 0, with_label), 8);
+    EXPECT_GT(distinct(100, &vertex_profile::kinds, 0, with_label), 16);
+  }
+}
+
+TEST(GraphProfiles, HoldTheProfileOfEveryVertex) {
+  test_rng rng(3);
+  graph_list_ptr graphs(graph_list_new());
+  for (int i = 0; i < 20; i++)
+    graph_list_push(
+        random_graph(rng, {1 + random_below(rng, 9), 6, 3, 2, false}),
+        graphs.get());
+  const graph_profiles profiles(graphs.get());
+  for (int i = 0; i < graphs->count; i++) {
+    const graph *g = graph_list_at(graphs.get(), i);
+    ASSERT_EQ(profiles.graph_at(i), g);
+    for (int u = 0; u < g->vs; u++)
+      EXPECT_TRUE(is_equal(profiles.of(i)[u], profile_of(g, u)));
+  }
+}
+
+static ints vertices(const graph_profiles &profiles, int i, int vlabel) {
+  const auto found = profiles.vertices(i, vlabel);
+  return ints(found.begin(), found.end());
+}
+
+TEST(GraphProfiles, VerticesAreThoseWithTheLabelAscending) {
+  const graph_list_ptr graphs =
+      database_of(make_graph({2, 0, 2, 5, 0, 2}, {{0, 1}}), make_graph({}, {}),
+                  make_graph({5, 5}, {{0, 1}}));
+  const graph_profiles profiles(graphs.get());
+  EXPECT_EQ(vertices(profiles, 0, 0), (ints{1, 4}));
+  EXPECT_EQ(vertices(profiles, 0, 2), (ints{0, 2, 5}));
+  EXPECT_EQ(vertices(profiles, 0, 5), (ints{3}));
+  EXPECT_EQ(vertices(profiles, 2, 5), (ints{0, 1}));
+}
+
+TEST(GraphProfiles, LabelThatAGraphLacksHasNoVertices) {
+  const graph_list_ptr graphs =
+      database_of(make_graph({2, 0, 2}, {{0, 1}}), make_graph({}, {}),
+                  make_graph({1, 7}, {{0, 1}}));
+  const graph_profiles profiles(graphs.get());
+  for (const int vlabel : {1, 3, 7, -1})
+    EXPECT_EQ(vertices(profiles, 0, vlabel), ints()) << vlabel;
+  EXPECT_EQ(vertices(profiles, 1, 0), ints());
+  EXPECT_EQ(vertices(profiles, 2, 0), ints());
+}
+
+TEST(GraphProfiles, FrequencyCountsEdgesFromTheirFirstEnd) {
+  const graph_list_ptr graphs = database_of(
+      make_graph({0, 1, 1}, {{0, 1, 4}, {0, 2, 4}, {1, 2, 4}}),
+      make_graph({1, 0}, {{0, 1, 4}}), make_graph({0, 1}, {{0, 1, 3}}));
+  const graph_profiles profiles(graphs.get());
+  EXPECT_EQ(profiles.frequency(0, 4, 1), 3);
+  EXPECT_EQ(profiles.frequency(1, 4, 0), 3);
+  EXPECT_EQ(profiles.frequency(1, 4, 1), 2); // one edge, seen from both ends
+  EXPECT_EQ(profiles.frequency(0, 3, 1), 1);
+  EXPECT_EQ(profiles.frequency(0, 4, 0), 0);
+}
+
+TEST(GraphProfiles, FrequencyIsNeverTooLow) {
+  // More kinds of edges than there are counters.
+  constexpr int kinds = 6000;
+  graph_list_ptr graphs(graph_list_new());
+  for (int label = 0; label < kinds; label++)
+    for (int times = 0; times <= label % 3; times++)
+      graph_list_push(make_graph({0, 1}, {{0, 1, label}}), graphs.get());
+  const graph_profiles profiles(graphs.get());
+  int exact = 0;
+  for (int label = 0; label < kinds; label++) {
+    EXPECT_GE(profiles.frequency(0, label, 1), 1 + label % 3);
+    exact += profiles.frequency(0, label, 1) == 1 + label % 3;
+  }
+  EXPECT_GT(exact, kinds / 100);
+  EXPECT_LT(exact, kinds);
+}
+
+TEST(GraphProfiles, OfNoGraphsAreEmpty) {
+  const graph_list_ptr none(graph_list_new());
+  EXPECT_EQ(graph_profiles(none.get()).frequency(0, 0, 0), 0);
+}
+
+} // namespace kestro
