@@ -78,17 +78,6 @@ TEST(Automorphisms, AreComputedOnce) {
   EXPECT_EQ(cache->entries->count, 8);
 }
 
-TEST(Automorphisms, RigidCoreIsNotSearched) {
-  // The ring has six, but it is said to have none besides the identity.
-  const automorphism_cache_ptr cache(automorphism_cache_create());
-  const graph_ptr ring = ring_graph(3);
-  const int i = automorphism_cache_find(cache.get(), 4, ring.get(), true);
-  const int *perm = automorphism_cache_perm(cache.get(), i, 4);
-  ASSERT_NE(perm, nullptr);
-  EXPECT_EQ(ints(perm, perm + 3), (ints{0, 1, 2}));
-  EXPECT_EQ(cache->entries->count, 1);
-}
-
 TEST(Automorphisms, PermIsNullBehindTheCoreAndBehindTheEnd) {
   const automorphism_cache_ptr cache(automorphism_cache_create());
   const graph_ptr path = path_graph(2);
