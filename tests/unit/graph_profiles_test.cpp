@@ -88,11 +88,12 @@ TEST(ProfileOf, PathsDoNotGoBack) {
 
 // The bits of all profiles of the middle vertex of 1 - 0 - 2 whose edge to 1
 // has a label below n, and of its neighbour 1: what a label decides.
-static int distinct(int n, uint64_t vertex_profile::*set, int u,
+template <class Set>
+static int distinct(int n, Set vertex_profile::*set, int u,
                     graph_ptr (*with_label)(int)) {
-  std::vector<uint64_t> seen;
+  std::vector<Set> seen;
   for (int label = 0; label < n; label++) {
-    const uint64_t bits = at(with_label(label), u).*set;
+    const Set bits = at(with_label(label), u).*set;
     if (std::find(seen.begin(), seen.end(), bits) == seen.end())
       seen.push_back(bits);
   }
