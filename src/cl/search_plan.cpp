@@ -51,14 +51,15 @@ int search_plan::twin_of(int u) const {
   return twin > 0 ? twin : -1;
 }
 
-static void add_need(xvector<plan_need> *needs, int elabel, int vlabel) {
+static void add_need(xvector<plan_need> *needs, const plan_need &more) {
   for (plan_need &need : *needs) {
-    if (need.elabel == elabel && need.vlabel == vlabel) {
+    if (need.elabel == more.elabel && need.vlabel == more.vlabel) {
+      need.degree = std::min(need.degree, more.degree);
       need.count++;
       return;
     }
   }
-  needs->push_back({elabel, vlabel, 1});
+  needs->push_back(more);
 }
 
 void search_plan::set(const graph *pattern, const int *order) {
@@ -92,7 +93,8 @@ void search_plan::add_step(int u, int d) {
   for (int j = g->v[u]; j < g->v[u + 1]; j++) {
     const int other = depth_[static_cast<size_t>(g->e[j])];
     if (other > d) {
-      add_need(&later_, g->elabel[j], g->vlabel[g->e[j]]);
+      const int w = g->e[j];
+      add_need(&later_, {g->elabel[j], g->vlabel[w], degree(g, w), 1});
     } else if (step.anchor == -1) {
       step.anchor = other;
       step.anchor_label = g->elabel[j];
@@ -195,9 +197,11 @@ static int edge_label(const Target &to, int w, int y) {
 template <class Target>
 static bool has_room(const plan_need &need, const Target &to, int w) {
   int missing = need.count;
-  for (int j = to.v[w]; j < to.v[w + 1] && missing > 0; j++)
-    missing -= to.elabel[j] == need.elabel &&
-               to.vlabel[to.e[j]] == need.vlabel && !to.used[to.e[j]];
+  for (int j = to.v[w]; j < to.v[w + 1] && missing > 0; j++) {
+    const int x = to.e[j];
+    missing -= to.elabel[j] == need.elabel && to.vlabel[x] == need.vlabel &&
+               to.v[x + 1] - to.v[x] >= need.degree && !to.used[x];
+  }
   return missing == 0;
 }
 

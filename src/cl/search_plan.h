@@ -30,6 +30,7 @@ struct plan_edge {
 struct plan_need {
   int elabel;
   int vlabel;
+  int degree; // the smallest among them
   int count;
 };
 

@@ -61,13 +61,13 @@ public:
   // Makes room for n extensions at once.
   void reserve(size_t n) {
     if (5 * n >= 4 * table_.size())
-      resize(n + n / 4 + 1);
+      resize(n + n / 4 + smallest);
   }
 
   // Adds x; false, and nothing is changed, when it is there already.
   bool insert(const extension &x, const Value &value = {}) {
     if (5 * count_ >= 4 * table_.size())
-      resize(table_.empty() ? 256 : table_.size() / 2 * 3);
+      resize(table_.size() + table_.size() / 2 + smallest);
     place &p = table_[place_of(x)];
     if (p.key.pattern != -1)
       return false;
@@ -85,6 +85,8 @@ public:
   }
 
 private:
+  static constexpr size_t smallest = 16; // so that some place is always free
+
   struct place {
     extension key; // pattern -1: free
     [[no_unique_address]] Value value = {};
