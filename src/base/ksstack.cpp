@@ -33,7 +33,9 @@ static size_t buffer_bytes(const ksstack *s) {
 }
 
 // The first buffer follows the header in its block: most stacks never grow.
-static char *first_buffer(ksstack *s) { return reinterpret_cast<char *>(s + 1); }
+static char *first_buffer(ksstack *s) {
+  return reinterpret_cast<char *>(s + 1);
+}
 
 size_t ksstack_bytes(int capacity, int element_size) {
   assert(capacity > 0 && element_size > 0);

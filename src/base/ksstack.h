@@ -30,8 +30,8 @@ struct ksstack {
 
 // An empty stack; freed with ksstack_free.  Capacity must be positive.
 ksstack *ksstack_new(int capacity, int element_size);
-// The same in caller memory of ksstack_bytes() bytes, aligned as malloc's; ended
-// with ksstack_finish, which frees what the stack has grown to.
+// The same in caller memory of ksstack_bytes() bytes, aligned as malloc's;
+// ended with ksstack_finish, which frees what the stack has grown to.
 ksstack *ksstack_init(void *memory, int capacity, int element_size);
 size_t ksstack_bytes(int capacity, int element_size);
 void ksstack_finish(ksstack *s);

@@ -12,11 +12,11 @@ namespace kestro {
 
 // Calls work(worker, i) for every i from 0 to count - 1.  Each of jobs workers,
 // at least one, has a thread and a number from 0 and takes one i after another;
-// worker 0 is the caller's own thread, so with one worker nothing is started and
-// the order is ascending.  When none is left each worker calls finish(worker) on
-// its thread, which is the place to give up what belongs to the thread.  What is
-// thrown ends the call once all workers have stopped: of several exceptions that
-// of the smallest i comes out.
+// worker 0 is the caller's own thread, so with one worker nothing is started
+// and the order is ascending.  When none is left each worker calls
+// finish(worker) on its thread, which is the place to give up what belongs to
+// the thread.  What is thrown ends the call once all workers have stopped: of
+// several exceptions that of the smallest i comes out.
 template <class Work, class Finish>
 void parallel_for(int jobs, int count, Work work, Finish finish) {
   std::atomic<int> next = 0;

@@ -20,8 +20,8 @@ uint32_t cl_canonicalize_graph(graph *g);
 // order its vertices came in.  False for some graphs in which many vertices
 // look alike: there the search can end differently.
 bool cl_form_is_invariant();
-// Whether refinement alone told all vertices of that graph apart, so that it has
-// no automorphism but the identity.
+// Whether refinement alone told all vertices of that graph apart, so that it
+// has no automorphism but the identity.
 bool cl_form_is_rigid();
 
 // Frees what canonical labelling keeps for this thread.

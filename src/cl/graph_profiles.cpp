@@ -1,10 +1,11 @@
 // Profiles of vertices.
 //
-// The edges at a vertex are put into sixteen groups of two bits, by a hash of the
-// edge's label and the other end's; a group shows one edge, or several.  A mapping
-// sends the edges at u to as many edges with the same labels at w, so each of w's
-// groups has at least the bits of u's.  So it is with the paths of two edges, of
-// which sixty-four bits also show the kinds.  A few instructions compare.
+// The edges at a vertex are put into sixteen groups of two bits, by a hash of
+// the edge's label and the other end's; a group shows one edge, or several.  A
+// mapping sends the edges at u to as many edges with the same labels at w, so
+// each of w's groups has at least the bits of u's.  So it is with the paths of
+// two edges, of which sixty-four bits also show the kinds.  A few instructions
+// compare.
 
 #include "cl/graph_profiles.h"
 

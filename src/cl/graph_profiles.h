@@ -9,8 +9,8 @@
 
 namespace kestro {
 
-// What is around a vertex as sets of bits: a vertex u can be mapped to w only if
-// w's profile has all bits of u's.
+// What is around a vertex as sets of bits: a vertex u can be mapped to w only
+// if w's profile has all bits of u's.
 struct vertex_profile {
   uint32_t edges = 0; // its edges
   uint32_t paths = 0; // the paths of two edges that start at it
@@ -52,12 +52,12 @@ private:
 
   const ksstack *graphs_;
   xvector<vertex_profile> profiles_; // graph after graph
-  xvector<size_t> first_;      // per graph, where its vertices start
-  xvector<char> small_;        // per graph
-  xvector<int> by_label_;      // per large graph, its vertices by label, then id
+  xvector<size_t> first_;            // per graph, where its vertices start
+  xvector<char> small_;              // per graph
+  xvector<int> by_label_; // per large graph, its vertices by label, then id
   xvector<size_t> first_by_label_; // per graph, where they start; the end
-  xvector<int> frequency_;     // by hash of the labels
-  xvector<uint64_t> sorted_;   // for add_by_label
+  xvector<int> frequency_;         // by hash of the labels
+  xvector<uint64_t> sorted_;       // for add_by_label
 };
 
 } // namespace kestro

@@ -182,8 +182,7 @@ struct search_plan::target {
 };
 
 // The label of the edge w-y of what is searched, -1 for none.
-template <class Target>
-static int edge_label(const Target &to, int w, int y) {
+template <class Target> static int edge_label(const Target &to, int w, int y) {
   const int *first = to.e + to.v[w];
   const int *last = to.e + to.v[w + 1];
   if (last - first > 16)
@@ -248,8 +247,7 @@ bool search_plan::find(const graph *t, const vertex_profile *profiles,
   int *const mapped = image_.data();
   int *const next_at = at_.data();
   const plan_step *const steps = steps_.data();
-  const target to = {t->v,     t->e, t->elabel, t->vlabel,
-                     profiles, used, mapped};
+  const target to = {t->v, t->e, t->elabel, t->vlabel, profiles, used, mapped};
   int depth = 0;
   next_at[0] = 0;
   for (;;) {

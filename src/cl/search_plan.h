@@ -63,8 +63,8 @@ private:
 
   // A vertex of the pattern while its place in the order is looked for.
   struct waiting_vertex {
-    int mapped;  // neighbours in the order; -1 when in it itself
-    int rarest;  // frequency of the rarest edge to one of them
+    int mapped; // neighbours in the order; -1 when in it itself
+    int rarest; // frequency of the rarest edge to one of them
   };
   void add_step(int u, int d);
   int twin_of(int u) const;

@@ -116,8 +116,7 @@ void mine_frequent_subgraphs(const ksstack *transactions, const label_set *ls,
   print_header(o, transactions, ls, o->pattern_stream.get(), "# ");
 
   level_files files(o, ls);
-  transaction_counter counter(transactions, o->min_support_count,
-                              o->jobs);
+  transaction_counter counter(transactions, o->min_support_count, o->jobs);
   live_table table(out, o->maximal);
   const mining_run run = {transactions,
                           label_set_edge_labels(ls),

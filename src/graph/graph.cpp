@@ -137,7 +137,8 @@ static uint32_t hash_ints(uint32_t h, const int *words, int count) {
       continue;
     }
     for (int shift = 0; shift < 32; shift += 8)
-      h = hash_byte(h, static_cast<uint32_t>(static_cast<int8_t>(word >> shift)));
+      h = hash_byte(h,
+                    static_cast<uint32_t>(static_cast<int8_t>(word >> shift)));
   }
   return h;
 }

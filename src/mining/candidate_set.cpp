@@ -18,8 +18,8 @@ static size_t first_place(uint32_t key) {
 size_t candidate_set::place_of(const subgraph *sg) const {
   const size_t mask = table_.size() - 1; // the size is a power of two
   size_t i = first_place(sg->g->key) & mask;
-  while (table_[i].sg && (table_[i].key != sg->g->key ||
-                          sg_compare(table_[i].sg, sg) != 0))
+  while (table_[i].sg &&
+         (table_[i].key != sg->g->key || sg_compare(table_[i].sg, sg) != 0))
     i = (i + 1) & mask;
   return i;
 }
@@ -51,8 +51,8 @@ void candidate_set::insert(sg_ptr sg) {
 
 void candidate_set::take_over(candidate_set *other) {
   for (int i = 0; i < other->size(); i++) {
-    sg_ptr sg(std::exchange(
-        ksstack_array<subgraph *>(other->records_.get())[i], nullptr));
+    sg_ptr sg(std::exchange(ksstack_array<subgraph *>(other->records_.get())[i],
+                            nullptr));
     if (!contains(sg.get()))
       insert(std::move(sg));
   }

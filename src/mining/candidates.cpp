@@ -39,9 +39,10 @@ public:
       : derived_(children, cores, automorphisms, table),
         registry_(children, &derived_),
         scratch_(sg_create(2 * size_above(children), size_above(children) + 1)),
-        work_(size_above(children) - 1),
-        context_{children,       cores,  automorphisms, &made_,
-                 scratch_.get(), &work_, &registry_} {
+        work_(size_above(children) - 1), context_{children,       cores,
+                                                  automorphisms,  &made_,
+                                                  scratch_.get(), &work_,
+                                                  &registry_} {
     scratch_->links = sg_links_create(scratch_->g->vs);
     // These sets come when a candidate gets so far.
     for (ksstack **set : {&scratch_->child, &scratch_->tid, &scratch_->cover})
@@ -153,8 +154,7 @@ void sg_join_pair(int a, int b, int p, const join_context *context) {
     return;
   const subgraph *core = sg_set_get(context->cores, p);
   sg_join(a, b, sg_parent_at(sa, index_a), sg_parent_at(sb, index_b),
-          first_automorphism(context->automorphisms, p, core),
-          context);
+          first_automorphism(context->automorphisms, p, core), context);
 }
 
 // The vertex of a pattern outside its core, -1 when the core has them all.
@@ -174,8 +174,7 @@ public:
        const join_context *context)
       : a_(sg_set_get(context->children, a)),
         b_(sg_set_get(context->children, b)), b_id_(b), ea_(ea), eb_(eb),
-        context_(context),
-        elabel_(graph_edge_label(a_->g, ea->u, ea->v)),
+        context_(context), elabel_(graph_edge_label(a_->g, ea->u, ea->v)),
         outside_(vertex_outside(eb)) {
     int *core_to_b = context->work->core_to_b.data();
     for (int i = 0; i < eb->vs; i++)
@@ -183,7 +182,8 @@ public:
         core_to_b[eb->map[i]] = i;
   }
 
-  // Builds and registers up to two candidates along an automorphism of the core.
+  // Builds and registers up to two candidates along an automorphism of the
+  // core.
   void along(const int *perm) {
     const int u = place_in_b(ea_->u, perm);
     const int w = place_in_b(ea_->v, perm);
@@ -195,8 +195,8 @@ public:
     const int vlabel = a_->g->vlabel[u == -1 ? ea_->u : ea_->v];
     add(pendant_extension(b_id_, p, elabel_, vlabel), graph_merge, perm);
     if (outside_ != -1 && b_->g->vlabel[outside_] == vlabel)
-      add(closing_extension(b_id_, p, outside_, elabel_),
-          graph_merge_with_loop, perm);
+      add(closing_extension(b_id_, p, outside_, elabel_), graph_merge_with_loop,
+          perm);
   }
 
 private:
@@ -260,8 +260,8 @@ private:
   const sg_parent *ea_;
   const sg_parent *eb_;
   const join_context *context_;
-  int elabel_; // of a's extra edge
-  int outside_;            // b's vertex outside the core, or -1
+  int elabel_;  // of a's extra edge
+  int outside_; // b's vertex outside the core, or -1
 };
 
 } // namespace
@@ -274,8 +274,8 @@ void sg_join(int a, int b, const sg_parent *ea, const sg_parent *eb,
     return;
   }
   int i = automorphism;
-  for (const int *perm; (perm = automorphism_cache_perm(
-                             context->automorphisms, i, ea->pid)) != nullptr;
+  for (const int *perm; (perm = automorphism_cache_perm(context->automorphisms,
+                                                        i, ea->pid)) != nullptr;
        i++)
     made.along(perm);
 }

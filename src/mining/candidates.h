@@ -13,8 +13,8 @@ namespace kestro {
 // The candidates of one size: a new sorted set of records with canonical graph,
 // parents and no support.  children is the level k-1, not empty, cores the
 // level k-2, whose child lists say which children share a core.  Sets the
-// statistics' candidate counter of size k.  Works on jobs threads, with the same
-// result for any number of them.
+// statistics' candidate counter of size k.  Works on jobs threads, with the
+// same result for any number of them.
 sg_set *sg_generate_candidates(const sg_set *children, const sg_set *cores,
                                int jobs = 1);
 // What happened to the candidates of this thread's last generation.
@@ -32,9 +32,9 @@ struct join_work {
 
   graph_ptr without_edge;     // a pattern with one edge disabled
   const sg_parent *gone = {}; // the entry that tells which; null at first
-  xvector<int> core_to_b; // by vertex of a core
-  xvector<int> map;       // by vertex of a pattern
-  xvector<int> identity;  // the only automorphism of rigid cores
+  xvector<int> core_to_b;     // by vertex of a core
+  xvector<int> map;           // by vertex of a pattern
+  xvector<int> identity;      // the only automorphism of rigid cores
 };
 
 // What joining works on while one size is generated.
@@ -42,18 +42,18 @@ struct join_context {
   const sg_set *children; // level k-1
   const sg_set *cores;    // level k-2
   automorphism_cache *automorphisms;
-  extension_set *made;   // joins that need no further look
-  subgraph *scratch;     // room for a candidate
+  extension_set *made; // joins that need no further look
+  subgraph *scratch;   // room for a candidate
   join_work *work;
   registration *registry; // with derived
 };
 
-// Joins the patterns a and b of level k-1 through their core with id p, which is
-// among the kept parents of both; a and b may be the same.
+// Joins the patterns a and b of level k-1 through their core with id p, which
+// is among the kept parents of both; a and b may be the same.
 void sg_join_pair(int a, int b, int p, const join_context *context);
 // One join through the core that both entries, of a and of b, lead to: along
-// each of its automorphisms, the first of which is that entry of the cache, -1 for
-// a rigid core, at most two candidates.
+// each of its automorphisms, the first of which is that entry of the cache, -1
+// for a rigid core, at most two candidates.
 void sg_join(int a, int b, const sg_parent *ea, const sg_parent *eb,
              int automorphism, const join_context *context);
 

@@ -1,7 +1,7 @@
 // Children by parent and edge.
 //
 // An edge of a parent can be placed in as many ways as the parent has
-// automorphisms; every image is entered, so a look-up needs no search.  Patterns
+// automorphisms; every image is entered, so a look-up needs no search. Patterns
 // without links have no entries.
 
 #include "mining/child_table.h"
@@ -33,8 +33,9 @@ child_table::child_table(const sg_set *children, const sg_set *cores,
         map_.insert(edge, {id, l, -1});
         continue;
       }
-      for (const int *perm; (perm = automorphism_cache_perm(
-                                 automorphisms, i, link->pid)) != nullptr;
+      for (const int *perm;
+           (perm = automorphism_cache_perm(automorphisms, i, link->pid)) !=
+           nullptr;
            i++)
         map_.insert(image_of(edge, perm), {id, l, i});
     }

@@ -84,8 +84,8 @@ uint64_t closure_filter::label_without(const graph *g,
   return label;
 }
 
-// Numbers the vertices that u leads to, depth first, and finds the lowest number
-// reachable past each tree edge.
+// Numbers the vertices that u leads to, depth first, and finds the lowest
+// number reachable past each tree edge.
 void edge_finder::visit(int u, int from) {
   const size_t a = static_cast<size_t>(u);
   number_[a] = low_[a] = ++count_;

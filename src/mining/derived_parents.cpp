@@ -4,8 +4,8 @@
 // B - f is a parent of B, known with a map from B.  So a look-up of that parent
 // and e's place in it tells which frequent pattern the rest is, or that it is
 // none: one look-up per edge, and only for candidates that pass them all a
-// graph is built.  The map from the candidate to the rest is composed of B's map
-// to B - f and the rest's own map to it.
+// graph is built.  The map from the candidate to the rest is composed of B's
+// map to B - f and the rest's own map to it.
 //
 // Not told in this way are edges that hold B together but not the candidate, on
 // a cycle that e closes, and rests whose canonical form depends on the order of
@@ -67,8 +67,7 @@ void derived_parents::arrange(const graph *cand) {
 
 // The ends of an edge of the candidate as vertices of x's pattern, the smaller
 // first.
-std::pair<int, int>
-derived_parents::ends_of(const removable_edge &edge) const {
+std::pair<int, int> derived_parents::ends_of(const removable_edge &edge) const {
   const int u = origin_[static_cast<size_t>(edge.u)];
   const int w = origin_[static_cast<size_t>(edge.w)];
   return u < w ? std::pair(u, w) : std::pair(w, u);
@@ -77,12 +76,11 @@ derived_parents::ends_of(const removable_edge &edge) const {
 // Whether that edge is x's, taking which away leaves x's pattern.
 bool derived_parents::is_own_edge(const removable_edge &edge) const {
   const auto [low, high] = ends_of(edge);
-  return x_.from == low &&
-         x_.to == (high == pattern_->g->vs ? -1 : high);
+  return x_.from == low && x_.to == (high == pattern_->g->vs ? -1 : high);
 }
 
-// The link of x's pattern that lacks that edge and whose part is certain, -1 for
-// none.
+// The link of x's pattern that lacks that edge and whose part is certain, -1
+// for none.
 int derived_parents::known_link(const removable_edge &edge) const {
   const auto [low, high] = ends_of(edge);
   int first = 0;
@@ -146,7 +144,7 @@ void derived_parents::compose(int link, int *map) const {
   // The vertex of the candidate that the core lacks: the new one, or a leaf
   // that x's edge keeps.
   const int n = pattern_->g->vs;
-  const int kept = x_.to == -1 ? n
+  const int kept = x_.to == -1                       ? n
                    : step->map[x_.from] == link_gone ? x_.from
                    : step->map[x_.to] == link_gone   ? x_.to
                                                      : -1;

@@ -27,8 +27,8 @@ public:
 
   // Whether find() tells all parents of the arranged candidate.
   bool tells_all() const { return tells_all_; }
-  // Whether the parent is told that the arranged candidate is without one of its
-  // removable edges.
+  // Whether the parent is told that the arranged candidate is without one of
+  // its removable edges.
   bool tells(const removable_edge &edge) const;
   // The same; writes pid and map to entry if so.
   bool find(const removable_edge &edge, sg_parent *entry) const;
@@ -45,7 +45,7 @@ private:
   const automorphism_cache *automorphisms_;
   const child_table *table_;
   extension x_ = {};
-  const subgraph *pattern_ = nullptr;  // x's
+  const subgraph *pattern_ = nullptr; // x's
   bool tells_all_ = false;
   xvector<const found_child *> found_; // by link of pattern: without its edge
   xvector<int> origin_; // by vertex of the candidate, that of x's pattern

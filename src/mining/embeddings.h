@@ -12,8 +12,8 @@ namespace kestro {
 
 // A pattern's rows are a stack parallel to its tid set: row i holds, for each
 // vertex of the pattern, its image in transaction i of tid.  Images are of type
-// uint8_t where all transactions have at most 256 vertices, else uint16_t; there
-// are no rows where a transaction has more than 65,536.
+// uint8_t where all transactions have at most 256 vertices, else uint16_t;
+// there are no rows where a transaction has more than 65,536.
 
 // The memory that rows may take: a quarter of what the transactions themselves
 // take, and something for each pattern or candidate alive.  Several threads may
@@ -40,7 +40,7 @@ public:
 private:
   static constexpr long long per_pattern = 896;
 
-  int width_ = 1; // bytes of an image, 0 for no rows
+  int width_ = 1;                   // bytes of an image, 0 for no rows
   std::atomic<long long> left_ = 0; // bytes
 };
 
@@ -74,9 +74,9 @@ private:
   template <class Image>
   int free_neighbour(const graph *t, int u, const Image *row) const;
 
-  xvector<int> map_;   // per vertex, the parent's, -1 for the new one
-  int parent_vs_ = 0;  // vertices of the parent
-  int from_ = -1;      // the parent's ends of the edge, to_ -1 when new
+  xvector<int> map_;  // per vertex, the parent's, -1 for the new one
+  int parent_vs_ = 0; // vertices of the parent
+  int from_ = -1;     // the parent's ends of the edge, to_ -1 when new
   int to_ = -1;
   int new_vertex_ = -1; // the new vertex, -1 for none
   int elabel_ = -1;     // of the edge

@@ -10,7 +10,7 @@ namespace kestro {
 
 // A pattern plus one edge.  There are many of them, hence the short vertices.
 struct extension {
-  int pattern = -1; // its id in its level
+  int pattern = -1;  // its id in its level
   int16_t from = -1; // its vertex at which the edge lands
   int16_t to = -1; // its vertex at the other end, above from; -1 for a new one
   int elabel = -1;

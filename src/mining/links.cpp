@@ -33,8 +33,8 @@ void sg_add_link(subgraph *sg, const sg_parent *entry) {
   link->u = static_cast<uint8_t>(entry->u);
   link->v = static_cast<uint8_t>(entry->v);
   for (int i = 0; i < entry->vs; i++)
-    link->map[i] = entry->map[i] == -1 ? link_gone
-                                       : static_cast<uint8_t>(entry->map[i]);
+    link->map[i] =
+        entry->map[i] == -1 ? link_gone : static_cast<uint8_t>(entry->map[i]);
   ksstack_push(element, sg->links);
 }
 

@@ -12,8 +12,8 @@ namespace kestro {
 // What sg->links holds: one element per removable edge, by u, then v, laid out
 // as a header of six bytes and a map.
 struct sg_link {
-  int pid;       // the parent's id in the previous level
-  uint8_t u;     // the edge u-v, u < v, of this pattern that the parent lacks
+  int pid;   // the parent's id in the previous level
+  uint8_t u; // the edge u-v, u < v, of this pattern that the parent lacks
   uint8_t v;
   uint8_t map[]; // per vertex, the parent's vertex; link_gone for one that went
 };

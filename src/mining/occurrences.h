@@ -15,9 +15,9 @@ public:
       : profiles_(profiles) {}
 
   // Turns sg's tid from a bound into the transactions that sg occurs in, and
-  // returns their number; prev holds sg's parents.  Fills sg's rows where sg has
-  // been given an empty stack for them.  Stops as soon as that number is sure to
-  // be below minsup; then some transactions are missing from tid.
+  // returns their number; prev holds sg's parents.  Fills sg's rows where sg
+  // has been given an empty stack for them.  Stops as soon as that number is
+  // sure to be below minsup; then some transactions are missing from tid.
   int find(subgraph *sg, const sg_set *prev, int minsup);
 
 private:

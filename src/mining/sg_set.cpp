@@ -61,9 +61,8 @@ struct ranked_record {
   subgraph *sg;
 
   explicit ranked_record(subgraph *record)
-      : es(record->g->es),
-        rank(static_cast<uint64_t>(record->g->vs) << 32 |
-             (record->g->key ^ 0x80000000U)),
+      : es(record->g->es), rank(static_cast<uint64_t>(record->g->vs) << 32 |
+                                (record->g->key ^ 0x80000000U)),
         sg(record) {}
   bool operator<(const ranked_record &other) const {
     if (es != other.es)

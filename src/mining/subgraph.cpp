@@ -129,9 +129,8 @@ static bool is_inside(const subgraph *sg, const ksstack *s) {
 }
 
 void sg_free_sets(subgraph *sg) {
-  for (ksstack *s :
-       {sg->child, sg->parent, sg->pid, sg->tid, sg->cover, sg->rows,
-                     sg->links}) {
+  for (ksstack *s : {sg->child, sg->parent, sg->pid, sg->tid, sg->cover,
+                     sg->rows, sg->links}) {
     if (is_inside(sg, s))
       ksstack_finish(s);
     else
@@ -226,13 +225,13 @@ void sg_remove_cover(subgraph *sg, int id) {
 }
 void sg_clear_cover(subgraph *sg) { clear(sg->cover); }
 
-int sg_parent_size(const subgraph *sg) { return sg->parent->count; }
+int sg_parent_size(const subgraph *sg) { return size_of(sg->parent); }
 sg_parent *sg_parent_at(const subgraph *sg, int i) {
   return static_cast<sg_parent *>(ksstack_at(sg->parent, i));
 }
 int sg_find_parent(const subgraph *sg, int pid) {
-  return ksstack_lower_bound(&pid, sg->parent, compar_int);
+  return sg->parent ? ksstack_lower_bound(&pid, sg->parent, compar_int) : -1;
 }
-void sg_clear_parent(subgraph *sg) { sg->parent->count = 0; }
+void sg_clear_parent(subgraph *sg) { clear(sg->parent); }
 
 } // namespace kestro

@@ -12,8 +12,8 @@ namespace kestro {
 // Header, followed in the same block by the graph.
 //
 // The id sets are ascending and without repeats; an id is a position in the
-// sorted set of its level.  Any of them may be absent (null), which is as good as
-// empty; what is added to an absent one creates it.
+// sorted set of its level.  Any of them may be absent (null), which is as good
+// as empty; what is added to an absent one creates it.
 struct subgraph {
   graph *g;        // in canonical form once looked up or kept; in this block
   int count;       // transactions that contain it; 0 until counted
@@ -51,8 +51,8 @@ subgraph *sg_create(int es, int vs);
 // freed, with sg_free_sets.
 subgraph *sg_init(void *memory, int es, int vs);
 size_t sg_size(int es, int vs);
-// A new record with deep copies of the sets that are present; pid and parent are
-// in the record's block.
+// A new record with deep copies of the sets that are present; pid and parent
+// are in the record's block.
 subgraph *sg_copy(const subgraph *sg);
 // Header and graph only, without sets, in caller memory of sg_size() bytes for
 // the graph's sizes.
