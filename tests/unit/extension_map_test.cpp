@@ -61,6 +61,20 @@ TEST(ExtensionMap, TheFirstValueStays) {
   EXPECT_EQ(map.find({0, 0, 1, 3, -1}), nullptr);
 }
 
+// A table without a free place would be searched for ever.
+TEST(ExtensionMap, AnyRoomMadeBeforehandCanBeOutgrown) {
+  for (size_t room = 0; room < 40; room++) {
+    extension_map<int> map;
+    map.reserve(room);
+    for (int i = 0; i < 300; i++) {
+      ASSERT_EQ(map.find(pendant_extension(i, 0, 0, 0)), nullptr) << room;
+      ASSERT_TRUE(map.insert(pendant_extension(i, 0, 0, 0), i)) << room;
+    }
+    for (int i = 0; i < 300; i++)
+      ASSERT_EQ(*map.find(pendant_extension(i, 0, 0, 0)), i) << room;
+  }
+}
+
 // An extension of ends that are told as plain ints.
 static extension extension_of(int pattern, int from, int to, int elabel,
                               int vlabel) {
