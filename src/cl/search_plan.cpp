@@ -102,9 +102,12 @@ void search_plan::add_step(int u, int d) {
       closing_.push_back({other, g->elabel[j]});
     }
   }
+  int waiting = 0; // neighbours mapped later
   for (const plan_need &need : later_)
-    if (need.count > 1)
-      needs_.push_back(need);
+    waiting += need.count;
+  // What one neighbour lacks, or one of two kinds, is missed soon enough.
+  if (waiting > static_cast<int>(std::min<size_t>(later_.size(), 2)))
+    needs_.insert(needs_.end(), later_.begin(), later_.end());
   step.closing[1] = static_cast<int>(closing_.size());
   step.needs[1] = static_cast<int>(needs_.size());
   steps_.push_back(step);

@@ -26,7 +26,7 @@ struct plan_edge {
   int label;
 };
 
-// Several neighbours mapped later that are alike.
+// Neighbours mapped later that are alike.
 struct plan_need {
   int elabel;
   int vlabel;
