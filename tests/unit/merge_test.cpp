@@ -18,8 +18,8 @@ struct join {
   std::vector<int> map;
   graph_ptr result;
 
-  join(graph_ptr a, graph_ptr b, int u_, int w_, std::vector<int> m)
-      : g1(std::move(a)), g2(std::move(b)), u(u_), w(w_), map(std::move(m)),
+  join(graph_ptr a, graph_ptr b, int from, int to, std::vector<int> m)
+      : g1(std::move(a)), g2(std::move(b)), u(from), w(to), map(std::move(m)),
         result(graph_create(g2->es + 2, g2->vs + 1)) {
     EXPECT_TRUE(graph_disable_edge_between(g1.get(), u, w));
   }
