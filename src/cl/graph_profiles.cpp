@@ -77,10 +77,12 @@ graph_profiles::graph_profiles(const ksstack *graphs)
     }
   }
   first_by_label_.push_back(by_label_.size());
-  for (int i = 0; i < graphs->count; i++)
-    small_.push_back(static_cast<size_t>(graph_at(i)->vs) *
-                         static_cast<size_t>(graphs->count) <
-                     vertices);
+  for (int i = 0; i < graphs->count; i++) {
+    const bool small = static_cast<size_t>(graph_at(i)->vs) *
+                           static_cast<size_t>(graphs->count) <
+                       vertices;
+    small_.push_back(small ? 1 : 0);
+  }
 }
 
 void graph_profiles::add_by_label(const graph *g) {
