@@ -17,7 +17,9 @@ namespace kestro {
 
 // Dies unless the list is ascending without repeats.
 static void check_order(const subgraph *sg) {
-  const int *tids = sg->tid ? ksstack_array<int>(sg->tid) : nullptr;
+  if (!sg->tid)
+    return;
+  const int *tids = ksstack_array<int>(sg->tid);
   for (int i = 1; i < sg_tid_size(sg); i++)
     if (tids[i] <= tids[i - 1])
       die("subgraph.c", "something wrong\n");
