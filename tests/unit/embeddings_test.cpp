@@ -245,7 +245,7 @@ static ints placed(const graph_ptr &g, const parent_entry &entry,
 // types of images; empty when the edge finds no place.
 static ints extended(const graph_ptr &g, const parent_entry &entry,
                      const ints &parent_row, const graph_ptr &t) {
-  const ints row = placed<uint16_t>(g, entry, parent_row, t);
+  ints row = placed<uint16_t>(g, entry, parent_row, t);
   EXPECT_EQ(placed<uint8_t>(g, entry, parent_row, t), row);
   return row;
 }
