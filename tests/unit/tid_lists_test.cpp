@@ -46,7 +46,7 @@ static ints common(const std::vector<ints> &tids, const ints &pids,
         lists.common_to_parents(sg.get(), minsup, &work);
     return ints(found.begin(), found.end());
   };
-  const ints found = of(candidate(pids, level));
+  ints found = of(candidate(pids, level));
   EXPECT_EQ(of(candidate(pids, level, false)), found);
   return found;
 }
