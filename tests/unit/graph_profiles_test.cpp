@@ -214,4 +214,28 @@ TEST(GraphProfiles, OfNoGraphsAreEmpty) {
   EXPECT_EQ(graph_profiles(none.get()).frequency(0, 0, 0), 0);
 }
 
+TEST(GraphProfiles, VerticesOfLargeGraphsAreToldByLabel) {
+  // Labels 0 to 6 in turn on a path of 70, and a small graph before it.
+  ints labels(70);
+  std::vector<test_edge> edges;
+  for (int u = 0; u < 70; u++) {
+    labels[static_cast<size_t>(u)] = u % 7;
+    if (u > 0)
+      edges.push_back({u - 1, u});
+  }
+  const graph_list_ptr list =
+      database_of(path_graph(3), make_graph(labels, edges));
+  const graph_profiles profiles(list.get());
+  const auto [found, count] = profiles.vertices(1, 3);
+  ASSERT_NE(found, nullptr);
+  EXPECT_EQ(ints(found, found + count),
+            (ints{3, 10, 17, 24, 31, 38, 45, 52, 59, 66}));
+  EXPECT_EQ(profiles.vertices(1, 6).count, 10);
+  EXPECT_EQ(profiles.vertices(1, 7).count, 0);
+  EXPECT_EQ(profiles.vertices(0, 0).vertices, nullptr);
+  EXPECT_EQ(profiles.vertices(0, 0).count, 3);
+  EXPECT_TRUE(profiles.is_small(0));
+  EXPECT_FALSE(profiles.is_small(1));
+}
+
 } // namespace kestro

@@ -480,4 +480,43 @@ TEST(Ksstack, ReleaseOfEmptyIsNullWithCountZero) {
   EXPECT_EQ(count, 0);
 }
 
+TEST(Ksstack, TrimGivesBackRoomThatIsWorthIt) {
+  ksstack_ptr s(ksstack_new(1000, sizeof(int)));
+  for (int i = 0; i < 7; i++)
+    ksstack_push(&i, s.get());
+  s.reset(ksstack_trim(s.release()));
+  EXPECT_EQ(s->capacity, 7);
+  ASSERT_EQ(s->count, 7);
+  for (int i = 0; i < 7; i++)
+    EXPECT_EQ(ksstack_get<int>(s.get(), i), i);
+  for (int i = 7; i < 40; i++) // grows as any other
+    ksstack_push(&i, s.get());
+  EXPECT_EQ(ksstack_get<int>(s.get(), 39), 39);
+}
+
+TEST(Ksstack, TrimLeavesLittleRoomAndGrownStacksAlone) {
+  ksstack_ptr small(ksstack_new(10, sizeof(int)));
+  ksstack *address = small.get();
+  EXPECT_EQ(ksstack_trim(address), address);
+  EXPECT_EQ(small->capacity, 10);
+  ksstack_ptr grown(ksstack_new(1, sizeof(int)));
+  for (int i = 0; i < 600; i++)
+    ksstack_push(&i, grown.get());
+  grown->count = 1;
+  const int capacity = grown->capacity;
+  address = grown.get();
+  EXPECT_EQ(ksstack_trim(address), address);
+  EXPECT_EQ(grown->capacity, capacity);
+}
+
+TEST(Ksstack, TrimmedEmptyStackHoldsOne) {
+  ksstack_ptr s(ksstack_new(1000, sizeof(int)));
+  s.reset(ksstack_trim(s.release()));
+  EXPECT_EQ(s->capacity, 1);
+  const int value = 5;
+  ksstack_push(&value, s.get());
+  ksstack_push(&value, s.get());
+  EXPECT_EQ(s->count, 2);
+}
+
 } // namespace kestro
