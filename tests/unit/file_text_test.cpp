@@ -58,7 +58,11 @@ TEST(FileText, StreamWithoutASizeIsReadToItsEnd) {
 }
 
 TEST(FileText, PipeIsReadToItsEnd) {
-  const file_ptr stream(popen("printf 'a\\nb'; printf c", "r"));
+  struct pipe_closer {
+    void operator()(FILE *pipe) const { pclose(pipe); }
+  };
+  const std::unique_ptr<FILE, pipe_closer> stream(
+      popen("printf 'a\\nb'; printf c", "r"));
   EXPECT_EQ(string_of(read_text(stream.get())), "a\nbc");
 }
 
