@@ -41,8 +41,9 @@ vertex_profile profile_of(const graph *g, int u) {
     for (int j = g->v[w]; j < g->v[w + 1]; j++) {
       if (g->e[j] == u)
         continue;
-      const uint32_t path = hash_labels(static_cast<int>(first) + g->elabel[j],
-                                        g->vlabel[g->e[j]]);
+      const uint32_t edges = first + static_cast<uint32_t>(g->elabel[j]);
+      const uint32_t path =
+          hash_labels(static_cast<int>(edges), g->vlabel[g->e[j]]);
       add_to_group(&profile.paths, path);
       profile.kinds |= uint64_t{1} << (path >> 10 & 63);
     }

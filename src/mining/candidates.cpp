@@ -1,12 +1,13 @@
 // Joining the frequent patterns of one size into candidates of the next.
 //
 // Two patterns A and B that are one core plus an edge each are glued along
-// every automorphism of the core: A's extra edge is disabled in a working copy
-// and built onto B in up to two ways, unless that edge has been built there
-// before.  Every pattern of the next size that can
-// be frequent comes out of some pair under some core, because each keeps two of
-// its parents; duplicates and patterns with an infrequent part are weeded out
-// at registration.
+// every automorphism of the core: A's extra edge lands on B in up to two ways.
+// A place that was met before, or whose candidate is seen by look-ups to have
+// an infrequent part, is passed over; else A's edge is disabled in a working
+// copy and built onto B.  Every pattern of the next size that can be frequent
+// comes out of some pair under some core, because each keeps two of its
+// parents; the duplicates and infrequent parts that are left are weeded out at
+// registration.
 
 #include "mining/candidates.h"
 

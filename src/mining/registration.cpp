@@ -1,11 +1,12 @@
 // Registration: canonical form, duplicates, downward closure.
 //
 // Duplicates meet because isomorphic candidates share one canonical form.  The
-// closure test takes out each edge in turn, in place, and looks the canonical
-// remainder up in the previous level; edges that hold the candidate together
-// are not tested.  A filter sees most candidates fail before any such form. The
-// remainder's vertex ids tell which vertex of the candidate went where, which
-// is the map of the parent entry.
+// closure test asks for each edge in turn which pattern of the previous level
+// the candidate without it is; edges that hold the candidate together are not
+// tested.  What the pattern that was joined does not tell is found by the
+// canonical form of the remainder, made in place: its vertex ids tell which
+// vertex of the candidate went where, which is the map of the parent entry.  A
+// filter sees most candidates fail before any such form.
 
 #include "mining/registration.h"
 

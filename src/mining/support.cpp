@@ -14,7 +14,6 @@
 #include "base/error.h"
 #include "base/parallel.h"
 #include "base/xmalloc.h"
-#include "cl/search_plan.h"
 #include "mining/embeddings.h"
 #include "mining/links.h"
 #include "mining/occurrences.h"

@@ -21,6 +21,7 @@
 #include "support/random_database.h"
 #include "support/records.h"
 #include "support/stepwise/canonical.h"
+#include "support/threshold_scope.h"
 
 namespace kestro {
 
@@ -255,21 +256,6 @@ std::string shrunk(uint64_t seed, std::vector<plain_graph> database,
          std::to_string(minsup) + ": " + violation(database, minsup, &unused) +
          "\nin the database\n" + database_text(database, text_style{});
 }
-
-// Sets the threshold of both labellings for one scope.
-class threshold_scope {
-public:
-  explicit threshold_scope(int n) { set(n); }
-  ~threshold_scope() { set(5); }
-  threshold_scope(const threshold_scope &) = delete;
-  threshold_scope &operator=(const threshold_scope &) = delete;
-
-private:
-  static void set(int n) {
-    cl_set_stabilizer_threshold(n);
-    stepwise::cl_set_stabilizer_threshold(n);
-  }
-};
 
 } // namespace
 

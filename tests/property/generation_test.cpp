@@ -17,6 +17,7 @@
 #include "support/random_database.h"
 #include "support/records.h"
 #include "support/stepwise/canonical.h"
+#include "support/threshold_scope.h"
 
 namespace kestro {
 
@@ -61,21 +62,6 @@ generation_case case_of_seed(uint64_t seed) {
     c.database.push_back(matched_clique(&chance));
   return c;
 }
-
-// Sets the threshold of both labellings for one scope.
-class threshold_scope {
-public:
-  explicit threshold_scope(int n) { set(n); }
-  ~threshold_scope() { set(5); }
-  threshold_scope(const threshold_scope &) = delete;
-  threshold_scope &operator=(const threshold_scope &) = delete;
-
-private:
-  static void set(int n) {
-    cl_set_stabilizer_threshold(n);
-    stepwise::cl_set_stabilizer_threshold(n);
-  }
-};
 
 // The first difference is thrown as a std::runtime_error.
 void require(bool holds, const char *what, const graph *g) {

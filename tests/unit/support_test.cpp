@@ -12,18 +12,6 @@ namespace kestro {
 
 using ints = std::vector<int>;
 
-// A level of two-vertex patterns, told apart by key, with these TID lists.
-static sg_set_ptr level_of(const std::vector<ints> &tids) {
-  sg_set_ptr level(sg_set_create());
-  for (size_t id = 0; id < tids.size(); id++) {
-    sg_ptr sg = record_of(path_graph(2));
-    sg->g->key = static_cast<uint32_t>(id);
-    set_tids(sg.get(), tids[id]);
-    sg_set_push(level.get(), std::move(sg));
-  }
-  return level;
-}
-
 static graph_list_ptr paths(const ints &vertices) {
   graph_list_ptr list(graph_list_new());
   for (const int n : vertices)
@@ -41,7 +29,7 @@ static sg_ptr candidate(const graph_ptr &g, const ints &pids) {
 
 static ints common_tids(const std::vector<ints> &tids, const ints &pids) {
   const sg_ptr sg = candidate(path_graph(3), pids);
-  sg_intersect_parent_tids(sg.get(), level_of(tids).get(),
+  sg_intersect_parent_tids(sg.get(), level_with_tids(tids).get(),
                            paths({3, 3, 3, 3, 3, 3}).get());
   return ids_of(sg->tid);
 }
@@ -66,7 +54,7 @@ TEST(IntersectParentTidsFatal, RecordWithoutParentIds) {
   ksstack_free(sg->pid);
   sg->pid = nullptr;
   EXPECT_EQ(fatal_text([&] {
-              sg_intersect_parent_tids(sg.get(), level_of({{0}}).get(),
+              sg_intersect_parent_tids(sg.get(), level_with_tids({{0}}).get(),
                                        paths({3}).get());
             }),
             "subgraph.c:N: null pid\n");
@@ -85,7 +73,7 @@ TEST(IntersectParentTidsFatal, ParentThatIsNotInTheLevel) {
 }
 
 TEST(FilterCandidates, DropsThoseWhoseBoundIsTooSmall) {
-  const sg_set_ptr prev = level_of({{0, 1, 2}, {1, 2, 3}, {3}});
+  const sg_set_ptr prev = level_with_tids({{0, 1, 2}, {1, 2, 3}, {3}});
   const sg_set_ptr cand(sg_set_create());
   sg_set_insert(cand.get(), candidate(path_graph(4), {0, 1}));
   sg_set_insert(cand.get(), candidate(star_graph(4), {1, 2}));
@@ -99,7 +87,7 @@ TEST(FilterCandidates, DropsThoseWhoseBoundIsTooSmall) {
 }
 
 TEST(FilterCandidates, BoundOfExactlyTheMinimumStays) {
-  const sg_set_ptr prev = level_of({{0, 1}});
+  const sg_set_ptr prev = level_with_tids({{0, 1}});
   for (const int minsup : {2, 3}) {
     const sg_set_ptr cand(sg_set_create());
     sg_set_insert(cand.get(), candidate(path_graph(4), {0}));
@@ -110,7 +98,7 @@ TEST(FilterCandidates, BoundOfExactlyTheMinimumStays) {
 }
 
 TEST(FilterCandidates, RestIsSorted) {
-  const sg_set_ptr prev = level_of({{0}});
+  const sg_set_ptr prev = level_with_tids({{0}});
   const sg_set_ptr cand(sg_set_create());
   for (const graph_ptr &g : {path_graph(4), star_graph(4), ring_graph(3)})
     sg_set_insert(cand.get(), candidate(g, {0}));
@@ -121,14 +109,14 @@ TEST(FilterCandidates, RestIsSorted) {
 
 TEST(FilterCandidates, EmptySetStaysEmpty) {
   const sg_set_ptr cand(sg_set_create());
-  sg_filter_candidates_by_support(cand.get(), level_of({}).get(),
+  sg_filter_candidates_by_support(cand.get(), level_with_tids({}).get(),
                                   paths({3}).get(), 1);
   EXPECT_EQ(sg_set_size(cand.get()), 0);
 }
 
 // The support of a record without parent entries, found by search alone.
 static int counted(const sg_ptr &sg, const graph_list_ptr &database) {
-  return sg_count_support(sg.get(), level_of({}).get(), database.get());
+  return sg_count_support(sg.get(), level_with_tids({}).get(), database.get());
 }
 
 TEST(CountSupport, KeepsTheTransactionsThatContainThePattern) {
@@ -210,7 +198,7 @@ static void give_rows(subgraph *sg, const std::vector<ints> &rows) {
 // A level of one path 0 - 1 with these transactions and rows.
 static sg_set_ptr level_with_rows(const ints &tids,
                                   const std::vector<ints> &rows) {
-  sg_set_ptr level = level_of({tids});
+  sg_set_ptr level = level_with_tids({tids});
   give_rows(sg_set_get(level.get(), 0), rows);
   return level;
 }
@@ -259,7 +247,7 @@ TEST(CountSupport, SearchFollowsWhereARowLeadsNowhere) {
 
 TEST(CountSupport, ParentWithoutRowsLeavesItToTheSearch) {
   const graph_list_ptr database = database_of(path_graph(2), star_graph(4));
-  const sg_set_ptr prev = level_of({{0, 1}});
+  const sg_set_ptr prev = level_with_tids({{0, 1}});
   const sg_ptr sg = longer_path({0, 1}, prev);
   EXPECT_EQ(sg_count_support(sg.get(), prev.get(), database.get()), 1);
   expect_one_row(sg.get(), graph_list_at(database.get(), 1));
@@ -283,7 +271,8 @@ TEST(SupportCounter, CountIsExactFromMinsupOn) {
       const sg_ptr sg = record_of(g);
       set_tids(sg.get(), identity_of(10));
       give_rows(sg.get(), {});
-      const int count = counter.count(sg.get(), level_of({}).get(), minsup);
+      const int count =
+          counter.count(sg.get(), level_with_tids({}).get(), minsup);
       if (support >= minsup)
         EXPECT_EQ(count, support) << "seed " << seed;
       else
@@ -320,7 +309,7 @@ static sg_ptr bounded(const graph_ptr &g, const ints &tids, const ints &pids,
 TEST_F(CountFrequents, KeepsFrequentOnesWithExactCounts) {
   const graph_list_ptr database =
       database_of(path_graph(5), star_graph(5), ring_graph(5), star_graph(4));
-  const sg_set_ptr prev = level_of({{0, 1, 2, 3}});
+  const sg_set_ptr prev = level_with_tids({{0, 1, 2, 3}});
   sg_set *cand = sg_set_create();
   // Bounds of 4 and 4, supports of 2 and 2, and a triangle of none.
   sg_set_insert(cand, bounded(path_graph(4), {0, 1, 2, 3}, {0}, prev));
@@ -346,7 +335,7 @@ TEST_F(CountFrequents, KeepsFrequentOnesWithExactCounts) {
 
 TEST_F(CountFrequents, ChildrenAreRegisteredUnderTheKeptParentsOnly) {
   const graph_list_ptr database = database_of(path_graph(4));
-  const sg_set_ptr prev = level_of({{0, 1, 2}, {0}, {0, 1}});
+  const sg_set_ptr prev = level_with_tids({{0, 1, 2}, {0}, {0, 1}});
   sg_set *cand = sg_set_create();
   sg_set_insert(cand, bounded(path_graph(4), {0}, {0, 1, 2}, prev));
   const sg_set_ptr level(
@@ -384,7 +373,7 @@ TEST_F(CountFrequents, RowsGoFromOneLevelToTheNext) {
 TEST_F(CountFrequents, WithoutBudgetThereAreNoRows) {
   const graph_list_ptr database =
       database_of(star_graph(4), make_graph(ints(65537, 0), {}), star_graph(3));
-  const sg_set_ptr prev = level_of({{0, 2}});
+  const sg_set_ptr prev = level_with_tids({{0, 2}});
   const sg_set_ptr level = counted_paths(database, prev, {0, 2});
   ASSERT_EQ(sg_set_size(level.get()), 1);
   EXPECT_EQ(sg_set_get(level.get(), 0)->rows, nullptr);
@@ -395,7 +384,7 @@ TEST_F(CountFrequents, BudgetOfInfrequentCandidatesServesTheOthers) {
   // Before the one that occurs stand more candidates than rows have room for.
   const graph_list_ptr database = database_of(path_graph(4));
   const int room = static_cast<int>(graph_size(6, 4) / 8);
-  const sg_set_ptr prev = level_of({{0}});
+  const sg_set_ptr prev = level_with_tids({{0}});
   sg_set *cand = sg_set_create();
   for (int label = 1; label <= 10 * room; label++)
     sg_set_insert(
@@ -413,7 +402,7 @@ TEST_F(CountFrequents, BudgetOfInfrequentCandidatesServesTheOthers) {
 
 TEST_F(CountFrequents, OfNoneIsAnEmptyLevelCountedAsZero) {
   const graph_list_ptr database = database_of(path_graph(4));
-  const sg_set_ptr prev = level_of({{0}});
+  const sg_set_ptr prev = level_with_tids({{0}});
   stats_set(stats_frequent, 2, 9);
   const sg_set_ptr level(
       sg_count_frequents(sg_set_create(), prev.get(), database.get(), 1));

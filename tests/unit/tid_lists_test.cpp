@@ -10,18 +10,6 @@ namespace kestro {
 
 using ints = std::vector<int>;
 
-// A level of two-vertex patterns, told apart by key, with these TID lists.
-static sg_set_ptr level_of(const std::vector<ints> &tids) {
-  sg_set_ptr level(sg_set_create());
-  for (size_t id = 0; id < tids.size(); id++) {
-    sg_ptr sg = record_of(path_graph(2));
-    sg->g->key = static_cast<uint32_t>(id);
-    set_tids(sg.get(), tids[id]);
-    sg_set_push(level.get(), std::move(sg));
-  }
-  return level;
-}
-
 // A candidate with these parents in level, of which it keeps as many as it can.
 static sg_ptr candidate(const ints &pids, const sg_set_ptr &level,
                         bool with_entries = true) {
@@ -38,7 +26,7 @@ static sg_ptr candidate(const ints &pids, const sg_set_ptr &level,
 // The transactions common to the parents, with and without parent entries.
 static ints common(const std::vector<ints> &tids, const ints &pids,
                    int transactions, int minsup = 0) {
-  const sg_set_ptr level = level_of(tids);
+  const sg_set_ptr level = level_with_tids(tids);
   const tid_lists lists(level.get(), transactions);
   tid_lists::workspace work;
   const auto of = [&](const sg_ptr &sg) {
@@ -105,7 +93,8 @@ TEST(TidLists, TransactionsAtTheEndsOfWordsAreKept) {
 
 TEST(TidLists, WorkspaceServesOneCandidateAfterAnother) {
   for (const int n : sizes) {
-    const sg_set_ptr level = level_of({{0, 1, 2, 3, 4}, {1, 2, 3}, {4, 5}});
+    const sg_set_ptr level =
+        level_with_tids({{0, 1, 2, 3, 4}, {1, 2, 3}, {4, 5}});
     const tid_lists lists(level.get(), n);
     tid_lists::workspace work;
     const auto of = [&](const ints &pids) {
@@ -154,7 +143,7 @@ TEST(TidLists, AgreeWithCountingEveryTransaction) {
 
 TEST(TidListsFatal, ListOutOfOrder) {
   for (const ints &list : {ints{1, 1}, ints{2, 1}, ints{0, 3, 2}}) {
-    const sg_set_ptr level = level_of({{0}, list});
+    const sg_set_ptr level = level_with_tids({{0}, list});
     EXPECT_EQ(fatal_text([&] { tid_lists(level.get(), 6); }),
               "subgraph.c:N: something wrong\n");
   }
@@ -162,7 +151,7 @@ TEST(TidListsFatal, ListOutOfOrder) {
 
 TEST(TidListsFatal, ParentThatIsNotInTheLevel) {
   for (const int n : sizes) {
-    const sg_set_ptr level = level_of({{1}});
+    const sg_set_ptr level = level_with_tids({{1}});
     sg_ptr sg = candidate({}, level);
     sg_add_pid(sg.get(), 1);
     tid_lists::workspace work;
