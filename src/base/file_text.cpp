@@ -31,7 +31,7 @@ static void enlarge(file_text *text, size_t capacity) {
   text->bytes.reset(static_cast<char *>(moved));
 }
 
-file_text read_text(FILE *stream) {
+file_text read_text(FILE *stream, const char *name) {
   file_text text;
   size_t capacity = expected_size(stream);
   // One byte is for the terminator, one to see the end without growing.
@@ -45,12 +45,13 @@ file_text read_text(FILE *stream) {
     capacity *= 2;
     enlarge(&text, capacity);
   }
+  check_read(stream, name);
   return text;
 }
 
 file_text read_file(const char *name) {
   const file_ptr stream(open_file(name, "r"));
-  return read_text(stream.get());
+  return read_text(stream.get(), name);
 }
 
 } // namespace kestro

@@ -13,10 +13,10 @@ struct file_text {
   size_t size = 0;  // bytes read
 };
 
-// What a stream holds from its position on, to its end or to where it fails:
-// a folder reads as empty.
-file_text read_text(FILE *stream);
-// What a file holds.  Dies with "can't open a file".
+// What a stream holds from its position on.  Dies with "can't read a file",
+// which it calls by the name given; a folder reads as empty.
+file_text read_text(FILE *stream, const char *name);
+// What a file holds.  Dies with "can't open a file" too.
 file_text read_file(const char *name);
 
 } // namespace kestro

@@ -9,8 +9,8 @@ namespace kestro {
 
 // Collects text for one stream, which gets it in large pieces: when much has
 // come together, on flush(), and at the end of the scope, however that comes,
-// so that what was added before a failure is in the file.  Errors of the
-// stream are the stream's affair.
+// so that what was added before a failure is in the file.  The stream remembers
+// its errors; flush_output() and close_output() ask it for them.
 class text_buffer {
 public:
   explicit text_buffer(FILE *stream) : stream_(stream) {}

@@ -6,6 +6,7 @@
 #include "base/utils.h"
 
 #include <sys/resource.h>
+#include <sys/stat.h>
 
 #include <algorithm>
 #include <cstring>
@@ -24,6 +25,16 @@ FILE *open_file(const char *path, const char *mode) {
   if (!stream)
     throw fatal_error("can't open a file '" + std::string(path) + "'\n");
   return stream;
+}
+
+static bool is_folder(FILE *stream) {
+  struct stat status;
+  return fstat(fileno(stream), &status) == 0 && S_ISDIR(status.st_mode);
+}
+
+void check_read(FILE *stream, const char *path) {
+  if (ferror(stream) && !is_folder(stream))
+    throw fatal_error("can't read a file '" + std::string(path) + "'\n");
 }
 
 double user_cpu_time() {

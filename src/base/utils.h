@@ -22,6 +22,11 @@ using file_ptr = std::unique_ptr<FILE, file_closer>;
 // without a place in front, when fopen fails.  Every file is opened here.
 FILE *open_file(const char *path, const char *mode);
 
+// After the last read from stream: dies with "can't read a file 'PATH'" when an
+// error ended the reading, so that a part is never taken for the whole.  A
+// folder reads as empty.
+void check_read(FILE *stream, const char *path);
+
 // User CPU time of the process in seconds, and user plus system time.
 double user_cpu_time();
 double cpu_time();

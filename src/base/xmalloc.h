@@ -2,6 +2,7 @@
 // "xmalloc.c:LINE: not enough memory".
 #pragma once
 
+#include <climits>
 #include <cstddef>
 #include <cstdlib>
 #include <memory>
@@ -19,6 +20,15 @@ void xfree(void *address);
 // Throws the fatal_error of exhausted memory.  For sizes that no allocation
 // could meet, so that they need not be tried.
 [[noreturn]] void die_out_of_memory(int line = __builtin_LINE());
+
+// A number of things in memory as an int.  More of them than an int counts
+// could only be met on a machine larger than kestro is made for, and end the
+// run as exhausted memory.
+inline int int_count(size_t n, int line = __builtin_LINE()) {
+  if (n > INT_MAX)
+    die_out_of_memory(line);
+  return static_cast<int>(n);
+}
 
 struct xfree_deleter {
   void operator()(void *address) const { xfree(address); }

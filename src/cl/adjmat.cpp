@@ -44,6 +44,9 @@ struct adjmat_layout {
 } // namespace
 
 static adjmat_layout layout_of(int vs) {
+  static constexpr int most = 1 << 28; // below it, no size exceeds a size_t
+  if (vs > most)
+    die_out_of_memory();
   const size_t n = count_of(vs);
   block_layout block;
   block.take<adjmat>(1);

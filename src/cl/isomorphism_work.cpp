@@ -40,6 +40,9 @@ void graph_free_label_matrix() {
 static void grow_matrix(int n) {
   state.matrix.reset();
   state.capacity = 0;
+  static constexpr int most = 1 << 28; // below it, no size exceeds a size_t
+  if (n > most)
+    die_out_of_memory();
   const size_t side = static_cast<size_t>(n);
   const size_t size = side * sizeof(int *) + side * side * sizeof(int);
   state.matrix.reset(static_cast<int **>(xmalloc(size)));

@@ -10,6 +10,7 @@
 #include <algorithm>
 
 #include "base/error.h"
+#include "base/xmalloc.h"
 
 namespace kestro {
 
@@ -84,7 +85,8 @@ static ksstack *list_isomorphisms(const isomorphism_work *work) {
   isomorphism_start start;
   if (!search_choosing_order(work, &start))
     return nullptr;
-  const int element_size = work->g1->vs * static_cast<int>(sizeof(int));
+  const int element_size =
+      int_count(static_cast<size_t>(work->g1->vs) * sizeof(int));
   ksstack_ptr maps(ksstack_new(16, element_size));
   setup_isomorphism_work_area(work);
   all_isomorphisms(work, start.vertex, maps.get());

@@ -6,12 +6,17 @@
 
 #include "driver/command.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <new>
 #include <stdexcept>
 
 #include "base/error.h"
+#include "base/output_file.h"
 #include "base/utils.h"
 #include "driver/options.h"
 #include "driver/run.h"
@@ -25,16 +30,29 @@ static int obey(int argc, char **argv, int jobs) {
     return EXIT_FAILURE;
   case command::show_usage:
     usage(argv[0], stdout);
-    return EXIT_SUCCESS;
+    break;
   case command::run:
     o.jobs = jobs;
     run_kestro(&o, stdout);
-    return EXIT_SUCCESS;
+    break;
   }
-  return EXIT_FAILURE;
+  finish_output(stdout, standard_output);
+  return EXIT_SUCCESS;
+}
+
+// Makes the failures of writing arrive as such.
+static void prepare_outputs() {
+  // A file over the size limit is a failed write, not a signal.
+  signal(SIGXFSZ, SIG_IGN);
+  // The first files opened would take the place of standard streams that are
+  // closed, and get the report; here they get what can't be written.
+  for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+    if (fcntl(descriptor, F_GETFD) == -1)
+      static_cast<void>(open("/dev/null", O_RDONLY));
 }
 
 int run_command(int argc, char **argv, int jobs) {
+  prepare_outputs();
   try {
     return obey(argc, argv, jobs);
   } catch (const fatal_error &e) {

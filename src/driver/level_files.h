@@ -1,17 +1,28 @@
 // The output files of a run.
 #pragma once
 
+#include "base/file_identity.h"
 #include "driver/options.h"
 #include "driver/seams.h"
 #include "graph/label_set.h"
 
 namespace kestro {
 
-// Names the outputs that o asks for after o->input_file, and opens them.
-void open_outputs(options *o);
+// Dies with "can't write a file 'NAME': it is the input" when the output is
+// o->input_file, by whatever name.
+void refuse_input(const file_identity &output, const char *name,
+                  const options *o);
+
+// Names the outputs that o asks for after o->input_file, and opens them; report
+// is the stream of the run's report.  None is opened when one of them, or the
+// report, is the input.  Dies likewise, with "it is another output", rather
+// than open one file for two outputs.
+void open_outputs(options *o, FILE *report);
+// Dies with "can't write a file" when an output has not been written whole.
 void close_outputs(options *o);
 
-// Writes levels and candidates to the outputs that are open.
+// Writes levels and candidates to the outputs that are open.  Dies with "can't
+// write a file" at the end of the level that could not be written.
 class level_files : public level_receiver {
 public:
   level_files(const options *o, const label_set *ls) : o_(o), ls_(ls) {}

@@ -6,13 +6,16 @@
 
 #include "driver/live_table.h"
 
+#include "base/output_file.h"
 #include "driver/report.h"
 
 namespace kestro {
 
 void live_table::candidates(int size) {
-  if (!silent_)
-    print_table_row(size, out_, "", mask_candidate_half);
+  if (silent_)
+    return;
+  print_table_row(size, out_, "", mask_candidate_half);
+  flush_output(out_, standard_output);
 }
 
 void live_table::level(int size) {
@@ -21,6 +24,7 @@ void live_table::level(int size) {
   if (size == 1)
     print_table_heading(out_, "", mask_full);
   print_table_row(size, out_, "", size > 2 ? mask_frequent_half : mask_full);
+  flush_output(out_, standard_output);
 }
 
 } // namespace kestro

@@ -5,7 +5,10 @@
 #include "driver/report.h"
 
 #include <algorithm>
+#include <charconv>
 #include <climits>
+#include <iterator>
+#include <string>
 
 #include "graph/graph_list.h"
 #include "mining/statistics.h"
@@ -39,13 +42,21 @@ static transaction_totals sum_up(const ksstack *transactions) {
   return totals;
 }
 
+// A number as printf would give it, but with a point in every locale.
+static std::string decimal(double number, int digits) {
+  char text[400]; // the largest number has 309 digits in front of the point
+  const auto end = std::to_chars(std::begin(text), std::end(text), number,
+                                 std::chars_format::fixed, digits);
+  return std::string(text, end.ptr);
+}
+
 // An average to the nearest whole number; of nothing it is the division's "not
 // a number", whose sign would otherwise depend on the machine.
 static void print_average(long long sum, int count, FILE *out) {
   if (count == 0)
     fputs("-nan\n", out);
   else
-    fprintf(out, "%.0f\n", static_cast<double>(sum) / count);
+    fprintf(out, "%s\n", decimal(static_cast<double>(sum) / count, 0).c_str());
 }
 
 static const char *yes_no(int flag) { return flag ? "Yes" : "No"; }
@@ -76,8 +87,8 @@ static void print_options(const options *o, FILE *out, const char *prefix) {
   fprintf(out, "%s  Min Output Pattern Size:                     %d\n", prefix, o->minsize);
   fprintf(out, "%s  Max Output Pattern Size:                     %d%s\n", prefix, o->maxsize,
           o->maxsize == INT_MAX ? "(INT_MAX)" : "");
-  fprintf(out, "%s  Min Support Threshold:                       %.1f%% (%d transaction%s)\n", prefix,
-          o->support, o->min_support_count, o->min_support_count == 1 ? "" : "s");
+  fprintf(out, "%s  Min Support Threshold:                       %s%% (%d transaction%s)\n", prefix,
+          decimal(o->support, 1).c_str(), o->min_support_count, o->min_support_count == 1 ? "" : "s");
   fprintf(out, "%s  Generate Only Maximal Patterns:              %s\n", prefix, yes_no(o->maximal));
   fprintf(out, "%s  Generate PC-List:                            %s\n", prefix, yes_no(o->parent_children_list));
   fprintf(out, "%s  Generate TID-List:                           %s\n", prefix, yes_no(o->tid_list));
@@ -106,19 +117,19 @@ void print_header(const options *o, const ksstack *transactions,
 }
 
 void print_summary(const options *o, FILE *out, const char *prefix) {
-  const int generated = stats_total(stats_candidates, o->minsize, o->maxsize);
-  const int found = stats_total(stats_frequent, o->minsize, o->maxsize);
+  const long long generated = stats_total(stats_candidates, o->minsize, o->maxsize);
+  const long long found = stats_total(stats_frequent, o->minsize, o->maxsize);
   fprintf(out, "%s  Largest Frequent Pattern Size:               %d\n", prefix, stats_largest(stats_frequent));
   if (generated)
-    fprintf(out, "%s  Total Number of Candidates Generated:        %d\n", prefix, generated);
-  fprintf(out, "%s  Total Number of Frequent Patterns Found:     %d\n", prefix, found);
+    fprintf(out, "%s  Total Number of Candidates Generated:        %lld\n", prefix, generated);
+  fprintf(out, "%s  Total Number of Frequent Patterns Found:     %lld\n", prefix, found);
   fprintf(out, "%s\n", prefix);
   fflush(out);
 }
 
 void print_timing(double seconds, FILE *out, const char *prefix) {
   fprintf(out, "%sTiming Information ------------------------------------\n", prefix);
-  fprintf(out, "%s  Elapsed User CPU Time:                       %.1f[sec]\n", prefix, seconds);
+  fprintf(out, "%s  Elapsed User CPU Time:                       %s[sec]\n", prefix, decimal(seconds, 1).c_str());
   fprintf(out, "%s%s\n", prefix, stars);
   fflush(out);
 }

@@ -9,6 +9,8 @@
 #include <cmath>
 #include <utility>
 
+#include "base/file_identity.h"
+#include "base/output_file.h"
 #include "base/rbtree.h"
 #include "cl/canonical.h"
 #include "cl/search_plan.h"
@@ -53,6 +55,18 @@ static graph_list_ptr obtain_transactions(const options *o, file_text input,
   return graph_list_ptr(graph_read_transactions(input, ls));
 }
 
+// Writes the label file, which may be the one that was read.
+static void save_labels(const options *o, const label_set *ls) {
+  xptr<char> derived;
+  const char *name = label_file_name(o->save_labels_file, o, &derived);
+  const file_identity output(name);
+  xptr<char> source; // name of the label file read
+  if (!o->load_labels || !output.is_same(file_identity(
+                             label_file_name(o->load_labels_file, o, &source))))
+    refuse_input(output, name, o);
+  label_set_save(ls, name);
+}
+
 int min_support_count(double support, int n) {
   // Extended precision decides which supports fall just short of a count.
   const long double count =
@@ -69,8 +83,7 @@ void run_kestro(options *o, FILE *out) {
   file_text input;
   const label_set_ptr ls = obtain_labels(o, &input);
   if (o->save_labels) {
-    xptr<char> derived;
-    label_set_save(ls.get(), label_file_name(o->save_labels_file, o, &derived));
+    save_labels(o, ls.get());
     return;
   }
   cl_set_stabilizer_threshold(o->stabilizer_threshold);
@@ -94,9 +107,10 @@ static void finish_maximal(const label_set *ls, const options *o, int last,
   select_maximal_patterns(ls, o->minsize, o->maximal, o->parent_children_list,
                           o->tid_list, o->pattern_file.get(), o->pc_file.get(),
                           o->tid_file.get());
-  const file_ptr patterns(open_file(o->pattern_file.get(), "a"));
+  file_ptr patterns(open_file(o->pattern_file.get(), "a"));
   print_foot(o, last, mask_maximal, seconds, out, "");
   print_foot(o, last, mask_maximal, seconds, patterns.get(), "# ");
+  close_output(std::move(patterns), o->pattern_file.get());
 }
 
 // The live table has shown the rows on out already.
@@ -111,9 +125,11 @@ static void finish_report(const options *o, int last, double seconds,
 void mine_frequent_subgraphs(const ksstack *transactions, const label_set *ls,
                              options *o, FILE *out) {
   stats_init();
-  open_outputs(o);
+  open_outputs(o, out);
   print_header(o, transactions, ls, out, "");
   print_header(o, transactions, ls, o->pattern_stream.get(), "# ");
+  flush_output(out, standard_output);
+  flush_output(o->pattern_stream.get(), o->pattern_file.get());
 
   level_files files(o, ls);
   transaction_counter counter(transactions, o->min_support_count, o->jobs);
@@ -137,6 +153,7 @@ void mine_frequent_subgraphs(const ksstack *transactions, const label_set *ls,
   close_outputs(o);
   if (o->maximal)
     finish_maximal(ls, o, last, seconds, out);
+  flush_output(out, standard_output);
   stats_free();
 }
 

@@ -10,9 +10,11 @@
 #include <cstdio>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "base/error.h"
 #include "base/fgetl.h"
+#include "base/output_file.h"
 #include "base/xmalloc.h"
 #include "graph/graph_line.h"
 #include "graph/label_index.h"
@@ -133,7 +135,8 @@ public:
   void add(std::string_view word) {
     if (index_.find(word) != -1)
       return;
-    index_.add(word, labels_->count + static_cast<int>(words_.size()));
+    const auto known = static_cast<size_t>(labels_->count);
+    index_.add(word, int_count(known + words_.size()));
     words_.push_back(word);
   }
 
@@ -198,6 +201,7 @@ label_set *label_set_load(const char *name) {
     else
       label_set_add_vertex_label(ls.get(), label.data());
   }
+  check_read(stream.get(), name);
   return ls.release();
 }
 
@@ -209,6 +213,7 @@ void label_set_save(const label_set *ls, const char *name) {
     fprintf(stream.get(), "E %s\n", label_set_edge_label(ls, i));
   for (int i = 0; i < label_set_vertex_labels(ls); i++)
     fprintf(stream.get(), "V %s\n", label_set_vertex_label(ls, i));
+  close_output(std::move(stream), name);
 }
 
 } // namespace kestro

@@ -41,20 +41,25 @@ private:
 // Counts slots and vertices; leaves the lines at the next "t" line.
 static void count_transaction(text_lines &lines, int *es, int *vs) {
   transaction_end end;
-  *es = *vs = 0;
+  size_t slots = 0;
+  size_t vertices = 0;
   for (;;) {
     const size_t start = lines.position();
     const char *piece = lines.next_piece(line_buffer::first_size);
     if (!piece)
-      return;
+      break;
     const int kind = graph_line_kind(piece);
-    if (end.reached(kind))
-      return lines.seek(start);
+    if (end.reached(kind)) {
+      lines.seek(start);
+      break;
+    }
     if (kind == graph_line_vertex)
-      ++*vs;
+      vertices++;
     else if (graph_line_is_edge(kind))
-      *es += kind == graph_line_edge ? 2 : 1;
+      slots += kind == graph_line_edge ? 2 : 1;
   }
+  *es = int_count(slots);
+  *vs = int_count(vertices);
 }
 
 // Calls visit with every vertex and edge line; leaves the lines at the next
@@ -106,19 +111,20 @@ void transaction_reader::parse(text_lines &lines, int *es, int *vs) {
     count_transaction(lines, es, vs);
     lines.seek(end);
   };
-  *es = *vs = 0;
+  size_t edges = 0;
   lines_.clear();
   bool counted;
   try {
     counted = walk_transaction(lines, [&](const graph_line &line) {
-      ++(line.kind == graph_line_vertex ? *vs : *es);
+      edges += line.kind != graph_line_vertex;
       lines_.push_back(line);
     });
   } catch (const fatal_error &) {
     recount();
     throw;
   }
-  *es *= 2;
+  *es = int_count(2 * edges);
+  *vs = int_count(lines_.size() - edges);
   if (!counted)
     recount();
 }
@@ -307,8 +313,8 @@ namespace {
 class stream_lines {
 public:
   explicit stream_lines(FILE *stream)
-      : stream_(stream), start_(ftello(stream)), text_(read_text(stream)),
-        lines_(text_) {}
+      : stream_(stream), start_(ftello(stream)),
+        text_(read_text(stream, "input")), lines_(text_) {}
   text_lines &lines() { return lines_; }
   // Moves the stream to where the lines are.
   void leave() {

@@ -8,9 +8,11 @@
 
 #include <cctype>
 #include <string>
+#include <utility>
 
 #include "base/error.h"
 #include "base/fgetl.h"
+#include "base/output_file.h"
 #include "graph/graph_text.h"
 #include "graph/transactions.h"
 #include "mining/statistics.h"
@@ -63,6 +65,7 @@ static ksstack_ptr read_tags(const char *pc_file, int minsize) {
       deactivate_pattern_tag(tags.get(), tag.size - 1,
                              ksstack_array<int>(parents.get())[i]);
   }
+  check_read(stream.get(), pc_file);
   return tags;
 }
 
@@ -108,14 +111,6 @@ bool get_pattern_and_parents(const char *line, pattern_tag *pt,
     ksstack_push(&id, parents);
   }
   return true;
-}
-
-// A new temporary file, gone when closed.
-static file_ptr open_temporary() {
-  FILE *stream = tmpfile();
-  if (!stream)
-    throw fatal_error("can't open a file 'temporary file'\n");
-  return file_ptr(stream);
 }
 
 // The first non-blank character of a pattern-file line, in lower case.
@@ -206,19 +201,23 @@ void rewrite_pattern_file(const ksstack *tags, const label_set *ls,
   const file_ptr temporary = open_temporary();
   int size = line_buffer::first_size; // grown by the first pass, kept after it
   filter_patterns(text, tags, ls, &size, temporary.get());
-  const file_ptr patterns(open_file(pattern_file, "w"));
+  flush_output(temporary.get(), temporary_file);
   rewind(temporary.get());
-  text = read_text(temporary.get());
+  text = read_text(temporary.get(), temporary_file);
+  file_ptr patterns(open_file(pattern_file, "w"));
   text_lines lines(text);
   while (const char *line = lines.next(&size))
     fputs(line, patterns.get());
+  close_output(std::move(patterns), pattern_file);
 }
 
+// All bytes of a temporary file.
 static void copy_bytes(FILE *from, FILE *to) {
   char block[65536];
   size_t bytes;
   while ((bytes = fread(block, 1, sizeof block, from)) > 0)
     fwrite(block, 1, bytes, to);
+  check_read(from, temporary_file);
 }
 
 void filter_id_lines(const ksstack *tags, const char *file) {
@@ -232,10 +231,13 @@ void filter_id_lines(const ksstack *tags, const char *file) {
     if (ksstack_bsearch(&key, tags, compare_tags))
       fputs(line.text, temporary.get());
   }
+  check_read(lines.get(), file);
+  flush_output(temporary.get(), temporary_file);
+  rewind(temporary.get());
   lines.reset();
   lines.reset(open_file(file, "w"));
-  rewind(temporary.get());
   copy_bytes(temporary.get(), lines.get());
+  close_output(std::move(lines), file);
 }
 
 } // namespace kestro

@@ -1,5 +1,8 @@
 #include "driver/command.h"
 
+#include <sys/wait.h>
+
+#include <cstdlib>
 #include <string>
 #include <vector>
 
@@ -61,6 +64,65 @@ TEST(Command, FatalErrorIsToldAndStatusOne) {
   EXPECT_EQ(o.status, 1);
   EXPECT_NE(o.err.find("can't open a file '" + missing + "'"),
             std::string::npos);
+}
+
+TEST(Command, UsageThatCannotBeWrittenIsStatusOne) {
+  const scratch_folder folder;
+  const std::string err = folder.name("err");
+  const std::string line =
+      std::string("'" KESTRO_PROGRAM "' --help >/dev/full 2>'") + err + "'";
+  EXPECT_EQ(WEXITSTATUS(system(line.c_str())), 1);
+  EXPECT_EQ(folder.read("err"), "can't write a file 'standard output'\n");
+}
+
+// What comes of a run whose standard streams are as the shell is told.
+static outcome run_with(const scratch_folder &folder,
+                        const std::string &streams) {
+  folder.write("db.g", square);
+  const std::string line = "cd '" + folder.name(".") + "' && '" +
+                           KESTRO_PROGRAM + "' -s100 -t -p db.g " + streams;
+  const int status = WEXITSTATUS(system(line.c_str()));
+  return {status, "", folder.has("err") ? folder.read("err") : ""};
+}
+
+TEST(Command, ClosedStandardOutputIsStatusOneAndSpoilsNoOutput) {
+  const scratch_folder folder;
+  const outcome o = run_with(folder, ">&- 2>err");
+  EXPECT_EQ(o.status, 1);
+  EXPECT_EQ(o.err, "can't write a file 'standard output'\n");
+  EXPECT_FALSE(folder.read("db.fp").starts_with("***"));
+}
+
+TEST(Command, OtherClosedStandardStreamsDoNotMatter) {
+  const scratch_folder folder;
+  EXPECT_EQ(run_with(folder, "<&- 2>&- >out").status, 0);
+  EXPECT_TRUE(folder.read("out").starts_with("***"));
+  EXPECT_TRUE(folder.read("db.fp").starts_with("# ***"));
+  EXPECT_TRUE(folder.read("db.tid").starts_with("1-0 0\n"));
+}
+
+TEST(Command, ReportAppendedToTheInputIsRefused) {
+  const scratch_folder folder;
+  const outcome o = run_with(folder, ">>db.g 2>err");
+  EXPECT_EQ(o.status, 1);
+  EXPECT_EQ(o.err, "can't write a file 'standard output': it is the input\n");
+  EXPECT_EQ(folder.read("db.g"), square);
+}
+
+TEST(Command, FileOverTheSizeLimitIsStatusOne) {
+  const scratch_folder folder;
+  const std::string limited = "bash -c \"ulimit -f 1; exec '" +
+                              std::string(KESTRO_PROGRAM) +
+                              "' -s1 -M2 -t -p db.g\" >out 2>err";
+  std::string star = "t # 0\n";
+  for (int i = 0; i < 40; i++)
+    star += "v " + std::to_string(i) + " L" + std::to_string(i) + "\n";
+  for (int i = 1; i < 40; i++)
+    star += "u 0 " + std::to_string(i) + " s\n";
+  folder.write("db.g", star);
+  const std::string line = "cd '" + folder.name(".") + "' && " + limited;
+  EXPECT_EQ(WEXITSTATUS(system(line.c_str())), 1);
+  EXPECT_EQ(folder.read("err"), "can't write a file 'db.fp'\n");
 }
 
 TEST(Command, RunIsTheSameOnAnyNumberOfThreads) {

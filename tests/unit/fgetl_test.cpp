@@ -207,7 +207,8 @@ TEST(Fgetl, InputBufferSizeMustBeGreaterThanOne) {
 // A text in memory.
 static file_text text_of(const std::string &content) {
   const file_ptr stream = reading(content);
-  return content.empty() ? read_file("/dev/null") : read_text(stream.get());
+  return content.empty() ? read_file("/dev/null")
+                         : read_text(stream.get(), "text");
 }
 
 // The strings that text_lines takes out of content.

@@ -44,8 +44,8 @@ TEST(FileText, StreamIsReadFromItsPosition) {
   const temp_file file("abcdef");
   const file_ptr stream(open_file(file.path(), "r"));
   fseek(stream.get(), 2, SEEK_SET);
-  EXPECT_EQ(string_of(read_text(stream.get())), "cdef");
-  EXPECT_EQ(string_of(read_text(stream.get())), "");
+  EXPECT_EQ(string_of(read_text(stream.get(), "text")), "cdef");
+  EXPECT_EQ(string_of(read_text(stream.get(), "text")), "");
 }
 
 // A stream whose size cannot be asked for.
@@ -54,7 +54,7 @@ TEST(FileText, StreamWithoutASizeIsReadToItsEnd) {
   for (int i = 0; i < 40000; i++)
     text += std::to_string(i) + "\n";
   const file_ptr stream = reading(text);
-  EXPECT_EQ(string_of(read_text(stream.get())), text);
+  EXPECT_EQ(string_of(read_text(stream.get(), "text")), text);
 }
 
 TEST(FileText, PipeIsReadToItsEnd) {
@@ -63,7 +63,7 @@ TEST(FileText, PipeIsReadToItsEnd) {
   };
   const std::unique_ptr<FILE, pipe_closer> stream(
       popen("printf 'a\\nb'; printf c", "r"));
-  EXPECT_EQ(string_of(read_text(stream.get())), "a\nbc");
+  EXPECT_EQ(string_of(read_text(stream.get(), "text")), "a\nbc");
 }
 
 TEST(FileTextFatal, MissingFile) {

@@ -1,5 +1,6 @@
 #include "driver/level_files.h"
 
+#include <filesystem>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -38,7 +39,14 @@ protected:
            folder.has(tid);
   }
 
+  // The text of the failure to open the outputs.
+  std::string refusal() {
+    return fatal_text([&] { open_outputs(&o, report); });
+  }
+
   scratch_folder folder;
+  file_ptr report_owner{open_file("/dev/null", "w")};
+  FILE *report = report_owner.get();
   std::string input;
   options o;
   label_set_ptr ls;
@@ -52,7 +60,7 @@ const char edge_pattern[] = "t # 1-0, 2\n"
 } // namespace
 
 TEST_F(LevelFiles, PatternFileAloneWithoutFlags) {
-  open_outputs(&o);
+  open_outputs(&o, report);
   EXPECT_EQ(folder.files().size(), 1u);
   EXPECT_TRUE(folder.has("db.fp"));
   EXPECT_EQ(o.pattern_file.get(), folder.name("db.fp"));
@@ -67,7 +75,7 @@ TEST_F(LevelFiles, PatternFileAloneWithoutFlags) {
 
 TEST_F(LevelFiles, FlagsAddTheirFiles) {
   o.candidates = o.parent_children_list = o.tid_list = 1;
-  open_outputs(&o);
+  open_outputs(&o, report);
   EXPECT_EQ(folder.files().size(), 4u);
   EXPECT_TRUE(exist("db.fp", "db.c.g", "db.pc", "db.tid"));
   EXPECT_EQ(o.candidates_file.get(), folder.name("db.c.g"));
@@ -77,14 +85,14 @@ TEST_F(LevelFiles, FlagsAddTheirFiles) {
 
 TEST_F(LevelFiles, OpeningEmptiesOldOutputs) {
   folder.write("db.fp", "old patterns\n");
-  open_outputs(&o);
+  open_outputs(&o, report);
   close_outputs(&o);
   EXPECT_EQ(folder.read("db.fp"), "");
 }
 
 TEST_F(LevelFiles, ClosingDropsTheStreamsAndKeepsTheNames) {
   o.candidates = o.parent_children_list = o.tid_list = 1;
-  open_outputs(&o);
+  open_outputs(&o, report);
   close_outputs(&o);
   EXPECT_EQ(o.pattern_stream, nullptr);
   EXPECT_EQ(o.candidates_stream, nullptr);
@@ -96,13 +104,105 @@ TEST_F(LevelFiles, ClosingDropsTheStreamsAndKeepsTheNames) {
 TEST_F(LevelFiles, OutputThatCannotBeOpenedIsFatal) {
   const std::string name = folder.name("nowhere/db");
   o.input_file = name.c_str();
-  EXPECT_EQ(fatal_text([&] { open_outputs(&o); }),
+  EXPECT_EQ(fatal_text([&] { open_outputs(&o, report); }),
             "can't open a file '" + folder.name("nowhere/db.fp") + "'\n");
+}
+
+TEST_F(LevelFiles, OutputThatIsTheInputIsFatalBeforeAnyIsOpened) {
+  o.tid_list = 1;
+  folder.write("db.fp", "old\n");
+  folder.write("db.tid", "input\n");
+  const std::string name = folder.name("db.tid");
+  o.input_file = name.c_str();
+  EXPECT_EQ(refusal(), "can't write a file '" + name + "': it is the input\n");
+  EXPECT_EQ(folder.read("db.fp"), "old\n");
+  EXPECT_EQ(folder.read("db.tid"), "input\n");
+}
+
+TEST_F(LevelFiles, OutputThatIsALinkToTheInputIsFatal) {
+  folder.write("db.g", "input\n");
+  const std::string name = folder.name("db.fp");
+  std::filesystem::create_symlink("db.g", name);
+  EXPECT_EQ(refusal(), "can't write a file '" + name + "': it is the input\n");
+  std::filesystem::remove(name);
+  std::filesystem::create_hard_link(input, name);
+  EXPECT_EQ(refusal(), "can't write a file '" + name + "': it is the input\n");
+  EXPECT_EQ(folder.read("db.g"), "input\n");
+}
+
+TEST_F(LevelFiles, ReportIntoTheInputIsFatal) {
+  folder.write("db.g", "input\n");
+  const file_ptr stream(open_file(input.c_str(), "a"));
+  report = stream.get();
+  EXPECT_EQ(refusal(),
+            "can't write a file 'standard output': it is the input\n");
+  EXPECT_EQ(folder.files().size(), 1u);
+}
+
+TEST_F(LevelFiles, ReportIntoAnOutputIsFatal) {
+  const std::string name = folder.name("db.fp");
+  const file_ptr stream(open_file(name.c_str(), "w"));
+  report = stream.get();
+  EXPECT_EQ(refusal(),
+            "can't write a file '" + name + "': it is another output\n");
+}
+
+TEST_F(LevelFiles, TwoOutputsInOneFileAreFatal) {
+  o.tid_list = 1;
+  const std::string name = folder.name("db.tid");
+  std::filesystem::create_symlink("db.fp", name); // which is made on the way
+  EXPECT_EQ(refusal(),
+            "can't write a file '" + name + "': it is another output\n");
+}
+
+TEST_F(LevelFiles, InputAndOutputMayBeOneDevice) {
+  std::filesystem::create_symlink("/dev/null", folder.name("db.fp"));
+  o.input_file = "/dev/null";
+  EXPECT_NO_THROW(refuse_input(file_identity("/dev/null"), "/dev/null", &o));
+}
+
+TEST_F(LevelFiles, LevelThatCannotBeWrittenIsFatal) {
+  std::filesystem::create_symlink("/dev/full", folder.name("db.fp"));
+  open_outputs(&o, report);
+  EXPECT_EQ(fatal_text([&] {
+              level_files(&o, ls.get()).level(one_edge_level().get());
+            }),
+            "can't write a file '" + folder.name("db.fp") + "'\n");
+}
+
+TEST_F(LevelFiles, EveryListIsCheckedUnderItsName) {
+  o.candidates = o.parent_children_list = o.tid_list = 1;
+  for (const char *file : {"db.c.g", "db.pc", "db.tid"}) {
+    std::filesystem::create_symlink("/dev/full", folder.name(file));
+    open_outputs(&o, report);
+    EXPECT_EQ(fatal_text([&] {
+                level_files files(&o, ls.get());
+                files.candidates(one_edge_level().get());
+                files.level(one_edge_level().get());
+              }),
+              "can't write a file '" + folder.name(file) + "'\n");
+    std::filesystem::remove(folder.name(file));
+  }
+}
+
+TEST_F(LevelFiles, ClosingTellsOfWhatIsNotWritten) {
+  for (const char *file : {"db.c.g", "db.pc", "db.tid", "db.fp"}) {
+    o.candidates = o.parent_children_list = o.tid_list = 1;
+    std::filesystem::remove(folder.name(file));
+    std::filesystem::create_symlink("/dev/full", folder.name(file));
+    open_outputs(&o, report);
+    for (FILE *stream : {o.candidates_stream.get(), o.pc_stream.get(),
+                         o.tid_stream.get(), o.pattern_stream.get()})
+      fputs("text", stream);
+    EXPECT_EQ(fatal_text([&] { close_outputs(&o); }),
+              "can't write a file '" + folder.name(file) + "'\n");
+    std::filesystem::remove(folder.name(file));
+  }
 }
 
 TEST_F(LevelFiles, LevelGoesToEveryListThatIsOpen) {
   o.candidates = o.parent_children_list = o.tid_list = 1;
-  open_outputs(&o);
+  open_outputs(&o, report);
   level_files(&o, ls.get()).level(one_edge_level().get());
   EXPECT_EQ(folder.read("db.fp"), edge_pattern);
   EXPECT_EQ(folder.read("db.tid"), "1-0 0 1\n");
@@ -111,7 +211,7 @@ TEST_F(LevelFiles, LevelGoesToEveryListThatIsOpen) {
 }
 
 TEST_F(LevelFiles, LevelGoesToThePatternFileAlone) {
-  open_outputs(&o);
+  open_outputs(&o, report);
   level_files(&o, ls.get()).level(one_edge_level().get());
   EXPECT_EQ(folder.read("db.fp"), edge_pattern);
   EXPECT_EQ(folder.files().size(), 1u);
@@ -119,14 +219,14 @@ TEST_F(LevelFiles, LevelGoesToThePatternFileAlone) {
 
 TEST_F(LevelFiles, CandidatesGoToTheCandidateFile) {
   o.candidates = 1;
-  open_outputs(&o);
+  open_outputs(&o, report);
   level_files(&o, ls.get()).candidates(one_edge_level().get());
   EXPECT_EQ(folder.read("db.c.g"), edge_pattern);
   EXPECT_EQ(folder.read("db.fp"), "");
 }
 
 TEST_F(LevelFiles, CandidatesAreDroppedWithoutACandidateFile) {
-  open_outputs(&o);
+  open_outputs(&o, report);
   level_files(&o, ls.get()).candidates(one_edge_level().get());
   close_outputs(&o);
   EXPECT_EQ(folder.files().size(), 1u);
@@ -135,7 +235,7 @@ TEST_F(LevelFiles, CandidatesAreDroppedWithoutACandidateFile) {
 
 TEST_F(LevelFiles, EmptyLevelWritesNothing) {
   o.parent_children_list = o.tid_list = 1;
-  open_outputs(&o);
+  open_outputs(&o, report);
   const sg_set_ptr empty(sg_set_create());
   level_files(&o, ls.get()).level(empty.get());
   close_outputs(&o);
@@ -151,7 +251,7 @@ TEST_F(LevelFiles, LevelWithoutAPatternFileIsFatal) {
 }
 
 TEST_F(LevelFiles, LevelWithoutAnAskedListIsFatal) {
-  open_outputs(&o);
+  open_outputs(&o, report);
   o.tid_list = 1;
   EXPECT_EQ(fatal_text([&] {
               level_files(&o, ls.get()).level(one_edge_level().get());

@@ -293,6 +293,46 @@ TEST_F(Run, LoadedLabelsAreSavedBackWithoutReadingFile) {
                                   "V b\n");
 }
 
+TEST_F(Run, LabelFileReadMayBeWrittenBack) {
+  folder.write("db.ls", "V b\nE x\nV a\n");
+  o.load_labels = o.save_labels = 1;
+  EXPECT_EQ(run(), "");
+  EXPECT_EQ(folder.read("db.ls"), "# 1 edge labels, 2 vertex labels\n"
+                                  "E x\n"
+                                  "V a\n"
+                                  "V b\n");
+}
+
+TEST_F(Run, LabelFileThatIsTheInputIsFatal) {
+  o.save_labels = 1;
+  o.save_labels_file = input.c_str();
+  EXPECT_EQ(fatal_text([&] { run(); }),
+            "can't write a file '" + input + "': it is the input\n");
+  EXPECT_EQ(folder.read("db.g"), database);
+  // Also where other labels are loaded, so that the input is not read.
+  const std::string labels = folder.name("labels");
+  folder.write("labels", "V a\n");
+  o.load_labels = 1;
+  o.load_labels_file = labels.c_str();
+  EXPECT_EQ(fatal_text([&] { run(); }),
+            "can't write a file '" + input + "': it is the input\n");
+  EXPECT_EQ(folder.read("db.g"), database);
+}
+
+TEST_F(Run, LabelFileThatCannotBeWrittenIsFatal) {
+  o.save_labels = 1;
+  o.save_labels_file = "/dev/full";
+  EXPECT_EQ(fatal_text([&] { run(); }), "can't write a file '/dev/full'\n");
+}
+
+TEST_F(Run, ReportThatCannotBeWrittenIsFatal) {
+  for (o.maximal = 0; o.maximal < 2; o.maximal++) {
+    const file_ptr full(open_file("/dev/full", "w"));
+    EXPECT_EQ(fatal_text([&] { run_kestro(&o, full.get()); }),
+              "can't write a file 'standard output'\n");
+  }
+}
+
 TEST_F(Run, MissingFilesAreFatal) {
   folder.remove("db.g");
   EXPECT_EQ(fatal_text([&] { run(); }), "can't open a file '" + input + "'\n");

@@ -23,6 +23,21 @@ TEST(OpenFile, CantOpenAFileIsFatalWithoutAPlace) {
             "can't open a file '/no/such/dir/in'\n");
 }
 
+TEST(CheckRead, EndOfFileAndFoldersAreNoErrors) {
+  for (const char *path : {"/dev/null", "/"}) {
+    const file_ptr stream(open_file(path, "r"));
+    EXPECT_EQ(fgetc(stream.get()), EOF);
+    EXPECT_NO_THROW(check_read(stream.get(), path));
+  }
+}
+
+TEST(CheckRead, ErrorOfReadingIsFatal) {
+  const file_ptr stream(open_file("/proc/self/mem", "r"));
+  EXPECT_EQ(fgetc(stream.get()), EOF); // nothing is mapped at address 0
+  EXPECT_EQ(fatal_text([&] { check_read(stream.get(), "db.g"); }),
+            "can't read a file 'db.g'\n");
+}
+
 static void use_cpu_time() {
   const clock_t start = clock();
   while (clock() - start < CLOCKS_PER_SEC / 50) {

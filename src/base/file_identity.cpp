@@ -1,0 +1,28 @@
+// Files told apart by device and inode number, which links share.
+
+#include "base/file_identity.h"
+
+#include <sys/stat.h>
+
+namespace kestro {
+
+file_identity::file_identity(const char *path) {
+  struct stat status;
+  if (stat(path, &status) == 0)
+    take(status);
+}
+
+file_identity::file_identity(FILE *stream) {
+  struct stat status;
+  const int descriptor = fileno(stream); // -1 for a stream into memory
+  if (descriptor != -1 && fstat(descriptor, &status) == 0)
+    take(status);
+}
+
+void file_identity::take(const struct stat &status) {
+  regular_ = S_ISREG(status.st_mode);
+  device_ = status.st_dev;
+  number_ = status.st_ino;
+}
+
+} // namespace kestro

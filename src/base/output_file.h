@@ -1,0 +1,28 @@
+// Files being written: no failure is passed over.
+#pragma once
+
+#include <cstdio>
+
+#include "base/utils.h"
+
+namespace kestro {
+
+// What messages call the files that have no name of their own.
+constexpr char standard_output[] = "standard output";
+constexpr char temporary_file[] = "temporary file";
+
+// Hands what was written to the file.  Dies with "can't write a file 'NAME'"
+// when that fails, or anything written to the stream before has failed.
+void flush_output(FILE *stream, const char *name);
+
+// The same, and closes the stream, also when it dies; nothing for null.
+void close_output(file_ptr stream, const char *name);
+
+// The same for a stream that stays open.
+void finish_output(FILE *stream, const char *name);
+
+// A new file for reading and writing that is gone when closed.  Dies with
+// "can't open a file 'temporary file'".
+file_ptr open_temporary();
+
+} // namespace kestro
