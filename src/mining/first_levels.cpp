@@ -1,8 +1,8 @@
 // Levels one and two.
 //
-// Every transaction is walked edge by edge, then path by path; a second table
-// of who was counted last makes each pattern count once per transaction,
-// whatever the number of its embeddings.  The frequent cells become records in
+// Every transaction is walked edge by edge, then path by path; an entry tells
+// who was counted last, so each pattern counts once per transaction, whatever
+// the number of its embeddings.  The frequent entries become records in
 // fixed layouts, which are the canonical forms of such graphs, so that later
 // look-ups by sg_compare find them.  A second walk, with the patterns' ids in
 // the table, fills the TID lists and the first rows of embeddings.
@@ -23,15 +23,6 @@
 namespace kestro {
 
 namespace {
-
-// An edge seen from its end with the smaller label, and a path seen from its
-// end with the smaller label (of equal ones, the smaller edge label).
-struct edge_key {
-  int la, lb, e;
-};
-struct path_key {
-  int va, vb, vc, ea, eb;
-};
 
 // The vertices of a path in a transaction.
 struct path_ends {
@@ -131,46 +122,44 @@ static bool add_last_tid(subgraph *sg, int tid) {
   return true;
 }
 
-// Adds every transaction to the TID lists of its frequent edges.
+// Adds every transaction to the TID lists of its frequent edges.  From here on
+// an entry's count is its pattern's id + 1, 0 for none.
 static void check_in_edges2(sg_set *level1, const ksstack *transactions,
-                            edge_table *ids) {
+                            edge_table *table) {
   for (int i = 0; i < sg_set_size(level1); i++) {
     const graph *g = sg_set_get(level1, i)->g;
-    ids->at(g->vlabel[0], g->vlabel[1], g->elabel[0]) = i + 1;
+    table->at({g->vlabel[0], g->vlabel[1], g->elabel[0]}).count = i + 1;
   }
   for (int tid = 0; tid < transactions->count; tid++) {
     walk_edges(graph_list_at(transactions, tid), [&](const edge_key &k) {
-      if (const int id = ids->at(k.la, k.lb, k.e))
+      if (const int id = table->at(k).count)
         add_last_tid(sg_set_get(level1, id - 1), tid);
     });
   }
 }
 
+// Counts a transaction, at most once.
+template <class Entry> static void count_once(Entry &entry, int tid) {
+  if (std::exchange(entry.last, tid + 1) != tid + 1)
+    entry.count++;
+}
+
 sg_set *sg_frequent_edges(const ksstack *transactions, int minsup, int nel,
                           int nvl) {
   edge_table table(nel, nvl);
-  {
-    edge_table last(nel, nvl); // TID + 1 of the transaction counted last
-    for (int tid = 0; tid < transactions->count; tid++) {
-      walk_edges(graph_list_at(transactions, tid), [&](const edge_key &k) {
-        if (std::exchange(last.at(k.la, k.lb, k.e), tid + 1) != tid + 1)
-          table.at(k.la, k.lb, k.e)++;
-      });
-    }
-  }
+  for (int tid = 0; tid < transactions->count; tid++)
+    walk_edges(graph_list_at(transactions, tid),
+               [&](const edge_key &k) { count_once(table.at(k), tid); });
 
   sg_set_ptr level1(sg_set_create());
-  for (int la = 0; la < nvl; la++) {
-    for (int lb = la; lb < nvl; lb++) {
-      for (int e = 0; e < nel; e++) {
-        const int count = std::exchange(table.at(la, lb, e), 0);
-        if (count < minsup)
-          continue;
-        sg_ptr sg(sg_create_edge(la, lb, e));
-        sg->count = count;
-        sg_set_push(level1.get(), std::move(sg));
-      }
-    }
+  for (edge_table::entry &entry : table.entries()) {
+    const int count = std::exchange(entry.count, 0);
+    if (count < minsup)
+      continue;
+    const edge_key &k = entry.key;
+    sg_ptr sg(sg_create_edge(k.la, k.lb, k.e));
+    sg->count = count;
+    sg_set_push(level1.get(), std::move(sg));
   }
   sg_set_sort(level1.get());
   KESTRO_STRUCTURE(sg_set_check(level1.get()));
@@ -216,7 +205,7 @@ void setup_double_edge_subgraph_parent_info(subgraph *sg,
   }
 }
 
-// Appends the record of one frequent cell of the table.
+// Appends the record of one frequent path.
 static void register_double_edge_subgraph(const path_key &k, int count,
                                           const sg_set *level1, sg_set *out) {
   const int va = k.va;
@@ -234,20 +223,22 @@ static void register_double_edge_subgraph(const path_key &k, int count,
 // Adds every transaction to the TID lists of its frequent paths, with the first
 // place of each as its row.
 static void check_in_double_edges2(sg_set *level2, const ksstack *transactions,
-                                   double_edge_table *ids) {
+                                   path_table *table) {
   embedding_budget budget(transactions);
   for (int i = 0; i < sg_set_size(level2); i++) {
     subgraph *sg = sg_set_get(level2, i);
     const graph *g = sg->g;
-    ids->at(g->vlabel[1], g->vlabel[2], g->vlabel[0], g->elabel[0],
-            g->elabel[1]) = i + 1;
+    table
+        ->at({g->vlabel[1], g->vlabel[2], g->vlabel[0], g->elabel[0],
+              g->elabel[1]})
+        .count = i + 1;
     budget.add_pattern();
     sg->rows = budget.take_rows(sg, sg->count);
   }
   for (int tid = 0; tid < transactions->count; tid++) {
     walk_paths(graph_list_at(transactions, tid),
                [&](const path_key &k, const path_ends &ends) {
-                 const int id = ids->at(k.va, k.vb, k.vc, k.ea, k.eb);
+                 const int id = table->at(k).count;
                  if (!id)
                    return;
                  subgraph *sg = sg_set_get(level2, id - 1);
@@ -261,27 +252,18 @@ static void check_in_double_edges2(sg_set *level2, const ksstack *transactions,
 
 sg_set *sg_frequent_double_edges(sg_set *level1, const ksstack *transactions,
                                  int minsup, int nel, int nvl) {
-  double_edge_table table(nel, nvl);
-  xvector<path_key> met; // the keys of the cells that are not 0
-  {
-    double_edge_table last(nel, nvl); // TID + 1 of the one counted last
-    for (int tid = 0; tid < transactions->count; tid++) {
-      walk_paths(graph_list_at(transactions, tid),
-                 [&](const path_key &k, const path_ends &) {
-                   int &seen = last.at(k.va, k.vb, k.vc, k.ea, k.eb);
-                   if (std::exchange(seen, tid + 1) == tid + 1)
-                     return;
-                   if (table.at(k.va, k.vb, k.vc, k.ea, k.eb)++ == 0)
-                     met.push_back(k);
-                 });
-    }
-  }
+  path_table table(nel, nvl);
+  for (int tid = 0; tid < transactions->count; tid++)
+    walk_paths(graph_list_at(transactions, tid),
+               [&](const path_key &k, const path_ends &) {
+                 count_once(table.at(k), tid);
+               });
 
   sg_set_ptr level2(sg_set_create());
-  for (const path_key &k : met) {
-    const int count = std::exchange(table.at(k.va, k.vb, k.vc, k.ea, k.eb), 0);
+  for (path_table::entry &entry : table.entries()) {
+    const int count = std::exchange(entry.count, 0);
     if (count >= minsup)
-      register_double_edge_subgraph(k, count, level1, level2.get());
+      register_double_edge_subgraph(entry.key, count, level1, level2.get());
   }
   sg_set_sort(level2.get());
   KESTRO_STRUCTURE(sg_set_check(level2.get()));

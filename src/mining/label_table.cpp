@@ -1,28 +1,93 @@
-// The memory of the counting tables.
+// Finding counters by labels.
 //
-// A table is allocated in full and zeroed, which trades memory for a single
-// counting pass; a product of label counts that no memory could hold ends the
-// run as exhausted memory would.
+// An array over all combinations answers with one look but grows with the third
+// power of the number of vertex labels, so it serves only while it is small;
+// hashing with open addressing takes memory for what occurs.  Either only finds
+// an entry's number, so both give the same entries in the same order.
 
 #include "mining/label_table.h"
 
 #include <initializer_list>
+#include <type_traits>
 
 namespace kestro {
 
-static int *new_cells(std::initializer_list<int> dimensions) {
-  size_t cells = 1;
+// The bytes of an array with these dimensions, or the largest number.
+static size_t array_bytes(std::initializer_list<int> dimensions) {
+  size_t bytes = sizeof(uint32_t);
   for (const int n : dimensions)
-    if (__builtin_mul_overflow(cells, static_cast<size_t>(n), &cells))
-      die_out_of_memory();
-  return static_cast<int *>(xcalloc(cells, sizeof(int)));
+    if (__builtin_mul_overflow(bytes, static_cast<size_t>(n), &bytes))
+      return SIZE_MAX;
+  return bytes;
 }
 
-edge_table::edge_table(int nel, int nvl)
-    : nel_(index(nel)), nvl_(index(nvl)), cells_(new_cells({nvl, nvl, nel})) {}
+template <> bool is_dense<edge_key>(int nel, int nvl, size_t limit) {
+  return array_bytes({nvl, nvl, nel}) <= limit;
+}
 
-double_edge_table::double_edge_table(int nel, int nvl)
-    : nel_(index(nel)), nvl_(index(nvl)),
-      cells_(new_cells({nvl, nvl, nvl, nel, nel})) {}
+template <> bool is_dense<path_key>(int nel, int nvl, size_t limit) {
+  const size_t edges = array_bytes({nvl, nvl, nel});
+  return edges <= limit &&
+         array_bytes({nvl, nvl, nvl, nel, nel}) <= limit - edges;
+}
+
+static uint64_t mix(uint64_t hash, int label) {
+  hash = (hash ^ static_cast<uint32_t>(label)) * 0x9e3779b97f4a7c15;
+  return hash ^ hash >> 32;
+}
+
+static uint64_t hash_of(const edge_key &k) {
+  return mix(mix(mix(0, k.la), k.lb), k.e);
+}
+
+static uint64_t hash_of(const path_key &k) {
+  return mix(mix(mix(mix(mix(0, k.va), k.vb), k.vc), k.ea), k.eb);
+}
+
+template <class Key>
+label_table<Key>::label_table(int nel, int nvl, size_t limit)
+    : dense_(is_dense<Key>(nel, nvl, limit)), nel_(index(nel)),
+      nvl_(index(nvl)) {
+  static constexpr size_t first_slots = 1024;
+  if (!dense_)
+    numbers_.resize(first_slots);
+  else if (std::is_same_v<Key, edge_key>)
+    numbers_.resize(nvl_ * nvl_ * nel_);
+  else
+    numbers_.resize(nvl_ * nvl_ * nvl_ * nel_ * nel_);
+}
+
+// Where the number of a key is, or the free slot where it belongs.
+template <class Key> uint32_t &label_table<Key>::slot_of(const Key &key) {
+  const size_t mask = numbers_.size() - 1;
+  size_t i = hash_of(key) & mask;
+  while (numbers_[i] && !(entries_[numbers_[i] - 1].key == key))
+    i = (i + 1) & mask;
+  return numbers_[i];
+}
+
+template <class Key>
+typename label_table<Key>::entry &label_table<Key>::add(const Key &key,
+                                                        uint32_t &number) {
+  if (entries_.size() == INT32_MAX)
+    die_out_of_memory();
+  entries_.push_back({key, 0, 0});
+  number = static_cast<uint32_t>(entries_.size());
+  if (!dense_ && 2 * entries_.size() > numbers_.size())
+    enlarge();
+  return entries_.back();
+}
+
+template <class Key> void label_table<Key>::enlarge() {
+  const size_t slots = 2 * numbers_.size();
+  numbers_ = {}; // first, so that only one of the tables is in memory
+  numbers_.resize(slots);
+  uint32_t number = 0;
+  for (const entry &e : entries_)
+    slot_of(e.key) = ++number;
+}
+
+template class label_table<edge_key>;
+template class label_table<path_key>;
 
 } // namespace kestro

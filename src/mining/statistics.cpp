@@ -76,9 +76,9 @@ void stats_reset() {
   }
 }
 
-int stats_total(int kind, int from, int to) {
+long long stats_total(int kind, int from, int to) {
   const int last = std::min(to, stats_largest(kind));
-  int total = 0;
+  long long total = 0;
   for (int size = std::max(from, 0); size <= last; size++)
     total += stats_get(kind, size);
   return total;

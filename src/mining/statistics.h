@@ -20,7 +20,7 @@ int stats_get(int kind, int size);
 void stats_reset();
 
 // Sum of the counters of the sizes from..to.
-int stats_total(int kind, int from, int to);
+long long stats_total(int kind, int from, int to);
 // The largest size whose counter is not zero; 0 if none.
 int stats_largest(int kind);
 
