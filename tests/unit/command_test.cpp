@@ -113,7 +113,7 @@ TEST(Command, FileOverTheSizeLimitIsStatusOne) {
   const scratch_folder folder;
   const std::string limited = "bash -c \"ulimit -f 1; exec '" +
                               std::string(KESTRO_PROGRAM) +
-                              "' -s1 -M2 -t -p db.g\" >out 2>err";
+                              "' -s1 -M2 -t -p db.g\" >/dev/null 2>err";
   std::string star = "t # 0\n";
   for (int i = 0; i < 40; i++)
     star += "v " + std::to_string(i) + " L" + std::to_string(i) + "\n";

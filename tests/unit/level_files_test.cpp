@@ -173,6 +173,7 @@ TEST_F(LevelFiles, LevelThatCannotBeWrittenIsFatal) {
 TEST_F(LevelFiles, EveryListIsCheckedUnderItsName) {
   o.candidates = o.parent_children_list = o.tid_list = 1;
   for (const char *file : {"db.c.g", "db.pc", "db.tid"}) {
+    std::filesystem::remove(folder.name(file));
     std::filesystem::create_symlink("/dev/full", folder.name(file));
     open_outputs(&o, report);
     EXPECT_EQ(fatal_text([&] {
