@@ -1,0 +1,69 @@
+// The transaction reader on any bytes.
+//
+// Either a message or graphs in order; and these, written out, read back as
+// they are.  Lines of a stream are those of a text.
+
+#include "graph/transactions.h"
+
+#include "graph/graph_text.h"
+#include "inputs.h"
+#include "support/graphs.h"
+
+namespace kestro {
+
+static std::vector<std::string> stream_lines_of(std::string_view bytes) {
+  const memory_file file(bytes);
+  const file_ptr stream(open_file(file.name(), "r"));
+  line_buffer line;
+  std::vector<std::string> found;
+  while (fgetl(line, stream.get()))
+    found.emplace_back(line.text);
+  return found;
+}
+
+static std::string written(const ksstack *graphs, const label_set *ls) {
+  const memory_file file;
+  {
+    const file_ptr stream(open_file(file.name(), "w"));
+    text_buffer out(stream.get());
+    for (int i = 0; i < graphs->count; i++) {
+      out.add("t\n");
+      graph_save(graph_list_at(graphs, i), ls, out);
+    }
+  }
+  return file.bytes();
+}
+
+static void read_again(const ksstack *graphs, const label_set *ls) {
+  const std::string bytes = written(graphs, ls);
+  if (!has_short_lines(bytes))
+    return;
+  const graph_list_ptr again(graph_read_transactions(text_of(bytes), ls));
+  assert(again->count == graphs->count);
+  for (int i = 0; i < graphs->count; i++)
+    assert(same_structure(graph_list_at(again.get(), i),
+                          graph_list_at(graphs, i)));
+}
+
+static void fuzz(std::string_view bytes) {
+  assert(lines_of(bytes) == stream_lines_of(bytes));
+  const label_set_ptr ls(label_set_create());
+  graph_list_ptr graphs;
+  const std::string failure = failure_of([&] {
+    const file_text text = text_of(bytes);
+    label_set_build(text, ls.get());
+    graphs.reset(graph_read_transactions(text, ls.get()));
+  });
+  if (!failure.empty())
+    return;
+  for (int i = 0; i < graphs->count; i++)
+    graph_check(graph_list_at(graphs.get(), i));
+  read_again(graphs.get(), ls.get());
+}
+
+} // namespace kestro
+
+int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
+  kestro::fuzz(kestro::view_of(data, size));
+  return 0;
+}
