@@ -1,5 +1,7 @@
 // The reader of parent lists on any lines, against a slow one.
 
+#include <climits>
+
 #include "ids.h"
 #include "inputs.h"
 #include "mining/maximal.h"
@@ -24,13 +26,14 @@ static bool is_blank(char c) { return c && strchr(" \t\n\v\f\r", c); }
 // parent as well.
 static parent_line slow_reading(const std::string &line) {
   parent_line found;
-  found.names_pattern = read_id(line.c_str(), &found.pattern);
+  found.names_pattern =
+      read_id(line.c_str(), &found.pattern) && found.pattern.first != INT_MIN;
   for (size_t i = 1; found.names_pattern && i < line.size(); i++) {
     if (is_blank(line[i]) || !is_blank(line[i - 1]))
       continue;
     std::pair<int, int> id;
     if (!read_id(line.c_str() + i, &id) ||
-        id.first != int64_t{found.pattern.first} - 1) {
+        id.first != found.pattern.first - 1) {
       found.refused = true;
       return found;
     }

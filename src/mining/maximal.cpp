@@ -7,6 +7,7 @@
 #include "mining/maximal.h"
 
 #include <cctype>
+#include <climits>
 #include <string>
 #include <utility>
 
@@ -98,8 +99,8 @@ static const char *skip_word(const char *p) {
 bool get_pattern_and_parents(const char *line, pattern_tag *pt,
                              ksstack *parents) {
   parents->count = 0;
-  if (sscanf(line, "%d-%d", &pt->size, &pt->id) != 2)
-    return false;
+  if (sscanf(line, "%d-%d", &pt->size, &pt->id) != 2 || pt->size == INT_MIN)
+    return false; // no size is one less than INT_MIN
   const char *p = skip_blanks(skip_word(line));
   for (; *p; p = skip_blanks(skip_word(p))) {
     int size;

@@ -30,8 +30,8 @@ ksstack *find_maximal_tags(const char *pc_file, int minsize);
 
 // Parses one line of a PC-list file: the pattern's size and id into *tag, its
 // parents' ids into the int stack parents, emptied before.  False for a line
-// that does not start with an id.  Dies with "invalid input at" at a token that
-// is no id.
+// that does not start with an id, and for the size INT_MIN.  Dies with "invalid
+// input at" at a token that is no id.
 bool get_pattern_and_parents(const char *line, pattern_tag *tag,
                              ksstack *parents);
 

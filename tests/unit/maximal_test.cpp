@@ -100,6 +100,13 @@ TEST_F(Maximal, LineThatStartsWithoutAnIdYieldsNothing) {
   }
 }
 
+TEST_F(Maximal, LineOfASizeBelowAllYieldsNothing) {
+  pattern_tag tag = {0, 0, 0};
+  ints ids;
+  EXPECT_FALSE(parsed("-2147483648-0 1-0\n", &tag, &ids));
+  EXPECT_EQ(maximal_in("-2147483648-0\n1-0\n"), (pairs{{1, 0}}));
+}
+
 TEST_F(MaximalFatal, ParentThatIsNoIdTellsItsOffsetAndTheLine) {
   pattern_tag tag = {0, 0, 0};
   ints ids;
