@@ -8,6 +8,7 @@
 #include "graph/label_set.h"
 
 #include <cstdio>
+#include <cstring>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -182,26 +183,33 @@ void label_set_build(const char *file, label_set *ls) {
   label_set_build(read_file(file), ls);
 }
 
+// The word behind the letter and blanks of a label file's line.
+static std::string_view label_in(const char *line) {
+  static const char blanks[] = " \t\n\v\f\r";
+  const char *const label = line + 1 + strspn(line + 1, blanks);
+  return {label, strcspn(label, blanks)};
+}
+
 label_set *label_set_load(const char *name) {
   label_set_ptr ls(label_set_create());
-  line_buffer line;
-  file_ptr stream(open_file(name, "r"));
-  for (int number = 1; fgetl(line, stream.get()); number++) {
-    const char kind = line.text[0];
+  const file_text text = read_file(name);
+  text_lines lines(text);
+  int size = line_buffer::first_size;
+  label_collector edge_labels(ls->edge_labels);
+  label_collector vertex_labels(ls->vertex_labels);
+  for (int number = 1; const char *line = lines.next(&size); number++) {
+    const char kind = line[0];
     if (kind == '#')
       continue;
     if (kind != 'E' && kind != 'V')
       die("graph.c", "invalid line at %d\n", number);
-    xvector<char> label(static_cast<size_t>(line.size));
-    char letter;
-    if (sscanf(line.text, "%c %s", &letter, label.data()) < 2)
+    const std::string_view label = label_in(line);
+    if (label.empty())
       die("graph.c", "wrong formatted line at %d\n", number);
-    if (kind == 'E')
-      label_set_add_edge_label(ls.get(), label.data());
-    else
-      label_set_add_vertex_label(ls.get(), label.data());
+    (kind == 'E' ? edge_labels : vertex_labels).add(label);
   }
-  check_read(stream.get(), name);
+  edge_labels.finish();
+  vertex_labels.finish();
   return ls.release();
 }
 
