@@ -333,6 +333,17 @@ TEST_F(Table, SummaryTotalsCountReportedSizesOnly) {
                        "\n");
 }
 
+TEST_F(Table, SummaryTotalsMayExceedAnInt) {
+  stats_set(stats_candidates, 3, 2147483647);
+  stats_set(stats_candidates, 4, 2147483647);
+  stats_set(stats_frequent, 3, 2147483647);
+  stats_set(stats_frequent, 4, 3);
+  const std::string text =
+      written_text([&](FILE *out) { print_summary(&o, out, ""); });
+  EXPECT_NE(text.find("Generated:        4294967294\n"), std::string::npos);
+  EXPECT_NE(text.find("Found:     2147483650\n"), std::string::npos);
+}
+
 TEST_F(Table, SummaryWithMinsizeAboveAllTotalsNothing) {
   set_frequent({5, 6});
   stats_set(stats_candidates, 3, 8);
