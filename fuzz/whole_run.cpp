@@ -55,7 +55,7 @@ static std::vector<std::string> words_of(std::string_view bytes) {
   std::vector<std::string> words = {
       "kestro", std::string("-s") + supports[bytes[0] & 15],
       "--stabilizer-threshold=" + std::to_string(bytes[3] & 7)};
-  const int flags = bytes[4];
+  const unsigned flags = static_cast<unsigned char>(bytes[4]);
   static const char *const flag_words[] = {"-t", "-p", "-x", "--candidates"};
   for (int i = 0; i < 4; i++)
     if (flags >> i & 1)
@@ -90,7 +90,7 @@ static double edge_sets(const graph *g, int size) {
     for (int j = g->v[i]; j < g->v[i + 1]; j++)
       most = std::max(most, graph_vertex_degree(g, i) +
                                 graph_vertex_degree(g, g->e[j]) - 2);
-  double sets = g->es / 2;
+  double sets = 0.5 * g->es;
   for (int i = 1; i < size; i++)
     sets *= most;
   return sets;
@@ -120,6 +120,7 @@ static int affordable_size(const std::string &file) {
 static void obey(std::vector<std::string> words, int jobs, int most,
                  FILE *out) {
   std::vector<char *> argv;
+  argv.reserve(words.size() + 1);
   for (std::string &word : words)
     argv.push_back(word.data());
   options o;
