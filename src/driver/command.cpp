@@ -7,6 +7,7 @@
 #include "driver/command.h"
 
 #include <fcntl.h>
+#include <malloc.h>
 #include <unistd.h>
 
 #include <csignal>
@@ -51,7 +52,18 @@ static void prepare_outputs() {
       static_cast<void>(open("/dev/null", O_RDONLY));
 }
 
+// Keeps large blocks out of the heap, so that freeing one gives its memory
+// back. By itself the C library stops doing so once it has seen a large block
+// freed.
+static void prepare_memory() {
+#ifdef __GLIBC__
+  static constexpr int large = 1 << 20; // bytes
+  mallopt(M_MMAP_THRESHOLD, large);
+#endif
+}
+
 int run_command(int argc, char **argv, int jobs) {
+  prepare_memory();
   prepare_outputs();
   try {
     return obey(argc, argv, jobs);

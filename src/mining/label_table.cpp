@@ -7,6 +7,7 @@
 
 #include "mining/label_table.h"
 
+#include <algorithm>
 #include <initializer_list>
 #include <type_traits>
 
@@ -50,20 +51,28 @@ label_table<Key>::label_table(int nel, int nvl, size_t limit)
       nvl_(index(nvl)) {
   static constexpr size_t first_slots = 1024;
   if (!dense_)
-    numbers_.resize(first_slots);
+    set_numbers(slots_ = first_slots);
   else if (std::is_same_v<Key, edge_key>)
-    numbers_.resize(nvl_ * nvl_ * nel_);
+    set_numbers(nvl_ * nvl_ * nel_);
   else
-    numbers_.resize(nvl_ * nvl_ * nvl_ * nel_ * nel_);
+    set_numbers(nvl_ * nvl_ * nvl_ * nel_ * nel_);
+}
+
+// Gives up the numbers and takes as many zeros as told.
+template <class Key> void label_table<Key>::set_numbers(size_t count) {
+  numbers_.reset();
+  numbers_.reset(static_cast<uint32_t *>(
+      xcalloc(std::max(count, size_t{1}), sizeof(uint32_t))));
 }
 
 // Where the number of a key is, or the free slot where it belongs.
 template <class Key> uint32_t &label_table<Key>::slot_of(const Key &key) {
-  const size_t mask = numbers_.size() - 1;
+  const size_t mask = slots_ - 1;
+  uint32_t *const numbers = numbers_.get();
   size_t i = hash_of(key) & mask;
-  while (numbers_[i] && !(entries_[numbers_[i] - 1].key == key))
+  while (numbers[i] && !(entries_[numbers[i] - 1].key == key))
     i = (i + 1) & mask;
-  return numbers_[i];
+  return numbers[i];
 }
 
 template <class Key>
@@ -73,15 +82,13 @@ typename label_table<Key>::entry &label_table<Key>::add(const Key &key,
     die_out_of_memory();
   entries_.push_back({key, 0, 0});
   number = static_cast<uint32_t>(entries_.size());
-  if (!dense_ && 2 * entries_.size() > numbers_.size())
+  if (!dense_ && 2 * entries_.size() > slots_)
     enlarge();
   return entries_.back();
 }
 
 template <class Key> void label_table<Key>::enlarge() {
-  const size_t slots = 2 * numbers_.size();
-  numbers_ = {}; // first, so that only one of the tables is in memory
-  numbers_.resize(slots);
+  set_numbers(slots_ *= 2);
   uint32_t number = 0;
   for (const entry &e : entries_)
     slot_of(e.key) = ++number;

@@ -45,7 +45,7 @@ public:
 
   // The entry of a key, made when it is new; stays until the next new one.
   entry &at(const Key &key) {
-    uint32_t &number = dense_ ? numbers_[offset_of(key)] : slot_of(key);
+    uint32_t &number = dense_ ? numbers_.get()[offset_of(key)] : slot_of(key);
     if (number)
       return entries_[number - 1];
     return add(key, number);
@@ -64,15 +64,18 @@ private:
   static size_t index(int label) { return static_cast<size_t>(label); }
   uint32_t &slot_of(const Key &key);
   entry &add(const Key &key, uint32_t &number);
+  void set_numbers(size_t count);
   void enlarge();
 
   bool dense_;
   size_t nel_;
   size_t nvl_;
   xvector<entry> entries_;
-  // Numbers, 1 and up, and 0 for none: by offset in a dense table, otherwise a
-  // power of two of slots, at most half in use.
-  xvector<uint32_t> numbers_;
+  // Numbers, 1 and up, and 0 for none: by offset in a dense table, whose
+  // untouched pages take no memory, otherwise in slots of which at most half
+  // are in use.
+  xptr<uint32_t> numbers_;
+  size_t slots_ = 0; // a power of two; 0 when dense
 };
 
 using edge_table = label_table<edge_key>;
