@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <atomic>
 #include <exception>
+#include <new>
+#include <system_error>
 #include <thread>
 
 #include "base/xmalloc.h"
@@ -13,10 +15,11 @@ namespace kestro {
 // Calls work(worker, i) for every i from 0 to count - 1.  Each of jobs workers,
 // at least one, has a thread and a number from 0 and takes one i after another;
 // worker 0 is the caller's own thread, so with one worker nothing is started
-// and the order is ascending.  When none is left each worker calls
-// finish(worker) on its thread, which is the place to give up what belongs to
-// the thread.  What is thrown ends the call once all workers have stopped: of
-// several exceptions that of the smallest i comes out.
+// and the order is ascending.  Where the system starts fewer threads than that,
+// the workers that there are do all the work.  When none is left each worker
+// calls finish(worker) on its thread, which is the place to give up what
+// belongs to the thread.  What is thrown ends the call once all workers have
+// stopped: of several exceptions that of the smallest i comes out.
 template <class Work, class Finish>
 void parallel_for(int jobs, int count, Work work, Finish finish) {
   std::atomic<int> next = 0;
@@ -44,8 +47,12 @@ void parallel_for(int jobs, int count, Work work, Finish finish) {
   {
     xvector<std::jthread> threads;
     threads.reserve(static_cast<size_t>(workers) - 1);
-    for (int worker = 1; worker < workers; worker++)
-      threads.emplace_back(run, worker);
+    try {
+      for (int worker = 1; worker < workers; worker++)
+        threads.emplace_back(run, worker);
+    } catch (const std::system_error &) { // no more threads
+    } catch (const std::bad_alloc &) {    // no memory for one
+    }
     run(0);
   }
   const failure *first = nullptr;

@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "base/error.h"
+#include "base/thread_state.h"
 #include "base/xmalloc.h"
 
 namespace kestro {
@@ -26,33 +27,33 @@ struct rbtree_state {
 
 } // namespace
 
-static thread_local rbtree_state state;
+static thread_local thread_state<rbtree_state> state;
 
-static bool rbt_nil(const rbt_node *node) { return node == &state.nil; }
+static bool rbt_nil(const rbt_node *node) { return node == &state->nil; }
 
 bool rbt_is_nil(const rbt_node *node) { return rbt_nil(node); }
 
 rbt *rbt_new(rbt_comparator compare) {
-  state.nil = {0, &state.nil, &state.nil, &state.nil, 0};
+  state->nil = {0, &state->nil, &state->nil, &state->nil, 0};
   rbt *tree = static_cast<rbt *>(xcalloc(1, sizeof(rbt)));
   tree->compare = compare;
-  tree->root = &state.nil;
+  tree->root = &state->nil;
   return tree;
 }
 
 static rbt_node *new_node(rbt_key key) {
-  rbt_node *node = state.free_nodes;
+  rbt_node *node = state->free_nodes;
   if (node)
-    state.free_nodes = node->l;
+    state->free_nodes = node->l;
   else
     node = static_cast<rbt_node *>(xmalloc(sizeof(rbt_node)));
-  *node = {key, &state.nil, &state.nil, &state.nil, 1};
+  *node = {key, &state->nil, &state->nil, &state->nil, 1};
   return node;
 }
 
 static void recycle(rbt_node *node) {
-  node->l = state.free_nodes;
-  state.free_nodes = node;
+  node->l = state->free_nodes;
+  state->free_nodes = node;
 }
 
 static void delete_subtree(rbt_node *rbn) {
@@ -73,8 +74,8 @@ void rbt_free(rbt *rbt) {
 }
 
 void rbt_release_nodes() {
-  while (state.free_nodes)
-    xfree(std::exchange(state.free_nodes, state.free_nodes->l));
+  while (state->free_nodes)
+    xfree(std::exchange(state->free_nodes, state->free_nodes->l));
 }
 
 // Puts child in the place that node has under node's parent.
@@ -135,7 +136,7 @@ static void insert_fixup(rbt_node *z, rbt *tree) {
 }
 
 rbt_node *rbt_insert(rbt_key key, rbt *tree) {
-  rbt_node *parent = &state.nil;
+  rbt_node *parent = &state->nil;
   int side = 0;
   for (rbt_node *x = tree->root; !rbt_nil(x); x = side < 0 ? x->l : x->r) {
     parent = x;
@@ -259,7 +260,7 @@ static int checked_black_height(const rbt_node *node) {
 }
 
 void rbt_check(const rbt *tree) {
-  assert(!state.nil.red);
+  assert(!state->nil.red);
   assert(!tree->root->red);
   assert(rbt_nil(tree->root) || rbt_nil(tree->root->p));
   checked_black_height(tree->root);

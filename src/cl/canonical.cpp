@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "base/error.h"
+#include "base/thread_state.h"
 #include "cl/canonical_search.h"
 
 namespace kestro {
@@ -29,20 +30,20 @@ struct canonical_state {
 
 } // namespace
 
-static thread_local canonical_state state;
+static thread_local thread_state<canonical_state> state;
 
-void cl_set_stabilizer_threshold(int n) { state.stabilizer_threshold = n; }
+void cl_set_stabilizer_threshold(int n) { state->stabilizer_threshold = n; }
 
-int cl_get_stabilizer_threshold() { return state.stabilizer_threshold; }
+int cl_get_stabilizer_threshold() { return state->stabilizer_threshold; }
 
-bool cl_form_is_invariant() { return state.invariant; }
+bool cl_form_is_invariant() { return state->invariant; }
 
-bool cl_form_is_rigid() { return state.rigid; }
+bool cl_form_is_rigid() { return state->rigid; }
 
 void cl_free_work_area() {
-  const int threshold = state.stabilizer_threshold;
-  state = canonical_state();
-  state.stabilizer_threshold = threshold;
+  const int threshold = state->stabilizer_threshold;
+  *state = canonical_state();
+  state->stabilizer_threshold = threshold;
   colouring_free_work_area();
 }
 
@@ -58,15 +59,15 @@ static int largest_cell(const colouring *c) {
 
 // Brings order into canonical order; returns whether the form is invariant.
 static bool find_order(const graph *g) {
-  colouring *c = &state.cells;
+  colouring *c = &state->cells;
   colouring_init(c, g);
-  state.rigid = c->cells == g->vs;
-  if (state.rigid)
+  state->rigid = c->cells == g->vs;
+  if (state->rigid)
     return true;
-  state.labels.fill(g);
-  if (largest_cell(c) >= state.stabilizer_threshold)
-    return search_by_stabilizer(c, g, state.labels);
-  search_exhaustively(c, g, state.labels);
+  state->labels.fill(g);
+  if (largest_cell(c) >= state->stabilizer_threshold)
+    return search_by_stabilizer(c, g, state->labels);
+  search_exhaustively(c, g, state->labels);
   return true;
 }
 
@@ -78,9 +79,9 @@ struct old_arrays {
 static old_arrays copy_arrays(const graph *g) {
   const size_t ints =
       2 * static_cast<size_t>(g->es) + 3 * static_cast<size_t>(g->vs) + 1;
-  if (state.arrays.size() < ints)
-    state.arrays.resize(ints);
-  int *to = state.arrays.data();
+  if (state->arrays.size() < ints)
+    state->arrays.resize(ints);
+  int *to = state->arrays.data();
   const auto copied = [&to](const int *from, int count) {
     std::copy(from, from + count, to);
     return std::exchange(to, to + count);
@@ -109,9 +110,9 @@ static void insert_slot(graph *g, int first, int end, int neighbour,
 // Rewrites g with vertex order[i] as vertex i.
 static void relabel(graph *g, const int *order) {
   const old_arrays old = copy_arrays(g);
-  if (state.position.size() < static_cast<size_t>(g->vs))
-    state.position.resize(static_cast<size_t>(g->vs));
-  int *position = state.position.data();
+  if (state->position.size() < static_cast<size_t>(g->vs))
+    state->position.resize(static_cast<size_t>(g->vs));
+  int *position = state->position.data();
   for (int i = 0; i < g->vs; i++)
     position[order[i]] = i;
   int filled = 0;
@@ -128,8 +129,8 @@ static void relabel(graph *g, const int *order) {
 }
 
 uint32_t cl_canonicalize_graph(graph *g) {
-  state.invariant = find_order(g);
-  relabel(g, state.cells.order.data());
+  state->invariant = find_order(g);
+  relabel(g, state->cells.order.data());
   g->key = graph_key(g);
   KESTRO_STRUCTURE(graph_check(g));
   return g->key;

@@ -13,6 +13,8 @@
 
 #include <algorithm>
 
+#include "base/thread_state.h"
+
 namespace kestro {
 
 namespace {
@@ -55,9 +57,9 @@ private:
 
 } // namespace
 
-static thread_local colouring_state state;
+static thread_local thread_state<colouring_state> state;
 
-void colouring_free_work_area() { state = colouring_state(); }
+void colouring_free_work_area() { *state = colouring_state(); }
 
 template <class T, class Less>
 static void insertion_sort(T *first, T *last, Less less) {
@@ -112,8 +114,8 @@ static int split_cell(colouring *c, const vertex_order &by, int first, int end,
 
 // Passes until one splits nothing.
 static void refine(colouring *c, const graph *g, bool first_pass) {
-  uint64_t *signature = state.signature.data();
-  int *new_colour = state.new_colour.data();
+  uint64_t *signature = state->signature.data();
+  int *new_colour = state->new_colour.data();
   const int *cell_end = c->cell_end.data();
   int old_cells;
   do {
@@ -147,10 +149,10 @@ void colouring_init(colouring *c, const graph *g) {
     c->order[static_cast<size_t>(i)] = i;
   if (g->vs > 0)
     c->cell_end[0] = g->vs;
-  if (state.signature.size() < static_cast<size_t>(g->es))
-    state.signature.resize(static_cast<size_t>(g->es));
-  if (state.new_colour.size() < vs)
-    state.new_colour.resize(vs);
+  if (state->signature.size() < static_cast<size_t>(g->es))
+    state->signature.resize(static_cast<size_t>(g->es));
+  if (state->new_colour.size() < vs)
+    state->new_colour.resize(vs);
   refine(c, g, true);
 }
 

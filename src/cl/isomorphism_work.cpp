@@ -10,6 +10,7 @@
 #include <algorithm>
 
 #include "base/error.h"
+#include "base/thread_state.h"
 #include "base/xmalloc.h"
 
 namespace kestro {
@@ -26,28 +27,28 @@ struct isomorphism_state {
 
 } // namespace
 
-static thread_local isomorphism_state state;
+static thread_local thread_state<isomorphism_state> state;
 
-uint64_t graph_isomorphism_calls() { return state.calls; }
+uint64_t graph_isomorphism_calls() { return state->calls; }
 
 void graph_free_label_matrix() {
-  state.matrix.reset();
-  state.capacity = 0;
-  state.ints1 = xvector<int>();
-  state.ints2 = xvector<int>();
+  state->matrix.reset();
+  state->capacity = 0;
+  state->ints1 = xvector<int>();
+  state->ints2 = xvector<int>();
 }
 
 static void grow_matrix(int n) {
-  state.matrix.reset();
-  state.capacity = 0;
+  state->matrix.reset();
+  state->capacity = 0;
   static constexpr int most = 1 << 28; // below it, no size exceeds a size_t
   if (n > most)
     die_out_of_memory();
   const size_t side = static_cast<size_t>(n);
   const size_t size = side * sizeof(int *) + side * side * sizeof(int);
-  state.matrix.reset(static_cast<int **>(xmalloc(size)));
-  state.capacity = n;
-  int **rows = state.matrix.get();
+  state->matrix.reset(static_cast<int **>(xmalloc(size)));
+  state->capacity = n;
+  int **rows = state->matrix.get();
   int *cells = reinterpret_cast<int *>(rows + side);
   std::fill_n(cells, side * side, -1);
   for (size_t w = 0; w < side; w++)
@@ -55,9 +56,9 @@ static void grow_matrix(int n) {
 }
 
 int **graph_label_matrix(int n) {
-  if (n > state.capacity)
+  if (n > state->capacity)
     grow_matrix(n);
-  return state.matrix.get();
+  return state->matrix.get();
 }
 
 // The first of count arrays of n ints each.
@@ -70,11 +71,11 @@ static int *grown(xvector<int> *ints, int count, int n) {
 
 isomorphism_call::isomorphism_call(const graph *g1, const graph *g2, int *map,
                                    int *order) {
-  state.calls++;
+  state->calls++;
   if (graph_active_vertices(g1) > g2->vs)
     die("isomorphism.c", "g1 must be smaller than g2\n");
-  int *const by_g1 = grown(&state.ints1, 6, g1->vs);
-  int *const by_g2 = grown(&state.ints2, 2, g2->vs);
+  int *const by_g1 = grown(&state->ints1, 6, g1->vs);
+  int *const by_g2 = grown(&state->ints2, 2, g2->vs);
   const size_t vs1 = static_cast<size_t>(g1->vs);
   work.g1 = g1;
   work.g2 = g2;

@@ -15,6 +15,8 @@
 #include <algorithm>
 #include <tuple>
 
+#include "base/thread_state.h"
+
 namespace kestro {
 
 namespace {
@@ -25,9 +27,9 @@ struct search_state {
 
 } // namespace
 
-static thread_local search_state state;
+static thread_local thread_state<search_state> state;
 
-void search_plan_free_work_area() { state.used = xvector<char>(); }
+void search_plan_free_work_area() { state->used = xvector<char>(); }
 
 static int degree(const graph *g, int u) { return g->v[u + 1] - g->v[u]; }
 
@@ -244,9 +246,9 @@ bool search_plan::find(const graph_profiles &profiles, int i, int *image) {
 bool search_plan::find(const graph *t, const vertex_profile *profiles,
                        const int *roots, int root_count, int *image) {
   const int last = pattern_->vs - 1;
-  if (state.used.size() < static_cast<size_t>(t->vs))
-    state.used.resize(static_cast<size_t>(t->vs), 0);
-  char *const used = state.used.data();
+  if (state->used.size() < static_cast<size_t>(t->vs))
+    state->used.resize(static_cast<size_t>(t->vs), 0);
+  char *const used = state->used.data();
   int *const mapped = image_.data();
   int *const next_at = at_.data();
   const plan_step *const steps = steps_.data();

@@ -11,6 +11,7 @@
 
 #include "base/error.h"
 #include "base/ksstack.h"
+#include "base/thread_state.h"
 #include "base/xmalloc.h"
 
 namespace kestro {
@@ -25,11 +26,11 @@ struct statistics_state {
 
 } // namespace
 
-static thread_local statistics_state state;
+static thread_local thread_state<statistics_state> state;
 
 static ksstack *counters(int kind) {
-  assert(state.counters[kind]);
-  return state.counters[kind].get();
+  assert(state->counters[kind]);
+  return state->counters[kind].get();
 }
 
 static void extend(ksstack *s, int sizes) {
@@ -39,14 +40,14 @@ static void extend(ksstack *s, int sizes) {
 }
 
 void stats_init() {
-  for (ksstack_ptr &s : state.counters) {
+  for (ksstack_ptr &s : state->counters) {
     s.reset(ksstack_new(first_sizes, static_cast<int>(sizeof(int))));
     extend(s.get(), first_sizes);
   }
 }
 
 void stats_free() {
-  for (ksstack_ptr &s : state.counters)
+  for (ksstack_ptr &s : state->counters)
     s.reset();
 }
 

@@ -1,5 +1,7 @@
 #include "base/parallel.h"
 
+#include <pthread.h>
+
 #include <mutex>
 #include <set>
 #include <stdexcept>
@@ -35,6 +37,23 @@ public:
 
 private:
   std::atomic<int> missing_;
+};
+
+// While it lives no thread starts: there is no room for a stack of that size.
+class no_more_threads {
+public:
+  no_more_threads() {
+    pthread_getattr_default_np(&before_);
+    pthread_attr_t attributes = before_;
+    pthread_attr_setstacksize(&attributes, size_t{1} << 62);
+    pthread_setattr_default_np(&attributes);
+  }
+  ~no_more_threads() { pthread_setattr_default_np(&before_); }
+  no_more_threads(const no_more_threads &) = delete;
+  no_more_threads &operator=(const no_more_threads &) = delete;
+
+private:
+  pthread_attr_t before_;
 };
 
 } // namespace
@@ -86,6 +105,20 @@ TEST(ParallelFor, NoMoreWorkersThanIndices) {
         all.come();
       },
       keep);
+}
+
+TEST(ParallelFor, WithoutThreadsTheCallerDoesAllTheWork) {
+  const no_more_threads scope;
+  ASSERT_THROW(std::jthread([] {}), std::system_error);
+  ints order;
+  parallel_for(
+      3, 5,
+      [&](int worker, int i) {
+        EXPECT_EQ(worker, 0);
+        order.push_back(i);
+      },
+      [&](int worker) { order.push_back(100 + worker); });
+  EXPECT_EQ(order, (ints{0, 1, 2, 3, 4, 100}));
 }
 
 TEST(ParallelFor, EveryWorkerFinishesOnceOnItsThread) {
