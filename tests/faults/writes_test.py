@@ -1,0 +1,103 @@
+#!/usr/bin/env python3
+"""Every write and every close of a run fails in turn.
+
+A run that could not write all it had to say must not claim that it has; one
+whose writes are only cut short or interrupted must not show it.
+"""
+
+import unittest
+
+import faults
+
+
+def positions(calls: list[faults.Call], name: str) -> list[tuple[int, str]]:
+    """Which call of that name, counted from 1, goes to which file."""
+    targets = [call.target for call in calls if call.name == name]
+    return list(enumerate(targets, 1))
+
+
+class Writes(unittest.TestCase):
+    def assert_told(self, ended: faults.Ended, target: str) -> None:
+        self.assertEqual(ended.err, faults.cannot_write(target))
+        self.assertEqual(ended.status, 1)
+
+    def check_failing_writes(self, words: list[str]) -> None:
+        writes = positions(faults.calls_of(words), "write")
+        self.assertTrue(writes)
+        for error in ["ENOSPC", "EIO"]:
+            for n, target in writes:
+                with self.subTest(error=error, write=n, file=target):
+                    fault = f"write:error={error}:when={n}"
+                    ended = faults.run_once(*words, before=faults.injecting(fault))
+                    self.assert_told(ended, target)
+                    self.assertEqual(ended.files[faults.INPUT], faults.DATABASE)
+
+    def test_all_outputs(self) -> None:
+        self.check_failing_writes(faults.RUNS["all outputs"])
+
+    def test_maximal_patterns(self) -> None:
+        self.check_failing_writes(faults.RUNS["maximal patterns"])
+
+    def test_labels(self) -> None:
+        self.check_failing_writes(faults.RUNS["labels"])
+
+    def test_each_kind_of_file_is_written(self) -> None:
+        targets = {
+            call.target
+            for words in faults.RUNS.values()
+            for call in faults.calls_of(words)
+            if call.name == "write"
+        }
+        outputs = {"db.fp", "db.tid", "db.pc", "db.c.g", "db.ls"}
+        self.assertEqual(targets, outputs | {faults.STDOUT, faults.TEMPORARY})
+
+
+class Closes(unittest.TestCase):
+    """The last failure that a file system can tell."""
+
+    def check_failing_closes(self, words: list[str]) -> None:
+        calls = faults.calls_of(words)
+        written = {call.target for call in calls if call.name == "write"}
+        plain = faults.undisturbed(words)
+        for n, target in positions(calls, "close"):
+            with self.subTest(close=n, file=target):
+                fault = f"close:error=EIO:when={n}"
+                ended = faults.run_once(*words, before=faults.injecting(fault))
+                if ended.status == 0:  # nothing was lost
+                    self.assertEqual(ended.results(), plain.results())
+                    self.assertEqual(ended.err, "")
+                else:
+                    self.assertIn(target, written)
+                    self.assertEqual(ended.err, faults.cannot_write(target))
+                    self.assertEqual(ended.status, 1)
+
+    def check_last_close(self, words: list[str], name: str) -> None:
+        """That of a finished output, which counts in any case."""
+        closes = positions(faults.calls_of(words), "close")
+        last = max(n for n, target in closes if target == name)
+        fault = f"close:error=EIO:when={last}"
+        ended = faults.run_once(*words, before=faults.injecting(fault))
+        self.assertEqual(ended.err, faults.cannot_write(name))
+        self.assertEqual(ended.status, 1)
+
+    def test_any(self) -> None:
+        for purpose, words in faults.RUNS.items():
+            with self.subTest(run=purpose):
+                self.check_failing_closes(words)
+
+    def test_all_outputs(self) -> None:
+        for name in ["db.fp", "db.tid", "db.pc", "db.c.g"]:
+            with self.subTest(file=name):
+                self.check_last_close(faults.RUNS["all outputs"], name)
+
+    def test_maximal_patterns(self) -> None:
+        for name in ["db.fp", "db.tid", "db.pc"]:
+            with self.subTest(file=name):
+                self.check_last_close(faults.RUNS["maximal patterns"], name)
+
+    def test_labels(self) -> None:
+        self.check_last_close(faults.RUNS["labels"], "db.ls")
+
+
+if __name__ == "__main__":
+    faults.main()
