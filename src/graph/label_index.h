@@ -56,7 +56,7 @@ inline bool label_index::holds(const slot &s, std::string_view word) {
 }
 
 // Where the word is, or the free slot where it belongs.
-inline size_t label_index::slot_of(std::string_view word) const {
+[[gnu::always_inline]] inline size_t label_index::slot_of(std::string_view word) const {
   const size_t mask = slots_.size() - 1;
   size_t i = hash_of(word) & mask;
   while (slots_[i].number != -1 && !holds(slots_[i], word))

@@ -1,8 +1,8 @@
 // Levels one and two.
 //
-// Every transaction is walked edge by edge, then path by path; an entry tells
-// who was counted last, so each pattern counts once per transaction, whatever
-// the number of its embeddings.  The frequent entries become records in
+// Every transaction is walked edge by edge, then path by path; the tables
+// know who was counted last, so each pattern counts once per transaction,
+// whatever the number of its embeddings.  The frequent keys become records in
 // fixed layouts, which are the canonical forms of such graphs, so that later
 // look-ups by sg_compare find them.  A second walk, with the patterns' ids in
 // the table, fills the TID lists and the first rows of embeddings.
@@ -39,20 +39,17 @@ template <class Visit> static void walk_edges(const graph *t, Visit visit) {
         visit(edge_key{t->vlabel[u], t->vlabel[t->e[j]], t->elabel[j]});
 }
 
-// Calls visit with the key of every path u-w-x whose end u has the smaller
-// label, and with its vertices: centre, va's end, vb's end.
+// Calls visit once for every path of two edges, with its key and its vertices:
+// centre, va's end, vb's end.
 template <class Visit> static void walk_paths(const graph *t, Visit visit) {
-  for (int u = 0; u < t->vs; u++) {
-    for (int j = t->v[u]; j < t->v[u + 1]; j++) {
-      const int w = t->e[j];
-      for (int k = t->v[w]; k < t->v[w + 1]; k++) {
-        const int x = t->e[k];
-        if (x == u || t->vlabel[u] > t->vlabel[x])
-          continue;
-        path_key key = {t->vlabel[u], t->vlabel[x], t->vlabel[w], t->elabel[j],
-                        t->elabel[k]};
-        path_ends ends = {w, u, x};
-        if (key.va == key.vb && key.ea > key.eb) {
+  for (int w = 0; w < t->vs; w++) {
+    for (int j = t->v[w]; j < t->v[w + 1]; j++) {
+      for (int k = j + 1; k < t->v[w + 1]; k++) {
+        path_ends ends = {w, t->e[j], t->e[k]};
+        path_key key = {t->vlabel[ends.a], t->vlabel[ends.b], t->vlabel[w],
+                        t->elabel[j], t->elabel[k]};
+        if (key.va > key.vb || (key.va == key.vb && key.ea > key.eb)) {
+          std::swap(key.va, key.vb);
           std::swap(key.ea, key.eb);
           std::swap(ends.a, ends.b);
         }
@@ -123,25 +120,19 @@ static bool add_last_tid(subgraph *sg, int tid) {
 }
 
 // Adds every transaction to the TID lists of its frequent edges.  From here on
-// an entry's count is its pattern's id + 1, 0 for none.
+// a key's count is its pattern's id + 1, 0 for none.
 static void check_in_edges2(sg_set *level1, const ksstack *transactions,
                             edge_table *table) {
   for (int i = 0; i < sg_set_size(level1); i++) {
     const graph *g = sg_set_get(level1, i)->g;
-    table->at({g->vlabel[0], g->vlabel[1], g->elabel[0]}).count = i + 1;
+    table->count_of({g->vlabel[0], g->vlabel[1], g->elabel[0]}) = i + 1;
   }
   for (int tid = 0; tid < transactions->count; tid++) {
     walk_edges(graph_list_at(transactions, tid), [&](const edge_key &k) {
-      if (const int id = table->at(k).count)
+      if (const int id = table->count_of(k))
         add_last_tid(sg_set_get(level1, id - 1), tid);
     });
   }
-}
-
-// Counts a transaction, at most once.
-template <class Entry> static void count_once(Entry &entry, int tid) {
-  if (std::exchange(entry.last, tid + 1) != tid + 1)
-    entry.count++;
 }
 
 sg_set *sg_frequent_edges(const ksstack *transactions, int minsup, int nel,
@@ -149,14 +140,13 @@ sg_set *sg_frequent_edges(const ksstack *transactions, int minsup, int nel,
   edge_table table(nel, nvl);
   for (int tid = 0; tid < transactions->count; tid++)
     walk_edges(graph_list_at(transactions, tid),
-               [&](const edge_key &k) { count_once(table.at(k), tid); });
+               [&](const edge_key &k) { table.count_once(k, tid); });
 
   sg_set_ptr level1(sg_set_create());
-  for (edge_table::entry &entry : table.entries()) {
-    const int count = std::exchange(entry.count, 0);
+  for (const edge_key &k : table.keys()) {
+    const int count = std::exchange(table.count_of(k), 0);
     if (count < minsup)
       continue;
-    const edge_key &k = entry.key;
     sg_ptr sg(sg_create_edge(k.la, k.lb, k.e));
     sg->count = count;
     sg_set_push(level1.get(), std::move(sg));
@@ -228,17 +218,15 @@ static void check_in_double_edges2(sg_set *level2, const ksstack *transactions,
   for (int i = 0; i < sg_set_size(level2); i++) {
     subgraph *sg = sg_set_get(level2, i);
     const graph *g = sg->g;
-    table
-        ->at({g->vlabel[1], g->vlabel[2], g->vlabel[0], g->elabel[0],
-              g->elabel[1]})
-        .count = i + 1;
+    table->count_of({g->vlabel[1], g->vlabel[2], g->vlabel[0], g->elabel[0],
+                     g->elabel[1]}) = i + 1;
     budget.add_pattern();
     sg->rows = budget.take_rows(sg, sg->count);
   }
   for (int tid = 0; tid < transactions->count; tid++) {
     walk_paths(graph_list_at(transactions, tid),
                [&](const path_key &k, const path_ends &ends) {
-                 const int id = table->at(k).count;
+                 const int id = table->count_of(k);
                  if (!id)
                    return;
                  subgraph *sg = sg_set_get(level2, id - 1);
@@ -256,14 +244,14 @@ sg_set *sg_frequent_double_edges(sg_set *level1, const ksstack *transactions,
   for (int tid = 0; tid < transactions->count; tid++)
     walk_paths(graph_list_at(transactions, tid),
                [&](const path_key &k, const path_ends &) {
-                 count_once(table.at(k), tid);
+                 table.count_once(k, tid);
                });
 
   sg_set_ptr level2(sg_set_create());
-  for (path_table::entry &entry : table.entries()) {
-    const int count = std::exchange(entry.count, 0);
+  for (const path_key &k : table.keys()) {
+    const int count = std::exchange(table.count_of(k), 0);
     if (count >= minsup)
-      register_double_edge_subgraph(entry.key, count, level1, level2.get());
+      register_double_edge_subgraph(k, count, level1, level2.get());
   }
   sg_set_sort(level2.get());
   KESTRO_STRUCTURE(sg_set_check(level2.get()));

@@ -2,8 +2,8 @@
 //
 // An array over all combinations answers with one look but grows with the third
 // power of the number of vertex labels, so it serves only while it is small;
-// hashing with open addressing takes memory for what occurs.  Either only finds
-// an entry's number, so both give the same entries in the same order.
+// hashing with open addressing takes memory for what occurs.  Either gives the
+// same keys in the same order.
 
 #include "mining/label_table.h"
 
@@ -15,7 +15,7 @@ namespace kestro {
 
 // The bytes of an array with these dimensions, or the largest number.
 static size_t array_bytes(std::initializer_list<int> dimensions) {
-  size_t bytes = sizeof(uint32_t);
+  size_t bytes = 2 * sizeof(int); // of a counter
   for (const int n : dimensions)
     if (__builtin_mul_overflow(bytes, static_cast<size_t>(n), &bytes))
       return SIZE_MAX;
@@ -47,51 +47,47 @@ static uint64_t hash_of(const path_key &k) {
 
 template <class Key>
 label_table<Key>::label_table(int nel, int nvl, size_t limit)
-    : dense_(is_dense<Key>(nel, nvl, limit)), nel_(index(nel)),
-      nvl_(index(nvl)) {
+    : nel_(index(nel)), nvl_(index(nvl)) {
   static constexpr size_t first_slots = 1024;
-  if (!dense_)
-    set_numbers(slots_ = first_slots);
-  else if (std::is_same_v<Key, edge_key>)
-    set_numbers(nvl_ * nvl_ * nel_);
-  else
-    set_numbers(nvl_ * nvl_ * nvl_ * nel_ * nel_);
+  if (!is_dense<Key>(nel, nvl, limit)) {
+    slots_.resize(first_slots);
+    return;
+  }
+  size_t cells = nvl_ * nvl_ * nel_;
+  if (std::is_same_v<Key, path_key>)
+    cells *= nvl_ * nel_;
+  const size_t some = std::max(cells, size_t{1}); // calloc of 0 may be null
+  dense_.reset(static_cast<counter *>(xcalloc(some, sizeof(counter))));
 }
 
-// Gives up the numbers and takes as many zeros as told.
-template <class Key> void label_table<Key>::set_numbers(size_t count) {
-  numbers_.reset();
-  numbers_.reset(static_cast<uint32_t *>(
-      xcalloc(std::max(count, size_t{1}), sizeof(uint32_t))));
+template <class Key>
+auto label_table<Key>::sparse_counter_of(const Key &key) -> counter & {
+  const uint32_t found = slot_of(key);
+  if (found)
+    return sparse_[found - 1];
+  if (2 * (sparse_.size() + 1) > slots_.size())
+    enlarge();
+  sparse_.push_back({0, 0});
+  slot_of(key) = static_cast<uint32_t>(int_count(sparse_.size()));
+  return sparse_.back();
 }
 
 // Where the number of a key is, or the free slot where it belongs.
 template <class Key> uint32_t &label_table<Key>::slot_of(const Key &key) {
-  const size_t mask = slots_ - 1;
-  uint32_t *const numbers = numbers_.get();
+  const size_t mask = slots_.size() - 1;
   size_t i = hash_of(key) & mask;
-  while (numbers[i] && !(entries_[numbers[i] - 1].key == key))
+  while (slots_[i] && !(keys_[slots_[i] - 1] == key))
     i = (i + 1) & mask;
-  return numbers[i];
-}
-
-template <class Key>
-typename label_table<Key>::entry &label_table<Key>::add(const Key &key,
-                                                        uint32_t &number) {
-  if (entries_.size() == INT32_MAX)
-    die_out_of_memory();
-  entries_.push_back({key, 0, 0});
-  number = static_cast<uint32_t>(entries_.size());
-  if (!dense_ && 2 * entries_.size() > slots_)
-    enlarge();
-  return entries_.back();
+  return slots_[i];
 }
 
 template <class Key> void label_table<Key>::enlarge() {
-  set_numbers(slots_ *= 2);
+  const size_t slots = 2 * slots_.size();
+  slots_ = {}; // first, so that only one of the tables is in memory
+  slots_.resize(slots);
   uint32_t number = 0;
-  for (const entry &e : entries_)
-    slot_of(e.key) = ++number;
+  for (const Key &key : keys_)
+    slot_of(key) = ++number;
 }
 
 template class label_table<edge_key>;

@@ -29,30 +29,37 @@ constexpr size_t dense_tables_limit = size_t{64} << 20;
 // bytes.
 template <class Key> bool is_dense(int nel, int nvl, size_t limit);
 
-// Counts by key.  Patterns are numbered as they are met, and a table from keys
-// to numbers finds them: an array over all combinations of labels where that is
-// small, a hash table otherwise, whose size follows what occurs.
+// Counts transactions by key: in an array over all combinations of labels where
+// that is small, otherwise in a hash table, whose size follows what occurs.
 template <class Key> class label_table {
 public:
-  struct entry {
-    Key key;
-    int count; // 0 when new
-    int last;  // 0 when new
-  };
-
   // For labels 0..nel-1 of edges and 0..nvl-1 of vertices.
   label_table(int nel, int nvl, size_t limit = dense_tables_limit);
 
-  // The entry of a key, made when it is new; stays until the next new one.
-  entry &at(const Key &key) {
-    uint32_t &number = dense_ ? numbers_.get()[offset_of(key)] : slot_of(key);
-    if (number)
-      return entries_[number - 1];
-    return add(key, number);
+  // Counts a transaction for a key unless it is the last one counted for it.
+  void count_once(const Key &key, int tid) {
+    counter &c = counter_of(key);
+    if (c.last == tid + 1)
+      return;
+    if (c.last == 0)
+      keys_.push_back(key);
+    c.last = tid + 1;
+    c.count++;
   }
-  xvector<entry> &entries() { return entries_; } // in the order they were met
+  // The keys counted, in the order they were met.
+  const xvector<Key> &keys() const { return keys_; }
+  // The count of a key that was counted; it may be put to other use.
+  int &count_of(const Key &key) { return counter_of(key).count; }
 
 private:
+  struct counter {
+    int count;
+    int last; // TID + 1 of the transaction counted last, 0 for none
+  };
+
+  counter &counter_of(const Key &key) {
+    return dense_ ? dense_.get()[offset_of(key)] : sparse_counter_of(key);
+  }
   size_t offset_of(const edge_key &k) const {
     return (index(k.la) * nvl_ + index(k.lb)) * nel_ + index(k.e);
   }
@@ -62,20 +69,20 @@ private:
     return (labels * nel_ + index(k.ea)) * nel_ + index(k.eb);
   }
   static size_t index(int label) { return static_cast<size_t>(label); }
+  counter &sparse_counter_of(const Key &key);
   uint32_t &slot_of(const Key &key);
-  entry &add(const Key &key, uint32_t &number);
-  void set_numbers(size_t count);
   void enlarge();
 
-  bool dense_;
   size_t nel_;
   size_t nvl_;
-  xvector<entry> entries_;
-  // Numbers, 1 and up, and 0 for none: by offset in a dense table, whose
-  // untouched pages take no memory, otherwise in slots of which at most half
-  // are in use.
-  xptr<uint32_t> numbers_;
-  size_t slots_ = 0; // a power of two; 0 when dense
+  xvector<Key> keys_;
+  // A counter per combination; pages that nothing touches take no memory.
+  // Null when the table is sparse.
+  xptr<counter> dense_;
+  // By position in keys_, and the hash table: positions + 1 in a power of two
+  // of slots, at most half in use, 0 in a free one.
+  xvector<counter> sparse_;
+  xvector<uint32_t> slots_;
 };
 
 using edge_table = label_table<edge_key>;
