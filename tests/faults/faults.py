@@ -1,6 +1,6 @@
 """What the fault tests share: runs, in a fresh folder and under strace, and what came of them.
 
-Each test file is a script whose one argument is the program.  The runs are of
+Each test file is a script that takes the programs as arguments.  The runs are of
 the example database, small but with outputs of several buffers each.
 """
 
@@ -18,6 +18,7 @@ from pathlib import Path
 TREE = Path(__file__).resolve().parents[2]
 DATABASE = (TREE / "examples" / "molecules.txt").read_bytes()
 INPUT = "db.txt"
+OUTPUTS = {"db.fp", "db.tid", "db.pc", "db.c.g", "db.ls"}
 SECONDS = 600  # for one run, under the slowest of sanitizers
 
 # The runs that are disturbed, by what they are for.
@@ -54,19 +55,19 @@ class Call:
     target: str  # the file as messages name it
 
 
-_program = Path()
+class Programs:
+    """The programs that the command line names."""
 
-
-def program() -> Path:
-    return _program
+    kestro = Path()
+    short_writes = Path()
 
 
 def main() -> None:
-    """Run the calling script's tests on the program that its argument names."""
-    global _program
-    if len(sys.argv) < 2:
-        sys.exit(f"usage: {sys.argv[0]} PROGRAM [TEST ...]")
-    _program = Path(sys.argv.pop(1)).resolve()
+    """Run the tests of the calling script on the programs of the command line."""
+    if len(sys.argv) < 3:
+        sys.exit(f"usage: {sys.argv[0]} KESTRO SHORT_WRITES [TEST ...]")
+    Programs.kestro = Path(sys.argv.pop(1)).resolve()
+    Programs.short_writes = Path(sys.argv.pop(1)).resolve()
     unittest.main(module="__main__", verbosity=2)
 
 
@@ -106,11 +107,17 @@ class Folder:
     def read(self, name: str) -> bytes:
         return masked((self.path / name).read_bytes())
 
-    def run(self, *words: str, before: tuple[str, ...] = (), **how: object) -> Ended:
-        """Run the program, behind the words of another that starts it."""
+    def run(
+        self,
+        *words: str,
+        before: tuple[str, ...] = (),
+        program: Path | None = None,
+        **how: object,
+    ) -> Ended:
+        """Run the program, or a copy of it, behind the words of one that starts it."""
         settings = {"stdout": subprocess.PIPE, "env": environment(), **how}
         ended = subprocess.run(
-            [*before, str(program()), *words],
+            [*before, str(program or Programs.kestro), *words],
             cwd=self.path,
             stdin=subprocess.DEVNULL,
             stderr=subprocess.PIPE,
@@ -156,8 +163,10 @@ def parse_calls(trace: str) -> Iterator[Call]:
         found = re.match(r"(write|close)\((\d+)(?:<(.*?)>(\(deleted\))?)?[,)]", line)
         if found:
             call, fd, path, deleted = found.groups()
-            name = TEMPORARY if deleted else Path(path or "").name
-            yield Call(call, STDOUT if fd == "1" else name)
+            if fd == "1" or (path or "").startswith("pipe:"):
+                yield Call(call, STDOUT)
+            else:
+                yield Call(call, TEMPORARY if deleted else Path(path or "").name)
 
 
 def cannot_write(name: str) -> str:
@@ -166,3 +175,10 @@ def cannot_write(name: str) -> str:
 
 def cannot_open(name: str) -> str:
     return f"can't open a file '{name}'\n"
+
+
+def complete_patterns(pattern_file: bytes) -> list[bytes]:
+    """The patterns of a pattern file whose end is there: another line follows."""
+    starts = [m.start() for m in re.finditer(rb"^[t#]", pattern_file, re.MULTILINE)]
+    pieces = [pattern_file[a:b] for a, b in zip(starts, starts[1:])]
+    return [piece for piece in pieces if piece.startswith(b"t")]
