@@ -33,9 +33,7 @@ class Ends(unittest.TestCase):
                 self.assertEqual(ended.err, "")
                 self.assertEqual(ended.files[faults.INPUT], faults.DATABASE)
                 found = faults.complete_patterns(ended.files["db.fp"])
-                self.assertTrue(
-                    any(found == whole[: len(found)] for whole in complete)
-                )
+                self.assertTrue(any(found == whole[: len(found)] for whole in complete))
                 self.assertTrue(plain.out.startswith(ended.out))
         return len(writes)
 
@@ -54,9 +52,7 @@ class ClosedPipe(unittest.TestCase):
         reader, writer = os.pipe()
         os.close(reader)
         try:
-            return faults.run_once(
-                *faults.RUNS["all outputs"], stdout=writer, **how
-            )
+            return faults.run_once(*faults.RUNS["all outputs"], stdout=writer, **how)
         finally:
             os.close(writer)
 

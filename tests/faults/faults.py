@@ -5,6 +5,7 @@ the example database, small but with outputs of several buffers each.
 """
 
 import dataclasses
+import itertools
 import os
 import re
 import shutil
@@ -14,6 +15,7 @@ import tempfile
 import unittest
 from collections.abc import Iterator
 from pathlib import Path
+from typing import Self
 
 TREE = Path(__file__).resolve().parents[2]
 DATABASE = (TREE / "examples" / "molecules.txt").read_bytes()
@@ -93,7 +95,7 @@ def read_files(folder: Path) -> Files:
 class Folder:
     """A fresh folder that holds the database, gone at the end of a with statement."""
 
-    def __enter__(self) -> "Folder":
+    def __enter__(self) -> Self:
         self.path = Path(tempfile.mkdtemp(prefix="kestro-faults-"))
         self.write(INPUT, DATABASE)
         return self
@@ -122,6 +124,7 @@ class Folder:
             stdin=subprocess.DEVNULL,
             stderr=subprocess.PIPE,
             timeout=SECONDS,
+            check=False,
             **settings,
         )
         return Ended(
@@ -146,8 +149,17 @@ def undisturbed(words: list[str]) -> Ended:
 
 def injecting(fault: str, trace: str = "/dev/null") -> tuple[str, ...]:
     """The words that start a program with a fault in its system calls."""
-    return ("strace", "-qq", "-y", "-o", trace, "-e", "trace=write,close",
-            "-e", f"inject={fault}")
+    return (
+        "strace",
+        "-qq",
+        "-y",
+        "-o",
+        trace,
+        "-e",
+        "trace=write,close",
+        "-e",
+        f"inject={fault}",
+    )
 
 
 def calls_of(words: list[str]) -> list[Call]:
@@ -180,5 +192,5 @@ def cannot_open(name: str) -> str:
 def complete_patterns(pattern_file: bytes) -> list[bytes]:
     """The patterns of a pattern file whose end is there: another line follows."""
     starts = [m.start() for m in re.finditer(rb"^[t#]", pattern_file, re.MULTILINE)]
-    pieces = [pattern_file[a:b] for a, b in zip(starts, starts[1:])]
+    pieces = [pattern_file[a:b] for a, b in itertools.pairwise(starts)]
     return [piece for piece in pieces if piece.startswith(b"t")]

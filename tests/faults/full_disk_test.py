@@ -50,7 +50,9 @@ def way_to_mount() -> tuple[str, ...] | None:
     """The first of these ways that this machine allows."""
     for way in WAYS:
         script = "mount -t tmpfs -o size=4k none /mnt && umount /mnt"
-        tried = subprocess.run([*way, "sh", "-c", script], capture_output=True)
+        tried = subprocess.run(
+            [*way, "sh", "-c", script], capture_output=True, check=False
+        )
         if tried.returncode == 0:
             return way
     return None
@@ -110,8 +112,9 @@ class SizeLimit(unittest.TestCase):
 
     def check_limits(self, words: list[str]) -> None:
         plain = faults.undisturbed(words)
-        sizes = [len(plain.files[name]) for name in plain.files
-                 if name in faults.OUTPUTS]
+        sizes = [
+            len(plain.files[name]) for name in plain.files if name in faults.OUTPUTS
+        ]
         names = [*faults.OUTPUTS, faults.TEMPORARY]
         for limit in [0, 1, 100, 4095, 4096, 4097, *(size - 1 for size in sizes)]:
             with self.subTest(limit=limit):
@@ -148,8 +151,12 @@ class SizeLimit(unittest.TestCase):
 
 class DevFull(unittest.TestCase):
     def test_standard_output(self) -> None:
-        commands = [[], ["--help"], faults.RUNS["all outputs"],
-                    faults.RUNS["maximal patterns"]]
+        commands = [
+            [],
+            ["--help"],
+            faults.RUNS["all outputs"],
+            faults.RUNS["maximal patterns"],
+        ]
         for words in commands:
             with self.subTest(words=words), open("/dev/full", "wb") as full:
                 ended = faults.run_once(*words, stdout=full)
