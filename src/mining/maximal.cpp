@@ -196,14 +196,21 @@ static void filter_patterns(const file_text &patterns, const ksstack *tags,
       fputs(line, out);
 }
 
+// Goes back to where a temporary file that has been written begins.
+static void start_reading(FILE *temporary) {
+  flush_output(temporary, temporary_file);
+  if (fseek(temporary, 0, SEEK_SET))
+    throw fatal_error("can't read a file '" + std::string(temporary_file) +
+                      "'\n");
+}
+
 void rewrite_pattern_file(const ksstack *tags, const label_set *ls,
                           const char *pattern_file) {
   file_text text = read_file(pattern_file);
   const file_ptr temporary = open_temporary();
   int size = line_buffer::first_size; // grown by the first pass, kept after it
   filter_patterns(text, tags, ls, &size, temporary.get());
-  flush_output(temporary.get(), temporary_file);
-  rewind(temporary.get());
+  start_reading(temporary.get());
   text = read_text(temporary.get(), temporary_file);
   file_ptr patterns(open_file(pattern_file, "w"));
   text_lines lines(text);
@@ -233,8 +240,7 @@ void filter_id_lines(const ksstack *tags, const char *file) {
       fputs(line.text, temporary.get());
   }
   check_read(lines.get(), file);
-  flush_output(temporary.get(), temporary_file);
-  rewind(temporary.get());
+  start_reading(temporary.get());
   lines.reset();
   lines.reset(open_file(file, "w"));
   copy_bytes(temporary.get(), lines.get());
