@@ -23,8 +23,8 @@ class Ends(unittest.TestCase):
             faults.complete_patterns(faults.undisturbed(other).files["db.fp"])
             for other in (words, all_patterns)
         ]
-        writes = [c for c in faults.calls_of(words) if c.name == "write"]
-        for n in range(1, len(writes) + 1):
+        writes = faults.calls_of(words, "write")
+        for n, _ in writes:
             number = SIGNALS[n % len(SIGNALS)]
             fault = f"write:signal={number.name}:when={n}"
             with self.subTest(fault=fault):

@@ -13,7 +13,6 @@ import subprocess
 import sys
 import tempfile
 import unittest
-from collections.abc import Iterator
 from pathlib import Path
 from typing import Self
 
@@ -32,6 +31,8 @@ RUNS = {
 
 STDOUT = "standard output"
 TEMPORARY = "temporary file"
+OURS = OUTPUTS | {INPUT, STDOUT, TEMPORARY}  # a sanitizer has files of its own
+REPORT = "kestro-report-"  # what the names of files that get reports begin with
 
 Files = dict[str, bytes]
 
@@ -47,14 +48,6 @@ class Ended:
 
     def results(self) -> tuple[bytes, Files]:
         return self.out, self.files
-
-
-@dataclasses.dataclass(frozen=True)
-class Call:
-    """A system call of a traced run."""
-
-    name: str
-    target: str  # the file as messages name it
 
 
 class Programs:
@@ -117,19 +110,21 @@ class Folder:
         **how: object,
     ) -> Ended:
         """Run the program, or a copy of it, behind the words of one that starts it."""
-        settings = {"stdout": subprocess.PIPE, "env": environment(), **how}
-        ended = subprocess.run(
-            [*before, str(program or Programs.kestro), *words],
-            cwd=self.path,
-            stdin=subprocess.DEVNULL,
-            stderr=subprocess.PIPE,
-            timeout=SECONDS,
-            check=False,
-            **settings,
-        )
+        with tempfile.NamedTemporaryFile(prefix=REPORT) as report:
+            settings = {"stdout": report, "env": environment(), **how}
+            ended = subprocess.run(
+                [*before, str(program or Programs.kestro), *words],
+                cwd=self.path,
+                stdin=subprocess.DEVNULL,
+                stderr=subprocess.PIPE,
+                timeout=SECONDS,
+                check=False,
+                **settings,
+            )
+            out = Path(report.name).read_bytes()
         return Ended(
             ended.returncode,
-            masked(ended.stdout or b""),
+            masked(out),
             ended.stderr.decode(errors="replace"),
             read_files(self.path),
         )
@@ -147,42 +142,43 @@ def undisturbed(words: list[str]) -> Ended:
     return ended
 
 
-def injecting(fault: str, trace: str = "/dev/null") -> tuple[str, ...]:
-    """The words that start a program with a fault in its system calls."""
-    return (
-        "strace",
-        "-qq",
-        "-y",
-        "-o",
-        trace,
-        "-e",
-        "trace=write,close",
-        "-e",
-        f"inject={fault}",
-    )
+def tracing(trace: str, calls: str, *more: str) -> tuple[str, ...]:
+    """The words that start a program whose calls are noted in the file trace."""
+    return ("strace", "-qq", "-y", "-o", trace, "-e", f"trace={calls}", *more)
 
 
-def calls_of(words: list[str]) -> list[Call]:
-    """The calls of write and close of an undisturbed run, in order."""
+def injecting(fault: str) -> tuple[str, ...]:
+    """The words that start a program with a fault, "CALL:...", in its calls."""
+    call = fault.partition(":")[0]
+    return tracing("/dev/null", call, "-e", f"inject={fault}")
+
+
+def calls_of(words: list[str], call: str) -> list[tuple[int, str]]:
+    """An undisturbed run's calls of that name: number and file, as messages name it."""
     with Folder() as folder, tempfile.NamedTemporaryFile("r") as trace:
-        # An injection that never comes, so that all runs are traced alike.
-        folder.run(*words, before=injecting("write:error=EIO:when=65535", trace.name))
-        return list(parse_calls(trace.read()))
+        folder.run(*words, before=tracing(trace.name, call))
+        lines = [line for line in trace.read().splitlines() if line.startswith(call)]
+    numbered = enumerate(map(target_of, lines), 1)
+    return [(n, target) for n, target in numbered if target in OURS]
 
 
-def parse_calls(trace: str) -> Iterator[Call]:
-    for line in trace.splitlines():
-        found = re.match(r"(write|close)\((\d+)(?:<(.*?)>(\(deleted\))?)?[,)]", line)
-        if found:
-            call, fd, path, deleted = found.groups()
-            if fd == "1" or (path or "").startswith("pipe:"):
-                yield Call(call, STDOUT)
-            else:
-                yield Call(call, TEMPORARY if deleted else Path(path or "").name)
+def target_of(call: str) -> str:
+    found = re.match(r"\w+\((\d+)(?:<(.*?)>(\(deleted\))?)?[,)]", call)
+    if not found:
+        return ""  # of a call that is not about an open file
+    fd, path, deleted = found.groups()
+    name = Path(path or "").name
+    if fd == "1" or name.startswith(REPORT):
+        return STDOUT
+    return TEMPORARY if deleted else name
 
 
 def cannot_write(name: str) -> str:
     return f"can't write a file '{name}'\n"
+
+
+def cannot_read(name: str) -> str:
+    return f"can't read a file '{name}'\n"
 
 
 def cannot_open(name: str) -> str:

@@ -115,7 +115,7 @@ class SizeLimit(unittest.TestCase):
         sizes = [
             len(plain.files[name]) for name in plain.files if name in faults.OUTPUTS
         ]
-        names = [*faults.OUTPUTS, faults.TEMPORARY]
+        names = [*faults.OUTPUTS, faults.TEMPORARY, faults.STDOUT]
         for limit in [0, 1, 100, 4095, 4096, 4097, *(size - 1 for size in sizes)]:
             with self.subTest(limit=limit):
                 ended = self.run_limited(limit, words)

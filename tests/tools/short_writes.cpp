@@ -1,12 +1,16 @@
-// Runs a program whose every write of several bytes is cut to half of them:
+// Runs a program whose every write of several bytes to a file is cut to half of
+// them:
 //
 //   short_writes PROGRAM [ARGUMENT ...]
 //
+// Writes to pipes are left alone: a sanitizer looks by them whether memory can
+// be read.
 // The exit status is the program's; 99 when it cannot be traced or is ended by
 // a signal.
 
 #include <elf.h>
 #include <sys/ptrace.h>
+#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/uio.h>
 #include <sys/user.h>
@@ -14,26 +18,37 @@
 #include <unistd.h>
 
 #include <csignal>
+#include <cstdio>
 
 static constexpr int failed = 99;
 static constexpr int at_call = SIGTRAP | 0x80; // PTRACE_O_TRACESYSGOOD
 
 #if defined(__x86_64__)
 static auto &number_of(user_regs_struct &r) { return r.orig_rax; }
+static auto &descriptor_of(user_regs_struct &r) { return r.rdi; }
 static auto &length_of(user_regs_struct &r) { return r.rdx; }
 #elif defined(__aarch64__)
 static auto &number_of(user_regs_struct &r) { return r.regs[8]; }
+static auto &descriptor_of(user_regs_struct &r) { return r.regs[0]; }
 static auto &length_of(user_regs_struct &r) { return r.regs[2]; }
 #else
-#error "which registers hold a system call's number and third argument?"
+#error "which registers hold a system call's number and its arguments?"
 #endif
+
+static bool is_file(pid_t process, int descriptor) {
+  char name[64];
+  snprintf(name, sizeof name, "/proc/%d/fd/%d", process, descriptor);
+  struct stat status;
+  return stat(name, &status) == 0 && S_ISREG(status.st_mode);
+}
 
 // At the entry to a system call.
 static void shorten_write(pid_t traced) {
   user_regs_struct registers;
   iovec all = {&registers, sizeof registers};
   if (ptrace(PTRACE_GETREGSET, traced, NT_PRSTATUS, &all) ||
-      number_of(registers) != SYS_write || length_of(registers) < 2)
+      number_of(registers) != SYS_write || length_of(registers) < 2 ||
+      !is_file(traced, static_cast<int>(descriptor_of(registers))))
     return;
   length_of(registers) /= 2;
   ptrace(PTRACE_SETREGSET, traced, NT_PRSTATUS, &all);
