@@ -5,9 +5,13 @@ refuted without a search where it lacks what every occurrence needs: as many
 edges of each type (labels of the edge and of its ends), and as many vertices
 whose edges include those of a vertex of the pattern, label by label.  These are
 proofs as well.  What they leave is searched by igraph's VF2, which finds
-subgraphs that need not be induced, with colours for labels.  VF2 takes the
-pattern's vertices in the order of their numbers, as far as they hang together,
-so the pattern is handed over renumbered, its rarest vertex first.
+subgraphs that need not be induced, with colours for labels.
+
+Two things keep VF2 from trying the like again and again.  It takes the pattern's
+vertices in the order of their numbers, as far as they hang together, so the
+pattern is handed over renumbered, its rarest vertex first, its leaves last.  And
+of vertices of a transaction that are joined alike no more are handed over than
+the pattern has vertices, since each can stand for the others.
 """
 
 import functools
@@ -64,7 +68,7 @@ class Database:
         self.graphs = graphs
         self.all = (1 << len(graphs)) - 1
         self.searches = 0  # by VF2
-        self._targets: list[tuple[igraph.Graph, dict] | None] = [None] * len(graphs)
+        self._targets: dict[tuple[int, int], tuple[igraph.Graph, dict]] = {}
         self._types: dict[tuple[int, int, int], _Counts] = {}
         self._stars: dict[int, dict[Star, Counter[int]]] = {}  # by vertex label
         self._covering: dict[Needs, _Counts] = {}
@@ -133,22 +137,9 @@ class Database:
         return self.containing(pattern, bits, least) != 0
 
     def _query(self, pattern: Graph) -> tuple[igraph.Graph, dict]:
-        """The pattern as VF2 takes it: breadth first from the rarest vertex."""
-        rarity = self._vertex_count
-        start = min(
-            range(len(pattern.vlabel)),
-            key=lambda u: (rarity[pattern.vlabel[u]], -len(pattern.adj[u])),
-        )
-        order = [start]
-        place = {start: 0}
-        for u in order:
-            for w in sorted(
-                pattern.adj[u],
-                key=lambda w: (rarity[pattern.vlabel[w]], -len(pattern.adj[w])),
-            ):
-                if w not in place:
-                    place[w] = len(order)
-                    order.append(w)
+        """The pattern as VF2 takes it."""
+        order = self._search_order(pattern)
+        place = {u: position for position, u in enumerate(order)}
         edges = list(pattern.edges())
         colours = {}
         if not self._one_vertex_label:
@@ -158,10 +149,29 @@ class Database:
         joined = [(place[u], place[w]) for u, w, _ in edges]
         return igraph.Graph(len(order), joined), colours
 
-    def _target(self, tid: int) -> tuple[igraph.Graph, dict]:
-        known = self._targets[tid]
+    def _search_order(self, pattern: Graph) -> list[int]:
+        """Breadth first from the rarest vertex, then the leaves."""
+
+        def rarity(u: int) -> tuple[int, int]:
+            return self._vertex_count[pattern.vlabel[u]], -len(pattern.adj[u])
+
+        inner = {u for u, near in enumerate(pattern.adj) if len(near) > 1}
+        order = [min(inner or range(len(pattern.adj)), key=rarity)]
+        met = set(order)
+        for u in order:
+            for w in sorted(pattern.adj[u], key=rarity):
+                if w in inner and w not in met:
+                    met.add(w)
+                    order.append(w)
+        leaves = [u for u in range(len(pattern.adj)) if u not in met]
+        return order + sorted(leaves, key=rarity)
+
+    def _target(self, tid: int, most: int) -> tuple[igraph.Graph, dict]:
+        """The transaction as VF2 takes it, for a pattern of at most so many
+        vertices."""
+        known = self._targets.get((tid, most))
         if known is None:
-            g = self.graphs[tid]
+            g = self._with_few_twins(tid, most)
             edges = list(g.edges())
             colours = {}
             if not self._one_vertex_label:
@@ -169,11 +179,28 @@ class Database:
             if not self._one_edge_label:
                 colours["edge_color1"] = [label for _, _, label in edges]
             graph = igraph.Graph(len(g.vlabel), [(u, w) for u, w, _ in edges])
-            known = self._targets[tid] = graph, colours
+            known = self._targets[tid, most] = graph, colours
         return known
+
+    def _with_few_twins(self, tid: int, most: int) -> Graph:
+        g = self.graphs[tid]
+        alike: Counter[tuple] = Counter()
+        place: dict[int, int] = {}
+        for u, near in enumerate(g.adj):
+            kind = g.vlabel[u], tuple(sorted(near.items()))
+            alike[kind] += 1
+            if alike[kind] <= most:
+                place[u] = len(place)
+        if len(place) == len(g.adj):
+            return g
+        return Graph(
+            [g.vlabel[u] for u in place],
+            [{place[w]: label for w, label in g.adj[u].items() if w in place} for u in place],
+        )
 
     def _holds(self, tid: int, query: tuple[igraph.Graph, dict]) -> bool:
         self.searches += 1
-        target, colours1 = self._target(tid)
         pattern, colours2 = query
+        # Rounded up, so that few kinds of one transaction are kept.
+        target, colours1 = self._target(tid, -(-pattern.vcount() // 8) * 8)
         return target.subisomorphic_vf2(pattern, **colours1, **colours2)
