@@ -81,17 +81,17 @@ def check_run(request: Request) -> Outcome:
     except report.NoHead as error:
         findings.add("wrong-header", str(error))
         return Outcome(findings, len(blocks), None, labels)
-    patterns = read_patterns(blocks, "pattern", labels, settings.maximal, findings)
-    files = RunFiles(comments, patterns, None, None, None)
+    names, patterns = read_patterns(blocks, "pattern", labels, settings.maximal, findings)
+    files = RunFiles(comments, names, patterns, None, None, None)
     if settings.tid_list:
         files.tids = read_tids(Path(base + ".tid"), findings)
     if settings.pc_list:
         files.parents = read_parents(Path(base + ".pc"), findings)
     _, blocks = read_candidates(Path(base + ".c.g"), findings)
     if blocks is not None:
-        files.candidates = read_patterns(blocks, "candidate", labels, False, findings)
+        _, files.candidates = read_patterns(blocks, "candidate", labels, False, findings)
     _Check(request, read, files, settings, findings, labels).run()
-    return Outcome(findings, len(patterns), files, labels)
+    return Outcome(findings, len(names), files, labels)
 
 
 def read_candidates(path: Path, findings: Findings) -> tuple[list[str], list | None]:
@@ -165,7 +165,7 @@ class _Check:
         ):
             if wanted and lines is None:
                 self._findings.add("missing-line", f"{what}: there is no file")
-            match_names(self._files.patterns, lines, what, self._findings)
+            match_names(self._files.names, lines, what, self._findings)
 
     # Levels
 
@@ -436,7 +436,7 @@ class _Check:
         facts = report.Facts(read.graphs, read.vertex_labels, read.edge_labels)
         if self._request.label_file is not None:
             facts.vertex_labels, facts.edge_labels = read_label_file(self._request.label_file)
-        counts = Counter(pattern.name[0] for pattern in self._files.patterns)
+        counts = Counter(size for size, _ in self._files.names)
         candidates = None
         if self._files.candidates is not None:
             candidates = Counter(candidate.name[0] for candidate in self._files.candidates)

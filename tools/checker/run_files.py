@@ -26,6 +26,7 @@ class Pattern:
 @dataclasses.dataclass
 class RunFiles:
     comments: list[str]  # of the pattern file, in its order, without "# "
+    names: list[Name]  # of all patterns, those that cannot be read, too
     patterns: list[Pattern]
     tids: dict[Name, list[int]] | None  # None: there is no such file
     parents: dict[Name, list[Name]] | None
@@ -104,8 +105,10 @@ def _known(numbers: dict[bytes, int], label: bytes) -> int:
 
 
 def read_patterns(blocks: list[_Block], what: str, labels: Labels, gaps: bool,
-                  findings: Findings) -> list[Pattern]:
-    """All patterns, with names in order: 0, 1, ... of each size, or with gaps."""
+                  findings: Findings) -> tuple[list[Name], list[Pattern]]:
+    """All patterns, with names in order: 0, 1, ... of each size, or with gaps.
+    There are more names than patterns where some cannot be read."""
+    names = []
     patterns = []
     before: Name = (0, -1)
     for block in blocks:
@@ -119,9 +122,10 @@ def read_patterns(blocks: list[_Block], what: str, labels: Labels, gaps: bool,
         if not in_order:
             findings.add("wrong-id", f"{what}: {name_text(name)} after {name_text(before)}")
         before = name
+        names.append(name)
         if pattern is not None:
             patterns.append(pattern)
-    return patterns
+    return names, patterns
 
 
 def read_lines(path: Path, findings: Findings) -> dict[Name, list[bytes]] | None:
@@ -178,13 +182,12 @@ def read_parents(path: Path, findings: Findings) -> dict[Name, list[Name]] | Non
     return parents
 
 
-def match_names(patterns: list[Pattern], lines: dict | None, what: str,
+def match_names(names: list[Name], lines: dict | None, what: str,
                 findings: Findings) -> None:
     """Every pattern has its line, and no other has one."""
     if lines is None:
         return
-    names = {pattern.name for pattern in patterns}
-    for name in sorted(names - lines.keys()):
+    for name in sorted(set(names) - lines.keys()):
         findings.add("missing-line", f"{what}: {name_text(name)}")
-    for name in sorted(lines.keys() - names):
+    for name in sorted(lines.keys() - set(names)):
         findings.add("extra-line", f"{what}: {name_text(name)}")
