@@ -55,7 +55,7 @@ def vertices_moved(case: Case, dice: random.Random) -> Change:
     change = unchanged(case)
     moved = [renumbered(t, dice) for t in case.transactions]
     for t in moved:
-        t.ids = dice.sample(range(-50, 1000), len(t.vertices))
+        t.ids = dice.sample(range(-500, 500), len(t.vertices))
     change.case.transactions = moved
     return change
 
@@ -144,29 +144,36 @@ def compare(program: Path, case: Case, kind: str, seed: int) -> Verdict:
     except RunFailed as failed:
         return Verdict(failed.problem)
     graphs: dict[Certificate, Graph] = {}
+    return differences(case, change, outcomes, kind)
+
+
+def differences(case: Case, change: Change, outcomes: list[Outcome], kind: str) -> Verdict:
+    """What two runs find, each proved by itself, in comparison."""
+    verdict = Verdict(None, outcomes[0].patterns)
+    for outcome in outcomes:
+        if outcome.findings.lines:
+            verdict.problem = Problem(*outcome.findings.lines[0])
+            return verdict
+    graphs: dict[Certificate, Graph] = {}
     first = found(outcomes[0], unchanged(case), outcomes[0].labels, graphs)
     second = found(outcomes[1], change, outcomes[0].labels, graphs)
-    verdict = Verdict(None, outcomes[0].patterns)
     for shape in first.keys() | second.keys():
-        if sorted(first.get(shape, [])) == sorted(second.get(shape, [])):
+        one, two = first.get(shape, []), second.get(shape, [])
+        if sorted(one) == sorted(two):
             continue
-        same = set(first.get(shape, [])) == set(second.get(shape, []))
-        if limit_may_explain(graphs[shape], shape in first and shape in second and not same,
-                             case.threshold()):
+        other_tids = bool(one and two) and set(one) != set(two)
+        if not other_tids and limit_may_explain(graphs[shape], case.threshold()):
             verdict.limits += 1
         elif verdict.problem is None:
-            verdict.problem = Problem(
-                f"differs-{kind}",
-                f"{graphs[shape]}\n  first {first.get(shape)}\n  then  {second.get(shape)}",
-            )
+            text = f"{graphs[shape]}\n  first {one}\n  then  {two}"
+            verdict.problem = Problem(f"differs-{kind}", text)
     return verdict
 
 
 def found(outcome: Outcome, change: Change, labels: Labels,
           graphs: dict[Certificate, Graph]) -> Found:
     """What a run lists, in the numbers and labels of the first database."""
-    if outcome.files is None:
-        raise RunFailed(Problem("files", "no report"))
+    assert outcome.files is not None  # else there is a finding
     vertex = translation(outcome.labels.vertex, labels.vertex, change.vertex_labels)
     edge = translation(outcome.labels.edge, labels.edge, change.edge_labels)
     listed: Found = {}
@@ -195,10 +202,8 @@ def translation(numbers: dict[bytes, int], wanted: dict[bytes, int],
     }
 
 
-def limit_may_explain(g: Graph, other_tids: bool, threshold: int) -> bool:
-    """Whether g or a part of it may have several forms; TIDs are never so."""
-    if other_tids:
-        return False
+def limit_may_explain(g: Graph, threshold: int) -> bool:
+    """Whether g or a part of it may have several forms."""
     waiting = [g]
     met = {certificate(g)}
     while waiting:

@@ -11,22 +11,25 @@ MOST_TRIES = 3000
 def shrink(case: Case, fails: Callable[[Case], bool]) -> Case:
     """A case no larger, on which fails() is true, as it is on this one."""
     tries = 0
-    smaller = True
-    while smaller:
-        smaller = False
-        for attempt in steps(case):
+    steps = [fewer_transactions, simpler_options, merged_labels, smaller_transactions]
+    at = 0  # steps that have led nowhere since one has led on
+    while at < len(steps):
+        for attempt in steps[0](case):
             tries += 1
             if tries > MOST_TRIES:
                 return case
             if fails(attempt):
                 case = attempt
-                smaller = True
+                at = 0
                 break
+        else:
+            steps.append(steps.pop(0))
+            at += 1
     return case
 
 
-def steps(case: Case) -> Iterator[Case]:
-    """Smaller cases, the boldest steps first."""
+def fewer_transactions(case: Case) -> Iterator[Case]:
+    """Without some of them, many first."""
     n = len(case.transactions)
     length = n // 2
     while length:
@@ -35,13 +38,6 @@ def steps(case: Case) -> Iterator[Case]:
                 case, case.transactions[:first] + case.transactions[first + length:]
             )
         length //= 2
-    yield from simpler_options(case)
-    yield from merged_labels(case)
-    for i, t in enumerate(case.transactions):
-        for smaller in smaller_transactions(t):
-            yield with_transactions(
-                case, [*case.transactions[:i], smaller, *case.transactions[i + 1:]]
-            )
 
 
 def with_transactions(case: Case, transactions: list[Transaction]) -> Case:
@@ -79,8 +75,20 @@ def merged_labels(case: Case) -> Iterator[Case]:
         )
 
 
-def smaller_transactions(t: Transaction) -> Iterator[Transaction]:
-    """Without a vertex and its edges, or without an edge."""
+def smaller_transactions(case: Case) -> Iterator[Case]:
+    """One of them without half of its edges, a vertex, or an edge."""
+    for i, t in enumerate(case.transactions):
+        for smaller in parts(t):
+            yield with_transactions(
+                case, [*case.transactions[:i], smaller, *case.transactions[i + 1:]]
+            )
+
+
+def parts(t: Transaction) -> Iterator[Transaction]:
+    half = len(t.edges) // 2
+    if half > 1:
+        yield Transaction(t.vertices, t.edges[:half], t.ids)
+        yield Transaction(t.vertices, t.edges[half:], t.ids)
     for gone in range(len(t.vertices)):
         edges = [
             (u - (u > gone), w - (w > gone), label)
