@@ -3,8 +3,8 @@
 
     check_run.py [OPTION ...] FILE
 
-FILE is the input; the .fp beside it, and the .tid, .pc and .c.g where the run
-wrote them, are read, and no code of the program is used: occurrences are found
+FILE is the input; the .fp beside it, the .tid and .pc that it names, and a .c.g,
+which is taken to be of the same run, are read, and no code of the program is used: occurrences are found
 by igraph's VF2, isomorphic patterns told by its BLISS.  Proved are
 
 - the form of every file, the ids, the numbering of vertices;
@@ -43,25 +43,22 @@ def arguments() -> argparse.Namespace:
         description="Prove a finished run of kestro, from its input and its files alone."
     )
     parser.add_argument("file", type=Path, metavar="FILE", help="the input of the run")
-    parser.add_argument(
-        "--report", type=Path, metavar="REPORT", help="what the run printed"
-    )
+    parser.add_argument("--report", type=Path, metavar="REPORT", help="what the run printed")
     parser.add_argument(
         "--labels", type=Path, metavar="LABELS", help="the label file that it loaded"
     )
-    parser.add_argument(
-        "--support", type=float, help="its -s, of which the report shows one digit"
-    )
+    parser.add_argument("--support", type=float, help="its -s, of which the report shows one digit")
     parser.add_argument(
         "--stabilizer-threshold", type=int, default=5, help="its own; 5 when not given"
     )
     parser.add_argument(
-        "--budget", type=int, default=Request.budget, metavar="N",
+        "--budget",
+        type=int,
+        default=Request.budget,
+        metavar="N",
         help="look at N extensions at most (%(default)s)",
     )
-    parser.add_argument(
-        "--complete", action="store_true", help="look at all extensions"
-    )
+    parser.add_argument("--complete", action="store_true", help="look at all extensions")
     return parser.parse_args()
 
 

@@ -3,8 +3,6 @@
 is, and nothing has to be found in the files as they were.
 
     check_run_test.py PROGRAM
-
-The run is that of a small random database, which has patterns of several sizes.
 """
 
 import re
@@ -13,79 +11,11 @@ import subprocess
 import sys
 import tempfile
 import unittest
-from collections.abc import Callable
 from pathlib import Path
 
-HERE = Path(__file__).resolve().parent
-sys.path[:0] = [str(HERE.parents[1] / "tools"), str(HERE.parent / "random")]
+from planting import SUPPORT, Case, Findings, PlantedErrors, Run, Transaction
 
-import databases  # noqa: E402
-from checker.findings import Findings  # noqa: E402
-from checker.run_check import Request, check_run  # noqa: E402
-
-PROGRAM = Path(sys.argv.pop(1) if len(sys.argv) > 1 else "kestro").resolve()
-COMMAND = HERE.parents[1] / "tools" / "check_run.py"
-SEED = 14  # 28 patterns, up to seven edges
-SUPPORT = "40"
-
-
-class Run:
-    """The files of a run, in a scratch folder of its own."""
-
-    def __init__(self, options: list[str]) -> None:
-        self._scratch = tempfile.TemporaryDirectory(prefix="kestro-checker-")
-        self.folder = Path(self._scratch.name)
-        self.input = self.folder / "db.txt"
-        self.input.write_text(databases.random_case(SEED).text())
-        ran = subprocess.run(
-            [PROGRAM, "-s", SUPPORT, *options, "db.txt"],
-            cwd=self.folder, capture_output=True, check=True,
-        )
-        self.output = ran.stdout
-
-    def close(self) -> None:
-        self._scratch.cleanup()
-
-    def read(self, suffix: str) -> list[str]:
-        return (self.folder / f"db.{suffix}").read_text().splitlines()
-
-    def write(self, suffix: str, lines: list[str]) -> None:
-        text = "".join(line + "\n" for line in lines)
-        (self.folder / f"db.{suffix}").write_text(text)
-
-    def edit(self, suffix: str, change: Callable[[list[str]], list[str]]) -> None:
-        self.write(suffix, change(self.read(suffix)))
-
-    def replace(self, suffix: str, pattern: str, by: str | Callable[[re.Match], str]) -> None:
-        """Replace the first match, of which there has to be one."""
-        path = self.folder / f"db.{suffix}"
-        text, count = re.subn(pattern, by, path.read_text(), count=1, flags=re.MULTILINE)
-        assert count == 1, f"nothing like {pattern} in {suffix}"
-        path.write_text(text)
-
-    def check(self, **more: object) -> Findings:
-        request = Request(self.input, output=self.output, support=float(SUPPORT), budget=None)
-        for name, value in more.items():
-            setattr(request, name, value)
-        return check_run(request).findings
-
-
-class PlantedErrors(unittest.TestCase):
-    options = ["-t", "-p", "--candidates"]
-
-    def setUp(self) -> None:
-        self.run_files = Run(self.options)
-        self.addCleanup(self.run_files.close)
-
-    def names(self) -> list[str]:
-        return [line.split(" ")[0] for line in self.run_files.read("tid")]
-
-    def expect(self, *kinds: str, **more: object) -> list[str]:
-        """Exactly these kinds are found; the findings."""
-        found = self.run_files.check(**more)
-        self.assertEqual(set(found.kinds()), set(kinds), found.lines[:5])
-        self.assertEqual(found.limits, [])
-        return [f"{kind} {text}" for kind, text in found.lines]
+COMMAND = Path(__file__).resolve().parents[2] / "tools" / "check_run.py"
 
 
 class PlainRun(PlantedErrors):
@@ -154,51 +84,11 @@ class PlainRun(PlantedErrors):
         )
         assert block is not None
         for suffix in ("tid", "pc"):
-            self.run_files.edit(
-                suffix, lambda lines: [*lines, lines[-1].replace(name, again, 1)]
-            )
+            self.run_files.edit(suffix, lambda lines: [*lines, lines[-1].replace(name, again, 1)])
         text = block[0] + block[0].replace(name, again, 1)
         self.run_files.replace("fp", re.escape(block[0]), lambda _: text)
         self.change_table(name, +1)
         self.expect("isomorphic-pair", output=None)
-
-    def change_table(self, name: str, by: int) -> None:
-        """Let the pattern file's foot count more or fewer of that size."""
-
-        def more(match: re.Match) -> str:
-            return f"{match[1]}{int(match[2]) + by:<{len(match[2] + match[3])}d}"
-
-        size = name.split("-")[0]
-        self.run_files.replace("fp", rf"^(#   {size} +(?:\d+ +)?)(\d+)( +)$", more)
-        self.run_files.replace("fp", r"(Patterns Found: +)(\d+)()$", more)
-        generated = int(size) > 2 and by > 0
-        if generated:
-            self.run_files.replace("fp", rf"^(#   {size} +)(\d+)( +)(?=\d)", more)
-            self.run_files.replace("fp", r"(Candidates Generated: +)(\d+)()$", more)
-            (self.run_files.folder / "db.c.g").unlink()
-
-    def drop_pattern(self, name: str) -> None:
-        for suffix in ("tid", "pc"):
-            self.run_files.edit(
-                suffix, lambda lines: [x for x in lines if x.split(" ")[0] != name]
-            )
-        self.run_files.replace("fp", rf"^t # {name},.*\n(?:[vu] .*\n)*", "")
-
-    def close_gap(self, dropped: str) -> None:
-        """Count the ids of that size on as if that one had never been."""
-        size, gone = map(int, dropped.split("-"))
-
-        def lower(match: re.Match) -> str:
-            number = int(match[1])
-            return f"{size}-{number - (number > gone)}"
-
-        for suffix in ("fp", "tid", "pc"):
-            head = "t # " if suffix == "fp" else ""
-            lines = [
-                re.sub(rf"(?<![\w-]){size}-(\d+)\b", lower, x) if x.startswith(head) else x
-                for x in self.run_files.read(suffix)
-            ]
-            self.run_files.write(suffix, lines)
 
     def test_pattern_missing(self) -> None:
         """One that is nobody's parent, so that nothing else betrays it."""
@@ -246,9 +136,11 @@ class PlainRun(PlantedErrors):
         text = "\n".join(self.run_files.read("fp"))
         edge = re.search(r"^v 0 (\S+)\nv 1 (\S+)\nu 0 1 (\S+)$", text, re.MULTILINE)
         assert edge is not None
-        apart = f"t # {name}, 9\n" + "".join(
-            f"v {i} {edge[1 + i % 2]}\n" for i in range(4)
-        ) + f"u 0 1 {edge[3]}\nu 2 3 {edge[3]}\n"
+        apart = (
+            f"t # {name}, 9\n"
+            + "".join(f"v {i} {edge[1 + i % 2]}\n" for i in range(4))
+            + f"u 0 1 {edge[3]}\nu 2 3 {edge[3]}\n"
+        )
         self.run_files.replace("fp", r"^t # 3-0,", lambda m: apart + m[0])
         for suffix in ("tid", "pc"):
             line = f"{name} 0" if suffix == "tid" else f"{name} 1-0"
@@ -307,8 +199,14 @@ class PlainRun(PlantedErrors):
                 self.run_files.write("fp", before)
 
     def test_wrong_header_facts(self) -> None:
-        facts = ("Input Transactions", "Distinct Edge Labels", "Distinct Vertex Labels",
-                 "Edges In a Transaction", "Vertices In a Transaction", "Frequent Pattern File")
+        facts = (
+            "Input Transactions",
+            "Distinct Edge Labels",
+            "Distinct Vertex Labels",
+            "Edges In a Transaction",
+            "Vertices In a Transaction",
+            "Frequent Pattern File",
+        )
         for fact in facts:
             with self.subTest(fact):
                 before = self.run_files.read("fp")
@@ -371,7 +269,8 @@ class MaximalRun(PlantedErrors):
         for suffix in ("tid", "pc"):
             line = next(x for x in plain.read(suffix) if x.split(" ")[0] == name)
             self.run_files.edit(
-                suffix, lambda lines: sorted([*lines, line], key=lambda x: self.key(x.split(" ")[0]))
+                suffix,
+                lambda lines: sorted([*lines, line], key=lambda x: self.key(x.split(" ")[0])),
             )
 
         def more(match: re.Match) -> str:
@@ -404,6 +303,34 @@ class MaximalRun(PlantedErrors):
         """Their records are not there, but their number is known."""
         self.run_files.replace("pc", r"^((?:[2-9]|\d\d)-\d+ .*) \S+$", r"\1")
         self.expect("missing-parent")
+
+
+class KnownLimit(unittest.TestCase):
+    """Three vertices joined with three others, a perfect matching with another
+    label: nine edges whose form depends on the order of the vertices."""
+
+    def check(self, *options: str, **more: object) -> Findings:
+        edges = [(u, 3 + w, "y" if u == w else "x") for u in range(3) for w in range(3)]
+        files = Run(list(options), Case([Transaction(["A"] * 6, edges)], SUPPORT, []))
+        self.addCleanup(files.close)
+        return files.check(**more)
+
+    def test_pair_is_counted_apart(self) -> None:
+        found = self.check("-t", "-p", "--candidates")
+        self.assertEqual(found.lines, [])
+        self.assertEqual([kind for kind, _ in found.limits], ["isomorphic-pair"] * 2)
+
+    def test_pair_of_maximal_patterns(self) -> None:
+        found = self.check("-t", "-x")
+        self.assertEqual(found.lines, [])
+        self.assertEqual(found.limits, [("isomorphic-pair", "9-1 and 9-0")])
+
+    def test_no_excuse_where_all_orders_are_tried(self) -> None:
+        """The files of a run with one threshold, checked as those of another."""
+        found = self.check("-t", threshold=7)
+        self.assertEqual(found.lines, [("isomorphic-pair", "9-1 and 9-0")])
+        found = self.check("-t", "--stabilizer-threshold=7", threshold=7)
+        self.assertEqual((found.lines, found.limits), ([], []))
 
 
 class Command(unittest.TestCase):

@@ -62,9 +62,7 @@ class Certificates(unittest.TestCase):
         graphs = [small_graph(dice, 4) for _ in range(150)]
         shapes = [certificate(g) for g in graphs]
         for (g, a), (h, b) in itertools.combinations(zip(graphs, shapes), 2):
-            same = (
-                len(g.vlabel) == len(h.vlabel) and g.size() == h.size() and embeddings(g, h)
-            )
+            same = len(g.vlabel) == len(h.vlabel) and g.size() == h.size() and embeddings(g, h)
             self.assertEqual(a == b, same, (g, h))
 
     def test_do_not_depend_on_the_order(self) -> None:
@@ -138,9 +136,7 @@ class Growth(unittest.TestCase):
         for u, w, _ in chosen:
             place.setdefault(u, len(place))
             place.setdefault(w, len(place))
-        return graph(
-            [g.vlabel[u] for u in place], [(place[u], place[w], x) for u, w, x in chosen]
-        )
+        return graph([g.vlabel[u] for u in place], [(place[u], place[w], x) for u, w, x in chosen])
 
     def test_removable_edges_leave_a_connected_graph(self) -> None:
         dice = random.Random(5)
@@ -157,8 +153,20 @@ class Growth(unittest.TestCase):
 
 class Limits(unittest.TestCase):
     def test_where_the_form_may_vary(self) -> None:
-        prism = graph([0] * 6, [(0, 1, 0), (1, 2, 0), (0, 2, 0), (3, 4, 0), (4, 5, 0),
-                                (3, 5, 0), (0, 3, 0), (1, 4, 0), (2, 5, 0)])
+        prism = graph(
+            [0] * 6,
+            [
+                (0, 1, 0),
+                (1, 2, 0),
+                (0, 2, 0),
+                (3, 4, 0),
+                (4, 5, 0),
+                (3, 5, 0),
+                (0, 3, 0),
+                (1, 4, 0),
+                (2, 5, 0),
+            ],
+        )
         self.assertTrue(limits.form_may_vary(prism, 5))
         self.assertFalse(limits.form_may_vary(prism, 7))
 
@@ -174,9 +182,17 @@ class Limits(unittest.TestCase):
 class Report(unittest.TestCase):
     def test_support_is_rounded_to_the_nearest_count(self) -> None:
         for support, n, count in (
-            (2.5, 1000, 25), (5.0, 188, 9), (0.0, 50, 1), (-3.0, 50, 1), (250.0, 50, 50),
-            (50.0, 3, 2), (16.6, 3, 1), (100.0, 0, 1), (float("inf"), 7, 7),
-            (float("-inf"), 7, 1), (float("nan"), 7, 1),
+            (2.5, 1000, 25),
+            (5.0, 188, 9),
+            (0.0, 50, 1),
+            (-3.0, 50, 1),
+            (250.0, 50, 50),
+            (50.0, 3, 2),
+            (16.6, 3, 1),
+            (100.0, 0, 1),
+            (float("inf"), 7, 7),
+            (float("-inf"), 7, 1),
+            (float("nan"), 7, 1),
         ):
             self.assertEqual(report.support_count(support, n), count, (support, n))
 
@@ -189,8 +205,12 @@ class Report(unittest.TestCase):
         self.assertEqual(third, Fraction(0xAAAAAAAAAAAAAAAB, 2**65))
 
     def test_names_of_outputs(self) -> None:
-        for name, derived in (("a.txt", "a.fp"), ("run.d/graphs", "run.fp"),
-                              (".hidden", ".hidden.fp"), ("graphs", "graphs.fp")):
+        for name, derived in (
+            ("a.txt", "a.fp"),
+            ("run.d/graphs", "run.fp"),
+            (".hidden", ".hidden.fp"),
+            ("graphs", "graphs.fp"),
+        ):
             self.assertEqual(report.derived_name(name, ".fp"), derived)
 
 

@@ -63,8 +63,10 @@ class Case:
         vertex = {label for t in self.transactions for label in t.vertices} | {"0", "more"}
         edge = {label for t in self.transactions for _, _, label in t.edges} | {"~", "More"}
         head = f"# {len(edge)} edge labels, {len(vertex)} vertex labels\n"
-        return head + "".join(f"E {label}\n" for label in sorted(edge)) + "".join(
-            f"V {label}\n" for label in sorted(vertex)
+        return (
+            head
+            + "".join(f"E {label}\n" for label in sorted(edge))
+            + "".join(f"V {label}\n" for label in sorted(vertex))
         )
 
 
@@ -133,6 +135,21 @@ class Generator:
                 t.edges.append((u, w, self._edge[0]))
         return t
 
+    def matched(self, edges: int) -> Transaction:
+        """Four vertices all joined, or three with three others, a perfect
+        matching with another label, and leaves: here forms can vary."""
+        n = self._dice.choice([4, 4, 6])
+        t = Transaction([self._vertex[0]] * n, [])
+        for u in range(n):
+            for w in range(u):
+                if n == 4 or (u + w) % 2:
+                    alike = u // 2 == w // 2
+                    t.edges.append((u, w, self._edge[-1 if alike else 0]))
+        for _ in range(max(0, edges - len(t.edges))):
+            t.vertices.append(self._dice.choice(self._vertex))
+            self.join(t, self._dice.randrange(n), len(t.vertices) - 1)
+        return t
+
     def molecule(self, edges: int) -> Transaction:
         """A ring of six or five with pendant vertices and chains."""
         n = self._dice.choice([5, 6, 6])
@@ -181,6 +198,7 @@ FAMILIES = [
     (("ring", "regular"), 1, 1),
     (("regular",), 1, 1),
     (("ring", "regular", "star"), 2, 2),
+    (("matched",), 2, 2),
     (("molecule",), 4, 3),
     (("molecule", "tree", "ring"), 2, 1),
     (("sparse", "disconnected"), 12, 6),
@@ -219,7 +237,9 @@ def random_case(seed: int) -> Case:
     transactions = random_transactions(dice)
     n = len(transactions)
     count = random_count(dice, n)
-    support = dice.choice([f"{100 * count / n:.9f}", f"{100 * count / n:.1f}", str(100 // n * count)])
+    support = dice.choice(
+        [f"{100 * count / n:.9f}", f"{100 * count / n:.1f}", str(100 // n * count)]
+    )
     options = []
     if dice.random() < 0.7:
         options.append("-t")

@@ -16,10 +16,10 @@ import tempfile
 import unittest
 from pathlib import Path
 
-import trial  # makes the checker's modules known
 import databases
 import metamorphic
 import shrink
+import trial  # makes the checker's modules known
 from checker.report import support_count
 
 PROGRAM = Path(sys.argv.pop(1) if len(sys.argv) > 1 else "kestro").resolve()
@@ -66,7 +66,9 @@ class BrokenPrograms(unittest.TestCase):
         program.chmod(0o755)
         ran = subprocess.run(
             [sys.executable, DRIVER, program, "--keep", self.folder / "kept", *options],
-            capture_output=True, text=True, check=False,
+            capture_output=True,
+            text=True,
+            check=False,
         )
         self.assertEqual(ran.stderr, "")
         return ran.returncode, ran.stdout
@@ -158,8 +160,7 @@ class Guises(unittest.TestCase):
             )
 
     @staticmethod
-    def edges(edges: list[databases.Edge], vertices: list[str],
-              was: dict[str, str]) -> list[tuple]:
+    def edges(edges: list[databases.Edge], vertices: list[str], was: dict[str, str]) -> list[tuple]:
         return sorted(
             (*sorted((vertices[u], vertices[w])), was.get(label, label)) for u, w, label in edges
         )
@@ -176,8 +177,10 @@ class Guises(unittest.TestCase):
         right = metamorphic.Change(swapped, [0, 2, 1], {}, {})
         without = metamorphic.Change(fewer, [0, 1], {}, {})
         for made, told, wrong in (
-            (case, change, False), (swapped, right, False),
-            (swapped, change, True), (fewer, without, True),
+            (case, change, False),
+            (swapped, right, False),
+            (swapped, change, True),
+            (fewer, without, True),
         ):
             outcomes = [self.outcome(case), self.outcome(made)]
             verdict = metamorphic.differences(case, told, outcomes, "any")

@@ -63,8 +63,9 @@ def vertices_moved(case: Case, dice: random.Random) -> Change:
 def edges_moved(case: Case, dice: random.Random) -> Change:
     change = unchanged(case)
     for t in change.case.transactions:
-        t.edges = [(w, u, label) if dice.random() < 0.5 else (u, w, label)
-                   for u, w, label in t.edges]
+        t.edges = [
+            (w, u, label) if dice.random() < 0.5 else (u, w, label) for u, w, label in t.edges
+        ]
         dice.shuffle(t.edges)
     return change
 
@@ -143,7 +144,6 @@ def compare(program: Path, case: Case, kind: str, seed: int) -> Verdict:
                 outcomes.append(checked_run(program, each, folder)[0])
     except RunFailed as failed:
         return Verdict(failed.problem)
-    graphs: dict[Certificate, Graph] = {}
     return differences(case, change, outcomes, kind)
 
 
@@ -170,8 +170,9 @@ def differences(case: Case, change: Change, outcomes: list[Outcome], kind: str) 
     return verdict
 
 
-def found(outcome: Outcome, change: Change, labels: Labels,
-          graphs: dict[Certificate, Graph]) -> Found:
+def found(
+    outcome: Outcome, change: Change, labels: Labels, graphs: dict[Certificate, Graph]
+) -> Found:
     """What a run lists, in the numbers and labels of the first database."""
     assert outcome.files is not None  # else there is a finding
     vertex = translation(outcome.labels.vertex, labels.vertex, change.vertex_labels)
@@ -193,8 +194,9 @@ def found(outcome: Outcome, change: Change, labels: Labels,
     return listed
 
 
-def translation(numbers: dict[bytes, int], wanted: dict[bytes, int],
-                was: dict[str, str]) -> dict[int, int]:
+def translation(
+    numbers: dict[bytes, int], wanted: dict[bytes, int], was: dict[str, str]
+) -> dict[int, int]:
     """From the numbers of one run's labels to those of the first run."""
     return {
         number: wanted[was.get(label.decode(), label.decode()).encode()]

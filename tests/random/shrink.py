@@ -35,7 +35,7 @@ def fewer_transactions(case: Case) -> Iterator[Case]:
     while length:
         for first in range(0, n, length):
             yield with_transactions(
-                case, case.transactions[:first] + case.transactions[first + length:]
+                case, case.transactions[:first] + case.transactions[first + length :]
             )
         length //= 2
 
@@ -46,7 +46,7 @@ def with_transactions(case: Case, transactions: list[Transaction]) -> Case:
 
 def simpler_options(case: Case) -> Iterator[Case]:
     for i in range(len(case.options)):
-        yield dataclasses.replace(case, options=case.options[:i] + case.options[i + 1:])
+        yield dataclasses.replace(case, options=case.options[:i] + case.options[i + 1 :])
     if case.labels:
         yield dataclasses.replace(case, labels=False)
     if case.comments:
@@ -63,15 +63,20 @@ def merged_labels(case: Case) -> Iterator[Case]:
     for kept, gone in zip(vertex, vertex[1:]):
         yield with_transactions(
             case,
-            [Transaction([kept if x == gone else x for x in t.vertices], t.edges, t.ids)
-             for t in case.transactions],
+            [
+                Transaction([kept if x == gone else x for x in t.vertices], t.edges, t.ids)
+                for t in case.transactions
+            ],
         )
     for kept, gone in zip(edge, edge[1:]):
         yield with_transactions(
             case,
-            [Transaction(t.vertices, [(u, w, kept if x == gone else x) for u, w, x in t.edges],
-                         t.ids)
-             for t in case.transactions],
+            [
+                Transaction(
+                    t.vertices, [(u, w, kept if x == gone else x) for u, w, x in t.edges], t.ids
+                )
+                for t in case.transactions
+            ],
         )
 
 
@@ -80,7 +85,7 @@ def smaller_transactions(case: Case) -> Iterator[Case]:
     for i, t in enumerate(case.transactions):
         for smaller in parts(t):
             yield with_transactions(
-                case, [*case.transactions[:i], smaller, *case.transactions[i + 1:]]
+                case, [*case.transactions[:i], smaller, *case.transactions[i + 1 :]]
             )
 
 
@@ -91,11 +96,9 @@ def parts(t: Transaction) -> Iterator[Transaction]:
         yield Transaction(t.vertices, t.edges[half:], t.ids)
     for gone in range(len(t.vertices)):
         edges = [
-            (u - (u > gone), w - (w > gone), label)
-            for u, w, label in t.edges
-            if gone not in (u, w)
+            (u - (u > gone), w - (w > gone), label) for u, w, label in t.edges if gone not in (u, w)
         ]
-        ids = None if t.ids is None else t.ids[:gone] + t.ids[gone + 1:]
-        yield Transaction(t.vertices[:gone] + t.vertices[gone + 1:], edges, ids)
+        ids = None if t.ids is None else t.ids[:gone] + t.ids[gone + 1 :]
+        yield Transaction(t.vertices[:gone] + t.vertices[gone + 1 :], edges, ids)
     for i in range(len(t.edges)):
-        yield Transaction(t.vertices, t.edges[:i] + t.edges[i + 1:], t.ids)
+        yield Transaction(t.vertices, t.edges[:i] + t.edges[i + 1 :], t.ids)

@@ -1,11 +1,12 @@
 """An independent judge of finished runs: what tools/check_run.py is made of.
 
-    graphs        labelled graphs, and the reader of transaction files
-    certificates  isomorphism, by the canonical labelling of igraph
-    occurrences   which transactions contain a pattern, by the VF2 of igraph
-    run_files     what a run has written
-    report        the report's head, table and totals
-    limits        where the canonical form may depend on the incoming order
-    growth        the one-edge extensions of patterns, level by level
-    run_check     the order in which all of it is proved
+graphs        labelled graphs, and the reader of transaction files
+certificates  isomorphism, by the canonical labelling of igraph
+occurrences   which transactions contain a pattern, by the VF2 of igraph
+run_files     what a run has written
+report        the report's head, table and totals
+limits        where the canonical form may depend on the incoming order
+growth        the one-edge extensions of patterns, level by level
+levels        the patterns of each size: their transactions, and none missing
+run_check     a finished run, with all that rests on its levels
 """

@@ -42,4 +42,3 @@ def certificate(g: Graph) -> Certificate:
         cells.append(a * n + b if a < b else b * n + a)
     cells.sort()
     return tuple(arranged), tuple(cells)
-

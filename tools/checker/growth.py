@@ -143,8 +143,9 @@ class Growth:
             if self._left < 0:
                 raise BudgetSpent
 
-    def _pendant(self, g: Graph, bits: int, lowest: bool,
-                 vertices: list[int]) -> Iterator[tuple[Graph, int]]:
+    def _pendant(
+        self, g: Graph, bits: int, lowest: bool, vertices: list[int]
+    ) -> Iterator[tuple[Graph, int]]:
         """A new vertex at one of g."""
         for u in vertices:
             for label, other, having in self._kinds.get(g.vlabel[u], []):
@@ -162,8 +163,9 @@ class Growth:
                 self._spend()
                 yield grown, bound
 
-    def _closing(self, g: Graph, bits: int, lowest: bool,
-                 moves: list[list[int]]) -> Iterator[tuple[Graph, int]]:
+    def _closing(
+        self, g: Graph, bits: int, lowest: bool, moves: list[list[int]]
+    ) -> Iterator[tuple[Graph, int]]:
         """A new edge between two vertices of g."""
         leaves = {u for u, near in enumerate(g.adj) if len(near) == 1}
         met: set[tuple[int, int]] = set()
@@ -193,9 +195,7 @@ class Growth:
     def _is_lowest_pendant(self, g: Graph, new: int) -> bool:
         rank = self._pendant_rank(g, new)
         return all(
-            rank <= self._pendant_rank(g, leaf)
-            for leaf, near in enumerate(g.adj)
-            if len(near) == 1
+            rank <= self._pendant_rank(g, leaf) for leaf, near in enumerate(g.adj) if len(near) == 1
         )
 
     def _cycle_rank(self, g: Graph, u: int, w: int) -> tuple:

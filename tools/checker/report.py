@@ -189,8 +189,9 @@ def check_head(lines: list[str], expected: list[str], where: str, findings: Find
         findings.add("wrong-header", f"{where}: it ends early")
 
 
-def check_foot(lines: list[str], expected: Expected, where: str, live: bool,
-               findings: Findings) -> None:
+def check_foot(
+    lines: list[str], expected: Expected, where: str, live: bool, findings: Findings
+) -> None:
     """Table, totals and timing; a live table may leave out an empty last row,
     and its heading where size 1 is not shown."""
     rows: dict[int, tuple[int | None, int]] = {}
@@ -201,14 +202,18 @@ def check_foot(lines: list[str], expected: Expected, where: str, live: bool,
             candidates = int(match[2]) if match[2] else None
             rows[int(match[1])] = candidates, int(match[3])
         at += 1
-    heading = "  Size Frequent Patterns " if expected.settings.maximal \
+    heading = (
+        "  Size Frequent Patterns "
+        if expected.settings.maximal
         else "  Size Candidates Frequent Patterns "
+    )
     headed = bool(rows)
     if live and not expected.settings.maximal:
         headed = expected.settings.minsize < 2 and bool(rows)
     text = [heading] if headed else []
-    if lines[:at] != text + [row_text(size, row, expected.settings.maximal)
-                             for size, row in rows.items()]:
+    if lines[:at] != text + [
+        row_text(size, row, expected.settings.maximal) for size, row in rows.items()
+    ]:
         findings.add("wrong-table", f"{where}: not the form of a table")
     check_rows(rows, expected, where, findings)
     check_totals(lines[at:], rows, expected, where, live, findings)
@@ -221,8 +226,9 @@ def row_text(size: int, row: tuple[int | None, int], maximal: bool) -> str:
     return f"  {size:<4d} {column}{frequent:<17d} "
 
 
-def check_rows(rows: dict[int, tuple[int | None, int]], expected: Expected, where: str,
-               findings: Findings) -> None:
+def check_rows(
+    rows: dict[int, tuple[int | None, int]], expected: Expected, where: str, findings: Findings
+) -> None:
     frequent = expected.frequent
     first = max(1, expected.settings.minsize)
     last = max(frequent, default=first - 1)
@@ -245,16 +251,18 @@ def check_rows(rows: dict[int, tuple[int | None, int]], expected: Expected, wher
             findings.add("wrong-table", f"{where}: candidates of size {size}")
         elif candidates is not None:
             generated = (expected.candidates or {}).get(size, 0)
-            if candidates < found or (
-                expected.candidates is not None and candidates != generated
-            ):
-                findings.add(
-                    "wrong-table", f"{where}: {candidates} candidates of size {size}"
-                )
+            if candidates < found or (expected.candidates is not None and candidates != generated):
+                findings.add("wrong-table", f"{where}: {candidates} candidates of size {size}")
 
 
-def check_totals(lines: list[str], rows: dict[int, tuple[int | None, int]],
-                 expected: Expected, where: str, live: bool, findings: Findings) -> None:
+def check_totals(
+    lines: list[str],
+    rows: dict[int, tuple[int | None, int]],
+    expected: Expected,
+    where: str,
+    live: bool,
+    findings: Findings,
+) -> None:
     total = sum(expected.frequent.values())
     largest = max(expected.frequent, default=None)
     if largest is None:
@@ -268,8 +276,11 @@ def check_totals(lines: list[str], rows: dict[int, tuple[int | None, int]],
         if expected.candidates is None:
             generated = max(generated, more)
         else:
-            generated = sum(count for size, count in expected.candidates.items()
-                            if size >= expected.settings.minsize)
+            generated = sum(
+                count
+                for size, count in expected.candidates.items()
+                if size >= expected.settings.minsize
+            )
     if generated:
         wanted.append(f"  Total Number of Candidates Generated:        {generated}")
     wanted += [
@@ -284,7 +295,7 @@ def check_totals(lines: list[str], rows: dict[int, tuple[int | None, int]],
         if have != want:
             findings.add("wrong-total", f"{where}: {have.strip()!r}, not {want.strip()!r}")
             return
-    rest = lines[len(wanted):]
+    rest = lines[len(wanted) :]
     timing = r"  Elapsed User CPU Time:                       \d+\.\d\[sec\]"
     if len(rest) != 2 or not re.fullmatch(timing, rest[0]) or rest[1] != STARS:
         findings.add("wrong-total", f"{where}: it does not end as a report")

@@ -1,13 +1,7 @@
-"""The order in which a run is proved.
+"""A finished run, proved: read, its levels proved, then all that rests on them.
 
-Size by size: the patterns of a size are grouped into isomorphism classes; the
-transactions of a class are searched for among those that all its parts have,
-which are proved by then, and compared with what is listed; so are its parents.
-Then all extensions of the size below are gone through, which shows whether one
-that is frequent is not listed.  Sizes that are not listed, below the smallest
-one reported and in a maximal run, are found by the same extensions, so a maximal
-run is compared with all frequent patterns; where the budget of extensions does
-not reach so far, what is said of the listed patterns is still proved.
+A maximal run is compared with all frequent patterns; where the budget of
+extensions does not reach so far, each listed pattern is extended by itself.
 """
 
 import dataclasses
@@ -17,24 +11,9 @@ from pathlib import Path
 from checker import report
 from checker.certificates import Certificate, certificate
 from checker.findings import Findings, Name, name_text
-from checker.graphs import (
-    BadFile,
-    Graph,
-    Labels,
-    TransactionFile,
-    read_label_file,
-    read_transactions,
-)
-from checker.growth import (
-    BudgetSpent,
-    Growth,
-    Level,
-    PatternClass,
-    distinct_parents,
-    single_edges,
-)
-from checker.limits import form_may_vary
-from checker.occurrences import Database, bits_of, members
+from checker.graphs import BadFile, Labels, TransactionFile, read_label_file, read_transactions
+from checker.growth import Growth, PatternClass, distinct_parents
+from checker.levels import Levels
 from checker.run_files import (
     Pattern,
     RunFiles,
@@ -104,29 +83,28 @@ def read_candidates(path: Path, findings: Findings) -> tuple[list[str], list | N
 
 
 class _Check:
-    def __init__(self, request: Request, read: TransactionFile, files: RunFiles,
-                 settings: report.Settings, findings: Findings, labels: Labels) -> None:
+    def __init__(
+        self,
+        request: Request,
+        read: TransactionFile,
+        files: RunFiles,
+        settings: report.Settings,
+        findings: Findings,
+        labels: Labels,
+    ) -> None:
         self._request = request
         self._read = read
         self._files = files
         self._settings = settings
         self._findings = findings
-        self._labels = labels
-        self._least = max(1, settings.least)
-        self._db = Database(read.graphs)
-        self._growth = Growth(self._db, self._least, request.budget)
-        self._written: dict[int, list[Pattern]] = {}
-        for pattern in files.patterns:
-            self._written.setdefault(pattern.name[0], []).append(pattern)
-        self._levels: dict[int, Level] = {}  # classes; all of them up to a size:
-        self._complete = 0
-        self._shapes: dict[Name, Certificate] = {}
-        self._varying: dict[Certificate, bool] = {}
+        self._levels = Levels(
+            read.graphs, labels, files, settings, request.threshold, request.budget, findings
+        )
 
     def run(self) -> None:
         self._check_support()
         self._check_names()
-        self._check_levels()
+        self._levels.prove()
         self._check_parents()
         if self._settings.maximal:
             self._check_maximal()
@@ -153,12 +131,9 @@ class _Check:
 
     def _check_names(self) -> None:
         smallest, largest = self._settings.minsize, self._settings.maxsize
-        for size, patterns in self._written.items():
-            if not smallest <= size <= largest:
-                for pattern in patterns:
-                    self._findings.add(
-                        "wrong-size", f"{name_text(pattern.name)}: not of a size to report"
-                    )
+        for name in self._files.names:
+            if not smallest <= name[0] <= largest:
+                self._findings.add("wrong-size", f"{name_text(name)}: not of a size to report")
         for lines, wanted, what in (
             (self._files.tids, self._settings.tid_list, "TID list"),
             (self._files.parents, self._settings.pc_list, "PC list"),
@@ -166,133 +141,6 @@ class _Check:
             if wanted and lines is None:
                 self._findings.add("missing-line", f"{what}: there is no file")
             match_names(self._files.names, lines, what, self._findings)
-
-    # Levels
-
-    def _check_levels(self) -> None:
-        last_written = max(self._written, default=0)
-        size = 0
-        while size < self._settings.maxsize:
-            size += 1
-            level = self._group(size)
-            self._levels[size] = level
-            self._find_sets(size, level)
-            self._check_records(size, level)
-            self._complete_level(size, level)
-            if size >= last_written and (self._complete < size or not level):
-                break
-        if not self._levels.get(size):
-            self._levels.pop(size, None)
-        self._tell_how_far(last_written)
-
-    def _tell_how_far(self, last_written: int) -> None:
-        spent = f"{self._growth.looked_at} extensions, {self._db.searches} searches"
-        whole = self._complete >= min(last_written + 1, self._settings.maxsize)
-        if whole:
-            self._findings.note(f"complete: all sizes, {spent}")
-        else:
-            self._findings.note(f"complete: up to size {self._complete} only, {spent}")
-
-    def _group(self, size: int) -> Level:
-        """The written patterns of a size, by class."""
-        level: Level = {}
-        for pattern in self._written.get(size, []):
-            shape = certificate(pattern.graph)
-            self._shapes[pattern.name] = shape
-            known = level.get(shape)
-            if known is None:
-                parents = distinct_parents(pattern.graph)
-                known = level[shape] = PatternClass(pattern.graph, -1, parents, [], [])
-            else:
-                self._findings.add(
-                    "isomorphic-pair",
-                    f"{name_text(pattern.name)} and {size}-{known.ids[0]}",
-                    limit=self._may_vary(shape, pattern.graph),
-                )
-            known.ids.append(pattern.name[1])
-        return level
-
-    def _find_sets(self, size: int, level: Level) -> None:
-        below = self._levels.get(size - 1, {})
-        for known in level.values():
-            bound = self._db.all
-            for shape in known.parents:
-                part = below.get(shape)
-                if part is not None:
-                    bound &= part.bits
-            known.bits = self._db.containing(known.graph, bound)
-
-    def _check_records(self, size: int, level: Level) -> None:
-        for pattern in self._written.get(size, []):
-            bits = level[self._shapes[pattern.name]].bits
-            self._check_record(pattern, bits)
-
-    def _check_record(self, pattern: Pattern, bits: int) -> None:
-        text = name_text(pattern.name)
-        listed = (self._files.tids or {}).get(pattern.name)
-        count = bits.bit_count()
-        if listed is not None:
-            count = len(listed)
-            self._compare_tids(text, bits_of(listed), bits)
-        if pattern.count != count:
-            self._findings.add("wrong-count", f"{text}: {pattern.count}, not {count}")
-        if bits.bit_count() < self._least:
-            self._findings.add("infrequent", f"{text}: in {bits.bit_count()} transactions")
-
-    def _compare_tids(self, text: str, listed: int, bits: int) -> None:
-        for tid in members(listed & ~bits):
-            wrong = "does not contain it" if tid < len(self._read.graphs) else "does not exist"
-            self._findings.add("wrong-tid", f"{text}: transaction {tid} {wrong}")
-        for tid in members(bits & ~listed):
-            self._findings.add("wrong-tid", f"{text}: transaction {tid} contains it, too")
-
-    def _complete_level(self, size: int, level: Level) -> None:
-        """Add what is frequent and not listed, if the size below is complete."""
-        if self._complete != size - 1:
-            return
-        if size == 1:
-            every = single_edges(self._db, self._least)
-            missing = {shape: c for shape, c in every.items() if shape not in level}
-        else:
-            try:
-                missing = self._growth.next_level(self._levels[size - 1], level)
-            except BudgetSpent:
-                return
-        self._complete = size
-        listed = size >= self._settings.minsize and not self._settings.maximal
-        for shape, found in missing.items():
-            level[shape] = found
-            if listed:
-                found.excused = self._is_excused(size, found)
-                self._findings.add(
-                    "missing-pattern",
-                    f"size {size}, in {found.bits.bit_count()} transactions: "
-                    + self._describe(found.graph),
-                    limit=found.excused,
-                )
-
-    # The known limit
-
-    def _may_vary(self, shape: Certificate, g: Graph) -> bool:
-        known = self._varying.get(shape)
-        if known is None:
-            known = self._varying[shape] = form_may_vary(g, self._request.threshold)
-        return known
-
-    def _is_excused(self, size: int, missing: PatternClass) -> bool:
-        """Whether a part, one or two edges smaller, is missing itself with an
-        excuse, or may have several forms: a candidate is joined from parts of
-        both sizes and dropped when a part is not found."""
-        parts = {shape: size - 1 for shape in missing.parents}
-        for shape in missing.parents:
-            part = self._levels[size - 1].get(shape)
-            if part is not None:
-                parts.update(dict.fromkeys(part.parents, size - 2))
-        for shape, part_size in parts.items():
-            part = self._levels[part_size].get(shape)
-            if part is not None and (part.excused or self._may_vary(shape, part.graph)):
-                return True
-        return False
 
     # Parents
 
@@ -307,25 +155,27 @@ class _Check:
             if listed is not None:
                 self._check_parent_list(pattern, listed, meant)
 
-    def _check_parent_list(self, pattern: Pattern, listed: list[Name],
-                           meant: dict[Name, Certificate]) -> None:
+    def _check_parent_list(
+        self, pattern: Pattern, listed: list[Name], meant: dict[Name, Certificate]
+    ) -> None:
         size = pattern.name[0]
         text = name_text(pattern.name)
-        shapes = self._levels[size][self._shapes[pattern.name]].parents
-        below = self._levels.get(size - 1, {})
+        shapes = self._levels.class_of(pattern).parents
+        below = self._levels.of_size.get(size - 1, {})
         if self._settings.maximal or size == self._settings.minsize:
             self._check_unwritten_parents(pattern, listed, shapes)
             return
         for name in listed:
-            if self._shapes.get(name) not in shapes:
+            if self._levels.shapes.get(name) not in shapes:
                 self._findings.add("extra-parent", f"{text}: {name_text(name)}")
         for shape in shapes:
             names = {(size - 1, number) for number in below[shape].ids} if shape in below else set()
             if names and not names & set(listed):
                 self._findings.add("missing-parent", f"{text}: {size - 1}-{min(names)[1]}")
 
-    def _check_unwritten_parents(self, pattern: Pattern, listed: list[Name],
-                                 shapes: list[Certificate]) -> None:
+    def _check_unwritten_parents(
+        self, pattern: Pattern, listed: list[Name], shapes: list[Certificate]
+    ) -> None:
         """As many as there are parts; more where a part may have two forms."""
         text = name_text(pattern.name)
         size = pattern.name[0]
@@ -336,62 +186,60 @@ class _Check:
             self._findings.add("missing-parent", f"{text}: has {len(shapes)} parents")
         if len(listed) > len(shapes):
             part_varies = any(
-                self._may_vary(certificate(part), part)
+                self._levels.may_vary(certificate(part), part)
                 for part in (
-                    pattern.graph.without_edge(u, w)
-                    for u, w, _ in pattern.graph.removable_edges()
+                    pattern.graph.without_edge(u, w) for u, w, _ in pattern.graph.removable_edges()
                 )
             )
             self._findings.add(
                 "extra-parent", f"{text}: has {len(shapes)} parents", limit=part_varies
             )
         for name in listed:
-            shape = self._shapes.get(name)
+            shape = self._levels.shapes.get(name)
             if shape is not None and shape not in shapes:
                 self._findings.add("extra-parent", f"{text}: {name_text(name)}")
 
     # Maximal runs
 
     def _check_maximal(self) -> None:
-        last_written = max(self._written, default=0)
-        whole = self._complete >= min(last_written + 1, self._settings.maxsize)
-        if whole:
+        if self._levels.is_whole():
             self._compare_maximal()
             return
+        # Only the listed ones can be judged, by their own extensions.
+        growth = Growth(self._levels.db, self._levels.least, None)
         refuted: set[Certificate] = set()
         for pattern in self._files.patterns:
             if pattern.name[0] >= self._settings.maxsize:
                 continue
-            known = self._levels[pattern.name[0]][self._shapes[pattern.name]]
-            unlimited = Growth(self._db, self._least, None)
-            larger = unlimited.frequent_extension(known.graph, known.bits, refuted)
+            known = self._levels.class_of(pattern)
+            larger = growth.frequent_extension(known.graph, known.bits, refuted)
             if larger is not None:
                 self._findings.add(
                     "not-maximal",
-                    f"{name_text(pattern.name)}: part of {self._describe(larger)}",
-                    limit=self._may_vary(self._shapes[pattern.name], known.graph),
+                    f"{name_text(pattern.name)}: part of {self._levels.describe(larger)}",
+                    limit=self._levels.may_vary(self._levels.shapes[pattern.name], known.graph),
                 )
 
     def _compare_maximal(self) -> None:
         """The listed patterns against those of all that no other holds."""
-        for size, level in self._levels.items():
+        for size, level in self._levels.of_size.items():
             for shape, known in level.items():
                 for parent in known.parents:
-                    if parent in self._levels[size - 1]:
-                        self._levels[size - 1][parent].children.append(shape)
-        for size, level in self._levels.items():
+                    if parent in self._levels.of_size[size - 1]:
+                        self._levels.of_size[size - 1][parent].children.append(shape)
+        for size, level in self._levels.of_size.items():
             if size < self._settings.minsize:
                 continue
             for shape, known in level.items():
                 self._compare_class(size, shape, known)
 
     def _compare_class(self, size: int, shape: Certificate, known: PatternClass) -> None:
-        above = self._levels.get(size + 1, {})
+        above = self._levels.of_size.get(size + 1, {})
         if known.ids and known.children:
-            excused = self._may_vary(shape, known.graph) or all(
-                self._is_excused(size + 1, above[child]) for child in known.children
+            excused = self._levels.may_vary(shape, known.graph) or all(
+                self._levels.is_excused(size + 1, above[child]) for child in known.children
             )
-            larger = self._describe(above[known.children[0]].graph)
+            larger = self._levels.describe(above[known.children[0]].graph)
             for number in known.ids:
                 self._findings.add(
                     "not-maximal", f"{size}-{number}: part of {larger}", limit=excused
@@ -399,8 +247,8 @@ class _Check:
         if not known.ids and not known.children:
             self._findings.add(
                 "missing-pattern",
-                f"size {size}, maximal: {self._describe(known.graph)}",
-                limit=size > 1 and self._is_excused(size, known),
+                f"size {size}, maximal: {self._levels.describe(known.graph)}",
+                limit=size > 1 and self._levels.is_excused(size, known),
             )
 
     # Candidates
@@ -413,20 +261,23 @@ class _Check:
             text = f"candidate {name_text(candidate.name)}"
             shape = certificate(candidate.graph)
             if shape in shapes:
-                self._findings.add("isomorphic-pair", f"{text} and {name_text(shapes[shape])}",
-                                   limit=self._may_vary(shape, candidate.graph))
+                self._findings.add(
+                    "isomorphic-pair",
+                    f"{text} and {name_text(shapes[shape])}",
+                    limit=self._levels.may_vary(shape, candidate.graph),
+                )
             shapes[shape] = candidate.name
             if candidate.count != 0:
                 self._findings.add("wrong-count", f"{text}: {candidate.count}, not 0")
             size = candidate.name[0]
             if size < 3:
                 self._findings.add("wrong-size", text)
-            elif self._complete >= size - 1:
-                below = self._levels.get(size - 1, {})
+            elif self._levels.complete >= size - 1:
+                below = self._levels.of_size.get(size - 1, {})
                 if any(part not in below for part in distinct_parents(candidate.graph)):
                     self._findings.add("infrequent", f"{text}: a part of it is")
         for pattern in self._files.patterns:
-            if pattern.name[0] > 2 and self._shapes[pattern.name] not in shapes:
+            if pattern.name[0] > 2 and self._levels.shapes[pattern.name] not in shapes:
                 self._findings.add("missing-candidate", name_text(pattern.name))
 
     # The report
@@ -440,7 +291,7 @@ class _Check:
         candidates = None
         if self._files.candidates is not None:
             candidates = Counter(candidate.name[0] for candidate in self._files.candidates)
-        expected = report.Expected(settings, dict(counts), candidates, self._largest())
+        expected = report.Expected(settings, dict(counts), candidates, self._levels.largest())
         head = report.expected_head(settings, facts)
         self._check_one_report(self._files.comments, head, expected, "pattern file", False)
         if Path(settings.input_file).name != self._request.input_file.name:
@@ -451,25 +302,8 @@ class _Check:
                 self._findings.add("wrong-total", "standard output: the last line has no end")
             self._check_one_report(lines, head, expected, "standard output", True)
 
-    def _check_one_report(self, lines: list[str], head: list[str], expected: report.Expected,
-                          where: str, live: bool) -> None:
+    def _check_one_report(
+        self, lines: list[str], head: list[str], expected: report.Expected, where: str, live: bool
+    ) -> None:
         report.check_head(lines, head, where, self._findings)
-        report.check_foot(lines[len(head):], expected, where, live, self._findings)
-
-    def _largest(self) -> int | None:
-        """The largest size when no pattern is written; None if not known."""
-        if self._settings.maximal or self._settings.maxsize < 1:
-            return 0
-        last = max((size for size, level in self._levels.items() if level), default=0)
-        return last if self._complete > last or last == self._settings.maxsize else None
-
-    def _describe(self, g: Graph) -> str:
-        vertices = _by_number(self._labels.vertex)
-        edges = _by_number(self._labels.edge)
-        shown = [f"{vertices[g.vlabel[u]]}{u}-{edges[label]}-{vertices[g.vlabel[w]]}{w}"
-                 for u, w, label in g.edges()]
-        return " ".join(shown)
-
-
-def _by_number(numbers: dict[bytes, int]) -> list[str]:
-    return [label.decode("latin-1") for label in numbers]
+        report.check_foot(lines[len(head) :], expected, where, live, self._findings)

@@ -104,8 +104,9 @@ def _known(numbers: dict[bytes, int], label: bytes) -> int:
     return numbers[label]
 
 
-def read_patterns(blocks: list[_Block], what: str, labels: Labels, gaps: bool,
-                  findings: Findings) -> tuple[list[Name], list[Pattern]]:
+def read_patterns(
+    blocks: list[_Block], what: str, labels: Labels, gaps: bool, findings: Findings
+) -> tuple[list[Name], list[Pattern]]:
     """All patterns, with names in order: 0, 1, ... of each size, or with gaps.
     There are more names than patterns where some cannot be read."""
     names = []
@@ -182,8 +183,7 @@ def read_parents(path: Path, findings: Findings) -> dict[Name, list[Name]] | Non
     return parents
 
 
-def match_names(names: list[Name], lines: dict | None, what: str,
-                findings: Findings) -> None:
+def match_names(names: list[Name], lines: dict | None, what: str, findings: Findings) -> None:
     """Every pattern has its line, and no other has one."""
     if lines is None:
         return
