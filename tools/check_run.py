@@ -3,9 +3,10 @@
 
     check_run.py [OPTION ...] FILE
 
-FILE is the input; the .fp beside it, the .tid and .pc that it names, and a .c.g,
-which is taken to be of the same run, are read, and no code of the program is used: occurrences are found
-by igraph's VF2, isomorphic patterns told by its BLISS.  Proved are
+FILE is the input; read are the .fp beside it, the .tid and .pc that it names, and
+a .c.g, which is taken to be of the same run.  No code of the program is used:
+occurrences are found by igraph's VF2, isomorphic patterns told by its BLISS.
+Proved are
 
 - the form of every file, the ids, the numbering of vertices;
 - that every pattern is connected, of its size, and listed once;

@@ -16,14 +16,17 @@ import tempfile
 import unittest
 from pathlib import Path
 
-import databases
-import metamorphic
-import shrink
-import trial  # makes the checker's modules known
-from checker.report import support_count
+HERE = Path(__file__).resolve().parent
+sys.path.insert(0, str(HERE.parents[1] / "tools"))
+
+import databases  # noqa: E402
+import metamorphic  # noqa: E402
+import shrink  # noqa: E402
+import trial  # noqa: E402
+from checker.report import support_count  # noqa: E402
 
 PROGRAM = Path(sys.argv.pop(1) if len(sys.argv) > 1 else "kestro").resolve()
-DRIVER = Path(__file__).resolve().with_name("run")
+DRIVER = HERE / "run"
 
 WRAPPER = """#!/bin/sh
 {program} "$@" || exit
