@@ -132,28 +132,36 @@ def plain_case(seed: int) -> Case:
     return Case(transactions, percentage(count, n), options)
 
 
-def compare(program: Path, case: Case, kind: str, seed: int) -> Verdict:
-    """Run the case and its change, and compare what they find."""
-    change = KINDS[kind](case, random.Random(f"{kind} {seed}"))
-    try:
-        with tempfile.TemporaryDirectory(prefix="kestro-random-") as name:
-            outcomes = []
-            for each in (case, change.case):
-                folder = Path(name, str(len(outcomes)))
-                folder.mkdir()
-                outcomes.append(checked_run(program, each, folder)[0])
-    except RunFailed as failed:
-        return Verdict(failed.problem)
-    return differences(case, change, outcomes, kind)
+def compare(program: Path, case: Case, kinds: list[str], seed: int) -> dict[str, Verdict]:
+    """Run the case and its change of each kind, and compare what they find."""
+    verdicts = {}
+    with tempfile.TemporaryDirectory(prefix="kestro-random-") as name:
+        try:
+            first = proved(program, case, Path(name, "first"))
+        except RunFailed as failed:
+            return {kind: Verdict(failed.problem) for kind in kinds}
+        for kind in kinds:
+            change = KINDS[kind](case, random.Random(f"{kind} {seed}"))
+            try:
+                then = proved(program, change.case, Path(name, kind))
+                verdicts[kind] = differences(case, change, [first, then], kind)
+            except RunFailed as failed:
+                verdicts[kind] = Verdict(failed.problem)
+    return verdicts
+
+
+def proved(program: Path, case: Case, folder: Path) -> Outcome:
+    """A run in a new folder; raises where anything is wrong with it."""
+    folder.mkdir()
+    outcome, _ = checked_run(program, case, folder)
+    if outcome.findings.lines:
+        raise RunFailed(Problem(*outcome.findings.lines[0]))
+    return outcome
 
 
 def differences(case: Case, change: Change, outcomes: list[Outcome], kind: str) -> Verdict:
     """What two runs find, each proved by itself, in comparison."""
     verdict = Verdict(None, outcomes[0].patterns)
-    for outcome in outcomes:
-        if outcome.findings.lines:
-            verdict.problem = Problem(*outcome.findings.lines[0])
-            return verdict
     graphs: dict[Certificate, Graph] = {}
     first = found(outcomes[0], unchanged(case), outcomes[0].labels, graphs)
     second = found(outcomes[1], change, outcomes[0].labels, graphs)
