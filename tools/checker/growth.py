@@ -35,7 +35,7 @@ class PatternClass:
     parents: list[Certificate]  # distinct
     ids: list[int]  # of the records that the run lists
     children: list[Certificate]  # frequent, where all of them are known
-    excused: bool = False  # missing, where the known limit may explain it
+    excused: bool | None = None  # see Levels.is_excused; None: not looked at yet
 
 
 Level = dict[Certificate, PatternClass]

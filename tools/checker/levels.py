@@ -9,6 +9,8 @@ not listed.  Sizes that are not listed, below the smallest one reported and in a
 maximal run, are found by the same extensions, as far as the budget reaches.
 """
 
+from collections.abc import Iterator
+
 from checker.certificates import Certificate, certificate
 from checker.findings import Findings, Name, name_text
 from checker.graphs import Graph, Labels
@@ -156,12 +158,11 @@ class Levels:
         for shape, found in missing.items():
             level[shape] = found
             if listed:
-                found.excused = self.is_excused(size, found)
                 self._findings.add(
                     "missing-pattern",
                     f"size {size}, in {found.bits.bit_count()} transactions: "
                     + self.describe(found.graph),
-                    limit=found.excused,
+                    limit=self.is_excused(size, found),
                 )
 
     # The known limit
@@ -173,19 +174,31 @@ class Levels:
         return known
 
     def is_excused(self, size: int, missing: PatternClass) -> bool:
-        """Whether a part, one or two edges smaller, is missing itself with an
-        excuse, or may have several forms: a candidate is joined from parts of
-        both sizes and dropped when a part is not found."""
-        parts = {shape: size - 1 for shape in missing.parents}
-        for shape in missing.parents:
+        """Whether the known limit may explain why a class is not listed, or was
+        not found where its size is not listed: a candidate is joined from parts
+        one and two edges smaller, and dropped when a part is not found; so one
+        of these may have several forms, or be excused itself."""
+        if missing.excused is None:
+            missing.excused = any(
+                self.may_vary(shape, part.graph)
+                or (not part.ids and self.is_excused(part_size, part))
+                for part_size, shape, part in self._parts(size, missing)
+            )
+        return missing.excused
+
+    def _parts(
+        self, size: int, known: PatternClass
+    ) -> Iterator[tuple[int, Certificate, PatternClass]]:
+        """Those known, one and two edges smaller."""
+        for shape in known.parents:
             part = self.of_size[size - 1].get(shape)
-            if part is not None:
-                parts.update(dict.fromkeys(part.parents, size - 2))
-        for shape, part_size in parts.items():
-            part = self.of_size[part_size].get(shape)
-            if part is not None and (part.excused or self.may_vary(shape, part.graph)):
-                return True
-        return False
+            if part is None:
+                continue
+            yield size - 1, shape, part
+            for smaller_shape in part.parents:
+                smaller = self.of_size[size - 2].get(smaller_shape)
+                if smaller is not None:
+                    yield size - 2, smaller_shape, smaller
 
     def largest(self) -> int | None:
         """The largest size when no pattern is written; None if not known."""

@@ -248,7 +248,7 @@ class _Check:
             self._findings.add(
                 "missing-pattern",
                 f"size {size}, maximal: {self._levels.describe(known.graph)}",
-                limit=size > 1 and self._levels.is_excused(size, known),
+                limit=self._levels.is_excused(size, known),
             )
 
     # Candidates
