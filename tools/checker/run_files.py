@@ -76,13 +76,13 @@ def read_pattern(block: _Block, what: str, labels: Labels, findings: Findings) -
             if fields[0] == b"v" and len(fields) == 3 and before == (-1, -1):
                 if int(fields[1]) != len(graph.vlabel):
                     raise ValueError
-                graph.add_vertex(_known(labels.vertex, fields[2]))
+                graph.add_vertex(labels.vertex[fields[2]])
             elif fields[0] == b"u" and len(fields) == 4:
                 u, w = int(fields[1]), int(fields[2])
                 if not before < (u, w) or not 0 <= u < w < len(graph.vlabel):
                     raise ValueError
                 before = u, w
-                graph.add_edge(u, w, _known(labels.edge, fields[3]))
+                graph.add_edge(u, w, labels.edge[fields[3]])
             else:
                 raise ValueError
         except ValueError:
@@ -98,10 +98,6 @@ def read_pattern(block: _Block, what: str, labels: Labels, findings: Findings) -
         findings.add("disconnected", f"{what} {text}")
         return None
     return Pattern((size, number), count, graph)
-
-
-def _known(numbers: dict[bytes, int], label: bytes) -> int:
-    return numbers[label]
 
 
 def read_patterns(
