@@ -4,7 +4,7 @@
     check_run.py [OPTION ...] FILE
 
 FILE is the input; read are the .fp beside it, the .tid and .pc that it names, and
-a .c.g, which is taken to be of the same run.  No code of the program is used:
+with --candidates the .c.g, which it does not name.  No code of the program is used:
 occurrences are found by igraph's VF2, isomorphic patterns told by its BLISS.
 Proved are
 
@@ -60,6 +60,9 @@ def arguments() -> argparse.Namespace:
         help="look at N extensions at most (%(default)s)",
     )
     parser.add_argument("--complete", action="store_true", help="look at all extensions")
+    parser.add_argument(
+        "--candidates", action="store_true", help="the .c.g is of the same run: prove it too"
+    )
     return parser.parse_args()
 
 
@@ -88,6 +91,7 @@ def main() -> int:
                 args.support,
                 args.stabilizer_threshold,
                 None if args.complete else args.budget,
+                args.candidates,
             )
         )
     except (BadFile, OSError) as error:

@@ -348,6 +348,16 @@ class Command(unittest.TestCase):
         self.assertEqual((ran.returncode, ran.stderr), (0, ""), ran.stdout)
         self.assertRegex(ran.stdout, r"check_run: \d+ patterns, 0 findings, 0 known limits\n$")
 
+    def test_candidates_of_another_run(self) -> None:
+        files = Run(["-t"])
+        self.addCleanup(files.close)
+        (files.folder / "db.c.g").write_bytes(b"t # 3-0, 0\n")
+        ran = self.run_command(files.input, "--support", SUPPORT)
+        self.assertEqual(ran.returncode, 0, ran.stdout)
+        self.assertIn("db.c.g is of another run unless", ran.stdout)
+        ran = self.run_command(files.input, "--support", SUPPORT, "--candidates")
+        self.assertEqual(ran.returncode, 1, ran.stdout)
+
     def test_bad_run(self) -> None:
         files = Run(["-t"])
         self.addCleanup(files.close)

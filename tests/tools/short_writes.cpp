@@ -56,8 +56,8 @@ static void shorten_write(pid_t traced) {
 
 // Follows the traced program from call to call; returns its exit status.
 static int follow(pid_t traced) {
-  bool inside = false; // a system call
-  int status;
+  bool inside = false;              // a system call
+  int status = W_STOPCODE(SIGSTOP); // as main() has seen it
   int signal = 0;
   while (ptrace(PTRACE_SYSCALL, traced, nullptr, signal) == 0 &&
          waitpid(traced, &status, 0) == traced && WIFSTOPPED(status)) {

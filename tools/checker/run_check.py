@@ -35,6 +35,7 @@ class Request:
     support: float | None = None  # per cent
     threshold: int = 5  # --stabilizer-threshold
     budget: int | None = 500_000  # extensions to look at; None: all
+    candidates: bool = True  # whether a candidate file is of this run
 
 
 @dataclasses.dataclass
@@ -66,20 +67,22 @@ def check_run(request: Request) -> Outcome:
         files.tids = read_tids(Path(base + ".tid"), findings)
     if settings.pc_list:
         files.parents = read_parents(Path(base + ".pc"), findings)
-    _, blocks = read_candidates(Path(base + ".c.g"), findings)
-    if blocks is not None:
+    candidate_file = Path(base + ".c.g")
+    if candidate_file.is_file() and not request.candidates:
+        findings.note(f"{candidate_file.name} is of another run unless --candidates says so")
+    elif (blocks := read_candidates(candidate_file, findings)) is not None:
         _, files.candidates = read_patterns(blocks, "candidate", labels, False, findings)
     _Check(request, read, files, settings, findings, labels).run()
     return Outcome(findings, len(names), files, labels)
 
 
-def read_candidates(path: Path, findings: Findings) -> tuple[list[str], list | None]:
+def read_candidates(path: Path, findings: Findings) -> list | None:
     if not path.is_file():
-        return [], None
+        return None
     comments, blocks = read_blocks(path.read_bytes(), path.name, findings)
     if comments:
         findings.add("bad-line", f"{path.name}: {comments[0]!r}")
-    return comments, blocks
+    return blocks
 
 
 class _Check:
