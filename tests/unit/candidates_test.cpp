@@ -2,8 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <utility>
+
 #include "mining/first_levels.h"
 #include "mining/statistics.h"
+#include "mining/support.h"
 #include "support/records.h"
 
 namespace kestro {
@@ -17,10 +20,11 @@ protected:
   void TearDown() override { stats_free(); }
 
   template <class... Graph> void mine(Graph... graphs) {
-    const graph_list_ptr database = database_of(std::move(graphs)...);
-    cores.reset(sg_frequent_edges(database.get(), 1, 3, 6));
-    children.reset(
-        sg_frequent_double_edges(cores.get(), database.get(), 1, 3, 6));
+    mine_list(database_of(std::move(graphs)...).get());
+  }
+  void mine_list(const ksstack *database) {
+    cores.reset(sg_frequent_edges(database, 1, 3, 6));
+    children.reset(sg_frequent_double_edges(cores.get(), database, 1, 3, 6));
   }
   sg_set_ptr generate() const {
     return sg_set_ptr(sg_generate_candidates(children.get(), cores.get()));
@@ -124,6 +128,34 @@ TEST_F(Candidates, CountsStartAnewWithEveryGeneration) {
   generate();
   generate();
   EXPECT_EQ(sg_registration_counts()->attempts, 3);
+}
+
+TEST_F(Candidates, EveryAttemptHasOneOutcome) {
+  test_rng rng(2);
+  registration_counts all;
+  for (int round = 0; round < 12; round++) {
+    const graph_list_ptr database =
+        database_of(random_graph(rng, {6, 3, 1 + round % 3, 1, true}),
+                    random_graph(rng, {6, 3, 1 + round % 3, 1, true}));
+    mine_list(database.get());
+    for (int k = 3; k <= 5; k++) {
+      sg_set_ptr out = generate();
+      const registration_counts *counts = sg_registration_counts();
+      EXPECT_EQ(counts->accepted, sg_set_size(out.get()));
+      EXPECT_EQ(counts->attempts,
+                counts->already_rejected + counts->duplicates +
+                    counts->newly_rejected + counts->accepted);
+      all.already_rejected += counts->already_rejected;
+      all.duplicates += counts->duplicates;
+      sg_filter_candidates_by_support(out.get(), children.get(), database.get(),
+                                      1, 1);
+      sg_set_ptr level(
+          sg_count_frequents(out.release(), children.get(), database.get(), 1));
+      cores = std::exchange(children, std::move(level));
+    }
+  }
+  EXPECT_GT(all.already_rejected, 0);
+  EXPECT_GT(all.duplicates, 0);
 }
 
 TEST_F(Candidates, SeveralThreadsMakeTheSameRecords) {

@@ -54,6 +54,12 @@ TEST(Canonical, ThresholdIsFiveUntilSet) {
   EXPECT_EQ(cl_get_stabilizer_threshold(), -3);
 }
 
+TEST(Canonical, ThresholdOutlivesTheWorkArea) {
+  const threshold_scope scope(-3);
+  cl_free_work_area();
+  EXPECT_EQ(cl_get_stabilizer_threshold(), -3);
+}
+
 TEST(Canonical, DiscreteRefinementIsTheForm) {
   // Centre first for its degree, then the ends by label.
   const threshold_scope scope(1);

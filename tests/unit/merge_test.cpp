@@ -79,6 +79,17 @@ TEST(Merge, OldVerticesKeepTheirIdsNewOneHasItsIndex) {
             (std::vector<int>{20, 21, 22, 3}));
 }
 
+TEST(Merge, NewVertexFollowsThoseOfASmallerPattern) {
+  // B closes the path 0-1-2 to a ring, so it has a vertex less than A.
+  join j(make_graph({1, 2, 3, 7}, {{0, 1}, {1, 2}, {2, 3, 5}}),
+         make_graph({1, 2, 3}, {{0, 1}, {1, 2}, {0, 2, 6}}), 2, 3,
+         {0, 1, 2, -1});
+  EXPECT_EQ(j.merge(), 1);
+  EXPECT_TRUE(j.gives(
+      make_graph({1, 2, 3, 7}, {{0, 1}, {1, 2}, {0, 2, 6}, {2, 3, 5}})));
+  EXPECT_EQ(j.result->vid[3], 3);
+}
+
 // The core is a path 0-1-2-3 of three edges; both patterns close it to a ring
 // with a chord somewhere: A joins 0-3 by an edge labelled 5.
 static join chord(test_edge extra_of_b) {
