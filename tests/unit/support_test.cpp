@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "mining/embeddings.h"
+#include "mining/links.h"
 #include "mining/parents.h"
 #include "mining/statistics.h"
 #include "support/fatal.h"
@@ -398,6 +399,91 @@ TEST_F(CountFrequents, BudgetOfInfrequentCandidatesServesTheOthers) {
   const subgraph *sg = sg_set_get(level.get(), 0);
   ASSERT_NE(sg->rows, nullptr);
   expect_one_row(sg, graph_list_at(database.get(), 0));
+}
+
+TEST_F(CountFrequents, LevelBeforeLosesWhatOnlyCountingNeeds) {
+  const graph_list_ptr database = database_of(star_graph(3));
+  const sg_set_ptr prev = level_with_rows({0}, {{0, 1}});
+  subgraph *parent = sg_set_get(prev.get(), 0);
+  parent->links = sg_links_create(parent->g->vs);
+  counted_paths(database, prev, {0});
+  EXPECT_EQ(parent->rows, nullptr);
+  EXPECT_EQ(parent->links, nullptr);
+  EXPECT_EQ(parent->tid, nullptr);
+}
+
+TEST_F(CountFrequents, RowsOfTheLevelBeforeTakeTheBudget) {
+  const graph_list_ptr database = database_of(star_graph(3));
+  const sg_set_ptr prev = level_with_tids({{0}, {0}});
+  sg_set_get(prev.get(), 1)->rows = ksstack_new(100000, 3);
+  const sg_set_ptr level = counted_paths(database, prev, {0});
+  ASSERT_EQ(sg_set_size(level.get()), 1);
+  EXPECT_EQ(sg_set_get(level.get(), 0)->rows, nullptr);
+}
+
+// Counts paths of these numbers of vertices over all transactions, behind a
+// level of some patterns; returns how many were given rows.
+static int given_rows(const graph_list_ptr &database, int patterns,
+                      const ints &vertices) {
+  const sg_set_ptr prev =
+      level_with_tids(std::vector<ints>(static_cast<size_t>(patterns), {0}));
+  sg_set *cand = sg_set_create();
+  for (const int vs : vertices) {
+    sg_ptr sg = candidate(path_graph(vs), {});
+    set_tids(sg.get(), identity_of(database->count));
+    sg_set_insert(cand, std::move(sg));
+  }
+  const sg_set_ptr level(
+      sg_count_frequents(cand, prev.get(), database.get(), 1));
+  EXPECT_EQ(sg_set_size(level.get()), static_cast<int>(vertices.size()));
+  int given = 0;
+  for (int i = 0; i < sg_set_size(level.get()); i++)
+    given += sg_set_get(level.get(), i)->rows != nullptr;
+  return given;
+}
+
+// A path of 60 vertices and ninety-nine single ones.  The rows of a candidate
+// of 60 vertices over all of them take more than a quarter of their memory.
+static graph_list_ptr path_and_vertices() {
+  ints vertices(100, 1);
+  vertices[0] = 60;
+  return paths(vertices);
+}
+
+TEST_F(CountFrequents, RecordsGiveUpTheRoomOfTheirBound) {
+  ints vertices(400, 1);
+  vertices[7] = 3;
+  const graph_list_ptr database = paths(vertices);
+  const sg_set_ptr prev = level_with_tids({{7}});
+  const sg_set_ptr level =
+      counted_paths(database, prev, identity_of(database->count));
+  ASSERT_EQ(sg_set_size(level.get()), 1);
+  const subgraph *sg = sg_set_get(level.get(), 0);
+  ASSERT_NE(sg->rows, nullptr);
+  EXPECT_EQ(sg->rows->count, 1);
+  EXPECT_EQ(sg->rows->capacity, 1);
+  EXPECT_EQ(sg->tid->capacity, 1);
+}
+
+TEST_F(CountFrequents, PatternsOfTheLevelBeforeMakeRoomForRows) {
+  EXPECT_EQ(given_rows(path_and_vertices(), 1, {60}), 0);
+  EXPECT_EQ(given_rows(path_and_vertices(), 9, {60}), 1);
+}
+
+TEST_F(CountFrequents, RoomThatACandidateDidNotFillServesTheNext) {
+  // There is room for one of them over all transactions; each is in one.
+  EXPECT_EQ(given_rows(path_and_vertices(), 6, {59, 60}), 2);
+}
+
+TEST_F(CountFrequents, RowsOfALevelStayWithinTheBudget) {
+  // Paths of 49 to 60 vertices, each in all of two hundred paths: a row takes
+  // about an eighth of the quarter of a path's memory.
+  ints vertices = identity_of(12);
+  for (int &vs : vertices)
+    vs += 49;
+  const int given = given_rows(paths(ints(200, 60)), 1, vertices);
+  EXPECT_GT(given, 4);
+  EXPECT_LT(given, 12);
 }
 
 TEST_F(CountFrequents, OfNoneIsAnEmptyLevelCountedAsZero) {
