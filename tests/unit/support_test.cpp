@@ -450,7 +450,7 @@ static graph_list_ptr path_and_vertices() {
   return paths(vertices);
 }
 
-TEST_F(CountFrequents, RecordsGiveUpTheRoomOfTheirBound) {
+TEST_F(CountFrequents, RowsGiveUpTheRoomOfTheBound) {
   ints vertices(400, 1);
   vertices[7] = 3;
   const graph_list_ptr database = paths(vertices);
@@ -462,7 +462,6 @@ TEST_F(CountFrequents, RecordsGiveUpTheRoomOfTheirBound) {
   ASSERT_NE(sg->rows, nullptr);
   EXPECT_EQ(sg->rows->count, 1);
   EXPECT_EQ(sg->rows->capacity, 1);
-  EXPECT_EQ(sg->tid->capacity, 1);
 }
 
 TEST_F(CountFrequents, PatternsOfTheLevelBeforeMakeRoomForRows) {

@@ -405,6 +405,15 @@ TEST(Transactions, FillNeedsTheIdsOnly) {
   EXPECT_EQ(ftell(stream.get()), static_cast<long>(text.rfind('t')));
 }
 
+TEST(Transactions, ReadingAtTheEndOfAStreamLeavesItThere) {
+  const temp_file file("t # 0\n");
+  const file_ptr stream(fopen(file.path(), "r"));
+  fseek(stream.get(), 0, SEEK_END);
+  const graph_ptr g(graph_read_next_transaction(stream.get(), labels()));
+  EXPECT_EQ(g->vs + g->es, 0);
+  EXPECT_EQ(ftell(stream.get()), 6);
+}
+
 TEST(TransactionsFatal, LetterOfALaterLineComesBeforeTheFieldsOfAnEarlier) {
   EXPECT_EQ(failure_of("t\nv zero C\nx\n"),
             "graph.c:N: invalid input line 'x'\n");
