@@ -108,6 +108,24 @@ TEST(Closure, LabelsOfRelabelledGraphsAreEqual) {
   }
 }
 
+// A path of nine vertices, one of which has another label.
+static graph_ptr marked_path(int at) {
+  std::vector<int> vlabels(9, 0);
+  vlabels[static_cast<size_t>(at)] = 1;
+  std::vector<test_edge> edges;
+  for (int i = 1; i < 9; i++)
+    edges.push_back({i - 1, i});
+  return make_graph(vlabels, edges);
+}
+
+TEST(Closure, LabelTellsWhatIsUpToThreeStepsAway) {
+  const sg_set_ptr none(sg_set_create());
+  closure_filter filter(none.get());
+  for (int at = 1; at <= 3; at++) // the nearer end's distance
+    EXPECT_NE(filter.label(marked_path(at).get()),
+              filter.label(marked_path(4).get()));
+}
+
 TEST(Closure, LabelWithoutAnEdgeIsThatOfTheRest) {
   test_rng rng(13);
   const sg_set_ptr none(sg_set_create());
