@@ -108,22 +108,23 @@ TEST(Closure, LabelsOfRelabelledGraphsAreEqual) {
   }
 }
 
-// A path of nine vertices, one of which has another label.
+// A path of 17 vertices, one of which has another label.
 static graph_ptr marked_path(int at) {
-  std::vector<int> vlabels(9, 0);
+  std::vector<int> vlabels(17, 0);
   vlabels[static_cast<size_t>(at)] = 1;
   std::vector<test_edge> edges;
-  for (int i = 1; i < 9; i++)
+  for (int i = 1; i < 17; i++)
     edges.push_back({i - 1, i});
   return make_graph(vlabels, edges);
 }
 
-TEST(Closure, LabelTellsWhatIsUpToThreeStepsAway) {
+// A vertex halfway sees three steps to either side.
+TEST(Closure, LabelTellsWhatIsUpToSixStepsApart) {
   const sg_set_ptr none(sg_set_create());
   closure_filter filter(none.get());
-  for (int at = 1; at <= 3; at++) // the nearer end's distance
+  for (int at = 1; at <= 6; at++) // the nearer end's distance
     EXPECT_NE(filter.label(marked_path(at).get()),
-              filter.label(marked_path(4).get()));
+              filter.label(marked_path(8).get()));
 }
 
 TEST(Closure, LabelWithoutAnEdgeIsThatOfTheRest) {
