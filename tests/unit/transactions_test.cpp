@@ -194,8 +194,8 @@ TEST(TransactionsCheck, HeaderInASecondPieceEndsTheCount) {
 TEST(TransactionsCheck, EdgesBeyondTheirCountAreNotWritten) {
   // Counting stops at the piece "t" with one edge, for which there is room.
   EXPECT_NE(check_text([] {
-              read("t\nv 0 C\nv 1 O\nv 2 C\nu 0 1 s" +
-                   std::string(1016, ' ') + "t\nu 1 2 s\n");
+              read("t\nv 0 C\nv 1 O\nv 2 C\nu 0 1 s" + std::string(1016, ' ') +
+                   "t\nu 1 2 s\n");
             }).find("Assertion `edges_ == g_->es' failed"),
             std::string::npos);
 }
