@@ -4,12 +4,27 @@
 
 #include <sys/stat.h>
 
+#include <cerrno>
+#include <string>
+
+#include "base/error.h"
+
 namespace kestro {
+
+// Whether the last failure means that no file can be reached by a name.
+static bool is_out_of_reach() {
+  for (const int reason : {ENOENT, ENOTDIR, EACCES, ELOOP, ENAMETOOLONG})
+    if (errno == reason)
+      return true;
+  return false;
+}
 
 file_identity::file_identity(const char *path) {
   struct stat status;
   if (stat(path, &status) == 0)
     take(status);
+  else if (!is_out_of_reach())
+    throw fatal_error("can't open a file '" + std::string(path) + "'\n");
 }
 
 file_identity::file_identity(FILE *stream) {

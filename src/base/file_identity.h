@@ -8,10 +8,11 @@
 namespace kestro {
 
 // A regular file as such, whatever names and links lead to it.  Nothing is the
-// same as a device, a pipe, a folder or a file that does not exist: these lose
-// nothing by being written.
+// same as a device, a pipe, a folder or a file that cannot be reached: what is
+// in a regular file is lost when it is opened for writing.
 class file_identity {
 public:
+  // Dies with "can't open a file" when the system does not tell.
   explicit file_identity(const char *path);
   explicit file_identity(FILE *stream); // of the file behind it, if any
 
@@ -19,6 +20,8 @@ public:
     return regular_ && other.regular_ && device_ == other.device_ &&
            number_ == other.number_;
   }
+
+  bool is_regular() const { return regular_; }
 
 private:
   void take(const struct stat &status);

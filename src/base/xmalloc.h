@@ -21,9 +21,8 @@ void xfree(void *address);
 // could meet, so that they need not be tried.
 [[noreturn]] void die_out_of_memory(int line = __builtin_LINE());
 
-// A number of things in memory as an int.  More of them than an int counts
-// could only be met on a machine larger than kestro is made for, and end the
-// run as exhausted memory.
+// A number of things in memory as an int.  More of them than an int counts end
+// the run as exhausted memory does.
 inline int int_count(size_t n, int line = __builtin_LINE()) {
   if (n > INT_MAX)
     die_out_of_memory(line);

@@ -10,6 +10,7 @@
 #include "cl/graph_profiles.h"
 
 #include <algorithm>
+#include <climits>
 
 namespace kestro {
 
@@ -56,6 +57,12 @@ static size_t counter_of(int from, int elabel, int to) {
          counters;
 }
 
+// The counters stay at the largest number that they hold.
+void graph_profiles::count_edge(int from, int elabel, int to) {
+  int &counter = frequency_[counter_of(from, elabel, to)];
+  counter += counter < INT_MAX;
+}
+
 graph_profiles::graph_profiles(const ksstack *graphs)
     : graphs_(graphs), frequency_(counters, 0) {
   size_t vertices = 0;
@@ -73,8 +80,7 @@ graph_profiles::graph_profiles(const ksstack *graphs)
     for (int u = 0; u < g->vs; u++) {
       profiles_.push_back(profile_of(g, u));
       for (int j = g->v[u]; j < g->v[u + 1]; j++)
-        frequency_[counter_of(g->vlabel[u], g->elabel[j],
-                              g->vlabel[g->e[j]])]++;
+        count_edge(g->vlabel[u], g->elabel[j], g->vlabel[g->e[j]]);
     }
   }
   first_by_label_.push_back(by_label_.size());

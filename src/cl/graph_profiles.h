@@ -49,6 +49,7 @@ public:
 
 private:
   void add_by_label(const graph *g);
+  void count_edge(int from, int elabel, int to);
 
   const ksstack *graphs_;
   xvector<vertex_profile> profiles_; // graph after graph

@@ -24,13 +24,18 @@
 
 namespace kestro {
 
+// A process can be started without even a name.
+static const char *program_name(int argc, char **argv) {
+  return argc > 0 ? argv[0] : "kestro";
+}
+
 static int obey(int argc, char **argv, int jobs) {
   options o;
   switch (parse_command_line(argc, argv, &o)) {
   case command::refuse:
     return EXIT_FAILURE;
   case command::show_usage:
-    usage(argv[0], stdout);
+    usage(program_name(argc, argv), stdout);
     break;
   case command::run:
     o.jobs = jobs;
@@ -41,15 +46,23 @@ static int obey(int argc, char **argv, int jobs) {
   return EXIT_SUCCESS;
 }
 
-// Makes the failures of writing arrive as such.
-static void prepare_outputs() {
+static bool is_closed(int descriptor) {
+  return fcntl(descriptor, F_GETFD) == -1;
+}
+
+// Makes the failures of writing arrive as such.  False when it cannot.
+static bool prepare_outputs() {
   // A file over the size limit is a failed write, not a signal.
   signal(SIGXFSZ, SIG_IGN);
   // The first files opened would take the place of standard streams that are
-  // closed, and get the report; here they get what can't be written.
+  // closed, and get the report; a folder, which is always there, cannot.
+  const bool no_input = is_closed(STDIN_FILENO);
   for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
-    if (fcntl(descriptor, F_GETFD) == -1)
-      static_cast<void>(open("/dev/null", O_RDONLY));
+    if (is_closed(descriptor) && open("/", O_RDONLY) != descriptor)
+      return false;
+  if (no_input) // which only kept the place while the others were filled
+    close(STDIN_FILENO);
+  return true;
 }
 
 // Keeps large blocks out of the heap, so that freeing one gives its memory
@@ -64,13 +77,14 @@ static void prepare_memory() {
 
 int run_command(int argc, char **argv, int jobs) {
   prepare_memory();
-  prepare_outputs();
+  if (!prepare_outputs())
+    return EXIT_FAILURE;
   try {
     return obey(argc, argv, jobs);
   } catch (const fatal_error &e) {
     fputs(e.what(), stderr);
   } catch (const check_failure &e) {
-    fprintf(stderr, "%s: %s", basename(argv[0]), e.what());
+    fprintf(stderr, "%s: %s", basename(program_name(argc, argv)), e.what());
     abort();
   } catch (const std::bad_alloc &) {
     fprintf(stderr, "xmalloc.c:%d: not enough memory\n", __LINE__);

@@ -42,28 +42,44 @@ void refuse_input(const file_identity &output, const char *name,
                       "': it is the input\n");
 }
 
-// Opens an output unless it is one of those that are open.
-static void open_output(const output &f, xvector<file_identity> *opened) {
-  const char *const name = f.name->get();
-  const file_identity found(name);
-  for (const file_identity &other : *opened)
+// Adds a file to those of the run, unless it is one of them.
+static void add_output(const file_identity &found, const char *name,
+                       xvector<file_identity> *files) {
+  for (const file_identity &other : *files)
     if (found.is_same(other))
       throw fatal_error("can't write a file '" + std::string(name) +
                         "': it is another output\n");
-  f.stream->reset(open_file(name, "w+"));
-  opened->push_back(file_identity(f.stream->get()));
+  files->push_back(found);
+}
+
+// Names the outputs, and refuses those whose files are taken.
+static void name_outputs(const xvector<output> &outputs,
+                         const file_identity &report, const options *o) {
+  refuse_input(report, standard_output, o);
+  xvector<file_identity> files = {report};
+  for (const output &f : outputs) {
+    *f.name = make_output_name(o->input_file, f.suffix);
+    const char *const name = f.name->get();
+    const file_identity found(name);
+    refuse_input(found, name, o);
+    add_output(found, name, &files);
+  }
 }
 
 void open_outputs(options *o, FILE *report) {
-  xvector<file_identity> opened = {file_identity(report)};
-  refuse_input(opened[0], standard_output, o);
+  const file_identity report_file(report);
   const xvector<output> outputs = wanted_outputs(o);
+  name_outputs(outputs, report_file, o);
+  xvector<file_identity> files = {report_file};
   for (const output &f : outputs) {
-    *f.name = make_output_name(o->input_file, f.suffix);
-    refuse_input(file_identity(f.name->get()), f.name->get(), o);
+    const char *const name = f.name->get();
+    // Links to one file that was not there lead to one that is, by now.
+    add_output(file_identity(name), name, &files);
+    f.stream->reset(open_file(name, "w+"));
+    files.back() = file_identity(f.stream->get());
+    if (o->maximal && !files.back().is_regular())
+      throw fatal_error("can't read a file '" + std::string(name) + "'\n");
   }
-  for (const output &f : outputs)
-    open_output(f, &opened);
 }
 
 void close_outputs(options *o) {

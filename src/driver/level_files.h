@@ -15,8 +15,9 @@ void refuse_input(const file_identity &output, const char *name,
 
 // Names the outputs that o asks for after o->input_file, and opens them; report
 // is the stream of the run's report.  None is opened when one of them, or the
-// report, is the input.  Dies likewise, with "it is another output", rather
-// than open one file for two outputs.
+// report, is the input.  Dies likewise, with "it is another output", when
+// two outputs are one file; and with "can't read a file" in a run for maximal
+// patterns, which reads its outputs back, when one is no regular file.
 void open_outputs(options *o, FILE *report);
 // Dies with "can't write a file" when an output has not been written whole.
 void close_outputs(options *o);

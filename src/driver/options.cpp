@@ -7,6 +7,7 @@
 #include "driver/options.h"
 
 #include <getopt.h>
+#include <locale.h>
 
 #include <algorithm>
 #include <cstdlib>
@@ -59,6 +60,14 @@ static int int_argument() {
   return static_cast<int>(strtol(optarg, nullptr, 10));
 }
 
+// The decimal point is a point, whatever locale the process has set.
+static double number_argument() {
+  static const locale_t plain = newlocale(LC_ALL_MASK, "C", nullptr);
+  if (!plain)
+    die_out_of_memory();
+  return strtod_l(optarg, nullptr, plain);
+}
+
 // Takes one option; false for one that ends the parsing with help.
 static bool apply_option(int c, options *o) {
   switch (c) {
@@ -76,7 +85,7 @@ static bool apply_option(int c, options *o) {
     o->parent_children_list = 1;
     break;
   case 's':
-    o->support = strtod(optarg, nullptr);
+    o->support = number_argument();
     break;
   case 't':
     o->tid_list = 1;
@@ -107,17 +116,24 @@ static bool apply_option(int c, options *o) {
 
 command parse_command_line(int argc, char **argv, options *o) {
   optind = 0; // also resets what getopt remembers of an earlier command line
+  const char *input = nullptr;
+  // The "-" has other words delivered in their place, as the argument of 1.
+  // Without it the environment could end the options at the first of them.
   int c;
-  while ((c = getopt_long(argc, argv, "hM:m:ps:tx", long_options, nullptr)) !=
+  while ((c = getopt_long(argc, argv, "-hM:m:ps:tx", long_options, nullptr)) !=
          -1) {
     if (c == '?')
       return command::refuse;
-    if (!apply_option(c, o))
+    if (c == 1)
+      input = input ? input : optarg;
+    else if (!apply_option(c, o))
       return command::show_usage;
   }
-  if (optind >= argc)
+  if (!input && optind < argc) // behind "--"
+    input = argv[optind];
+  if (!input)
     return command::show_usage;
-  o->input_file = argv[optind];
+  o->input_file = input;
   return command::run;
 }
 

@@ -8,6 +8,8 @@
 
 #include "graph/connectivity.h"
 
+#include <algorithm>
+
 #include "base/error.h"
 #include "base/xmalloc.h"
 
@@ -95,7 +97,7 @@ int graph_is_connected(const graph *g) {
 int graph_connected_components(const graph *g, int *comp) {
   assert(g->vs > 0);
   event_walk walk(g);
-  xvector<int> bounds = {0, walk.exit(0)};
+  xvector<int> bounds = {walk.exit(0)}; // where the components end, ascending
   while (bounds.back() != 2 * g->vs - 1) {
     int j = 0;
     while (j < g->vs && walk.enter(j) != bounds.back() + 1)
@@ -104,12 +106,11 @@ int graph_connected_components(const graph *g, int *comp) {
     bounds.push_back(walk.exit(j));
   }
   for (int i = 0; i < g->vs; i++) {
-    int t = 1;
-    while (bounds[static_cast<size_t>(t)] < walk.exit(i))
-      t++;
-    comp[i] = t - 1;
+    const auto end =
+        std::lower_bound(bounds.begin(), bounds.end(), walk.exit(i));
+    comp[i] = static_cast<int>(end - bounds.begin());
   }
-  return static_cast<int>(bounds.size()) - 1;
+  return static_cast<int>(bounds.size());
 }
 
 } // namespace kestro

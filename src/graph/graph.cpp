@@ -109,7 +109,7 @@ int graph_edge_label(const graph *g, int u, int w) {
   return slot == -1 ? -1 : g->elabel[slot];
 }
 
-[[noreturn]] static void die_of_vid(const graph *g, int id) {
+void graph_die_of_vid(const graph *g, int id) {
   std::string text =
       message_text("graph.c", "can't find a vid '%d' in a graph\n", id);
   for (int i = 0; i < g->vs; i++)
@@ -121,7 +121,7 @@ int graph_find_vid(const graph *g, int id) {
   for (int i = 0; i < g->vs; i++)
     if (g->vid[i] == id)
       return i;
-  die_of_vid(g, id);
+  graph_die_of_vid(g, id);
 }
 
 static uint32_t hash_byte(uint32_t h, uint32_t byte) {

@@ -66,6 +66,8 @@ int graph_edge_label(const graph *g, int u, int w);
 
 // First vertex whose vid is id.  Dies, listing all vids, when there is none.
 int graph_find_vid(const graph *g, int id);
+// The death of graph_find_vid.
+[[noreturn]] void graph_die_of_vid(const graph *g, int id);
 
 // The hash of e, v, elabel and vlabel, as stored; vid and key do not enter.
 // The caller stores it into key.

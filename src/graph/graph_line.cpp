@@ -5,9 +5,8 @@
 // text ignored, numbers beyond an int cut to its width.  Done by hand at a
 // tenth of sscanf's cost, with the label left where it stands.
 //
-// A line that stops just before its label used to be scanned again and again
-// with an ever larger label buffer, which can only end in exhausted memory; it
-// is sent there at once.
+// A line that stops just before its label is one for which no label buffer is
+// large enough: it ends the run as exhausted memory does.
 
 #include "graph/graph_line.h"
 

@@ -12,7 +12,7 @@ namespace kestro {
 
 static constexpr size_t first_slots = 64;
 
-label_index::label_index() : slots_(first_slots, slot{nullptr, 0, -1}) {}
+label_index::label_index() : slots_(first_slots) {}
 
 label_index::label_index(const ksstack *labels) : label_index() {
   for (int i = 0; i < labels->count; i++)
@@ -27,7 +27,7 @@ void label_index::add(std::string_view word, int number) {
 
 void label_index::enlarge() {
   const xvector<slot> old = std::move(slots_);
-  slots_.assign(2 * old.size(), slot{nullptr, 0, -1});
+  slots_ = xvector<slot>(2 * old.size());
   for (const slot &s : old)
     if (s.number != -1)
       slots_[slot_of({s.word, s.length})] = s;

@@ -24,9 +24,9 @@ public:
 
 private:
   struct slot {
-    const char *word;
-    size_t length;
-    int number; // -1 in a free slot
+    const char *word = nullptr;
+    size_t length = 0;
+    int number = -1; // of a free slot
   };
 
   static size_t hash_of(std::string_view word);
@@ -56,7 +56,8 @@ inline bool label_index::holds(const slot &s, std::string_view word) {
 }
 
 // Where the word is, or the free slot where it belongs.
-[[gnu::always_inline]] inline size_t label_index::slot_of(std::string_view word) const {
+[[gnu::always_inline]] inline size_t
+label_index::slot_of(std::string_view word) const {
   const size_t mask = slots_.size() - 1;
   size_t i = hash_of(word) & mask;
   while (slots_[i].number != -1 && !holds(slots_[i], word))

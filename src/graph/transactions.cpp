@@ -13,6 +13,7 @@
 #include "graph/transactions.h"
 
 #include <algorithm>
+#include <numeric>
 
 #include "base/error.h"
 #include "base/xmalloc.h"
@@ -208,12 +209,6 @@ void transaction_reader::finish() {
   KESTRO_STRUCTURE(graph_check(g_));
 }
 
-// Turns counts, each stored one place up, into the sums of those in front.
-static void add_up(int *counts, int n) {
-  for (int i = 0; i < n; i++)
-    counts[i + 1] += counts[i];
-}
-
 void transaction_reader::sort_records_by_to() {
   by_to_.resize(records_.size());
   next_.assign(static_cast<size_t>(g_->vs) + 1, 0);
@@ -221,7 +216,8 @@ void transaction_reader::sort_records_by_to() {
   int *const next = next_.data();
   for (const edge_record &record : records_)
     next[record.to + 1]++;
-  add_up(next, g_->vs);
+  // Counts, each stored one place up, become the sums of those in front.
+  std::partial_sum(next, next + g_->vs + 1, next);
   int i = 0;
   for (const edge_record &record : records_)
     by_to[next[record.to]++] = i++;
@@ -233,7 +229,7 @@ void transaction_reader::fill_slots() {
   std::fill(v, v + g_->vs + 1, 0);
   for (const edge_record &record : records_)
     v[record.from + 1]++;
-  add_up(v, g_->vs);
+  std::partial_sum(v, v + g_->vs + 1, v);
   next_.assign(v, v + g_->vs + 1);
   int *const next = next_.data();
   int *const e = g_->e;
@@ -318,7 +314,9 @@ public:
   text_lines &lines() { return lines_; }
   // Moves the stream to where the lines are.
   void leave() {
-    fseeko(stream_, start_ + static_cast<off_t>(lines_.position()), SEEK_SET);
+    const off_t end = start_ + static_cast<off_t>(lines_.position());
+    if (start_ == -1 || fseeko(stream_, end, SEEK_SET))
+      throw fatal_error("can't read a file 'input'\n");
   }
 
 private:

@@ -6,6 +6,7 @@
 
 #include "graph/vertex_ids.h"
 
+#include <bit>
 #include <cstdint>
 
 namespace kestro {
@@ -22,10 +23,7 @@ void vertex_ids::collect(const graph *g) {
   in_order_ = are_positions(g);
   if (in_order_)
     return;
-  size_t slots = 2;
-  while (slots < 2 * static_cast<size_t>(g->vs))
-    slots *= 2;
-  slots_.assign(slots, -1);
+  slots_.assign(std::bit_ceil(2 * static_cast<size_t>(g->vs)), -1);
   for (int i = 0; i < g->vs; i++) {
     int &vertex = slots_[slot_of(g->vid[i])];
     if (vertex == -1)
@@ -45,7 +43,9 @@ size_t vertex_ids::slot_of(int id) const {
 
 int vertex_ids::find_hashed(int id) const {
   const int vertex = slots_[slot_of(id)];
-  return vertex == -1 ? graph_find_vid(g_, id) : vertex;
+  if (vertex == -1)
+    graph_die_of_vid(g_, id);
+  return vertex;
 }
 
 } // namespace kestro

@@ -16,7 +16,9 @@ public:
   int find(int id) const {
     if (in_order_ && id >= 0 && id < g_->vs)
       return id;
-    return in_order_ ? graph_find_vid(g_, id) : find_hashed(id);
+    if (in_order_)
+      graph_die_of_vid(g_, id);
+    return find_hashed(id);
   }
 
 private:

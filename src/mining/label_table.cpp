@@ -83,7 +83,7 @@ template <class Key> uint32_t &label_table<Key>::slot_of(const Key &key) {
 
 template <class Key> void label_table<Key>::enlarge() {
   const size_t slots = 2 * slots_.size();
-  slots_ = {}; // first, so that only one of the tables is in memory
+  slots_ = xvector<uint32_t>(); // so that only one of the tables is in memory
   slots_.resize(slots);
   uint32_t number = 0;
   for (const Key &key : keys_)

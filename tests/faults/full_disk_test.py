@@ -25,8 +25,9 @@ exit $status
 """
 # The same with such a file system for temporary files alone.
 SMALL_TEMPORARY = """
+cp "$1" program && shift || exit 1 # which may itself lie below /tmp
 mount -t tmpfs -o size=4k none /tmp || exit 1
-"$@"
+./program "$@"
 status=$?
 umount -l /tmp
 exit $status

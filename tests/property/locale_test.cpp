@@ -58,6 +58,17 @@ std::string results(const std::string &database) {
   return text;
 }
 
+// The support that a command line sets.
+double support_of(std::string number) {
+  char program[] = "kestro";
+  char option[] = "-s";
+  char input[] = "db.g";
+  char *argv[] = {program, option, number.data(), input, nullptr};
+  options o;
+  EXPECT_EQ(parse_command_line(4, argv, &o), command::run);
+  return o.support;
+}
+
 } // namespace
 
 TEST(Locale, GermanAndTurkishGiveTheSameBytes) {
@@ -72,6 +83,7 @@ TEST(Locale, GermanAndTurkishGiveTheSameBytes) {
     ASSERT_TRUE(locale.is_set()) << language;
     EXPECT_STREQ(localeconv()->decimal_point, ",");
     EXPECT_EQ(results(database), expected) << language;
+    EXPECT_EQ(support_of("12.5"), 12.5) << language;
   }
 }
 

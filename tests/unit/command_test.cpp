@@ -3,6 +3,7 @@
 #include <sys/wait.h>
 
 #include <cstdlib>
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -99,6 +100,23 @@ TEST(Command, OtherClosedStandardStreamsDoNotMatter) {
   EXPECT_TRUE(folder.read("out").starts_with("***"));
   EXPECT_TRUE(folder.read("db.fp").starts_with("# ***"));
   EXPECT_TRUE(folder.read("db.tid").starts_with("1-0 0\n"));
+}
+
+TEST(Command, ClosedStandardInputIsNoEmptyDatabase) {
+  const scratch_folder folder;
+  std::filesystem::create_symlink("/dev/stdin", folder.name("in.g"));
+  const std::string line = "cd '" + folder.name(".") + "' && '" +
+                           KESTRO_PROGRAM + "' in.g <&- >out 2>err";
+  EXPECT_EQ(WEXITSTATUS(system(line.c_str())), 1);
+  EXPECT_EQ(folder.read("err"), "can't open a file 'in.g'\n");
+}
+
+TEST(Command, NoArgumentsNotEvenANameShowTheUsage) {
+  char *none[] = {nullptr};
+  testing::internal::CaptureStdout();
+  EXPECT_EQ(run_command(0, none, 1), 0);
+  EXPECT_TRUE(testing::internal::GetCapturedStdout().starts_with(
+      "Usage: kestro [OPTION] FILE\n"));
 }
 
 TEST(Command, ReportAppendedToTheInputIsRefused) {

@@ -1,5 +1,7 @@
 #include "driver/level_files.h"
 
+#include <sys/stat.h>
+
 #include <filesystem>
 #include <string>
 
@@ -153,6 +155,33 @@ TEST_F(LevelFiles, TwoOutputsInOneFileAreFatal) {
   std::filesystem::create_symlink("db.fp", name); // which is made on the way
   EXPECT_EQ(refusal(),
             "can't write a file '" + name + "': it is another output\n");
+}
+
+TEST_F(LevelFiles, RefusedOutputsKeepWhatTheyHold) {
+  o.tid_list = o.candidates = 1;
+  folder.write("db.fp", "old patterns\n");
+  folder.write("db.c.g", "old candidates\n");
+  std::filesystem::create_symlink("db.c.g", folder.name("db.tid"));
+  EXPECT_EQ(refusal(), "can't write a file '" + folder.name("db.tid") +
+                           "': it is another output\n");
+  EXPECT_EQ(folder.read("db.fp"), "old patterns\n");
+  EXPECT_EQ(folder.read("db.c.g"), "old candidates\n");
+}
+
+TEST_F(LevelFiles, OutputsThatAreReadBackAreRegularFiles) {
+  o.maximal = o.parent_children_list = o.tid_list = 1;
+  for (const char *file : {"db.fp", "db.pc", "db.tid"}) {
+    const std::string name = folder.name(file);
+    const std::string expected = "can't read a file '" + name + "'\n";
+    std::filesystem::remove(name);
+    ASSERT_EQ(mkfifo(name.c_str(), 0600), 0);
+    EXPECT_EQ(refusal(), expected);
+    std::filesystem::remove(name);
+    std::filesystem::create_symlink("/dev/null", name);
+    EXPECT_EQ(refusal(), expected);
+    std::filesystem::remove(name);
+  }
+  EXPECT_NO_THROW(open_outputs(&o, report));
 }
 
 TEST_F(LevelFiles, InputAndOutputMayBeOneDevice) {

@@ -2,6 +2,7 @@
 
 #include <climits>
 #include <cmath>
+#include <cstdlib>
 #include <string>
 #include <vector>
 
@@ -65,6 +66,23 @@ TEST(Options, DefaultsStayWithFileAlone) {
   for (const file_ptr *stream : {&p.o.candidates_stream, &p.o.pattern_stream,
                                  &p.o.pc_stream, &p.o.tid_stream})
     EXPECT_EQ(stream->get(), nullptr);
+}
+
+TEST(Options, EnvironmentDoesNotEndTheOptionsAtTheFirstWord) {
+  setenv("POSIXLY_CORRECT", "1", 1);
+  const parsed p({"db.g", "-s", "60", "other", "-t"});
+  unsetenv("POSIXLY_CORRECT");
+  EXPECT_EQ(p.asked, command::run);
+  EXPECT_STREQ(p.o.input_file, "db.g");
+  EXPECT_EQ(p.o.support, 60);
+  EXPECT_EQ(p.o.tid_list, 1);
+}
+
+TEST(Options, WordsBehindTheDoubleDashAreNoOptions) {
+  EXPECT_STREQ(parsed({"-t", "--", "-x"}).o.input_file, "-x");
+  EXPECT_STREQ(parsed({"db.g", "--", "-x"}).o.input_file, "db.g");
+  EXPECT_STREQ(parsed({"-"}).o.input_file, "-");
+  EXPECT_EQ(parsed({"-t", "--"}).asked, command::show_usage);
 }
 
 TEST(Options, ShortOptionsSetTheirFields) {
