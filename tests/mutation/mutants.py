@@ -34,6 +34,11 @@ class Mutant:
     before: str
     after: str
 
+    def fits(self) -> bool:
+        """Whether the file still has that line there."""
+        lines = source_lines(self.file)
+        return self.line <= len(lines) and lines[self.line - 1].strip() == self.before
+
     def may_compile(self) -> bool:
         """False for some of those that cannot."""
         brackets = [len(TEMPLATE.findall(t)) for t in (self.before, self.after)]

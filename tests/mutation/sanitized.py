@@ -51,8 +51,11 @@ class SanitizedWorkshop(Workshop):
         main = self.build / "src/CMakeFiles/kestro.dir/driver/main.cpp.o"
         options = ["-fsanitize=address,undefined", "-pthread"]
         self.run_linker([*options, main, *added, core], self.scratch / "kestro")
-        words = [*options, *self.test_objects, *added, core, "-lgtest_main", "-lgtest"]
-        self.run_linker(words, self.scratch / "kestro_unit")
+        objects = [*self.test_objects, *added, core]
+        self.run_linker(
+            [*options, *objects, "-lgtest_main", "-lgtest"],
+            self.scratch / "kestro_unit",
+        )
 
     def environment(self) -> dict[str, str]:
         options = "allocator_may_return_null=1:detect_stack_use_after_return=1"

@@ -16,6 +16,7 @@ import shutil
 import signal
 import subprocess
 import sys
+from collections.abc import Sequence
 from pathlib import Path
 
 from mutants import TREE, Mutant, source_lines
@@ -75,7 +76,16 @@ class Workshop:
             "-DKESTRO_CHECKERS=ON",
             "-DKESTRO_TESTS=ON",
         ]
-        configure = ["cmake", "-S", TREE, "-B", self.build, "-G", "Ninja", *options]
+        configure = [
+            "cmake",
+            "-S",
+            str(TREE),
+            "-B",
+            str(self.build),
+            "-G",
+            "Ninja",
+            *options,
+        ]
         subprocess.run(configure, check=True, stdout=subprocess.DEVNULL)
         self.make("kestro_unit", "kestro_property", "kestro")
         self.read_commands()
@@ -85,7 +95,7 @@ class Workshop:
         self.link("src/kestro", ["kestro"])
 
     def make(self, *targets: str) -> None:
-        words = ["ninja", "-j1", "-C", self.build, *targets]
+        words = ["ninja", "-j1", "-C", str(self.build), *targets]
         subprocess.run(words, check=True, stdout=subprocess.DEVNULL)
 
     def read_commands(self) -> None:
@@ -111,9 +121,10 @@ class Workshop:
         folder = self.build / "src/CMakeFiles/kestro_core.dir"
         objects = [o for o in folder.rglob("*.o") if o != folder / f"{file}.o"]
         added = [instead] if instead else []
-        self.run_linker(["-shared", *objects, *added, "-pthread"], self.scratch / LIBRARY)
+        words: list[str | Path] = ["-shared", *objects, *added, "-pthread"]
+        self.run_linker(words, self.scratch / LIBRARY)
 
-    def run_linker(self, words: list[str | Path], result: Path) -> None:
+    def run_linker(self, words: Sequence[str | Path], result: Path) -> None:
         subprocess.run(["c++", *words, "-o", result], check=True)
 
     def compile(self, file: str, source: Path, more: str = "") -> Path | None:
@@ -145,8 +156,8 @@ class Workshop:
         words = [w for w in shlex.split(command["command"]) if not w.endswith("ccache")]
         words[words.index("-o") + 1] = str(result)
         at = words.index(command["file"])
-        map_name = f"-fmacro-prefix-map={self.scratch}/src/="
-        words[at : at + 1] = [map_name, "-w", "-frandom-seed=kestro", *more, str(source)]
+        always = [f"-fmacro-prefix-map={self.scratch}/src/=", "-frandom-seed=kestro"]
+        words[at : at + 1] = [*always, "-w", *more, str(source)]
         done = subprocess.run(
             words, cwd=command["directory"], capture_output=True, check=False
         )
