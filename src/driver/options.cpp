@@ -116,7 +116,7 @@ static bool apply_option(int c, options *o) {
 
 command parse_command_line(int argc, char **argv, options *o) {
   optind = 0; // also resets what getopt remembers of an earlier command line
-  const char *input = nullptr;
+  bool named = false; // whether FILE has come
   // The "-" has other words delivered in their place, as the argument of 1.
   // Without it the environment could end the options at the first of them.
   int c;
@@ -124,17 +124,19 @@ command parse_command_line(int argc, char **argv, options *o) {
          -1) {
     if (c == '?')
       return command::refuse;
-    if (c == 1)
-      input = input ? input : optarg;
-    else if (!apply_option(c, o))
-      return command::show_usage;
+    if (c != 1) {
+      if (!apply_option(c, o))
+        return command::show_usage;
+    } else if (!named) {
+      o->input_file = optarg;
+      named = true;
+    }
   }
-  if (!input && optind < argc) // behind "--"
-    input = argv[optind];
-  if (!input)
-    return command::show_usage;
-  o->input_file = input;
-  return command::run;
+  if (!named && optind < argc) { // behind "--"
+    o->input_file = argv[optind];
+    named = true;
+  }
+  return named ? command::run : command::show_usage;
 }
 
 xptr<char> make_output_name(const char *file, const char *suffix) {
