@@ -7,7 +7,6 @@ was, and that the pattern file is right up to its last complete pattern.
 
 import os
 import signal
-import subprocess
 import unittest
 
 import faults
@@ -66,21 +65,6 @@ class ClosedPipe(unittest.TestCase):
         )
         self.assertEqual(ended.err, faults.cannot_write(faults.STDOUT))
         self.assertEqual(ended.status, 1)
-
-    def test_reader_that_takes_one_line(self) -> None:
-        with faults.Folder() as folder:
-            run = subprocess.Popen(
-                [faults.Programs.kestro, *faults.RUNS["all outputs"]],
-                cwd=folder.path,
-                env=faults.environment(),
-                stdout=subprocess.PIPE,
-            )
-            assert run.stdout is not None
-            self.assertEqual(run.stdout.read(1), b"*")
-            run.stdout.close()
-            # All may have been written before the pipe was closed.
-            self.assertIn(run.wait(faults.SECONDS), [0, -signal.SIGPIPE])
-            self.assertEqual(folder.read(faults.INPUT), faults.DATABASE)
 
 
 if __name__ == "__main__":
