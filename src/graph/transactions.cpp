@@ -211,13 +211,12 @@ void transaction_reader::finish() {
 
 void transaction_reader::sort_records_by_to() {
   by_to_.resize(records_.size());
-  next_.assign(static_cast<size_t>(g_->vs) + 1, 0);
+  next_.assign(static_cast<size_t>(g_->vs), 0);
   int *const by_to = by_to_.data();
   int *const next = next_.data();
   for (const edge_record &record : records_)
-    next[record.to + 1]++;
-  // Counts, each stored one place up, become the sums of those in front.
-  std::partial_sum(next, next + g_->vs + 1, next);
+    next[record.to]++;
+  std::exclusive_scan(next, next + g_->vs, next, 0);
   int i = 0;
   for (const edge_record &record : records_)
     by_to[next[record.to]++] = i++;
@@ -228,9 +227,9 @@ void transaction_reader::fill_slots() {
   int *const v = g_->v;
   std::fill(v, v + g_->vs + 1, 0);
   for (const edge_record &record : records_)
-    v[record.from + 1]++;
-  std::partial_sum(v, v + g_->vs + 1, v);
-  next_.assign(v, v + g_->vs + 1);
+    v[record.from]++;
+  std::exclusive_scan(v, v + g_->vs + 1, v, 0);
+  next_.assign(v, v + g_->vs);
   int *const next = next_.data();
   int *const e = g_->e;
   int *const elabel = g_->elabel;

@@ -239,8 +239,6 @@ private:
     setup_map(ea_, eb_, perm, eb_->vs - (outside_ != -1), work->map.data());
     subgraph *cand = context_->scratch;
     merge(g1, b_->g, ea_->u, ea_->v, work->map.data(), cand->g);
-    for (int i = 0; i < cand->g->vs; i++)
-      cand->g->vid[i] = i;
   }
 
   // The other ways to build a candidate whose form does not depend on how it is
