@@ -220,6 +220,27 @@ TEST(Canonical, FormIsCalledInvariantUnlessTheOrderOfVerticesDecides) {
   EXPECT_TRUE(cl_form_is_invariant());
 }
 
+// A centre with arms of two edges each.
+static graph_ptr spider_graph(int arms) {
+  std::vector<test_edge> edges;
+  for (int i = 0; i < arms; i++) {
+    edges.push_back({0, 1 + 2 * i});
+    edges.push_back({1 + 2 * i, 2 + 2 * i});
+  }
+  return make_graph(std::vector<int>(static_cast<size_t>(1 + 2 * arms), 0),
+                    edges);
+}
+
+TEST(Canonical, FormIsNotCalledInvariantAtAnyCost) {
+  // All orders of the arms are alike, so none can be left out when it has to be
+  // shown that no arrangement is better.
+  const threshold_scope scope(5);
+  canonical(spider_graph(5).get());
+  EXPECT_TRUE(cl_form_is_invariant());
+  canonical(spider_graph(9).get());
+  EXPECT_FALSE(cl_form_is_invariant());
+}
+
 TEST(Canonical, GraphIsCalledRigidWhenRefinementTellsAllVerticesApart) {
   canonical(make_graph({0, 1, 0}, {{0, 1, 0}, {1, 2, 1}}).get());
   EXPECT_TRUE(cl_form_is_rigid());

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <utility>
+
 #include "support/fatal.h"
 #include "support/graphs.h"
 #include "support/label_sets.h"
@@ -330,6 +332,39 @@ TEST(Transactions, ReadNextLeavesTheStreamAtTheNextHeader) {
   EXPECT_EQ(ftell(stream.get()), static_cast<long>(text.size()));
   EXPECT_EQ(first->vs, 1);
   EXPECT_EQ(second->vs, 2);
+}
+
+TEST(Transactions, HeaderInALongCommentEndsNone) {
+  // Counting stops at the piece "t x"; what is read on begins at the header.
+  const std::string first = "t 1\nv 0 C\n#" + std::string(1022, ' ') + "t x\n";
+  const graph_list_ptr list = read(first + "t 2\nv 0 O\nv 1 O\n");
+  ASSERT_EQ(list->count, 2);
+  EXPECT_EQ(vlabels_of(graph_list_at(list.get(), 0)), (std::vector<int>{0}));
+  EXPECT_EQ(vlabels_of(graph_list_at(list.get(), 1)), (std::vector<int>{2, 2}));
+}
+
+TEST(TransactionsFatal, StreamThatCannotTellWhereItStands) {
+  // Only the first question fails, so moving would go wrong without a sign.
+  struct cookie {
+    std::string rest;
+    bool may_tell;
+  };
+  const auto take = [](void *from, char *to, size_t size) {
+    std::string &rest = static_cast<cookie *>(from)->rest;
+    const size_t got = rest.copy(to, size);
+    rest.erase(0, got);
+    return static_cast<ssize_t>(got);
+  };
+  const auto seek = [](void *in, off64_t *, int) {
+    return std::exchange(static_cast<cookie *>(in)->may_tell, true) ? 0 : -1;
+  };
+  cookie source = {"t # 0\n", false};
+  const file_ptr stream(fopencookie(
+      &source, "r",
+      {.read = take, .write = nullptr, .seek = seek, .close = nullptr}));
+  EXPECT_EQ(
+      fatal_text([&] { graph_read_next_transaction(stream.get(), labels()); }),
+      "can't read a file 'input'\n");
 }
 
 TEST(Transactions, ReadFileTakesTheFirstTransactionOnly) {
