@@ -100,8 +100,9 @@ static int split_cell(colouring *c, const vertex_order &by, int first, int end,
               [&](int a, int b) { return by.compare(a, b) < 0; });
   int cells = 1;
   int start = first;
-  for (int i = first; i < end; i++) {
-    if (i > first && by.compare(order[start], order[i]) != 0) {
+  new_colour[first] = first;
+  for (int i = first + 1; i < end; i++) {
+    if (by.compare(order[start], order[i]) != 0) {
       c->cell_end[static_cast<size_t>(start)] = i;
       start = i;
       cells++;
@@ -143,12 +144,10 @@ void colouring_init(colouring *c, const graph *g) {
   const size_t vs = static_cast<size_t>(g->vs);
   c->order.resize(vs);
   c->colour.assign(vs, 0);
-  c->cell_end.resize(vs);
+  c->cell_end.assign(vs, g->vs);
   c->cells = g->vs > 0;
   for (int i = 0; i < g->vs; i++)
     c->order[static_cast<size_t>(i)] = i;
-  if (g->vs > 0)
-    c->cell_end[0] = g->vs;
   if (state->signature.size() < static_cast<size_t>(g->es))
     state->signature.resize(static_cast<size_t>(g->es));
   if (state->new_colour.size() < vs)

@@ -12,6 +12,7 @@
 #include "mining/candidates.h"
 
 #include <algorithm>
+#include <cassert>
 #include <memory>
 #include <utility>
 
@@ -158,12 +159,12 @@ void sg_join_pair(int a, int b, int p, const join_context *context) {
           first_automorphism(context->automorphisms, p, core), context);
 }
 
-// The vertex of a pattern outside its core, -1 when the core has them all.
+// The vertex of a pattern outside its core, -1 when the core has them all.  It
+// is the later end of the extra edge: degrees descend along a form, and the
+// other end has more than this one edge.
 static int vertex_outside(const sg_parent *entry) {
-  for (int i = 0; i < entry->vs; i++)
-    if (entry->map[i] == -1)
-      return i;
-  return -1;
+  assert(entry->map[entry->u] != -1);
+  return entry->map[entry->v] == -1 ? entry->v : -1;
 }
 
 namespace {
@@ -186,17 +187,16 @@ public:
   // Builds and registers up to two candidates along an automorphism of the
   // core.
   void along(const int *perm) {
-    const int u = place_in_b(ea_->u, perm);
+    const int u = place_in_b(ea_->u, perm); // never outside
     const int w = place_in_b(ea_->v, perm);
-    if (u != -1 && w != -1) {
+    if (w != -1) {
       add(closing_extension(b_id_, u, w, elabel_), graph_merge, perm);
       return;
     }
-    const int p = u == -1 ? w : u;
-    const int vlabel = a_->g->vlabel[u == -1 ? ea_->u : ea_->v];
-    add(pendant_extension(b_id_, p, elabel_, vlabel), graph_merge, perm);
+    const int vlabel = a_->g->vlabel[ea_->v];
+    add(pendant_extension(b_id_, u, elabel_, vlabel), graph_merge, perm);
     if (outside_ != -1 && b_->g->vlabel[outside_] == vlabel)
-      add(closing_extension(b_id_, p, outside_, elabel_), graph_merge_with_loop,
+      add(closing_extension(b_id_, u, outside_, elabel_), graph_merge_with_loop,
           perm);
   }
 

@@ -53,31 +53,29 @@ int occurrence_finder::find(subgraph *sg, const sg_set *prev, int minsup) {
 
 template <class Image> int occurrence_finder::find_all(int minsup) {
   const int n = sg_tid_size(sg_);
-  int open = 0; // transactions where it is not found yet
+  bool all_found = true;
   for (int i = 0; i < n; i++) {
     found_[index(i)] = extend(i, row_of<Image>(i));
-    open += !found_[index(i)];
+    all_found &= found_[index(i)];
   }
-  if (open > 0)
-    search_open<Image>(open, n - minsup);
+  if (!all_found)
+    search_open<Image>(n - minsup);
   return close_gaps<Image>();
 }
 
-// Searches the transactions where it is not found yet, which are that many,
-// until it is missing from more than may_lack.  Small ones come first: there a
-// search is short, and the candidate is missing most often.
-template <class Image>
-void occurrence_finder::search_open(int open, int may_lack) {
+// Searches the transactions where it is not found yet, until it is missing from
+// more than may_lack.  Small ones come first: there a search is short, and the
+// candidate is missing most often.
+template <class Image> void occurrence_finder::search_open(int may_lack) {
   const int n = sg_tid_size(sg_);
   int lacking = 0;
   for (const bool small : {true, false}) {
     for (int i = 0; i < n; i++) {
       if (found_[index(i)] || profiles_->is_small(tids_[i]) != small)
         continue;
-      open--;
       found_[index(i)] = search(i, row_of<Image>(i));
       lacking += !found_[index(i)];
-      if (lacking > may_lack || open == 0)
+      if (lacking > may_lack)
         return;
     }
   }

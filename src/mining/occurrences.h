@@ -30,7 +30,7 @@ private:
   };
 
   template <class Image> int find_all(int minsup);
-  template <class Image> void search_open(int open, int may_lack);
+  template <class Image> void search_open(int may_lack);
   template <class Image> bool extend(int i, Image *row);
   template <class Image> bool search(int i, Image *row);
   template <class Image> Image *row_of(int i);
