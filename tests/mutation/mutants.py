@@ -24,6 +24,8 @@ SKIPPED = re.compile(
 # Brackets of templates, which the tool takes for operators; without them hardly
 # anything compiles.
 TEMPLATE = re.compile(r"(?:_cast|vector|_ptr|pair|template ?|numeric_limits)<[^()]*?>")
+# A loop that counts up to a bound; whether it ends below or at it is the same.
+COUNTING_LOOP = re.compile(r"for \([^;]*;[^;]* < [^;]*; \w+\+\+\)")
 TRAILING_COMMENT = re.compile(r"\s*//.*$")
 
 
@@ -43,6 +45,11 @@ class Mutant:
         """False for some of those that cannot."""
         brackets = [len(TEMPLATE.findall(t)) for t in (self.before, self.after)]
         return brackets[0] <= brackets[1] or self.after.startswith("/*")
+
+    def may_differ(self) -> bool:
+        """False for counting loops whose `<` has become `!=`."""
+        with_other_end = self.before.replace(" < ", " != ", 1)
+        return self.after != with_other_end or not COUNTING_LOOP.match(self.before)
 
     def write(self, path: Path) -> None:
         """Writes the whole mutated source."""
