@@ -10,3 +10,15 @@ growth        the one-edge extensions of patterns, level by level
 levels        the patterns of each size: their transactions, and none missing
 run_check     a finished run, with all that rests on its levels
 """
+
+import sys
+
+try:
+    import igraph  # noqa: F401
+except ModuleNotFoundError:
+    print(
+        f"the checker needs igraph, which {sys.executable} does not have: use "
+        "Debian's /usr/bin/python3, after ./scripts/install_packages test",
+        file=sys.stderr,
+    )
+    sys.exit(2)
