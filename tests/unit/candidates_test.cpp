@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <utility>
 
 #include "mining/first_levels.h"
@@ -225,6 +226,33 @@ TEST_F(Candidates, JoinPairLooksForTheCoreInBothPatterns) {
   EXPECT_EQ(registry.counts.attempts, 0);
   sg_join_pair(with, with, core, &context);
   EXPECT_EQ(registry.counts.attempts, 1);
+}
+
+TEST_F(Candidates, JoinPairBuildsUponTheSecond) {
+  // Two paths share the edge with labels 0 and 1; 2 and 3 stand at the other
+  // end.
+  mine(labelled_path({1, 0, 2}), labelled_path({1, 0, 3}));
+  const automorphism_cache_ptr cache(automorphism_cache_create());
+  const child_table table(children.get(), cores.get(), cache.get());
+  derived_parents derived(children.get(), cores.get(), cache.get(), &table);
+  registration registry(children.get(), &derived);
+  extension_set made;
+  const sg_ptr scratch(sg_create(6, 4));
+  join_work work(2);
+  const join_context context = {children.get(), cores.get(), cache.get(), &made,
+                                scratch.get(),  &work,       &registry};
+  const int core =
+      sg_set_find(cores.get(), sg_ptr(sg_create_edge(0, 1, 0)).get());
+  const auto path_with = [&](int vlabel) {
+    const graph *g = sg_set_get(children.get(), 0)->g;
+    return std::find(g->vlabel, g->vlabel + 3, vlabel) == g->vlabel + 3;
+  };
+  const int with_2 = path_with(2);
+  const int with_3 = path_with(3);
+  ASSERT_NE(with_2, with_3);
+  sg_join_pair(with_2, with_3, core, &context);
+  EXPECT_TRUE(made.insert(pendant_extension(with_2, 0, 0, 3)));
+  EXPECT_FALSE(made.insert(pendant_extension(with_3, 0, 0, 2)));
 }
 
 static ints map_of(const parent_entry &ea, const parent_entry &eb,

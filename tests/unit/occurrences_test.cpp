@@ -28,6 +28,12 @@ protected:
     return sg_set_find_record(candidates.get(), canonical_record(g).get());
   }
 
+  // Takes the level's rows away.
+  void forget_rows() {
+    for (int id = 0; id < sg_set_size(level.get()); id++)
+      ksstack_free(std::exchange(sg_set_get(level.get(), id)->rows, nullptr));
+  }
+
   // A star, a path, a triangle, a star with a longer arm, two edges.
   graph_list_ptr database =
       database_of(star_graph(4), path_graph(4), ring_graph(3),
@@ -59,8 +65,7 @@ TEST_F(Occurrences, OneFinderServesOneCandidateAfterAnother) {
 
 TEST_F(Occurrences, WithoutRowsOfParentsASearchFindsTheSame) {
   subgraph *star = candidate_of(star_graph(4));
-  for (int id = 0; id < sg_set_size(level.get()); id++)
-    ksstack_free(std::exchange(sg_set_get(level.get(), id)->rows, nullptr));
+  forget_rows();
   EXPECT_EQ(finder.find(star, level.get(), 1), 2);
   EXPECT_EQ(ids_of(star->tid), (ints{0, 3}));
 }
@@ -75,6 +80,28 @@ TEST_F(Occurrences, RowsStandBesideTheTransactionsFound) {
     EXPECT_TRUE(is_mapping(
         star->g, graph_list_at(database.get(), sg_tid_at(star, i)), row));
   }
+}
+
+TEST_F(Occurrences, RowsMayBeOfTwoBytesWhereParentsHaveNone) {
+  subgraph *star = candidate_of(star_graph(4));
+  forget_rows();
+  star->rows = ksstack_new(5, 2 * star->g->vs);
+  EXPECT_EQ(finder.find(star, level.get(), 1), 2);
+  ASSERT_EQ(star->rows->count, 2);
+  for (int i = 0; i < 2; i++) {
+    const ints row(sg_row<uint16_t>(star, i), sg_row<uint16_t>(star, i) + 4);
+    EXPECT_TRUE(is_mapping(
+        star->g, graph_list_at(database.get(), sg_tid_at(star, i)), row));
+  }
+}
+
+TEST_F(Occurrences, SearchEndsWithTheTransactionThatPutsMinsupOutOfReach) {
+  subgraph *star = candidate_of(star_graph(4));
+  forget_rows();
+  // Missing from the two small ones and from 1, it is not looked for in 3,
+  // where it is.
+  EXPECT_EQ(finder.find(star, level.get(), 3), 1);
+  EXPECT_EQ(ids_of(star->tid), (ints{0}));
 }
 
 TEST_F(Occurrences, OutOfReachTheRestIsNotSearched) {
