@@ -204,55 +204,56 @@ TEST_F(Candidates, ThreadsLabelUnderTheThresholdOfTheCaller) {
     expect_same(sg_set_get(out.get(), i), sg_set_get(alone.get(), i));
 }
 
+// What joining patterns of two edges needs.
+struct pair_joiner {
+  pair_joiner(const sg_set *children, const sg_set *cores)
+      : table(children, cores, cache.get()),
+        derived(children, cores, cache.get(), &table),
+        registry(children, &derived), context{children,      cores,
+                                              cache.get(),   &made,
+                                              scratch.get(), &work,
+                                              &registry} {}
+
+  automorphism_cache_ptr cache{automorphism_cache_create()};
+  child_table table;
+  derived_parents derived;
+  registration registry;
+  extension_set made;
+  sg_ptr scratch{sg_create(6, 4)};
+  join_work work{2};
+  join_context context;
+};
+
 TEST_F(Candidates, JoinPairLooksForTheCoreInBothPatterns) {
   mine(labelled_path({1, 0, 2}), labelled_path({1, 0, 3}));
-  const automorphism_cache_ptr cache(automorphism_cache_create());
-  const child_table table(children.get(), cores.get(), cache.get());
-  derived_parents derived(children.get(), cores.get(), cache.get(), &table);
-  registration registry(children.get(), &derived);
-  extension_set made;
-  const sg_ptr scratch(sg_create(6, 4));
-  join_work work(2);
-  const join_context context = {children.get(), cores.get(), cache.get(), &made,
-                                scratch.get(),  &work,       &registry};
+  pair_joiner joiner(children.get(), cores.get());
   const int core =
       sg_set_find(cores.get(), sg_ptr(sg_create_edge(0, 2, 0)).get());
   const bool first_has =
       sg_find_parent(sg_set_get(children.get(), 0), core) != -1;
   const int with = first_has ? 0 : 1;
   const int without = 1 - with;
-  sg_join_pair(with, without, core, &context);
-  sg_join_pair(without, with, core, &context);
-  EXPECT_EQ(registry.counts.attempts, 0);
-  sg_join_pair(with, with, core, &context);
-  EXPECT_EQ(registry.counts.attempts, 1);
+  sg_join_pair(with, without, core, &joiner.context);
+  sg_join_pair(without, with, core, &joiner.context);
+  EXPECT_EQ(joiner.registry.counts.attempts, 0);
+  sg_join_pair(with, with, core, &joiner.context);
+  EXPECT_EQ(joiner.registry.counts.attempts, 1);
 }
 
 TEST_F(Candidates, JoinPairBuildsUponTheSecond) {
   // Two paths share the edge with labels 0 and 1; 2 and 3 stand at the other
   // end.
   mine(labelled_path({1, 0, 2}), labelled_path({1, 0, 3}));
-  const automorphism_cache_ptr cache(automorphism_cache_create());
-  const child_table table(children.get(), cores.get(), cache.get());
-  derived_parents derived(children.get(), cores.get(), cache.get(), &table);
-  registration registry(children.get(), &derived);
-  extension_set made;
-  const sg_ptr scratch(sg_create(6, 4));
-  join_work work(2);
-  const join_context context = {children.get(), cores.get(), cache.get(), &made,
-                                scratch.get(),  &work,       &registry};
+  pair_joiner joiner(children.get(), cores.get());
   const int core =
       sg_set_find(cores.get(), sg_ptr(sg_create_edge(0, 1, 0)).get());
-  const auto path_with = [&](int vlabel) {
-    const graph *g = sg_set_get(children.get(), 0)->g;
-    return std::find(g->vlabel, g->vlabel + 3, vlabel) == g->vlabel + 3;
-  };
-  const int with_2 = path_with(2);
-  const int with_3 = path_with(3);
-  ASSERT_NE(with_2, with_3);
-  sg_join_pair(with_2, with_3, core, &context);
-  EXPECT_TRUE(made.insert(pendant_extension(with_2, 0, 0, 3)));
-  EXPECT_FALSE(made.insert(pendant_extension(with_3, 0, 0, 2)));
+  const graph *first = sg_set_get(children.get(), 0)->g;
+  const bool first_has_2 = std::count(first->vlabel, first->vlabel + 3, 2) != 0;
+  const int with_2 = first_has_2 ? 0 : 1;
+  const int with_3 = 1 - with_2;
+  sg_join_pair(with_2, with_3, core, &joiner.context);
+  EXPECT_TRUE(joiner.made.insert(pendant_extension(with_2, 0, 0, 3)));
+  EXPECT_FALSE(joiner.made.insert(pendant_extension(with_3, 0, 0, 2)));
 }
 
 static ints map_of(const parent_entry &ea, const parent_entry &eb,

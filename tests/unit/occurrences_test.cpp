@@ -34,6 +34,19 @@ protected:
       ksstack_free(std::exchange(sg_set_get(level.get(), id)->rows, nullptr));
   }
 
+  // Finds a star with rows, which show it in the transactions found.
+  template <class Image> void expect_rows_of(subgraph *star) {
+    star->rows = ksstack_new(5, static_cast<int>(sizeof(Image)) * star->g->vs);
+    EXPECT_EQ(finder.find(star, level.get(), 1), 2);
+    ASSERT_EQ(star->rows->count, 2);
+    for (int i = 0; i < 2; i++) {
+      const Image *row = sg_row<Image>(star, i);
+      EXPECT_TRUE(is_mapping(star->g,
+                             graph_list_at(database.get(), sg_tid_at(star, i)),
+                             ints(row, row + 4)));
+    }
+  }
+
   // A star, a path, a triangle, a star with a longer arm, two edges.
   graph_list_ptr database =
       database_of(star_graph(4), path_graph(4), ring_graph(3),
@@ -71,28 +84,13 @@ TEST_F(Occurrences, WithoutRowsOfParentsASearchFindsTheSame) {
 }
 
 TEST_F(Occurrences, RowsStandBesideTheTransactionsFound) {
-  subgraph *star = candidate_of(star_graph(4));
-  star->rows = ksstack_new(5, star->g->vs);
-  EXPECT_EQ(finder.find(star, level.get(), 1), 2);
-  ASSERT_EQ(star->rows->count, 2);
-  for (int i = 0; i < 2; i++) {
-    const ints row(sg_row<uint8_t>(star, i), sg_row<uint8_t>(star, i) + 4);
-    EXPECT_TRUE(is_mapping(
-        star->g, graph_list_at(database.get(), sg_tid_at(star, i)), row));
-  }
+  expect_rows_of<uint8_t>(candidate_of(star_graph(4)));
 }
 
 TEST_F(Occurrences, RowsMayBeOfTwoBytesWhereParentsHaveNone) {
   subgraph *star = candidate_of(star_graph(4));
   forget_rows();
-  star->rows = ksstack_new(5, 2 * star->g->vs);
-  EXPECT_EQ(finder.find(star, level.get(), 1), 2);
-  ASSERT_EQ(star->rows->count, 2);
-  for (int i = 0; i < 2; i++) {
-    const ints row(sg_row<uint16_t>(star, i), sg_row<uint16_t>(star, i) + 4);
-    EXPECT_TRUE(is_mapping(
-        star->g, graph_list_at(database.get(), sg_tid_at(star, i)), row));
-  }
+  expect_rows_of<uint16_t>(star);
 }
 
 TEST_F(Occurrences, SearchEndsWithTheTransactionThatPutsMinsupOutOfReach) {
