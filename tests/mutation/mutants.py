@@ -24,7 +24,7 @@ SKIPPED = re.compile(
 # Brackets of templates, which the tool takes for operators; without them hardly
 # anything compiles.
 TEMPLATE = re.compile(r"(?:_cast|vector|_ptr|pair|template ?|numeric_limits)<[^()]*?>")
-# A loop that counts up to a bound; whether it ends below or at it is the same.
+# A loop that counts up to a bound by ones: `!=` ends it where `<` does.
 COUNTING_LOOP = re.compile(r"for \([^;]*;[^;]* < [^;]*; \w+\+\+\)")
 TRAILING_COMMENT = re.compile(r"\s*//.*$")
 
