@@ -12,14 +12,22 @@
 
 namespace kestro {
 
-// Calls work(worker, i) for every i from 0 to count - 1.  Each of jobs workers,
-// at least one, has a thread and a number from 0 and takes one i after another;
-// worker 0 is the caller's own thread, so with one worker nothing is started
-// and the order is ascending.  Where the system starts fewer threads than that,
-// the workers that there are do all the work.  When none is left each worker
-// calls finish(worker) on its thread, which is the place to give up what
-// belongs to the thread.  What is thrown ends the call once all workers have
-// stopped: of several exceptions that of the smallest i comes out.
+// How many workers count pieces of work are worth, of jobs at most: each has
+// memory of its own, so no more than there are pieces, nor than any machine
+// could run at once.
+inline int worker_count(int jobs, int count) {
+  static constexpr int most = 1024;
+  return std::clamp(std::min(jobs, count), 1, most);
+}
+
+// Calls work(worker, i) for every i from 0 to count - 1.  Each of
+// worker_count(jobs, count) workers has a thread and a number from 0 and takes
+// one i after another; worker 0 is the caller's own thread, so with one worker
+// nothing is started and the order is ascending.  Where the system starts fewer
+// threads than that, the workers that there are do all the work.  When none is
+// left each worker calls finish(worker) on its thread, which is the place to
+// give up what belongs to the thread.  What is thrown ends the call once all
+// workers have stopped: of several exceptions that of the smallest i comes out.
 template <class Work, class Finish>
 void parallel_for(int jobs, int count, Work work, Finish finish) {
   std::atomic<int> next = 0;
@@ -27,7 +35,7 @@ void parallel_for(int jobs, int count, Work work, Finish finish) {
     int at = 0;
     std::exception_ptr what;
   };
-  const int workers = std::max(1, std::min(jobs, count));
+  const int workers = worker_count(jobs, count);
   xvector<failure> failures(static_cast<size_t>(workers));
   const auto attempt = [&](int worker, int i, auto step) {
     try {

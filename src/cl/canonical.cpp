@@ -67,8 +67,7 @@ static bool find_order(const graph *g) {
   state->labels.fill(g);
   if (largest_cell(c) >= state->stabilizer_threshold)
     return search_by_stabilizer(c, g, state->labels);
-  search_exhaustively(c, g, state->labels);
-  return true;
+  return search_exhaustively(c, g, state->labels);
 }
 
 // The graph's arrays as they were, read while they are rewritten.

@@ -65,6 +65,21 @@ static bool are_twins(const graph *g, const label_cells &cells, int u, int w) {
   return true;
 }
 
+// Whether the exhaustive search leaves a cell as it came: when it is not the
+// last one and the vertex numbered like its first position, wherever that
+// stands, has no edges.  The number is part of the form; connected graphs of
+// two or more vertices have no such cell.
+static bool is_passed_over(const colouring *c, const graph *g, int cell) {
+  return g->v[cell] == g->v[cell + 1] &&
+         c->cell_end[static_cast<size_t>(cell)] < g->vs;
+}
+
+// Whether some vertex, which then comes last in the order, has no edges.
+static bool has_lone_vertex(const colouring *c, const graph *g) {
+  const int last = c->order.back();
+  return g->v[last] == g->v[last + 1];
+}
+
 namespace {
 
 class exhaustive_search {
@@ -73,6 +88,11 @@ public:
                     const label_cells &cells)
       : c_(c), g_(g), cells_(cells), placed_(c->order), best_(c->order),
         rows_(g->vs) {}
+
+  // Leaves the cells that are passed over as they came, and their rows out of
+  // the comparison.  Of equal arrangements the first in lexicographic order is
+  // then the best, since their rows differ where none were compared.
+  void pass_over() { passes_over_ = true; }
 
   // The best arrangement; of equal ones the first met, at first the incoming.
   const xvector<int> &find_best() {
@@ -136,6 +156,10 @@ private:
       return;
     }
     const int cell = c_->colour[index(placed_[index(i)])];
+    if (passes_over_ && is_passed_over(c_, g_, cell)) {
+      place_from(i + 1, better);
+      return;
+    }
     const int ties = gather_greatest(i, c_->cell_end[index(cell)]);
     if (!better) {
       const int d = compare_with_best(i);
@@ -143,7 +167,9 @@ private:
         return;
       better = d > 0;
     }
-    const xvector<int> tied(placed_.begin() + i, placed_.begin() + ties);
+    xvector<int> tied(placed_.begin() + i, placed_.begin() + ties);
+    if (passes_over_)
+      std::sort(tied.begin(), tied.end());
     for (size_t k = 0; k < tied.size(); k++) {
       if (has_twin(tied, k))
         continue;
@@ -168,6 +194,7 @@ private:
   xvector<int> best_;
   int rows_; // how many decide
   uint64_t steps_left_ = UINT64_MAX;
+  bool passes_over_ = false;
 };
 
 // The individualising search, carried out.
@@ -295,9 +322,14 @@ private:
 
 } // namespace
 
-void search_exhaustively(colouring *c, const graph *g,
+bool search_exhaustively(colouring *c, const graph *g,
                          const label_cells &cells) {
-  c->order = exhaustive_search(c, g, cells).find_best();
+  exhaustive_search search(c, g, cells);
+  const bool lone = has_lone_vertex(c, g);
+  if (lone)
+    search.pass_over();
+  c->order = search.find_best();
+  return !lone;
 }
 
 bool search_by_stabilizer(colouring *c, const graph *g,

@@ -21,8 +21,10 @@ private:
 // Arrangements of one graph are compared by the strict lower triangles of their
 // matrices, row by row; the larger one is better.
 
-// Puts the vertices of every cell of c into the best arrangement there is.
-void search_exhaustively(colouring *c, const graph *g,
+// Puts the vertices of every cell of c into the best arrangement there is,
+// except that vertices without edges have some cells left as they came.
+// Returns false when relabelled copies of g may end with other arrays.
+bool search_exhaustively(colouring *c, const graph *g,
                          const label_cells &cells);
 
 // Puts the vertices into the arrangement at which the individualising search

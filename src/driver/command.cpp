@@ -67,16 +67,29 @@ static bool prepare_outputs() {
 
 // Keeps large blocks out of the heap, so that freeing one gives its memory
 // back. By itself the C library stops doing so once it has seen a large block
-// freed.
-static void prepare_memory() {
+// freed.  False when there is hardly any memory: the C++ library sets some
+// aside at the start, by which it can throw when all is used up; where it got
+// none, it would end the process instead.
+static bool prepare_memory() {
 #ifdef __GLIBC__
   static constexpr int large = 1 << 20; // bytes
   mallopt(M_MMAP_THRESHOLD, large);
 #endif
+  static constexpr size_t set_aside = 1 << 17; // bytes, and some to spare
+  void *volatile block = malloc(set_aside); // volatile: not to be left out
+  const bool found = block != nullptr;
+  free(block);
+  return found;
+}
+
+static int end_without_memory() {
+  fprintf(stderr, "xmalloc.c:%d: not enough memory\n", __LINE__);
+  return EXIT_FAILURE;
 }
 
 int run_command(int argc, char **argv, int jobs) {
-  prepare_memory();
+  if (!prepare_memory())
+    return end_without_memory();
   if (!prepare_outputs())
     return EXIT_FAILURE;
   try {
@@ -87,9 +100,9 @@ int run_command(int argc, char **argv, int jobs) {
     fprintf(stderr, "%s: %s", basename(program_name(argc, argv)), e.what());
     abort();
   } catch (const std::bad_alloc &) {
-    fprintf(stderr, "xmalloc.c:%d: not enough memory\n", __LINE__);
+    return end_without_memory();
   } catch (const std::length_error &) { // more than memory can ever hold
-    fprintf(stderr, "xmalloc.c:%d: not enough memory\n", __LINE__);
+    return end_without_memory();
   }
   return EXIT_FAILURE;
 }

@@ -18,6 +18,7 @@ struct output {
   const char *suffix;
   xptr<char> *name;
   file_ptr *stream;
+  bool is_read_back; // when the maximal patterns are selected
 };
 
 } // namespace
@@ -25,13 +26,15 @@ struct output {
 // The outputs that o asks for.
 static xvector<output> wanted_outputs(options *o) {
   xvector<output> outputs;
-  outputs.push_back({".fp", &o->pattern_file, &o->pattern_stream});
+  const bool maximal = o->maximal;
+  outputs.push_back({".fp", &o->pattern_file, &o->pattern_stream, maximal});
   if (o->candidates)
-    outputs.push_back({".c.g", &o->candidates_file, &o->candidates_stream});
+    outputs.push_back(
+        {".c.g", &o->candidates_file, &o->candidates_stream, false});
   if (o->parent_children_list)
-    outputs.push_back({".pc", &o->pc_file, &o->pc_stream});
+    outputs.push_back({".pc", &o->pc_file, &o->pc_stream, maximal});
   if (o->tid_list)
-    outputs.push_back({".tid", &o->tid_file, &o->tid_stream});
+    outputs.push_back({".tid", &o->tid_file, &o->tid_stream, maximal});
   return outputs;
 }
 
@@ -66,20 +69,32 @@ static void name_outputs(const xvector<output> &outputs,
   }
 }
 
-void open_outputs(options *o, FILE *report) {
-  const file_identity report_file(report);
-  const xvector<output> outputs = wanted_outputs(o);
-  name_outputs(outputs, report_file, o);
-  xvector<file_identity> files = {report_file};
+// The right to write each of the named outputs, which are there afterwards.
+static xvector<output_lock> lock_outputs(const xvector<output> &outputs,
+                                         const file_identity &report) {
+  xvector<file_identity> files = {report};
+  xvector<output_lock> locks;
+  locks.reserve(outputs.size());
   for (const output &f : outputs) {
     const char *const name = f.name->get();
     // Links to one file that was not there lead to one that is, by now.
     add_output(file_identity(name), name, &files);
-    f.stream->reset(open_file(name, "w+"));
-    files.back() = file_identity(f.stream->get());
-    if (o->maximal && !files.back().is_regular())
+    locks.emplace_back(name);
+    files.back() = file_identity(name);
+    if (f.is_read_back && !files.back().is_regular())
       throw fatal_error("can't read a file '" + std::string(name) + "'\n");
   }
+  return locks;
+}
+
+xvector<output_lock> open_outputs(options *o, FILE *report) {
+  const file_identity report_file(report);
+  const xvector<output> outputs = wanted_outputs(o);
+  name_outputs(outputs, report_file, o);
+  xvector<output_lock> locks = lock_outputs(outputs, report_file);
+  for (const output &f : outputs) // which empties them
+    f.stream->reset(open_file(f.name->get(), "w+"));
+  return locks;
 }
 
 void close_outputs(options *o) {

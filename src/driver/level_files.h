@@ -2,6 +2,8 @@
 #pragma once
 
 #include "base/file_identity.h"
+#include "base/output_lock.h"
+#include "base/xmalloc.h"
 #include "driver/options.h"
 #include "driver/seams.h"
 #include "graph/label_set.h"
@@ -14,11 +16,13 @@ void refuse_input(const file_identity &output, const char *name,
                   const options *o);
 
 // Names the outputs that o asks for after o->input_file, and opens them; report
-// is the stream of the run's report.  None is opened when one of them, or the
-// report, is the input.  Dies likewise, with "it is another output", when
-// two outputs are one file; and with "can't read a file" in a run for maximal
-// patterns, which reads its outputs back, when one is no regular file.
-void open_outputs(options *o, FILE *report);
+// is the stream of the run's report.  Returns the right to write them, to be
+// held until they are complete.  What outputs hold is lost only once all of
+// them may be written: not when one of them, or the report, is the input; when
+// two outputs are one file ("it is another output"); when another run is
+// writing one, or it is a pipe or socket; nor ("can't read a file") when a run
+// for maximal patterns would have to read back one that is no regular file.
+[[nodiscard]] xvector<output_lock> open_outputs(options *o, FILE *report);
 // Dies with "can't write a file" when an output has not been written whole.
 void close_outputs(options *o);
 

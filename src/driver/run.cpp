@@ -7,10 +7,13 @@
 #include "driver/run.h"
 
 #include <cmath>
+#include <cstring>
 #include <utility>
 
+#include "base/error.h"
 #include "base/file_identity.h"
 #include "base/output_file.h"
+#include "base/output_lock.h"
 #include "base/rbtree.h"
 #include "cl/canonical.h"
 #include "cl/search_plan.h"
@@ -64,6 +67,7 @@ static void save_labels(const options *o, const label_set *ls) {
   if (!o->load_labels || !output.is_same(file_identity(
                              label_file_name(o->load_labels_file, o, &source))))
     refuse_input(output, name, o);
+  const output_lock lock(name);
   label_set_save(ls, name);
 }
 
@@ -77,7 +81,15 @@ int min_support_count(double support, int n) {
   return capped < 1 ? 1 : static_cast<int>(capped);
 }
 
+// A name with a newline would write lines of its own into the head of the
+// pattern file, which are read as patterns.
+static void check_name(const char *name) {
+  if (strchr(name, '\n'))
+    throw fatal_error("the name of the input holds a newline\n");
+}
+
 void run_kestro(options *o, FILE *out) {
+  check_name(o->input_file);
   if (o->maximal)
     o->parent_children_list = 1; // the selection reads the PC list
   file_text input;
@@ -125,7 +137,7 @@ static void finish_report(const options *o, int last, double seconds,
 void mine_frequent_subgraphs(const ksstack *transactions, const label_set *ls,
                              options *o, FILE *out) {
   stats_init();
-  open_outputs(o, out);
+  const xvector<output_lock> locks = open_outputs(o, out);
   print_header(o, transactions, ls, out, "");
   print_header(o, transactions, ls, o->pattern_stream.get(), "# ");
   flush_output(out, standard_output);

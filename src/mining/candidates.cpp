@@ -111,7 +111,7 @@ sg_set *sg_generate_candidates(const sg_set *children, const sg_set *cores,
   const int threshold = cl_get_stabilizer_threshold();
   automorphism_cache_ptr automorphisms(automorphism_cache_create());
   const child_table table(children, cores, automorphisms.get());
-  const int workers = std::max(1, std::min(jobs, sg_set_size(cores)));
+  const int workers = worker_count(jobs, sg_set_size(cores));
   // A joiner belongs to the thread that makes and ends it.
   xvector<std::unique_ptr<joiner>> joiners(static_cast<size_t>(workers));
   xvector<candidate_set> accepted(static_cast<size_t>(workers));

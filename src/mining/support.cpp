@@ -56,7 +56,8 @@ void sg_filter_candidates_by_support(sg_set *cand, const sg_set *prev,
                                      int jobs) {
   const int old = sg_set_size(cand);
   const tid_lists lists(prev, transactions->count);
-  xvector<tid_lists::workspace> work(static_cast<size_t>(std::max(jobs, 1)));
+  xvector<tid_lists::workspace> work(
+      static_cast<size_t>(worker_count(jobs, old)));
   xvector<sg_ptr> records = take_records(cand);
   parallel_for(
       jobs, old,
@@ -129,10 +130,12 @@ sg_set *support_counter::count_frequents(sg_set *cand, sg_set *prev,
     budget.charge(sg_set_get(prev, i));
   }
   xvector<sg_ptr> records = take_records(cand);
-  xvector<occurrence_finder> finders(static_cast<size_t>(std::max(jobs_, 1)),
-                                     occurrence_finder(&profiles_));
+  const int count = static_cast<int>(records.size());
+  xvector<occurrence_finder> finders(
+      static_cast<size_t>(worker_count(jobs_, count)),
+      occurrence_finder(&profiles_));
   parallel_for(
-      jobs_, static_cast<int>(records.size()),
+      jobs_, count,
       [&](int worker, int i) {
         count_candidate(&records[static_cast<size_t>(i)], prev, minsup,
                         &finders[static_cast<size_t>(worker)], &budget);

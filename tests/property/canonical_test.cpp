@@ -55,6 +55,12 @@ TEST_P(CanonicalEngines, AgreeOnSymmetricGraphsWithTwoEdgeLabels) {
   EXPECT_GT(counts.variant, 0u); // or nothing was hard
 }
 
+TEST_P(CanonicalEngines, AgreeOnGraphsThatAreNotConnected) {
+  const comparison_counts counts = compare_all(draw_disconnected_graph);
+  EXPECT_LT(counts.skipped, graphs_per_test / 10);
+  EXPECT_GT(counts.variant, 0u); // or no cell was passed over
+}
+
 INSTANTIATE_TEST_SUITE_P(Seeds, CanonicalEngines,
                          testing::Range(0, test_count / 2));
 

@@ -256,6 +256,22 @@ drawn_graph draw_two_label_graph(uint64_t seed) {
   }
 }
 
+drawn_graph draw_disconnected_graph(uint64_t seed) {
+  test_rng rng(static_cast<unsigned>(seed));
+  const int vs = 2 + random_below(rng, 9);
+  bare_graph b{"disconnected", vs, {}};
+  const int chance = 1 + random_below(rng, 2 * vs); // of an edge: one in that
+  for (int u = 0; u < vs; u++)
+    for (int w = u + 1; w < vs; w++)
+      if (random_below(rng, chance) == 0)
+        b.edges.push_back({u, w});
+  if (b.edges.empty())
+    b.edges.push_back({0, 1 + random_below(rng, vs - 1)});
+  const int vlabels = 1 + random_below(rng, 3);
+  const int elabels = 1 + random_below(rng, 3);
+  return finished(rng, std::move(b), vlabels, elabels);
+}
+
 std::string graph_words(const graph *g) {
   std::ostringstream text;
   text << g->vs << " vertices labelled";

@@ -232,6 +232,11 @@ TEST(LabelSetFatal, LoadOfAnEmptyLineTellsItsNumber) {
             "graph.c:N: invalid line at 2\n");
 }
 
+TEST(LabelSetFatal, LoadOfALineThatIsACommentInTransactionsOnly) {
+  EXPECT_EQ(fatal_text([] { loaded("E x\n% no comment here\n"); }),
+            "graph.c:N: invalid line at 2\n");
+}
+
 TEST(LabelSetFatal, LoadOfAnIndentedLine) {
   EXPECT_EQ(fatal_text([] { loaded(" E x\n"); }),
             "graph.c:N: invalid line at 1\n");

@@ -41,9 +41,14 @@ protected:
            folder.has(tid);
   }
 
+  // Opens the outputs, those of before being given up.
+  void open_all() {
+    locks.clear();
+    locks = open_outputs(&o, report);
+  }
   // The text of the failure to open the outputs.
   std::string refusal() {
-    return fatal_text([&] { open_outputs(&o, report); });
+    return fatal_text([&] { open_all(); });
   }
 
   scratch_folder folder;
@@ -52,6 +57,7 @@ protected:
   std::string input;
   options o;
   label_set_ptr ls;
+  xvector<output_lock> locks;
 };
 
 const char edge_pattern[] = "t # 1-0, 2\n"
@@ -62,7 +68,7 @@ const char edge_pattern[] = "t # 1-0, 2\n"
 } // namespace
 
 TEST_F(LevelFiles, PatternFileAloneWithoutFlags) {
-  open_outputs(&o, report);
+  open_all();
   EXPECT_EQ(folder.files().size(), 1u);
   EXPECT_TRUE(folder.has("db.fp"));
   EXPECT_EQ(o.pattern_file.get(), folder.name("db.fp"));
@@ -77,7 +83,7 @@ TEST_F(LevelFiles, PatternFileAloneWithoutFlags) {
 
 TEST_F(LevelFiles, FlagsAddTheirFiles) {
   o.candidates = o.parent_children_list = o.tid_list = 1;
-  open_outputs(&o, report);
+  open_all();
   EXPECT_EQ(folder.files().size(), 4u);
   EXPECT_TRUE(exist("db.fp", "db.c.g", "db.pc", "db.tid"));
   EXPECT_EQ(o.candidates_file.get(), folder.name("db.c.g"));
@@ -87,14 +93,14 @@ TEST_F(LevelFiles, FlagsAddTheirFiles) {
 
 TEST_F(LevelFiles, OpeningEmptiesOldOutputs) {
   folder.write("db.fp", "old patterns\n");
-  open_outputs(&o, report);
+  open_all();
   close_outputs(&o);
   EXPECT_EQ(folder.read("db.fp"), "");
 }
 
 TEST_F(LevelFiles, ClosingDropsTheStreamsAndKeepsTheNames) {
   o.candidates = o.parent_children_list = o.tid_list = 1;
-  open_outputs(&o, report);
+  open_all();
   close_outputs(&o);
   EXPECT_EQ(o.pattern_stream, nullptr);
   EXPECT_EQ(o.candidates_stream, nullptr);
@@ -106,7 +112,7 @@ TEST_F(LevelFiles, ClosingDropsTheStreamsAndKeepsTheNames) {
 TEST_F(LevelFiles, OutputThatCannotBeOpenedIsFatal) {
   const std::string name = folder.name("nowhere/db");
   o.input_file = name.c_str();
-  EXPECT_EQ(fatal_text([&] { open_outputs(&o, report); }),
+  EXPECT_EQ(fatal_text([&] { open_all(); }),
             "can't open a file '" + folder.name("nowhere/db.fp") + "'\n");
 }
 
@@ -174,14 +180,55 @@ TEST_F(LevelFiles, OutputsThatAreReadBackAreRegularFiles) {
     const std::string name = folder.name(file);
     const std::string expected = "can't read a file '" + name + "'\n";
     std::filesystem::remove(name);
-    ASSERT_EQ(mkfifo(name.c_str(), 0600), 0);
-    EXPECT_EQ(refusal(), expected);
-    std::filesystem::remove(name);
     std::filesystem::create_symlink("/dev/null", name);
     EXPECT_EQ(refusal(), expected);
     std::filesystem::remove(name);
   }
-  EXPECT_NO_THROW(open_outputs(&o, report));
+  EXPECT_NO_THROW(open_all());
+}
+
+TEST_F(LevelFiles, CandidatesAreNotReadBack) {
+  o.maximal = o.parent_children_list = o.candidates = 1;
+  std::filesystem::create_symlink("/dev/null", folder.name("db.c.g"));
+  EXPECT_NO_THROW(open_all());
+  EXPECT_NE(o.candidates_stream, nullptr);
+}
+
+TEST_F(LevelFiles, PipesAreRefused) {
+  o.candidates = o.parent_children_list = o.tid_list = 1;
+  folder.write("db.fp", "old\n");
+  for (const char *file : {"db.c.g", "db.pc", "db.tid"}) {
+    const std::string name = folder.name(file);
+    std::filesystem::remove(name);
+    ASSERT_EQ(mkfifo(name.c_str(), 0600), 0);
+    EXPECT_EQ(refusal(), "can't write a file '" + name + "': it is a pipe\n");
+    EXPECT_EQ(folder.read("db.fp"), "old\n");
+    std::filesystem::remove(name);
+  }
+}
+
+TEST_F(LevelFiles, OutputsOfAnotherRunAreLeftAlone) {
+  o.tid_list = 1;
+  folder.write("db.fp", "old\n");
+  folder.write("db.tid", "theirs\n");
+  const std::string name = folder.name("db.tid");
+  {
+    const output_lock theirs(name.c_str());
+    EXPECT_EQ(refusal(),
+              "can't write a file '" + name + "': another run is writing it\n");
+  }
+  EXPECT_EQ(folder.read("db.fp"), "old\n");
+  EXPECT_EQ(folder.read("db.tid"), "theirs\n");
+  EXPECT_NO_THROW(open_all());
+}
+
+TEST_F(LevelFiles, LocksOutliveTheStreams) {
+  open_all();
+  close_outputs(&o);
+  const std::string name = folder.name("db.fp");
+  const xvector<output_lock> ours = std::move(locks);
+  EXPECT_EQ(refusal(),
+            "can't write a file '" + name + "': another run is writing it\n");
 }
 
 TEST_F(LevelFiles, InputAndOutputMayBeOneDevice) {
@@ -192,7 +239,7 @@ TEST_F(LevelFiles, InputAndOutputMayBeOneDevice) {
 
 TEST_F(LevelFiles, LevelThatCannotBeWrittenIsFatal) {
   std::filesystem::create_symlink("/dev/full", folder.name("db.fp"));
-  open_outputs(&o, report);
+  open_all();
   EXPECT_EQ(fatal_text([&] {
               level_files(&o, ls.get()).level(one_edge_level().get());
             }),
@@ -204,7 +251,7 @@ TEST_F(LevelFiles, EveryListIsCheckedUnderItsName) {
   for (const char *file : {"db.c.g", "db.pc", "db.tid"}) {
     std::filesystem::remove(folder.name(file));
     std::filesystem::create_symlink("/dev/full", folder.name(file));
-    open_outputs(&o, report);
+    open_all();
     EXPECT_EQ(fatal_text([&] {
                 level_files files(&o, ls.get());
                 files.candidates(one_edge_level().get());
@@ -220,7 +267,7 @@ TEST_F(LevelFiles, ClosingTellsOfWhatIsNotWritten) {
     o.candidates = o.parent_children_list = o.tid_list = 1;
     std::filesystem::remove(folder.name(file));
     std::filesystem::create_symlink("/dev/full", folder.name(file));
-    open_outputs(&o, report);
+    open_all();
     for (FILE *stream : {o.candidates_stream.get(), o.pc_stream.get(),
                          o.tid_stream.get(), o.pattern_stream.get()})
       fputs("text", stream);
@@ -232,7 +279,7 @@ TEST_F(LevelFiles, ClosingTellsOfWhatIsNotWritten) {
 
 TEST_F(LevelFiles, LevelGoesToEveryListThatIsOpen) {
   o.candidates = o.parent_children_list = o.tid_list = 1;
-  open_outputs(&o, report);
+  open_all();
   level_files(&o, ls.get()).level(one_edge_level().get());
   EXPECT_EQ(folder.read("db.fp"), edge_pattern);
   EXPECT_EQ(folder.read("db.tid"), "1-0 0 1\n");
@@ -241,7 +288,7 @@ TEST_F(LevelFiles, LevelGoesToEveryListThatIsOpen) {
 }
 
 TEST_F(LevelFiles, LevelGoesToThePatternFileAlone) {
-  open_outputs(&o, report);
+  open_all();
   level_files(&o, ls.get()).level(one_edge_level().get());
   EXPECT_EQ(folder.read("db.fp"), edge_pattern);
   EXPECT_EQ(folder.files().size(), 1u);
@@ -249,14 +296,14 @@ TEST_F(LevelFiles, LevelGoesToThePatternFileAlone) {
 
 TEST_F(LevelFiles, CandidatesGoToTheCandidateFile) {
   o.candidates = 1;
-  open_outputs(&o, report);
+  open_all();
   level_files(&o, ls.get()).candidates(one_edge_level().get());
   EXPECT_EQ(folder.read("db.c.g"), edge_pattern);
   EXPECT_EQ(folder.read("db.fp"), "");
 }
 
 TEST_F(LevelFiles, CandidatesAreDroppedWithoutACandidateFile) {
-  open_outputs(&o, report);
+  open_all();
   level_files(&o, ls.get()).candidates(one_edge_level().get());
   close_outputs(&o);
   EXPECT_EQ(folder.files().size(), 1u);
@@ -265,7 +312,7 @@ TEST_F(LevelFiles, CandidatesAreDroppedWithoutACandidateFile) {
 
 TEST_F(LevelFiles, EmptyLevelWritesNothing) {
   o.parent_children_list = o.tid_list = 1;
-  open_outputs(&o, report);
+  open_all();
   const sg_set_ptr empty(sg_set_create());
   level_files(&o, ls.get()).level(empty.get());
   close_outputs(&o);
@@ -281,7 +328,7 @@ TEST_F(LevelFiles, LevelWithoutAPatternFileIsFatal) {
 }
 
 TEST_F(LevelFiles, LevelWithoutAnAskedListIsFatal) {
-  open_outputs(&o, report);
+  open_all();
   o.tid_list = 1;
   EXPECT_EQ(fatal_text([&] {
               level_files(&o, ls.get()).level(one_edge_level().get());

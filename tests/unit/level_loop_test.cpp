@@ -1,6 +1,7 @@
 #include "driver/level_loop.h"
 
 #include <climits>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -212,6 +213,20 @@ TEST_F(LevelLoop, CandidatesBelowMinsizeAreReceivedWithoutProgress) {
                     "count 3 of size 3 by 1 of size 2",
                     "receive candidates: none", "filter none by 1 of size 3"}));
   EXPECT_EQ(stats_get(stats_frequent, 3), 1);
+}
+
+TEST_F(LevelLoop, FirstSizeToldIsMinsize) {
+  add(complete_graph(4));
+  const auto is_level = [](const std::string &event) {
+    return event.find("level") != std::string::npos;
+  };
+  EXPECT_EQ(mine(1, 3, 4), 4);
+  std::erase_if(log, std::not_fn(is_level));
+  EXPECT_EQ(log, (events{"receive level: 3 of size 3", "progress: level 3",
+                         "receive level: 2 of size 4", "progress: level 4"}));
+  EXPECT_EQ(mine(1, 4, 4), 4);
+  std::erase_if(log, std::not_fn(is_level));
+  EXPECT_EQ(log, (events{"receive level: 2 of size 4", "progress: level 4"}));
 }
 
 TEST_F(LevelLoop, MinsizeBelowOneReportsFromOneOn) {

@@ -194,6 +194,22 @@ TEST(ParallelFor, SmallestIndexThatFailedComesOut) {
   }
 }
 
+TEST(WorkerCount, IsBoundedByTheWork) {
+  EXPECT_EQ(worker_count(1000000, 3), 3);
+  EXPECT_EQ(worker_count(2, 3), 2);
+  EXPECT_EQ(worker_count(7, 7), 7);
+}
+
+TEST(WorkerCount, IsAtLeastOne) {
+  EXPECT_EQ(worker_count(0, 3), 1);
+  EXPECT_EQ(worker_count(-5, 3), 1);
+  EXPECT_EQ(worker_count(4, 0), 1);
+}
+
+TEST(WorkerCount, IsBoundedByWhatMachinesCanRun) {
+  EXPECT_EQ(worker_count(1000000, 1000000), 1024);
+}
+
 TEST(ParallelFor, OneFailureComesOutWhereverItIs) {
   for (const int jobs : {1, 2, 3, 7})
     for (const int at : {0, 1, 10, 19})

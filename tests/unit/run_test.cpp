@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include "base/output_lock.h"
 #include "cl/canonical.h"
 #include "support/fatal.h"
 #include "support/program.h"
@@ -111,6 +112,44 @@ TEST(MinSupportCount, ExtendedPrecisionDecidesBorderlineSupports) {
 TEST(MinSupportCount, LargestTransactionCountIsNotExceeded) {
   EXPECT_EQ(min_support_count(100.0, INT_MAX), INT_MAX);
   EXPECT_EQ(min_support_count(200.0, INT_MAX), INT_MAX);
+}
+
+TEST_F(Run, NameWithANewlineIsRefused) {
+  const std::string name = folder.name("db\nt # 1-0, 9.g");
+  folder.write("db\nt # 1-0, 9.g", database);
+  o.input_file = name.c_str();
+  for (const int save_labels : {0, 1}) {
+    o.save_labels = save_labels;
+    EXPECT_EQ(fatal_text([&] { run(); }),
+              "the name of the input holds a newline\n");
+  }
+  EXPECT_EQ(folder.files().size(), 2u); // this input and the other
+}
+
+TEST_F(Run, NameMayHoldOtherControlCharacters) {
+  const std::string name = folder.name("d\tb\r.g");
+  folder.write("d\tb\r.g", database);
+  o.input_file = name.c_str();
+  EXPECT_NE(run().find(name), std::string::npos);
+  EXPECT_TRUE(folder.has("d\tb\r.fp"));
+}
+
+TEST_F(Run, LabelFileOfAnotherRunIsLeftAlone) {
+  folder.write("db.ls", "theirs\n");
+  const std::string name = folder.name("db.ls");
+  const output_lock theirs(name.c_str());
+  o.save_labels = 1;
+  EXPECT_EQ(fatal_text([&] { run(); }),
+            "can't write a file '" + name + "': another run is writing it\n");
+  EXPECT_EQ(folder.read("db.ls"), "theirs\n");
+}
+
+TEST_F(Run, MoreThreadsThanWork) {
+  const std::string expected = run();
+  const std::string patterns = folder.read("db.fp");
+  o.jobs = 1000000;
+  EXPECT_EQ(run().substr(0, 2000), expected.substr(0, 2000));
+  EXPECT_EQ(folder.read("db.fp").size(), patterns.size());
 }
 
 TEST_F(Run, ReportShowsHeaderRowsSummaryAndTiming) {

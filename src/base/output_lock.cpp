@@ -1,0 +1,66 @@
+// Locks on outputs.
+//
+// The lock belongs to a descriptor of its own, so it outlives every stream that
+// is opened and closed on the file meanwhile, and the system lets go of it when
+// the process ends, however that happens.
+
+#include "base/output_lock.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <string>
+
+#include "base/error.h"
+
+namespace kestro {
+
+[[noreturn]] static void refuse(const char *name, const char *reason) {
+  throw fatal_error("can't write a file '" + std::string(name) +
+                    "': " + reason + "\n");
+}
+
+// Whether there is something to lock: a regular file, or one to be made.
+static bool is_lockable(const char *name) {
+  struct stat status;
+  if (stat(name, &status) != 0)
+    return true; // opening it tells what is wrong, if anything
+  if (S_ISFIFO(status.st_mode))
+    refuse(name, "it is a pipe");
+  if (S_ISSOCK(status.st_mode))
+    refuse(name, "it is a socket");
+  return S_ISREG(status.st_mode);
+}
+
+// Whether somebody else holds the lock of an open file.
+static bool is_held(int descriptor) {
+  int result;
+  do
+    result = flock(descriptor, LOCK_EX | LOCK_NB);
+  while (result == -1 && errno == EINTR);
+  return result == -1 && errno == EWOULDBLOCK;
+}
+
+output_lock::output_lock(const char *name) {
+  if (!is_lockable(name))
+    return;
+  // Not to wait, should a pipe have come in between.
+  const int flags = O_WRONLY | O_CREAT | O_NONBLOCK | O_CLOEXEC;
+  descriptor_ = open(name, flags, 0666);
+  if (descriptor_ == -1)
+    throw fatal_error("can't open a file '" + std::string(name) + "'\n");
+  if (is_held(descriptor_)) {
+    close(descriptor_);
+    refuse(name, "another run is writing it");
+  }
+}
+
+output_lock::~output_lock() {
+  if (descriptor_ != -1)
+    close(descriptor_);
+}
+
+} // namespace kestro

@@ -1,0 +1,29 @@
+// The sole right to write a file.
+#pragma once
+
+#include <utility>
+
+namespace kestro {
+
+// Held from before a file is emptied until it is complete, by everybody who
+// writes outputs: two runs that write one file at once would mix their lines,
+// and both end well.  It ends with its owner, also when that is killed.
+class output_lock {
+public:
+  // Makes the file unless it is there, and leaves what it holds as it is.  Dies
+  // with "can't write a file 'NAME': another run is writing it" when somebody
+  // else holds the right, in this process or another; with "it is a pipe" or
+  // "it is a socket", from which nothing could be read back and which may wait
+  // for ever; and with "can't open a file".  Devices, and file systems that
+  // know no locks, are shared freely.
+  explicit output_lock(const char *name);
+  output_lock(output_lock &&other) noexcept
+      : descriptor_(std::exchange(other.descriptor_, -1)) {}
+  output_lock &operator=(output_lock &&) = delete;
+  ~output_lock();
+
+private:
+  int descriptor_ = -1; // of the locked file; -1 when there is nothing to lock
+};
+
+} // namespace kestro
