@@ -18,6 +18,7 @@ from checker.run_files import (
     Pattern,
     RunFiles,
     match_names,
+    mistaken_output,
     read_blocks,
     read_parents,
     read_patterns,
@@ -48,6 +49,9 @@ class Outcome:
 
 def check_run(request: Request) -> Outcome:
     """Read and prove a finished run.  An input that cannot be read raises."""
+    mistaken = mistaken_output(request.input_file)
+    if mistaken is not None:
+        raise BadFile(mistaken)
     findings = Findings()
     labels = Labels()
     read = read_transactions(request.input_file.read_bytes(), labels)
