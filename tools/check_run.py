@@ -30,6 +30,9 @@ first 20 are printed, then how many more there are, unless --all is given; the
 last line counts all.  The exit status is 1 when there are findings, 2 when the
 run cannot be read.
 
+On a terminal, standard error first says what there is to prove and about how
+long that takes, as measured on a few of the patterns, then how far it is.
+
 It needs Debian's python3-igraph, so it runs under Debian's Python.
 """
 
@@ -39,6 +42,7 @@ from collections import Counter
 from pathlib import Path
 
 from checker.graphs import BadFile
+from checker.progress import on_terminal
 from checker.run_check import Outcome, Request, check_run
 
 SHOWN = 20  # findings of a kind
@@ -112,7 +116,8 @@ def main() -> int:
             None if args.complete else args.budget,
             args.candidates,
         )
-        outcome = check_run(request)
+        with on_terminal(sys.stderr) as progress:
+            outcome = check_run(request, progress)
     except (BadFile, OSError) as error:
         print(f"check_run: {error}", file=sys.stderr)
         return 2
