@@ -5,6 +5,8 @@ is, and nothing has to be found in the files as they were.
     check_run_test.py PROGRAM
 """
 
+import contextlib
+import io
 import re
 import shutil
 import subprocess
@@ -13,9 +15,23 @@ import tempfile
 import unittest
 from pathlib import Path
 
-from planting import SUPPORT, Case, Findings, PlantedErrors, Run, Transaction
+TOOLS = Path(__file__).resolve().parents[2] / "tools"
+sys.path.insert(0, str(TOOLS))
 
-COMMAND = Path(__file__).resolve().parents[2] / "tools" / "check_run.py"
+from check_run import SHOWN, tell  # noqa: E402
+from checker.graphs import Labels  # noqa: E402
+from checker.run_check import Outcome  # noqa: E402
+from planting import (  # noqa: E402
+    PROGRAM,
+    SUPPORT,
+    Case,
+    Findings,
+    PlantedErrors,
+    Run,
+    Transaction,
+)
+
+COMMAND = TOOLS / "check_run.py"
 
 
 class PlainRun(PlantedErrors):
@@ -333,12 +349,14 @@ class KnownLimit(unittest.TestCase):
         self.assertEqual((found.lines, found.limits), ([], []))
 
 
-class Command(unittest.TestCase):
+class CommandTest(unittest.TestCase):
     def run_command(self, *args: object) -> subprocess.CompletedProcess[str]:
         return subprocess.run(
             [sys.executable, COMMAND, *map(str, args)], capture_output=True, text=True, check=False
         )
 
+
+class Command(CommandTest):
     def test_good_run(self) -> None:
         files = Run(["-t"])
         self.addCleanup(files.close)
@@ -371,6 +389,112 @@ class Command(unittest.TestCase):
             shutil.copy(__file__, Path(name, "db.txt"))
             self.assertEqual(self.run_command(Path(name, "db.txt")).returncode, 2)
             self.assertEqual(self.run_command(Path(name, "none.txt")).returncode, 2)
+
+
+class ManyFindings(CommandTest):
+    def test_first_of_each_kind(self) -> None:
+        """Two kinds of many, one of few; the last line counts them all."""
+        files = Run(["-t"])
+        self.addCleanup(files.close)
+        tids = " ".join(str(1000 + i) for i in range(SHOWN + 134))
+        files.replace("tid", r"^(1-0 .*)$", rf"\1 {tids}")
+        more = [f"99-{i} 1" for i in range(SHOWN + 1)]
+        files.edit("tid", lambda lines: [*lines, *more])
+        ran = self.run_command(files.input)
+        lines = ran.stdout.splitlines()
+        self.assertEqual((ran.returncode, ran.stderr), (1, ""))
+        self.assertEqual(self.shown(lines, "wrong-tid 1-0: "), SHOWN)
+        self.assertIn(f"wrong-tid 1-0: transaction {1000 + SHOWN - 1} does not exist", lines)
+        self.assertIn("wrong-tid: 134 more (--all shows them)", lines)
+        self.assertEqual(self.shown(lines, "extra-line "), SHOWN)
+        self.assertIn("extra-line: 1 more (--all shows them)", lines)
+        self.assertEqual(self.shown(lines, "wrong-count"), 1)
+        findings = 2 * SHOWN + 134 + 1 + 1
+        self.assertRegex(lines[-1], rf"^check_run: \d+ patterns, {findings} findings, 0 known")
+
+        every = self.run_command(files.input, "--all").stdout.splitlines()
+        self.assertEqual(self.shown(every, "wrong-tid 1-0: "), SHOWN + 134)
+        self.assertEqual(self.shown(every, "extra-line "), SHOWN + 1)
+        self.assertFalse([line for line in every if "--all" in line])
+        self.assertEqual(every[-1], lines[-1])
+
+    @staticmethod
+    def shown(lines: list[str], start: str) -> int:
+        return sum(line.startswith(start) for line in lines)
+
+    def told(self, findings: Findings, most: int | None) -> list[str]:
+        with contextlib.redirect_stdout(io.StringIO()) as out:
+            tell(Outcome(findings, 5, None, Labels()), most)
+        return out.getvalue().splitlines()
+
+    def test_known_limits_too(self) -> None:
+        findings = Findings()
+        for i in range(4):
+            findings.add("isomorphic-pair", f"9-{i}", limit=True)
+        findings.add("isomorphic-pair", "8-1")
+        self.assertEqual(
+            self.told(findings, 3),
+            [
+                "isomorphic-pair 8-1",
+                "known-limit isomorphic-pair 9-0",
+                "known-limit isomorphic-pair 9-1",
+                "known-limit isomorphic-pair 9-2",
+                "known-limit isomorphic-pair: 1 more (--all shows them)",
+                "check_run: 5 patterns, 1 findings, 4 known limits",
+            ],
+        )
+        self.assertIn("known-limit isomorphic-pair 9-3", self.told(findings, None))
+
+    def test_no_more_where_all_are_shown(self) -> None:
+        findings = Findings()
+        for i in range(3):
+            findings.add("wrong-tid", f"1-{i}")
+        self.assertEqual(len(self.told(findings, 3)), 4)
+
+
+class OutputForInput(CommandTest):
+    """A file of the run is given where its input belongs."""
+
+    def setUp(self) -> None:
+        self.run_files = Run(["-t", "-p"])
+        self.addCleanup(self.run_files.close)
+        self.folder = self.run_files.folder
+        (self.folder / "db.c.g").write_text("t # 3-0, 0\n")
+
+    def refused(self, name: str) -> str:
+        ran = self.run_command(self.folder / name)
+        self.assertEqual((ran.returncode, ran.stdout), (2, ""))
+        self.assertIn(f"{name} looks like the ", ran.stderr)
+        self.assertIn("FILE is the input of the run, of lines such as 't # 0'", ran.stderr)
+        return ran.stderr
+
+    def test_input_is_named(self) -> None:
+        for name in ("db.fp", "db.tid", "db.pc", "db.c.g"):
+            with self.subTest(name):
+                told = self.refused(name)
+                self.assertTrue(told.endswith(f"check_run.py {self.folder / 'db.txt'}\n"), told)
+
+    def test_input_is_not_there(self) -> None:
+        self.run_files.input.unlink()
+        self.assertTrue(self.refused("db.fp").endswith("called db.txt, and is not here\n"))
+
+    def test_pattern_file_is_not_there_or_has_no_head(self) -> None:
+        self.run_files.edit("fp", lambda lines: [x for x in lines if "Transaction File" not in x])
+        for name in ("db.fp", "db.tid"):
+            self.assertTrue(self.refused(name).endswith("'u 0 1 s'\n"))
+        (self.folder / "db.fp").unlink()
+        self.assertTrue(self.refused("db.pc").endswith("'u 0 1 s'\n"))
+
+    def test_input_called_like_an_output(self) -> None:
+        """Its own pattern file says that it is one."""
+        for name in ("mine.tid", "mine.c.g"):
+            with self.subTest(name):
+                shutil.copy(self.run_files.input, self.folder / name)
+                subprocess.run(
+                    [PROGRAM, "-s", SUPPORT, name], cwd=self.folder, capture_output=True, check=True
+                )
+                ran = self.run_command(self.folder / name)
+                self.assertEqual((ran.returncode, ran.stderr), (0, ""), ran.stdout)
 
 
 if __name__ == "__main__":

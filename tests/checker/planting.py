@@ -18,7 +18,7 @@ from checker.findings import Findings  # noqa: E402
 from checker.run_check import Request, check_run  # noqa: E402
 from databases import Case, Transaction, random_case  # noqa: E402
 
-__all__ = ["SUPPORT", "Case", "Findings", "PlantedErrors", "Run", "Transaction"]
+__all__ = ["PROGRAM", "SUPPORT", "Case", "Findings", "PlantedErrors", "Run", "Transaction"]
 
 PROGRAM = Path(sys.argv.pop(1) if len(sys.argv) > 1 else "kestro").resolve()
 SEED = 14  # 28 patterns, up to seven edges

@@ -9,6 +9,9 @@ limits        where the canonical form may depend on the incoming order
 growth        the one-edge extensions of patterns, level by level
 levels        the patterns of each size: their transactions, and none missing
 run_check     a finished run, with all that rests on its levels
+plan          the steps of a check, and what is left of them
+estimate      what there is to prove, and about how long it takes
+progress      how far it is, told on a terminal
 """
 
 import sys

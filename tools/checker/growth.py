@@ -18,6 +18,7 @@ from collections.abc import Iterator
 from checker.certificates import Certificate, certificate
 from checker.graphs import Graph
 from checker.occurrences import Database
+from checker.progress import Progress
 
 EdgeType = tuple[int, int, int]
 
@@ -64,8 +65,11 @@ def single_edges(db: Database, least: int) -> Level:
 class Growth:
     """Extensions of patterns by one edge, and which of them are frequent."""
 
-    def __init__(self, db: Database, least: int, budget: int | None) -> None:
+    def __init__(
+        self, db: Database, least: int, budget: int | None, progress: Progress | None = None
+    ) -> None:
         self._db = db
+        self._progress = progress or Progress()
         self._least = least
         self._left = budget  # extensions that may still be looked at
         self.looked_at = 0
@@ -90,6 +94,7 @@ class Growth:
         seen: set[Certificate] = set()
         for pattern in level.values():
             for grown, bits in self.extensions(pattern.graph, pattern.bits, True):
+                self._progress.look(self.looked_at)
                 shape = certificate(grown)
                 if shape in seen or shape in known:
                     continue
@@ -97,6 +102,7 @@ class Growth:
                 child = self._counted(grown, bits, level)
                 if child is not None:
                     found[shape] = child
+            self._progress.advance()
         return found
 
     def _counted(self, g: Graph, bits: int, level: Level) -> PatternClass | None:

@@ -11,6 +11,7 @@ maximal run, are found by the same extensions, as far as the budget reaches.
 
 from collections.abc import Iterator
 
+from checker import plan
 from checker.certificates import Certificate, certificate
 from checker.findings import Findings, Name, name_text
 from checker.graphs import Graph, Labels
@@ -24,6 +25,7 @@ from checker.growth import (
 )
 from checker.limits import form_may_vary
 from checker.occurrences import Database, bits_of, members
+from checker.progress import Progress
 from checker.report import Settings
 from checker.run_files import Pattern, RunFiles
 
@@ -40,6 +42,7 @@ class Levels:
         threshold: int,
         budget: int | None,
         findings: Findings,
+        progress: Progress,
     ) -> None:
         self.of_size: dict[int, Level] = {}
         self.complete = 0  # up to this size, these are all frequent classes
@@ -51,7 +54,8 @@ class Levels:
         self._settings = settings
         self._threshold = threshold
         self._findings = findings
-        self._growth = Growth(self.db, self.least, budget)
+        self._progress = progress
+        self._growth = Growth(self.db, self.least, budget, progress)
         self._varying: dict[Certificate, bool] = {}
         self._written: dict[int, list[Pattern]] = {}
         for pattern in files.patterns:
@@ -91,7 +95,9 @@ class Levels:
     def _group(self, size: int) -> Level:
         """The written patterns of a size, by class."""
         level: Level = {}
-        for pattern in self._written.get(size, []):
+        written = self._written.get(size, [])
+        self._progress.begin(plan.GROUP, size, len(written))
+        for pattern in written:
             shape = certificate(pattern.graph)
             self.shapes[pattern.name] = shape
             known = level.get(shape)
@@ -105,10 +111,12 @@ class Levels:
                     limit=self.may_vary(shape, pattern.graph),
                 )
             known.ids.append(pattern.name[1])
+            self._progress.advance()
         return level
 
     def _find_sets(self, size: int, level: Level) -> None:
         below = self.of_size.get(size - 1, {})
+        self._progress.begin(plan.SEARCH, size, len(level))
         for known in level.values():
             bound = self.db.all
             for shape in known.parents:
@@ -116,6 +124,7 @@ class Levels:
                 if part is not None:
                     bound &= part.bits
             known.bits = self.db.containing(known.graph, bound)
+            self._progress.advance(len(known.ids))
 
     def _check_records(self, size: int, level: Level) -> None:
         for pattern in self._written.get(size, []):
@@ -149,8 +158,10 @@ class Levels:
             every = single_edges(self.db, self.least)
             missing = {shape: c for shape, c in every.items() if shape not in level}
         else:
+            below = self.of_size[size - 1]
+            self._progress.begin(plan.EXTEND, size, len(below))
             try:
-                missing = self._growth.next_level(self.of_size[size - 1], level)
+                missing = self._growth.next_level(below, level)
             except BudgetSpent:
                 return
         self.complete = size

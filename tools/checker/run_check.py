@@ -8,16 +8,18 @@ import dataclasses
 from collections import Counter
 from pathlib import Path
 
-from checker import report
+from checker import estimate, plan, report
 from checker.certificates import Certificate, certificate
 from checker.findings import Findings, Name, name_text
 from checker.graphs import BadFile, Labels, TransactionFile, read_label_file, read_transactions
 from checker.growth import Growth, PatternClass, distinct_parents
 from checker.levels import Levels
+from checker.progress import Progress
 from checker.run_files import (
     Pattern,
     RunFiles,
     match_names,
+    mistaken_output,
     read_blocks,
     read_parents,
     read_patterns,
@@ -46,8 +48,13 @@ class Outcome:
     labels: Labels
 
 
-def check_run(request: Request) -> Outcome:
+def check_run(request: Request, progress: Progress | None = None) -> Outcome:
     """Read and prove a finished run.  An input that cannot be read raises."""
+    progress = progress or Progress()
+    progress.begin("reading")
+    mistaken = mistaken_output(request.input_file)
+    if mistaken is not None:
+        raise BadFile(mistaken)
     findings = Findings()
     labels = Labels()
     read = read_transactions(request.input_file.read_bytes(), labels)
@@ -72,7 +79,7 @@ def check_run(request: Request) -> Outcome:
         findings.note(f"{candidate_file.name} is of another run unless --candidates says so")
     elif (blocks := read_candidates(candidate_file, findings)) is not None:
         _, files.candidates = read_patterns(blocks, "candidate", labels, False, findings)
-    _Check(request, read, files, settings, findings, labels).run()
+    _Check(request, read, files, settings, findings, labels, progress).run()
     return Outcome(findings, len(names), files, labels)
 
 
@@ -94,26 +101,50 @@ class _Check:
         settings: report.Settings,
         findings: Findings,
         labels: Labels,
+        progress: Progress,
     ) -> None:
+        self._progress = progress
         self._request = request
         self._read = read
         self._files = files
         self._settings = settings
         self._findings = findings
         self._levels = Levels(
-            read.graphs, labels, files, settings, request.threshold, request.budget, findings
+            read.graphs,
+            labels,
+            files,
+            settings,
+            request.threshold,
+            request.budget,
+            findings,
+            progress,
         )
 
     def run(self) -> None:
+        if self._progress.is_shown:
+            self._estimate()
         self._check_support()
         self._check_names()
         self._levels.prove()
+        self._progress.begin(plan.PARENTS)
         self._check_parents()
         if self._settings.maximal:
             self._check_maximal()
         if self._files.candidates is not None:
             self._check_candidates()
+        self._progress.begin(plan.REPORT)
         self._check_report()
+
+    def _estimate(self) -> None:
+        """What there is to do and how long it takes, for whoever looks on."""
+        progress, files, settings = self._progress, self._files, self._settings
+        progress.begin("measuring a few patterns")
+        levels = self._levels
+        sample = estimate.Sample(levels.db, levels.least, files, progress.clock)
+        steps = estimate.make_plan(sample, settings, files.candidates, self._request.budget)
+        for text in estimate.notes(steps, sample, settings, len(levels.db.graphs)):
+            progress.note(text)
+        progress.follow(steps)
 
     # Names and settings
 
@@ -211,7 +242,9 @@ class _Check:
         # Only the listed ones can be judged, by their own extensions.
         growth = Growth(self._levels.db, self._levels.least, None)
         refuted: set[Certificate] = set()
+        self._progress.begin(plan.MAXIMAL, count=len(self._files.patterns))
         for pattern in self._files.patterns:
+            self._progress.advance()
             if pattern.name[0] >= self._settings.maxsize:
                 continue
             known = self._levels.class_of(pattern)
@@ -260,7 +293,10 @@ class _Check:
         """None twice, none with an infrequent part, none counted, and every
         frequent pattern among them."""
         shapes: dict[Certificate, Name] = {}
-        for candidate in self._files.candidates or []:
+        candidates = self._files.candidates or []
+        self._progress.begin(plan.CANDIDATES, count=len(candidates))
+        for candidate in candidates:
+            self._progress.advance()
             text = f"candidate {name_text(candidate.name)}"
             shape = certificate(candidate.graph)
             if shape in shapes:

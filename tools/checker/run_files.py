@@ -11,9 +11,16 @@ from pathlib import Path
 
 from checker.findings import Findings, Name, name_text
 from checker.graphs import Graph, Labels
+from checker.report import SETTING, derived_name
 
 HEADER = re.compile(rb"t # (\d+)-(\d+), (\d+)")
 NAME = re.compile(rb"(\d+)-(\d+)")
+OUTPUTS = {  # by the end of their names
+    ".fp": "pattern file",
+    ".tid": "TID list",
+    ".pc": "PC list",
+    ".c.g": "candidate file",
+}
 
 
 @dataclasses.dataclass
@@ -39,6 +46,42 @@ class _Block:
 
     header: bytes
     lines: list[bytes]
+
+
+def named_input(pattern_file: Path) -> str | None:
+    """The input that the head of a pattern file names; None if there is none."""
+    if not pattern_file.is_file():
+        return None
+    with pattern_file.open("rb") as lines:
+        for line in lines:
+            if not line.startswith(b"#"):
+                break
+            found = SETTING.fullmatch(line[2:].rstrip(b"\n").decode("latin-1"))
+            if found and found[1] == "Transaction File Name":
+                return found[2]
+    return None
+
+
+def mistaken_output(path: Path) -> str | None:
+    """What to say when path is an output of a run, not its input."""
+    suffix = next((end for end in OUTPUTS if path.name.endswith(end)), None)
+    if suffix is None or not path.is_file():
+        return None
+    # An input may be called like the output of another run; then its own says so.
+    own = Path(derived_name(str(path), ".fp"))
+    if own != path and Path(named_input(own) or "").name == path.name:
+        return None
+    said = (
+        f"{path} looks like the {OUTPUTS[suffix]} of a run, but FILE is the input of "
+        "the run, of lines such as 't # 0', 'v 0 C', 'u 0 1 s'"
+    )
+    name = named_input(path.with_name(path.name.removesuffix(suffix) + ".fp"))
+    if name is None:
+        return said
+    neighbour = path.with_name(Path(name).name)
+    if neighbour.is_file():
+        return f"{said}: check_run.py {neighbour}"
+    return f"{said}; it was called {name}, and is not here"
 
 
 def read_blocks(data: bytes, what: str, findings: Findings) -> tuple[list[str], list[_Block]]:
