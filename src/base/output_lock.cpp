@@ -35,13 +35,31 @@ static bool is_lockable(const char *name) {
   return S_ISREG(status.st_mode);
 }
 
-// Whether somebody else holds the lock of an open file.
+// Both kinds of lock: 0 with the lock, else the reason.
+static int lock_whole(int descriptor) {
+  return flock(descriptor, LOCK_EX | LOCK_NB) == 0 ? 0 : errno;
+}
+
+static int lock_range(int descriptor) {
+  struct flock range = {}; // of all bytes there ever are
+  range.l_type = F_WRLCK;
+  return fcntl(descriptor, F_OFD_SETLK, &range) == 0 ? 0 : errno;
+}
+
+// Whether somebody else holds the lock of an open file.  File systems that
+// refuse one kind may know the other.
 static bool is_held(int descriptor) {
-  int result;
-  do
-    result = flock(descriptor, LOCK_EX | LOCK_NB);
-  while (result == -1 && errno == EINTR);
-  return result == -1 && errno == EWOULDBLOCK;
+  for (const auto lock : {lock_whole, lock_range}) {
+    int reason;
+    do
+      reason = lock(descriptor);
+    while (reason == EINTR);
+    if (reason == 0)
+      return false;
+    if (reason == EWOULDBLOCK)
+      return true;
+  }
+  return false;
 }
 
 output_lock::output_lock(const char *name) {

@@ -76,7 +76,7 @@ static bool prepare_memory() {
   mallopt(M_MMAP_THRESHOLD, large);
 #endif
   static constexpr size_t set_aside = 1 << 17; // bytes, and some to spare
-  void *volatile block = malloc(set_aside); // volatile: not to be left out
+  void *volatile block = malloc(set_aside);    // volatile: not to be left out
   const bool found = block != nullptr;
   free(block);
   return found;

@@ -11,6 +11,7 @@
 
 #include <cerrno>
 #include <csignal>
+#include <cstdarg>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -42,12 +43,32 @@ extern "C" int flock(int descriptor, int operation) noexcept {
   return real(descriptor, operation);
 }
 
+// The same of the other kind of lock.
+static int range_lock_failure = 0;
+
+extern "C" int fcntl(int descriptor, int command, ...) {
+  using function = int(int, int, void *);
+  va_list arguments;
+  va_start(arguments, command);
+  void *const argument = va_arg(arguments, void *);
+  va_end(arguments);
+  if (command == F_OFD_SETLK && range_lock_failure) {
+    errno = range_lock_failure;
+    return -1;
+  }
+  static auto *const real =
+      reinterpret_cast<function *>(dlsym(RTLD_NEXT, "fcntl"));
+  return real(descriptor, command, argument);
+}
+
 namespace kestro {
 namespace {
 
 class OutputLock : public testing::Test {
 protected:
-  ~OutputLock() override { flock_failure = flock_interruptions = 0; }
+  ~OutputLock() override {
+    flock_failure = flock_interruptions = range_lock_failure = 0;
+  }
 
   std::string refusal() const {
     return fatal_text([&] { output_lock(name.c_str()); });
@@ -130,10 +151,18 @@ TEST_F(OutputLock, EndsWithAKilledProcess) {
 
 TEST_F(OutputLock, FileSystemsWithoutLocksAreShared) {
   for (const int reason : {ENOLCK, ENOSYS, EOPNOTSUPP, EINVAL}) {
-    flock_failure = reason;
+    flock_failure = range_lock_failure = reason;
     const output_lock lock(name.c_str());
     EXPECT_NO_THROW(output_lock(name.c_str()));
   }
+}
+
+TEST_F(OutputLock, FileSystemsThatKnowOneKindOfLockAreNotShared) {
+  flock_failure = ENOLCK;
+  std::optional<output_lock> lock(name.c_str());
+  EXPECT_EQ(refusal(), held);
+  lock.reset();
+  EXPECT_NO_THROW(output_lock(name.c_str()));
 }
 
 TEST_F(OutputLock, InterruptionsAreNoRefusal) {
