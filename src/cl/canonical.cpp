@@ -11,41 +11,8 @@
 #include <utility>
 
 #include "base/error.h"
-#include "base/thread_state.h"
-#include "cl/canonical_search.h"
 
 namespace kestro {
-
-namespace {
-
-struct canonical_state {
-  int stabilizer_threshold = 5;
-  bool invariant = true; // of the form made last
-  bool rigid = true;     // the graph of the form made last
-  colouring cells;
-  label_cells labels;
-  xvector<int> position; // by vertex, its canonical index
-  xvector<int> arrays;   // a copy of the graph's arrays
-};
-
-} // namespace
-
-static thread_local thread_state<canonical_state> state;
-
-void cl_set_stabilizer_threshold(int n) { state->stabilizer_threshold = n; }
-
-int cl_get_stabilizer_threshold() { return state->stabilizer_threshold; }
-
-bool cl_form_is_invariant() { return state->invariant; }
-
-bool cl_form_is_rigid() { return state->rigid; }
-
-void cl_free_work_area() {
-  const int threshold = state->stabilizer_threshold;
-  *state = canonical_state();
-  state->stabilizer_threshold = threshold;
-  colouring_free_work_area();
-}
 
 static int largest_cell(const colouring *c) {
   int largest = 0;
@@ -57,17 +24,17 @@ static int largest_cell(const colouring *c) {
   return largest;
 }
 
-// Brings order into canonical order; returns whether the form is invariant.
-static bool find_order(const graph *g) {
-  colouring *c = &state->cells;
-  colouring_init(c, g);
-  state->rigid = c->cells == g->vs;
-  if (state->rigid)
-    return true;
-  state->labels.fill(g);
-  if (largest_cell(c) >= state->stabilizer_threshold)
-    return search_by_stabilizer(c, g, state->labels);
-  return search_exhaustively(c, g, state->labels);
+// Brings the order of cells_ into canonical order; all but the key is known
+// then.
+canonical_form labeller::find_order(const graph *g) {
+  colouring_init(&cells_, g, &work_);
+  if (cells_.cells == g->vs)
+    return {0, true, true};
+  labels_.fill(g);
+  if (largest_cell(&cells_) >= threshold_)
+    return {0, search_by_stabilizer(&cells_, g, labels_, &work_, &calls_),
+            false};
+  return {0, search_exhaustively(&cells_, g, labels_), false};
 }
 
 // The graph's arrays as they were, read while they are rewritten.
@@ -75,12 +42,12 @@ struct old_arrays {
   const int *e, *v, *vid, *elabel, *vlabel;
 };
 
-static old_arrays copy_arrays(const graph *g) {
+static old_arrays copy_arrays(const graph *g, xvector<int> *memory) {
   const size_t ints =
       2 * static_cast<size_t>(g->es) + 3 * static_cast<size_t>(g->vs) + 1;
-  if (state->arrays.size() < ints)
-    state->arrays.resize(ints);
-  int *to = state->arrays.data();
+  if (memory->size() < ints)
+    memory->resize(ints);
+  int *to = memory->data();
   const auto copied = [&to](const int *from, int count) {
     std::copy(from, from + count, to);
     return std::exchange(to, to + count);
@@ -106,12 +73,13 @@ static void insert_slot(graph *g, int first, int end, int neighbour,
   g->elabel[j] = label;
 }
 
-// Rewrites g with vertex order[i] as vertex i.
-static void relabel(graph *g, const int *order) {
-  const old_arrays old = copy_arrays(g);
-  if (state->position.size() < static_cast<size_t>(g->vs))
-    state->position.resize(static_cast<size_t>(g->vs));
-  int *position = state->position.data();
+// Rewrites g with the vertex at position i as vertex i.
+void labeller::relabel(graph *g) {
+  const int *order = cells_.order.data();
+  const old_arrays old = copy_arrays(g, &arrays_);
+  if (position_.size() < static_cast<size_t>(g->vs))
+    position_.resize(static_cast<size_t>(g->vs));
+  int *position = position_.data();
   for (int i = 0; i < g->vs; i++)
     position[order[i]] = i;
   int filled = 0;
@@ -127,12 +95,12 @@ static void relabel(graph *g, const int *order) {
   }
 }
 
-uint32_t cl_canonicalize_graph(graph *g) {
-  state->invariant = find_order(g);
-  relabel(g, state->cells.order.data());
-  g->key = graph_key(g);
+canonical_form labeller::canonicalize(graph *g) {
+  canonical_form form = find_order(g);
+  relabel(g);
+  form.key = g->key = graph_key(g);
   KESTRO_STRUCTURE(graph_check(g));
-  return g->key;
+  return form;
 }
 
 } // namespace kestro

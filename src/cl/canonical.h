@@ -1,30 +1,55 @@
 // Canonical labelling: one vertex order for all isomorphic graphs.
 #pragma once
 
+#include <cstdint>
+
+#include "cl/canonical_search.h"
+#include "cl/colouring.h"
 #include "graph/graph.h"
 
 namespace kestro {
 
-// The size, exclusive, of the largest cell up to which refined graphs are
-// searched exhaustively; at or above it the individualising search runs.  Read
-// at every call; 5 at first.  Belongs to the calling thread.
-void cl_set_stabilizer_threshold(int n);
-int cl_get_stabilizer_threshold();
+// What is known of a graph that has been brought into canonical form.
+struct canonical_form {
+  uint32_t key;   // the graph's
+  bool invariant; // the form is the same whatever order the vertices came in;
+                  // false for some graphs in which many vertices look alike,
+                  // where the search can end differently
+  bool rigid;     // refinement alone told all vertices apart, so the graph has
+                  // no automorphism but the identity
+};
 
-// Reorders the vertices of g, which has no marks, in place into canonical
-// order, vid along with them, sets its key and returns it.  Costs a few passes
-// over the edges when refinement tells all vertices apart; else a search.
-uint32_t cl_canonicalize_graph(graph *g);
+// Brings graphs into canonical form, one after another.  Each thread has its
+// own, since the work arrays are used again.
+class labeller {
+public:
+  // The size, exclusive, of the largest cell up to which refined graphs are
+  // searched exhaustively; at or above it the individualising search runs.
+  static constexpr int default_threshold = 5;
 
-// Whether the graph canonicalised last by this thread has one form whatever the
-// order its vertices came in.  False for some graphs in which many vertices
-// look alike: there the search can end differently.
-bool cl_form_is_invariant();
-// Whether refinement alone told all vertices of that graph apart, so that it
-// has no automorphism but the identity.
-bool cl_form_is_rigid();
+  explicit labeller(int stabilizer_threshold = default_threshold)
+      : threshold_(stabilizer_threshold) {}
 
-// Frees what canonical labelling keeps for this thread.
-void cl_free_work_area();
+  // Reorders the vertices of g, which has no marks, in place into canonical
+  // order, vid along with them, and sets its key.  Costs a few passes over the
+  // edges when refinement tells all vertices apart; else a search.
+  canonical_form canonicalize(graph *g);
+
+  int stabilizer_threshold() const { return threshold_; }
+  // Steps of the individualising search so far.
+  uint64_t stabilizer_calls() const { return calls_; }
+
+private:
+  canonical_form find_order(const graph *g);
+  void relabel(graph *g);
+
+  int threshold_;
+  uint64_t calls_ = 0;
+  colouring cells_;
+  label_cells labels_;
+  refinement_work work_;
+  xvector<int> position_; // by vertex, its canonical index
+  xvector<int> arrays_;   // a copy of the graph's arrays
+};
 
 } // namespace kestro

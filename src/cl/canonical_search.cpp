@@ -20,18 +20,6 @@
 
 namespace kestro {
 
-namespace {
-
-struct search_counters {
-  uint64_t stabilizer_calls = 0;
-};
-
-} // namespace
-
-static thread_local search_counters counters;
-
-uint64_t cl_stabilizer_calls() { return counters.stabilizer_calls; }
-
 void label_cells::fill(const graph *g) {
   vs_ = g->vs;
   cells_.assign(index(vs_) * index(vs_), 0);
@@ -200,12 +188,15 @@ private:
 // The individualising search, carried out.
 class stepwise_search {
 public:
-  stepwise_search(colouring *c, const graph *g, const label_cells &cells)
-      : c_(c), g_(g), cells_(cells), taken_(c->order) {}
+  stepwise_search(colouring *c, const graph *g, const label_cells &cells,
+                  refinement_work *work)
+      : c_(c), g_(g), cells_(cells), work_(work), taken_(c->order) {}
 
-  void run() {
+  // Returns how many steps that took.
+  uint64_t run() {
     visit(colouring_first_open(c_, 0));
     c_->order = taken_;
+    return calls_;
   }
 
 private:
@@ -218,10 +209,10 @@ private:
     const colouring before = *c_;
     const int end = before.cell_end[static_cast<size_t>(cell)];
     for (int q = cell; q < end; q++) {
-      colouring_individualise(c_, g_, c_->order[static_cast<size_t>(q)]);
+      colouring_individualise(c_, g_, c_->order[static_cast<size_t>(q)], work_);
       if (compare_rows(cells_, c_->order.data(), taken_.data(), 0, cell + 1) >=
           0) {
-        counters.stabilizer_calls++;
+        calls_++;
         visit(colouring_first_open(c_, cell));
       }
       colouring_coarsen(c_, &before);
@@ -231,15 +222,19 @@ private:
   colouring *c_;
   const graph *g_;
   const label_cells &cells_;
+  refinement_work *work_;
   xvector<int> taken_; // the arrangement taken last
+  uint64_t calls_ = 0;
 };
 
 // One path of the individualising search, and whether all others are its
 // images.
 class orbit_check {
 public:
-  orbit_check(const colouring *start, const graph *g, const label_cells &cells)
-      : start_(start), g_(g), cells_(cells), image_(start->order.size()) {}
+  orbit_check(const colouring *start, const graph *g, const label_cells &cells,
+              refinement_work *work)
+      : start_(start), g_(g), cells_(cells), work_(work),
+        image_(start->order.size()) {}
 
   // Follows the path; false when some cell of it is no orbit.
   bool run() {
@@ -275,7 +270,7 @@ private:
 
   void split_first_open(colouring *c) const {
     const int cell = colouring_first_open(c, 0);
-    colouring_individualise(c, g_, c->order[static_cast<size_t>(cell)]);
+    colouring_individualise(c, g_, c->order[static_cast<size_t>(cell)], work_);
   }
 
   // Whether the first open cell of a node of the path, below which all is
@@ -289,7 +284,7 @@ private:
       if (are_twins(g_, cells_, chosen, w))
         continue;
       colouring c = node;
-      colouring_individualise(&c, g_, w);
+      colouring_individualise(&c, g_, w, work_);
       while (c.cells < g_->vs)
         split_first_open(&c);
       if (!shows_the_leaf(c.order))
@@ -315,6 +310,7 @@ private:
   const colouring *start_;
   const graph *g_;
   const label_cells &cells_;
+  refinement_work *work_;
   xvector<colouring> path_; // its nodes, the start first
   xvector<int> leaf_;       // the arrangement it ends with
   xvector<int> image_;      // scratch
@@ -333,10 +329,11 @@ bool search_exhaustively(colouring *c, const graph *g,
 }
 
 bool search_by_stabilizer(colouring *c, const graph *g,
-                          const label_cells &cells) {
-  orbit_check check(c, g, cells);
+                          const label_cells &cells, refinement_work *work,
+                          uint64_t *calls) {
+  orbit_check check(c, g, cells, work);
   if (!check.run()) {
-    stepwise_search(c, g, cells).run();
+    *calls += stepwise_search(c, g, cells, work).run();
     return false;
   }
   if (check.is_cut())

@@ -31,11 +31,10 @@ bool search_exhaustively(colouring *c, const graph *g,
 // ends: it sets the vertices of the first open cell apart one after another,
 // cuts a branch whose prefix is below that of the arrangement taken last, at
 // first the incoming one, and takes every leaf it reaches.  Returns whether
-// every relabelled copy of g would end with the same arrays.
+// every relabelled copy of g would end with the same arrays.  The steps that
+// were carried out are added to *calls.
 bool search_by_stabilizer(colouring *c, const graph *g,
-                          const label_cells &cells);
-
-// Steps of the individualising search of this thread so far.
-uint64_t cl_stabilizer_calls();
+                          const label_cells &cells, refinement_work *work,
+                          uint64_t *calls);
 
 } // namespace kestro

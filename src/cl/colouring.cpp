@@ -13,17 +13,9 @@
 
 #include <algorithm>
 
-#include "base/thread_state.h"
-
 namespace kestro {
 
 namespace {
-
-// Work arrays of one graph, kept between calls.
-struct colouring_state {
-  xvector<uint64_t> signature; // by slot: label and colour, sorted per vertex
-  xvector<int> new_colour;     // by position
-};
 
 // How two vertices of one cell compare.
 class vertex_order {
@@ -56,10 +48,6 @@ private:
 };
 
 } // namespace
-
-static thread_local thread_state<colouring_state> state;
-
-void colouring_free_work_area() { *state = colouring_state(); }
 
 template <class T, class Less>
 static void insertion_sort(T *first, T *last, Less less) {
@@ -114,9 +102,10 @@ static int split_cell(colouring *c, const vertex_order &by, int first, int end,
 }
 
 // Passes until one splits nothing.
-static void refine(colouring *c, const graph *g, bool first_pass) {
-  uint64_t *signature = state->signature.data();
-  int *new_colour = state->new_colour.data();
+static void refine(colouring *c, const graph *g, bool first_pass,
+                   refinement_work *work) {
+  uint64_t *signature = work->signature.data();
+  int *new_colour = work->new_colour.data();
   const int *cell_end = c->cell_end.data();
   int old_cells;
   do {
@@ -140,7 +129,7 @@ static void refine(colouring *c, const graph *g, bool first_pass) {
   } while (c->cells > old_cells && c->cells < g->vs);
 }
 
-void colouring_init(colouring *c, const graph *g) {
+void colouring_init(colouring *c, const graph *g, refinement_work *work) {
   const size_t vs = static_cast<size_t>(g->vs);
   c->order.resize(vs);
   c->colour.assign(vs, 0);
@@ -148,14 +137,15 @@ void colouring_init(colouring *c, const graph *g) {
   c->cells = g->vs > 0;
   for (int i = 0; i < g->vs; i++)
     c->order[static_cast<size_t>(i)] = i;
-  if (state->signature.size() < static_cast<size_t>(g->es))
-    state->signature.resize(static_cast<size_t>(g->es));
-  if (state->new_colour.size() < vs)
-    state->new_colour.resize(vs);
-  refine(c, g, true);
+  if (work->signature.size() < static_cast<size_t>(g->es))
+    work->signature.resize(static_cast<size_t>(g->es));
+  if (work->new_colour.size() < vs)
+    work->new_colour.resize(vs);
+  refine(c, g, true, work);
 }
 
-void colouring_individualise(colouring *c, const graph *g, int v) {
+void colouring_individualise(colouring *c, const graph *g, int v,
+                             refinement_work *work) {
   const int first = c->colour[static_cast<size_t>(v)];
   const int end = c->cell_end[static_cast<size_t>(first)];
   int *order = c->order.data();
@@ -168,7 +158,7 @@ void colouring_individualise(colouring *c, const graph *g, int v) {
   c->cell_end[static_cast<size_t>(first) + 1] = end;
   c->cells++;
   if (c->cells < g->vs)
-    refine(c, g, false);
+    refine(c, g, false, work);
 }
 
 int colouring_first_open(const colouring *c, int from) {

@@ -18,15 +18,22 @@ struct colouring {
   xvector<int> cell_end; // vs: by first position, the end of that cell
 };
 
+// Memory that refinement uses again and again; belongs to whoever refines.
+struct refinement_work {
+  xvector<uint64_t> signature; // by slot: label and colour, sorted per vertex
+  xvector<int> new_colour;     // by position
+};
+
 // Refines the partition of all vertices of g into one cell: vertices are set
 // apart by degree (higher first), label, and the ascending list of the labels
 // and colours that they see along their edges, until that tells no more apart.
 // Vertices of one cell stand in ascending number.
-void colouring_init(colouring *c, const graph *g);
+void colouring_init(colouring *c, const graph *g, refinement_work *work);
 
 // Sets v apart from its cell, ahead of the rest, and refines.  Vertices that
-// stay in one cell keep their order.
-void colouring_individualise(colouring *c, const graph *g, int v);
+// stay in one cell keep their order.  work has been used for g already.
+void colouring_individualise(colouring *c, const graph *g, int v,
+                             refinement_work *work);
 
 // The first position of the first cell of several vertices, from a cell's first
 // position on; -1 when the rest is discrete.
@@ -35,8 +42,5 @@ int colouring_first_open(const colouring *c, int from);
 // Makes the cells of c those of coarser, of which c's are a refinement, and
 // keeps c's order.
 void colouring_coarsen(colouring *c, const colouring *coarser);
-
-// Frees what refinement keeps for this thread.
-void colouring_free_work_area();
 
 } // namespace kestro

@@ -15,21 +15,7 @@
 #include <algorithm>
 #include <tuple>
 
-#include "base/thread_state.h"
-
 namespace kestro {
-
-namespace {
-
-struct search_state {
-  xvector<char> used; // by vertex of the graph searched: 1 for images
-};
-
-} // namespace
-
-static thread_local thread_state<search_state> state;
-
-void search_plan_free_work_area() { state->used = xvector<char>(); }
 
 static int degree(const graph *g, int u) { return g->v[u + 1] - g->v[u]; }
 
@@ -246,9 +232,9 @@ bool search_plan::find(const graph_profiles &profiles, int i, int *image) {
 bool search_plan::find(const graph *t, const vertex_profile *profiles,
                        const int *roots, int root_count, int *image) {
   const int last = pattern_->vs - 1;
-  if (state->used.size() < static_cast<size_t>(t->vs))
-    state->used.resize(static_cast<size_t>(t->vs), 0);
-  char *const used = state->used.data();
+  if (used_.size() < static_cast<size_t>(t->vs))
+    used_.resize(static_cast<size_t>(t->vs), 0);
+  char *const used = used_.data();
   int *const mapped = image_.data();
   int *const next_at = at_.data();
   const plan_step *const steps = steps_.data();

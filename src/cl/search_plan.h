@@ -81,9 +81,7 @@ private:
   xvector<waiting_vertex> waiting_;
   xvector<int> at_;    // per depth: slot, or vertex at depth 0, looked at next
   xvector<int> image_; // per depth: the vertex of t mapped to
+  xvector<char> used_; // by vertex of t: 1 for images, 0 between searches
 };
-
-// Frees the marks that searches of this thread keep.
-void search_plan_free_work_area();
 
 } // namespace kestro

@@ -7,8 +7,10 @@
 
 #include "driver/level_loop.h"
 
-#include "mining/candidates.h"
-#include "mining/first_levels.h"
+#include <utility>
+
+#include "mining/links.h"
+#include "mining/parents.h"
 
 namespace kestro {
 
@@ -27,42 +29,60 @@ static void report_level(const mining_run *run, const sg_set *level, int size) {
   run->progress->level(size);
 }
 
+static void count_level(const mining_run *run, const sg_set *level, int size) {
+  stats_set(run->stats, stats_frequent, size, sg_set_size(level));
+}
+
 // Sizes 1 and 2.
 static level_pair mine_first_levels(const mining_run *run) {
   level_pair levels;
   if (run->maxsize < 1)
     return levels;
-  levels.prev.reset(sg_frequent_edges(run->transactions, run->minsup,
-                                      run->edge_labels, run->vertex_labels));
+  levels.prev = run->counter->edges();
+  count_level(run, levels.prev.get(), 1);
   if (sg_set_size(levels.prev.get()) == 0)
     return levels;
   if (run->minsize < 2)
     report_level(run, levels.prev.get(), 1);
   if (run->maxsize < 2)
     return levels;
-  levels.cur.reset(sg_frequent_double_edges(
-      levels.prev.get(), run->transactions, run->minsup, run->edge_labels,
-      run->vertex_labels));
+  levels.cur = run->counter->double_edges(levels.prev.get());
+  count_level(run, levels.cur.get(), 2);
+  sg_register_children(levels.cur.get(), levels.prev.get());
   if (sg_set_size(levels.cur.get()) > 0 && run->minsize <= 2)
     report_level(run, levels.cur.get(), 2);
   return levels;
 }
 
+// Frees what is of no use to a level once the size above it has been counted:
+// the ways to its parents and where it occurs.
+static void free_after_use(sg_set *level) {
+  for (int i = 0; i < sg_set_size(level); i++) {
+    subgraph *sg = sg_set_get(level, i);
+    sg_free_links(sg);
+    ksstack_free(std::exchange(sg->rows, nullptr));
+    ksstack_free(std::exchange(sg->tid, nullptr));
+  }
+}
+
 // Size k: moves the pair one level up; cur is null when no candidate is left.
 static void mine_level(const mining_run *run, int k, level_pair *levels) {
-  sg_set_ptr cand(
-      sg_generate_candidates(levels->cur.get(), levels->prev.get(), run->jobs));
+  sg_set_ptr cand = sg_generate_candidates(levels->cur.get(),
+                                           levels->prev.get(), run->generation)
+                        .candidates;
+  stats_set(run->stats, stats_candidates, k, sg_set_size(cand.get()));
   run->receiver->candidates(cand.get());
-  run->counter->filter(cand.get(), levels->cur.get());
-  levels->prev.reset();
-  sg_set_ptr next;
-  if (sg_set_size(cand.get()) > 0) {
-    if (run->minsize <= k && k <= run->maxsize)
-      run->progress->candidates(k);
-    next.reset(run->counter->count(cand.release(), levels->cur.get()));
-  }
+  run->counter->bound(cand.get(), levels->cur.get());
   levels->prev = std::move(levels->cur);
-  levels->cur = std::move(next);
+  if (sg_set_size(cand.get()) == 0)
+    return;
+  if (run->minsize <= k && k <= run->maxsize)
+    run->progress->candidates(k);
+  run->counter->count(cand.get(), levels->prev.get());
+  free_after_use(levels->prev.get());
+  sg_register_children(cand.get(), levels->prev.get());
+  count_level(run, cand.get(), k);
+  levels->cur = std::move(cand);
 }
 
 static int first_levels_size(const level_pair *levels) {

@@ -1,22 +1,21 @@
-// The level-wise search: from the transactions to the last size with a pattern.
+// The level-wise search: from the first edge to the last size with a pattern.
 #pragma once
 
 #include "driver/seams.h"
+#include "mining/candidates.h"
+#include "mining/statistics.h"
 
 namespace kestro {
 
 // What the search works on and reports to; everything is borrowed.
 struct mining_run {
-  const ksstack *transactions; // graph list
-  int edge_labels;             // distinct ones
-  int vertex_labels;           // distinct ones
-  int minsup;                  // transactions, at least 1
-  int minsize;                 // smallest size to report, in edges
-  int maxsize;                 // largest size to mine, in edges
-  int jobs;                    // threads to generate candidates on
+  int minsize;                   // smallest size to report, in edges
+  int maxsize;                   // largest size to mine, in edges
+  generation_options generation; // how candidates are generated
   level_receiver *receiver;
   candidate_counter *counter;
   progress_listener *progress;
+  statistics *stats; // with a table; counts every size mined
 };
 
 // Mines all sizes up to maxsize or the last one with a pattern.  Returns the

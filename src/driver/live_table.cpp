@@ -14,7 +14,7 @@ namespace kestro {
 void live_table::candidates(int size) {
   if (silent_)
     return;
-  print_table_row(size, out_, "", mask_candidate_half);
+  print_table_row(stats_, size, out_, "", mask_candidate_half);
   flush_output(out_, standard_output);
 }
 
@@ -23,7 +23,8 @@ void live_table::level(int size) {
     return;
   if (size == 1)
     print_table_heading(out_, "", mask_full);
-  print_table_row(size, out_, "", size > 2 ? mask_frequent_half : mask_full);
+  print_table_row(stats_, size, out_, "",
+                  size > 2 ? mask_frequent_half : mask_full);
   flush_output(out_, standard_output);
 }
 

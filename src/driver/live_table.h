@@ -4,6 +4,7 @@
 #include <cstdio>
 
 #include "driver/seams.h"
+#include "mining/statistics.h"
 
 namespace kestro {
 
@@ -11,13 +12,16 @@ namespace kestro {
 // whose counts are known only after the selection.
 class live_table : public progress_listener {
 public:
-  live_table(FILE *out, bool silent) : out_(out), silent_(silent) {}
+  // stats are those of the run that it is told of.
+  live_table(FILE *out, bool silent, const statistics *stats)
+      : out_(out), silent_(silent), stats_(stats) {}
   void candidates(int size) override;
   void level(int size) override;
 
 private:
   FILE *out_;
   bool silent_;
+  const statistics *stats_;
 };
 
 } // namespace kestro

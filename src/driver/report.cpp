@@ -11,7 +11,6 @@
 #include <string>
 
 #include "graph/graph_list.h"
-#include "mining/statistics.h"
 
 namespace kestro {
 
@@ -116,10 +115,10 @@ void print_header(const options *o, const ksstack *transactions,
   fflush(out);
 }
 
-void print_summary(const options *o, FILE *out, const char *prefix) {
-  const long long generated = stats_total(stats_candidates, o->minsize, o->maxsize);
-  const long long found = stats_total(stats_frequent, o->minsize, o->maxsize);
-  fprintf(out, "%s  Largest Frequent Pattern Size:               %d\n", prefix, stats_largest(stats_frequent));
+void print_summary(const options *o, const statistics *s, FILE *out, const char *prefix) {
+  const long long generated = stats_total(s, stats_candidates, o->minsize, o->maxsize);
+  const long long found = stats_total(s, stats_frequent, o->minsize, o->maxsize);
+  fprintf(out, "%s  Largest Frequent Pattern Size:               %d\n", prefix, stats_largest(s, stats_frequent));
   if (generated)
     fprintf(out, "%s  Total Number of Candidates Generated:        %lld\n", prefix, generated);
   fprintf(out, "%s  Total Number of Frequent Patterns Found:     %lld\n", prefix, found);
@@ -147,34 +146,35 @@ void print_table_heading(FILE *out, const char *prefix, int mask) {
   fflush(out);
 }
 
-void print_table_row(int size, FILE *out, const char *prefix, int mask) {
+void print_table_row(const statistics *s, int size, FILE *out,
+                     const char *prefix, int mask) {
   if (mask & column_size)
     fprintf(out, "%s  %-4d ", prefix, size);
   if (mask & column_candidates) {
     if (size > 2)
-      fprintf(out, "%-10d ", stats_get(stats_candidates, size));
+      fprintf(out, "%-10d ", stats_get(s, stats_candidates, size));
     else
       fprintf(out, "%-10s ", "");
   }
   if (mask & column_frequent)
-    fprintf(out, "%-17d ", stats_get(stats_frequent, size));
+    fprintf(out, "%-17d ", stats_get(s, stats_frequent, size));
   if (mask & column_line_end)
     fputc('\n', out);
   fflush(out);
 }
 
-void print_size_table(const options *o, int last, FILE *out, const char *prefix,
-                      int mask) {
+void print_size_table(const options *o, const statistics *s, int last,
+                      FILE *out, const char *prefix, int mask) {
   bool headed = false;
   for (int size = std::max(1, o->minsize); size <= std::min(last, o->maxsize);
        size++) {
-    if (size == last && stats_get(stats_candidates, size) == 0 &&
-        stats_get(stats_frequent, size) == 0)
+    if (size == last && stats_get(s, stats_candidates, size) == 0 &&
+        stats_get(s, stats_frequent, size) == 0)
       break;
     if (!headed)
       print_table_heading(out, prefix, mask);
     headed = true;
-    print_table_row(size, out, prefix, mask);
+    print_table_row(s, size, out, prefix, mask);
   }
   fprintf(out, "%s\n", prefix);
   fflush(out);

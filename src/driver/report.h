@@ -6,6 +6,7 @@
 #include "base/ksstack.h"
 #include "driver/options.h"
 #include "graph/label_set.h"
+#include "mining/statistics.h"
 
 namespace kestro {
 
@@ -27,13 +28,15 @@ void print_header(const options *o, const ksstack *transactions,
                   const label_set *ls, FILE *out, const char *prefix);
 
 void print_table_heading(FILE *out, const char *prefix, int mask);
-void print_table_row(int size, FILE *out, const char *prefix, int mask);
+void print_table_row(const statistics *s, int size, FILE *out,
+                     const char *prefix, int mask);
 // The rows of the reported sizes up to last, headed, and an empty line; a last
 // size of which nothing was counted is left out.
-void print_size_table(const options *o, int last, FILE *out, const char *prefix,
-                      int mask);
+void print_size_table(const options *o, const statistics *s, int last,
+                      FILE *out, const char *prefix, int mask);
 
-void print_summary(const options *o, FILE *out, const char *prefix);
+void print_summary(const options *o, const statistics *s, FILE *out,
+                   const char *prefix);
 void print_timing(double seconds, FILE *out, const char *prefix);
 
 } // namespace kestro

@@ -15,8 +15,6 @@
 #include "base/output_file.h"
 #include "base/output_lock.h"
 #include "base/rbtree.h"
-#include "cl/canonical.h"
-#include "cl/search_plan.h"
 #include "cl/subgraph_isomorphism.h"
 #include "driver/level_files.h"
 #include "driver/level_loop.h"
@@ -98,7 +96,6 @@ void run_kestro(options *o, FILE *out) {
     save_labels(o, ls.get());
     return;
   }
-  cl_set_stabilizer_threshold(o->stabilizer_threshold);
   const graph_list_ptr transactions =
       obtain_transactions(o, std::move(input), ls.get());
   o->min_support_count = min_support_count(o->support, transactions->count);
@@ -106,37 +103,39 @@ void run_kestro(options *o, FILE *out) {
 }
 
 // Table, summary and timing, as they stand at the foot of the report.
-static void print_foot(const options *o, int last, int mask, double seconds,
-                       FILE *out, const char *prefix) {
-  print_size_table(o, last, out, prefix, mask);
-  print_summary(o, out, prefix);
+static void print_foot(const options *o, const statistics *s, int last,
+                       int mask, double seconds, FILE *out,
+                       const char *prefix) {
+  print_size_table(o, s, last, out, prefix, mask);
+  print_summary(o, s, out, prefix);
   print_timing(seconds, out, prefix);
 }
 
 // Reduces the closed output files to the maximal patterns and reports them.
-static void finish_maximal(const label_set *ls, const options *o, int last,
-                           double seconds, FILE *out) {
+static void finish_maximal(const label_set *ls, const options *o, statistics *s,
+                           int last, double seconds, FILE *out) {
   select_maximal_patterns(ls, o->minsize, o->maximal, o->parent_children_list,
                           o->tid_list, o->pattern_file.get(), o->pc_file.get(),
-                          o->tid_file.get());
+                          o->tid_file.get(), s);
   file_ptr patterns(open_file(o->pattern_file.get(), "a"));
-  print_foot(o, last, mask_maximal, seconds, out, "");
-  print_foot(o, last, mask_maximal, seconds, patterns.get(), "# ");
+  print_foot(o, s, last, mask_maximal, seconds, out, "");
+  print_foot(o, s, last, mask_maximal, seconds, patterns.get(), "# ");
   close_output(std::move(patterns), o->pattern_file.get());
 }
 
 // The live table has shown the rows on out already.
-static void finish_report(const options *o, int last, double seconds,
-                          FILE *out) {
+static void finish_report(const options *o, const statistics *s, int last,
+                          double seconds, FILE *out) {
   fputc('\n', out);
-  print_summary(o, out, "");
+  print_summary(o, s, out, "");
   print_timing(seconds, out, "");
-  print_foot(o, last, mask_full, seconds, o->pattern_stream.get(), "# ");
+  print_foot(o, s, last, mask_full, seconds, o->pattern_stream.get(), "# ");
 }
 
 void mine_frequent_subgraphs(const ksstack *transactions, const label_set *ls,
                              options *o, FILE *out) {
-  stats_init();
+  statistics stats;
+  stats_init(&stats);
   const xvector<output_lock> locks = open_outputs(o, out);
   print_header(o, transactions, ls, out, "");
   print_header(o, transactions, ls, o->pattern_stream.get(), "# ");
@@ -144,36 +143,28 @@ void mine_frequent_subgraphs(const ksstack *transactions, const label_set *ls,
   flush_output(o->pattern_stream.get(), o->pattern_file.get());
 
   level_files files(o, ls);
-  transaction_counter counter(transactions, o->min_support_count, o->jobs);
-  live_table table(out, o->maximal);
-  const mining_run run = {transactions,
-                          label_set_edge_labels(ls),
-                          label_set_vertex_labels(ls),
-                          o->min_support_count,
-                          o->minsize,
-                          o->maxsize,
-                          o->jobs,
-                          &files,
-                          &counter,
-                          &table};
+  transaction_counter counter(transactions, label_set_edge_labels(ls),
+                              label_set_vertex_labels(ls), o->min_support_count,
+                              o->jobs);
+  live_table table(out, o->maximal, &stats);
+  const mining_run run = {
+      o->minsize, o->maxsize, {o->jobs, o->stabilizer_threshold},
+      &files,     &counter,   &table,
+      &stats};
   const double start = user_cpu_time();
   const int last = mine_levels(&run);
   const double seconds = user_cpu_time() - start;
 
   if (!o->maximal)
-    finish_report(o, last, seconds, out);
+    finish_report(o, &stats, last, seconds, out);
   close_outputs(o);
   if (o->maximal)
-    finish_maximal(ls, o, last, seconds, out);
+    finish_maximal(ls, o, &stats, last, seconds, out);
   flush_output(out, standard_output);
-  stats_free();
 }
 
 void free_work_areas() {
-  stats_free();
-  cl_free_work_area();
   graph_free_label_matrix();
-  search_plan_free_work_area();
   rbt_release_nodes();
 }
 

@@ -18,16 +18,21 @@ public:
   virtual void level(const sg_set *set) = 0;
 };
 
-// Who counts candidates: bound and exact count over the transactions in memory
-// (driver/transaction_counter.h).
+// Who knows supports: bound and exact count over the transactions in memory
+// (driver/transaction_counter.h).  What it makes of a level is sorted, and
+// every record that stays has its exact count; TID lists are its own affair.
 class candidate_counter {
 public:
   virtual ~candidate_counter() = default;
-  // Drops the candidates that cannot be frequent; prev is the level below.
-  virtual void filter(sg_set *cand, const sg_set *prev) = 0;
-  // The frequent ones as a new sorted set with exact TID lists, registered as
-  // children in prev; consumes cand.
-  virtual sg_set *count(sg_set *cand, sg_set *prev) = 0;
+  // The frequent one-edge patterns.
+  virtual sg_set_ptr edges() = 0;
+  // The frequent two-edge patterns, with their parents among the edges.
+  virtual sg_set_ptr double_edges(const sg_set *edges) = 0;
+  // Drops candidates that cannot be frequent, as many as are told cheaply; prev
+  // is the level below.
+  virtual void bound(sg_set *cand, const sg_set *prev) = 0;
+  // Drops those that are not frequent.
+  virtual void count(sg_set *cand, const sg_set *prev) = 0;
 };
 
 // Who is told of progress: the table rows on standard output

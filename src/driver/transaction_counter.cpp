@@ -1,15 +1,27 @@
-// The level loop's counter: the two steps of support counting.
+// The level loop's counter over transactions in memory.
 
 #include "driver/transaction_counter.h"
 
+#include "mining/first_levels.h"
+
 namespace kestro {
 
-void transaction_counter::filter(sg_set *cand, const sg_set *prev) {
+sg_set_ptr transaction_counter::edges() {
+  return sg_set_ptr(
+      sg_frequent_edges(transactions_, minsup_, edge_labels_, vertex_labels_));
+}
+
+sg_set_ptr transaction_counter::double_edges(const sg_set *edges) {
+  return sg_set_ptr(sg_frequent_double_edges(edges, transactions_, minsup_,
+                                             edge_labels_, vertex_labels_));
+}
+
+void transaction_counter::bound(sg_set *cand, const sg_set *prev) {
   sg_filter_candidates_by_support(cand, prev, transactions_, minsup_, jobs_);
 }
 
-sg_set *transaction_counter::count(sg_set *cand, sg_set *prev) {
-  return counter_.count_frequents(cand, prev, minsup_);
+void transaction_counter::count(sg_set *cand, const sg_set *prev) {
+  counter_.count_all(cand, prev, minsup_);
 }
 
 } // namespace kestro

@@ -8,15 +8,22 @@ namespace kestro {
 
 class transaction_counter : public candidate_counter {
 public:
-  // Borrows the graph list of transactions; minsup is at least 1.
-  transaction_counter(const ksstack *transactions, int minsup, int jobs)
-      : transactions_(transactions), minsup_(minsup), jobs_(jobs),
+  // Borrows the graph list of transactions, of labels below edge_labels and
+  // vertex_labels; minsup is at least 1.
+  transaction_counter(const ksstack *transactions, int edge_labels,
+                      int vertex_labels, int minsup, int jobs)
+      : transactions_(transactions), edge_labels_(edge_labels),
+        vertex_labels_(vertex_labels), minsup_(minsup), jobs_(jobs),
         counter_(transactions, jobs) {}
-  void filter(sg_set *cand, const sg_set *prev) override;
-  sg_set *count(sg_set *cand, sg_set *prev) override;
+  sg_set_ptr edges() override;
+  sg_set_ptr double_edges(const sg_set *edges) override;
+  void bound(sg_set *cand, const sg_set *prev) override;
+  void count(sg_set *cand, const sg_set *prev) override;
 
 private:
   const ksstack *transactions_;
+  int edge_labels_;
+  int vertex_labels_;
   int minsup_;
   int jobs_;
   support_counter counter_;

@@ -19,10 +19,8 @@
 #include "base/error.h"
 #include "base/parallel.h"
 #include "base/xmalloc.h"
-#include "cl/canonical.h"
 #include "graph/edge_marks.h"
 #include "graph/merge.h"
-#include "mining/statistics.h"
 
 namespace kestro {
 
@@ -37,9 +35,10 @@ namespace {
 class joiner {
 public:
   joiner(const sg_set *children, const sg_set *cores,
-         automorphism_cache *automorphisms, const child_table *table)
+         automorphism_cache *automorphisms, const child_table *table,
+         int stabilizer_threshold)
       : derived_(children, cores, automorphisms, table),
-        registry_(children, &derived_),
+        registry_(children, stabilizer_threshold, &derived_),
         scratch_(sg_create(2 * size_above(children), size_above(children) + 1)),
         work_(size_above(children) - 1), context_{children,       cores,
                                                   automorphisms,  &made_,
@@ -93,25 +92,11 @@ private:
 
 } // namespace
 
-static thread_local registration_counts counts;
-
-const registration_counts *sg_registration_counts() { return &counts; }
-
-static void add_counts(const registration_counts &more) {
-  counts.attempts += more.attempts;
-  counts.already_rejected += more.already_rejected;
-  counts.duplicates += more.duplicates;
-  counts.newly_rejected += more.newly_rejected;
-  counts.accepted += more.accepted;
-}
-
-sg_set *sg_generate_candidates(const sg_set *children, const sg_set *cores,
-                               int jobs) {
-  const int k = sg_set_get(children, 0)->g->es / 2 + 1;
-  const int threshold = cl_get_stabilizer_threshold();
+generation sg_generate_candidates(const sg_set *children, const sg_set *cores,
+                                  const generation_options &options) {
   automorphism_cache_ptr automorphisms(automorphism_cache_create());
   const child_table table(children, cores, automorphisms.get());
-  const int workers = worker_count(jobs, sg_set_size(cores));
+  const int workers = worker_count(options.jobs, sg_set_size(cores));
   // A joiner belongs to the thread that makes and ends it.
   xvector<std::unique_ptr<joiner>> joiners(static_cast<size_t>(workers));
   xvector<candidate_set> accepted(static_cast<size_t>(workers));
@@ -120,11 +105,9 @@ sg_set *sg_generate_candidates(const sg_set *children, const sg_set *cores,
       workers, sg_set_size(cores),
       [&](int worker, int p) {
         std::unique_ptr<joiner> &own = joiners[static_cast<size_t>(worker)];
-        if (!own) {
-          cl_set_stabilizer_threshold(threshold); // of this thread
+        if (!own)
           own = std::make_unique<joiner>(children, cores, automorphisms.get(),
-                                         &table);
-        }
+                                         &table, options.stabilizer_threshold);
         own->join_children_of(p);
       },
       [&](int worker) {
@@ -135,16 +118,15 @@ sg_set *sg_generate_candidates(const sg_set *children, const sg_set *cores,
         counted[w] = joiners[w]->registry()->counts;
         joiners[w].reset();
       });
-  counts = {};
+  generation made;
   for (size_t w = 0; w < accepted.size(); w++) {
-    add_counts(counted[w]);
+    made.counts += counted[w];
     if (w > 0)
       accepted[0].take_over(&accepted[w]);
   }
-  sg_set_ptr out(accepted[0].release_sorted());
-  KESTRO_STRUCTURE(sg_set_check(out.get()));
-  stats_set(stats_candidates, k, sg_set_size(out.get()));
-  return out.release();
+  made.candidates.reset(accepted[0].release_sorted());
+  KESTRO_STRUCTURE(sg_set_check(made.candidates.get()));
+  return made;
 }
 
 void sg_join_pair(int a, int b, int p, const join_context *context) {

@@ -3,6 +3,7 @@
 
 #include <numeric>
 
+#include "cl/canonical.h"
 #include "mining/automorphisms.h"
 #include "mining/derived_parents.h"
 #include "mining/registration.h"
@@ -10,15 +11,22 @@
 
 namespace kestro {
 
-// The candidates of one size: a new sorted set of records with canonical graph,
-// parents and no support.  children is the level k-1, not empty, cores the
-// level k-2, whose child lists say which children share a core.  Sets the
-// statistics' candidate counter of size k.  Works on jobs threads, with the
-// same result for any number of them.
-sg_set *sg_generate_candidates(const sg_set *children, const sg_set *cores,
-                               int jobs = 1);
-// What happened to the candidates of this thread's last generation.
-const registration_counts *sg_registration_counts();
+struct generation_options {
+  int jobs = 1; // threads; the candidates are the same for any number of them
+  int stabilizer_threshold = labeller::default_threshold;
+};
+
+// The candidates of one size: a sorted set of records with canonical graph,
+// parents and no support.
+struct generation {
+  sg_set_ptr candidates;
+  registration_counts counts; // of what was joined, on all threads together
+};
+
+// Generates size k.  children is the level k-1, not empty, cores the level k-2,
+// whose child lists say which children share a core.
+generation sg_generate_candidates(const sg_set *children, const sg_set *cores,
+                                  const generation_options &options = {});
 
 // Memory that joins of patterns of some number of edges use one after another.
 struct join_work {

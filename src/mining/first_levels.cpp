@@ -18,7 +18,6 @@
 #include "mining/label_table.h"
 #include "mining/links.h"
 #include "mining/parents.h"
-#include "mining/statistics.h"
 
 namespace kestro {
 
@@ -154,7 +153,6 @@ sg_set *sg_frequent_edges(const ksstack *transactions, int minsup, int nel,
   sg_set_sort(level1.get());
   KESTRO_STRUCTURE(sg_set_check(level1.get()));
   check_in_edges2(level1.get(), transactions, &table);
-  stats_set(stats_frequent, 1, sg_set_size(level1.get()));
   return level1.release();
 }
 
@@ -238,8 +236,9 @@ static void check_in_double_edges2(sg_set *level2, const ksstack *transactions,
   }
 }
 
-sg_set *sg_frequent_double_edges(sg_set *level1, const ksstack *transactions,
-                                 int minsup, int nel, int nvl) {
+sg_set *sg_frequent_double_edges(const sg_set *level1,
+                                 const ksstack *transactions, int minsup,
+                                 int nel, int nvl) {
   path_table table(nel, nvl);
   for (int tid = 0; tid < transactions->count; tid++)
     walk_paths(graph_list_at(transactions, tid),
@@ -256,8 +255,6 @@ sg_set *sg_frequent_double_edges(sg_set *level1, const ksstack *transactions,
   sg_set_sort(level2.get());
   KESTRO_STRUCTURE(sg_set_check(level2.get()));
   check_in_double_edges2(level2.get(), transactions, &table);
-  sg_register_children(level2.get(), level1);
-  stats_set(stats_frequent, 2, sg_set_size(level2.get()));
   return level2.release();
 }
 

@@ -5,18 +5,16 @@
 
 namespace kestro {
 
-// Both levels set their counters in the run's statistics.
-
 // The frequent one-edge patterns: a new sorted set whose records carry graph,
 // count and TID list.  transactions is a graph list; nel and nvl are the
 // numbers of edge and vertex labels; minsup is at least 1.
 sg_set *sg_frequent_edges(const ksstack *transactions, int minsup, int nel,
                           int nvl);
 
-// The frequent two-edge patterns, with their parents in level1 too; fills the
-// child lists of level1.
-sg_set *sg_frequent_double_edges(sg_set *level1, const ksstack *transactions,
-                                 int minsup, int nel, int nvl);
+// The frequent two-edge patterns, with their parents in level1 too.
+sg_set *sg_frequent_double_edges(const sg_set *level1,
+                                 const ksstack *transactions, int minsup,
+                                 int nel, int nvl);
 
 // New records, without counts: the edge la-lb (in either order) labelled e; the
 // path va-vc-vb whose edges are labelled ea at va and eb at vb.

@@ -16,7 +16,6 @@
 #include "base/output_file.h"
 #include "graph/graph_text.h"
 #include "graph/transactions.h"
-#include "mining/statistics.h"
 
 namespace kestro {
 
@@ -32,8 +31,8 @@ static ksstack_ptr new_stack(size_t element_size) {
 void select_maximal_patterns(const label_set *ls, int minsize, int /*maximal*/,
                              int /*parent_children_list*/, int /*tid_list*/,
                              const char *pattern_file, const char *pc_file,
-                             const char *tid_file) {
-  const ksstack_ptr tags(find_maximal_tags(pc_file, minsize));
+                             const char *tid_file, statistics *stats) {
+  const ksstack_ptr tags(find_maximal_tags(pc_file, minsize, stats));
   if (tags->count == 0)
     return;
   rewrite_pattern_file(tags.get(), ls, pattern_file);
@@ -70,16 +69,17 @@ static ksstack_ptr read_tags(const char *pc_file, int minsize) {
   return tags;
 }
 
-ksstack *find_maximal_tags(const char *pc_file, int minsize) {
+ksstack *find_maximal_tags(const char *pc_file, int minsize,
+                           statistics *stats) {
   const ksstack_ptr tags = read_tags(pc_file, minsize);
   ksstack_ptr kept = new_stack(sizeof(pattern_tag));
-  stats_reset();
+  stats_reset(stats);
   for (int i = 0; i < tags->count; i++) {
     const pattern_tag *tag = &ksstack_array<pattern_tag>(tags.get())[i];
     if (!tag->active)
       continue;
     ksstack_push(tag, kept.get());
-    stats_increment(stats_frequent, tag->size);
+    stats_increment(stats, stats_frequent, tag->size);
   }
   return kept.release();
 }

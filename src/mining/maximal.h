@@ -5,6 +5,7 @@
 
 #include "base/ksstack.h"
 #include "graph/label_set.h"
+#include "mining/statistics.h"
 
 namespace kestro {
 
@@ -17,16 +18,17 @@ struct pattern_tag {
 
 // Rewrites the files to hold only the maximal patterns: those that no written
 // pattern of the next size names as a parent.  Patterns keep their ids.  The
-// statistics are recounted.  The flags are not consulted; a null tid_file means
-// that there is none.  With no pattern at all the files stay as they are.
+// run's statistics are recounted.  The flags are not consulted; a null tid_file
+// means that there is none.  With no pattern at all the files stay as they are.
 void select_maximal_patterns(const label_set *ls, int minsize, int maximal,
                              int parent_children_list, int tid_list,
                              const char *pattern_file, const char *pc_file,
-                             const char *tid_file);
+                             const char *tid_file, statistics *stats);
 
 // A new stack of the tags of the maximal patterns by size, then id; sets the
-// statistics to count them.  Parents smaller than minsize are not looked up.
-ksstack *find_maximal_tags(const char *pc_file, int minsize);
+// run's statistics to count them.  Parents smaller than minsize are not looked
+// up.
+ksstack *find_maximal_tags(const char *pc_file, int minsize, statistics *stats);
 
 // Parses one line of a PC-list file: the pattern's size and id into *tag, its
 // parents' ids into the int stack parents, emptied before.  False for a line

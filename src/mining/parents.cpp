@@ -14,8 +14,7 @@ namespace kestro {
 
 // Negative when the pattern x of prev ranks before y.
 static int compare_ranks(int x, int y, const sg_set *prev) {
-  const int d =
-      sg_support(sg_set_get(prev, x)) - sg_support(sg_set_get(prev, y));
+  const int d = sg_set_get(prev, x)->count - sg_set_get(prev, y)->count;
   return d ? d : x - y;
 }
 

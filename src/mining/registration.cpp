@@ -13,7 +13,6 @@
 #include <algorithm>
 #include <utility>
 
-#include "cl/canonical.h"
 #include "graph/compacted.h"
 #include "graph/edge_marks.h"
 #include "mining/parents.h"
@@ -30,7 +29,7 @@ static bool find_by_form(subgraph *cand, const removable_edge &edge,
   graph_mark_edge_between(cand->g, edge.u, edge.w);
   graph_copy_compacted(cand->g, rest);
   graph_enable_edge_between(cand->g, edge.u, edge.w);
-  cl_canonicalize_graph(rest);
+  to->forms.canonicalize(rest);
   entry->pid = sg_set_find(to->prev, to->rest.get());
   if (entry->pid == -1)
     return false;
@@ -87,9 +86,9 @@ static void clear_parents(subgraph *cand) {
 const subgraph *sg_register_candidate(subgraph *cand, registration *to) {
   to->counts.attempts++;
   clear_parents(cand);
-  cl_canonicalize_graph(cand->g);
-  cand->invariant = cl_form_is_invariant();
-  cand->rigid = cl_form_is_rigid();
+  const canonical_form form = to->forms.canonicalize(cand->g);
+  cand->invariant = form.invariant;
+  cand->rigid = form.rigid;
   if (to->failed.contains(cand)) {
     to->counts.already_rejected++;
     return nullptr;

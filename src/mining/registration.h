@@ -1,6 +1,7 @@
 // What becomes of a freshly joined candidate.
 #pragma once
 
+#include "cl/canonical.h"
 #include "mining/candidate_set.h"
 #include "mining/closure.h"
 #include "mining/derived_parents.h"
@@ -16,17 +17,30 @@ struct registration_counts {
   long long duplicates = 0;       // equal to one that was accepted before
   long long newly_rejected = 0;
   long long accepted = 0;
+
+  registration_counts &operator+=(const registration_counts &more) {
+    attempts += more.attempts;
+    already_rejected += more.already_rejected;
+    duplicates += more.duplicates;
+    newly_rejected += more.newly_rejected;
+    accepted += more.accepted;
+    return *this;
+  }
 };
 
 // What candidates of one size are tested against, and where they go.
 struct registration {
   // prev is the level below.  derived, started on each candidate before it is
   // registered, only saves work and may be null.
-  explicit registration(const sg_set *level, derived_parents *known = nullptr)
-      : prev(level), derived(known), filter(level) {}
+  explicit registration(const sg_set *level,
+                        int stabilizer_threshold = labeller::default_threshold,
+                        derived_parents *known = nullptr)
+      : prev(level), derived(known), forms(stabilizer_threshold),
+        filter(level) {}
 
   const sg_set *prev;
   derived_parents *derived;
+  labeller forms;
   registration_counts counts;
   candidate_set accepted;
   failed_candidates failed;

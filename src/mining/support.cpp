@@ -18,7 +18,6 @@
 #include "mining/links.h"
 #include "mining/occurrences.h"
 #include "mining/parents.h"
-#include "mining/statistics.h"
 #include "mining/tid_lists.h"
 
 namespace kestro {
@@ -89,16 +88,6 @@ int sg_count_support(subgraph *sg, const sg_set *prev,
   return support_counter(transactions, 1).count(sg, prev, 0);
 }
 
-// Frees what only the next size needs.
-static void free_after_use(sg_set *level) {
-  for (int i = 0; i < sg_set_size(level); i++) {
-    subgraph *sg = sg_set_get(level, i);
-    ksstack_free(std::exchange(sg->rows, nullptr));
-    sg_free_links(sg);
-    ksstack_free(std::exchange(sg->tid, nullptr));
-  }
-}
-
 // Counts one candidate; frees it if it is not frequent.
 static void count_candidate(sg_ptr *cand, const sg_set *prev, int minsup,
                             occurrence_finder *finder,
@@ -120,10 +109,7 @@ static void count_candidate(sg_ptr *cand, const sg_set *prev, int minsup,
   cand->reset();
 }
 
-sg_set *support_counter::count_frequents(sg_set *cand, sg_set *prev,
-                                         int minsup) {
-  sg_set_ptr consumed(cand);
-  const int k = sg_set_get(prev, 0)->g->es / 2 + 1;
+void support_counter::count_all(sg_set *cand, const sg_set *prev, int minsup) {
   embedding_budget budget(budget_);
   for (int i = 0; i < sg_set_size(prev); i++) {
     budget.add_pattern();
@@ -141,20 +127,18 @@ sg_set *support_counter::count_frequents(sg_set *cand, sg_set *prev,
                         &finders[static_cast<size_t>(worker)], &budget);
       },
       [](int) {});
-  sg_set_ptr level(sg_set_create());
   for (sg_ptr &sg : records)
     if (sg)
-      sg_set_push(level.get(), std::move(sg));
-  free_after_use(prev);
-  KESTRO_STRUCTURE(sg_set_check(level.get()));
-  sg_register_children(level.get(), prev);
-  stats_set(stats_frequent, k, sg_set_size(level.get()));
-  return level.release();
+      sg_set_push(cand, std::move(sg));
+  KESTRO_STRUCTURE(sg_set_check(cand));
 }
 
 sg_set *sg_count_frequents(sg_set *cand, sg_set *prev,
                            const ksstack *transactions, int minsup) {
-  return support_counter(transactions, 1).count_frequents(cand, prev, minsup);
+  sg_set_ptr level(cand);
+  support_counter(transactions, 1).count_all(cand, prev, minsup);
+  sg_register_children(cand, prev);
+  return level.release();
 }
 
 } // namespace kestro

@@ -23,8 +23,8 @@ void sg_filter_candidates_by_support(sg_set *cand, const sg_set *prev,
 // is worked out once.
 class support_counter {
 public:
-  // Borrows transactions, a graph list; count_frequents works on jobs threads,
-  // with the same result for any number of them.
+  // Borrows transactions, a graph list; count_all works on jobs threads, with
+  // the same result for any number of them.
   support_counter(const ksstack *transactions, int jobs);
 
   // The exact support of sg, whose tid is a bound before and exact afterwards;
@@ -33,10 +33,8 @@ public:
   // lower, with as many of its transactions missing from tid.
   int count(subgraph *sg, const sg_set *prev, int minsup) const;
 
-  // The frequent ones among the candidates: a new sorted set of records with
-  // exact TID lists and counts, registered as children of their kept parents in
-  // prev.  Consumes cand.  Sets the statistics' counter of frequent patterns.
-  sg_set *count_frequents(sg_set *cand, sg_set *prev, int minsup);
+  // The same for every record of a sorted set; frees those below minsup.
+  void count_all(sg_set *cand, const sg_set *prev, int minsup);
 
 private:
   int jobs_;
@@ -47,6 +45,9 @@ private:
 // The same for one call.
 int sg_count_support(subgraph *sg, const sg_set *prev,
                      const ksstack *transactions);
+// The frequent ones among the candidates: a sorted set of records with exact
+// TID lists and counts, registered as children of their kept parents in prev.
+// Consumes cand.
 sg_set *sg_count_frequents(sg_set *cand, sg_set *prev,
                            const ksstack *transactions, int minsup);
 
