@@ -14,7 +14,6 @@
 #include "base/file_identity.h"
 #include "base/output_file.h"
 #include "base/output_lock.h"
-#include "base/rbtree.h"
 #include "cl/subgraph_isomorphism.h"
 #include "driver/level_files.h"
 #include "driver/level_loop.h"
@@ -163,9 +162,6 @@ void mine_frequent_subgraphs(const ksstack *transactions, const label_set *ls,
   flush_output(out, standard_output);
 }
 
-void free_work_areas() {
-  graph_free_label_matrix();
-  rbt_release_nodes();
-}
+void free_work_areas() { graph_free_label_matrix(); }
 
 } // namespace kestro

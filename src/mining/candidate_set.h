@@ -1,18 +1,19 @@
 // The candidates of one size while they come in.
 #pragma once
 
-#include "base/xmalloc.h"
+#include "mining/record_table.h"
 #include "mining/sg_set.h"
 
 namespace kestro {
 
-// Records in the order they were accepted, with a hash table by key.
+// Records in the order they were accepted; sorted once, in the end, since there
+// can be many more candidates than patterns.
 class candidate_set {
 public:
   candidate_set() : records_(sg_set_create()) {}
 
   // Whether a record with an equal graph is in.
-  bool contains(const subgraph *sg) const;
+  bool contains(const subgraph *sg) const { return table_.find(sg) != nullptr; }
   // Takes sg, whose graph is in canonical form and not in yet.
   void insert(sg_ptr sg);
 
@@ -24,15 +25,8 @@ public:
   sg_set *release_sorted();
 
 private:
-  size_t place_of(const subgraph *sg) const;
-  void grow();
-
   sg_set_ptr records_;
-  struct place {
-    uint32_t key = 0;
-    const subgraph *sg = nullptr; // null for a free place
-  };
-  xvector<place> table_; // open addressing
+  record_table table_;
 };
 
 } // namespace kestro

@@ -1,13 +1,13 @@
 // Joining the frequent patterns of one size into candidates of the next.
 //
 // Two patterns A and B that are one core plus an edge each are glued along
-// every automorphism of the core: A's extra edge lands on B in up to two ways.
-// A place that was met before, or whose candidate is seen by look-ups to have
-// an infrequent part, is passed over; else A's edge is disabled in a working
-// copy and built onto B.  Every pattern of the next size that can be frequent
-// comes out of some pair under some core, because each keeps two of its
-// parents; the duplicates and infrequent parts that are left are weeded out at
-// registration.
+// every automorphism of the core: A's extra edge lands on B in up to two
+// places, to a new vertex or between two of B's.  A candidate is no more than B
+// and such a place; one that was not seen before is offered to registration,
+// which builds it if need be.  Every pattern of the next size that can be
+// frequent comes out of some pair under some core, because each keeps two of
+// its parents; the duplicates and infrequent parts that are left are weeded out
+// at registration.
 
 #include "mining/candidates.h"
 
@@ -19,8 +19,6 @@
 #include "base/error.h"
 #include "base/parallel.h"
 #include "base/xmalloc.h"
-#include "graph/edge_marks.h"
-#include "graph/merge.h"
 
 namespace kestro {
 
@@ -39,16 +37,7 @@ public:
          int stabilizer_threshold)
       : derived_(children, cores, automorphisms, table),
         registry_(children, stabilizer_threshold, &derived_),
-        scratch_(sg_create(2 * size_above(children), size_above(children) + 1)),
-        work_(size_above(children) - 1), context_{children,       cores,
-                                                  automorphisms,  &made_,
-                                                  scratch_.get(), &work_,
-                                                  &registry_} {
-    scratch_->links = sg_links_create(scratch_->g->vs);
-    // These sets come when a candidate gets so far.
-    for (ksstack **set : {&scratch_->child, &scratch_->tid, &scratch_->cover})
-      ksstack_free(std::exchange(*set, nullptr));
-  }
+        context_(children, cores, automorphisms, &registry_) {}
 
   void join_children_of(int p) {
     const subgraph *core = sg_set_get(context_.cores, p);
@@ -76,18 +65,10 @@ private:
     return sg_parent_at(sg, sg_find_parent(sg, p));
   }
 
-  // Edges of a pattern one larger than those of a level.
-  static int size_above(const sg_set *level) {
-    return sg_set_get(level, 0)->g->es / 2 + 1;
-  }
-
   derived_parents derived_;
   registration registry_;
-  extension_set made_;
-  sg_ptr scratch_; // as large as a candidate can be
-  join_work work_;
-  xvector<const sg_parent *> entries_; // by child of a core
   join_context context_;
+  xvector<const sg_parent *> entries_; // by child of a core
 };
 
 } // namespace
@@ -129,18 +110,6 @@ generation sg_generate_candidates(const sg_set *children, const sg_set *cores,
   return made;
 }
 
-void sg_join_pair(int a, int b, int p, const join_context *context) {
-  const subgraph *sa = sg_set_get(context->children, a);
-  const subgraph *sb = sg_set_get(context->children, b);
-  const int index_a = sg_find_parent(sa, p);
-  const int index_b = sg_find_parent(sb, p);
-  if (index_a == -1 || index_b == -1)
-    return;
-  const subgraph *core = sg_set_get(context->cores, p);
-  sg_join(a, b, sg_parent_at(sa, index_a), sg_parent_at(sb, index_b),
-          first_automorphism(context->automorphisms, p, core), context);
-}
-
 // The vertex of a pattern outside its core, -1 when the core has them all.  It
 // is the later end of the extra edge: degrees descend along a form, and the
 // other end has more than this one edge.
@@ -151,35 +120,32 @@ static int vertex_outside(const sg_parent *entry) {
 
 namespace {
 
-// One join: a's extra edge, and what it is built onto.
+// One join: a's extra edge, and the pattern b that it is built onto.
 class join {
 public:
   join(int a, int b, const sg_parent *ea, const sg_parent *eb,
-       const join_context *context)
+       join_context *context)
       : a_(sg_set_get(context->children, a)),
-        b_(sg_set_get(context->children, b)), b_id_(b), ea_(ea), eb_(eb),
+        b_(sg_set_get(context->children, b)), b_id_(b), ea_(ea),
         context_(context), elabel_(graph_edge_label(a_->g, ea->u, ea->v)),
         outside_(vertex_outside(eb)) {
-    int *core_to_b = context->work->core_to_b.data();
     for (int i = 0; i < eb->vs; i++)
       if (eb->map[i] != -1)
-        core_to_b[eb->map[i]] = i;
+        context->core_to_b[static_cast<size_t>(eb->map[i])] = i;
   }
 
-  // Builds and registers up to two candidates along an automorphism of the
-  // core.
+  // Offers up to two candidates along an automorphism of the core.
   void along(const int *perm) {
     const int u = place_in_b(ea_->u, perm); // never outside
     const int w = place_in_b(ea_->v, perm);
     if (w != -1) {
-      add(closing_extension(b_id_, u, w, elabel_), graph_merge, perm);
+      close(u, w);
       return;
     }
     const int vlabel = a_->g->vlabel[ea_->v];
-    add(pendant_extension(b_id_, u, elabel_, vlabel), graph_merge, perm);
+    offer(pendant_extension(b_id_, u, elabel_, vlabel));
     if (outside_ != -1 && b_->g->vlabel[outside_] == vlabel)
-      add(closing_extension(b_id_, u, outside_, elabel_), graph_merge_with_loop,
-          perm);
+      close(u, outside_);
   }
 
 private:
@@ -188,50 +154,32 @@ private:
     const int in_core = ea_->map[vertex];
     return in_core == -1
                ? -1
-               : context_->work->core_to_b[static_cast<size_t>(perm[in_core])];
+               : context_->core_to_b[static_cast<size_t>(perm[in_core])];
   }
 
-  // Builds and registers the candidate x unless it was met before or is seen to
-  // have an infrequent part.
-  template <class Merge>
-  void add(const extension &x, Merge merge, const int *perm) {
-    if (!context_->made->insert(x) ||
-        (x.to != -1 && graph_has_edge(b_->g, x.from, x.to)))
+  void close(int u, int w) {
+    if (!graph_has_edge(b_->g, u, w))
+      offer(closing_extension(b_id_, u, w, elabel_));
+  }
+
+  // Offers a candidate that was not seen before.
+  void offer(const extension &x) {
+    if (!context_->seen.insert(x))
       return;
-    if (!context_->registry->derived->start(x)) {
-      context_->registry->counts.attempts++;
-      context_->registry->counts.newly_rejected++;
-      return;
-    }
-    build(merge, perm);
-    const subgraph *accepted =
-        sg_register_candidate(context_->scratch, context_->registry);
+    const subgraph *accepted = sg_offer_extension(x, context_->registry);
     if (accepted && accepted->invariant)
-      mark_made(accepted);
-  }
-
-  template <class Merge> void build(Merge merge, const int *perm) {
-    join_work *work = context_->work;
-    graph *g1 = work->without_edge.get();
-    if (work->gone != ea_) { // joins with the same a follow one another
-      graph_copy_into(a_->g, g1);
-      graph_mark_edge_between(g1, ea_->u, ea_->v);
-      work->gone = ea_;
-    }
-    setup_map(ea_, eb_, perm, eb_->vs - (outside_ != -1), work->map.data());
-    subgraph *cand = context_->scratch;
-    merge(g1, b_->g, ea_->u, ea_->v, work->map.data(), cand->g);
+      mark_seen(accepted);
   }
 
   // The other ways to build a candidate whose form does not depend on how it is
   // built would only make duplicates.  Cores come in ascending order, so those
   // patterns all whose cores are done are built upon no more.
-  void mark_made(const subgraph *accepted) const {
+  void mark_seen(const subgraph *accepted) const {
     for (int l = 0; l < sg_link_size(accepted); l++) {
       const sg_link *link = sg_link_at(accepted, l);
       const subgraph *parent = sg_set_get(context_->children, link->pid);
       if (sg_parent_at(parent, sg_parent_size(parent) - 1)->pid >= ea_->pid)
-        context_->made->insert(sg_link_edge(accepted, link));
+        context_->seen.insert(sg_link_edge(accepted, link));
     }
   }
 
@@ -239,8 +187,7 @@ private:
   const subgraph *b_;
   int b_id_;
   const sg_parent *ea_;
-  const sg_parent *eb_;
-  const join_context *context_;
+  join_context *context_;
   int elabel_;  // of a's extra edge
   int outside_; // b's vertex outside the core, or -1
 };
@@ -248,41 +195,17 @@ private:
 } // namespace
 
 void sg_join(int a, int b, const sg_parent *ea, const sg_parent *eb,
-             int automorphism, const join_context *context) {
-  join made(a, b, ea, eb, context);
+             int automorphism, join_context *context) {
+  join pair(a, b, ea, eb, context);
   if (automorphism == -1) {
-    made.along(context->work->identity.data());
+    pair.along(context->identity.data());
     return;
   }
   int i = automorphism;
   for (const int *perm; (perm = automorphism_cache_perm(context->automorphisms,
                                                         i, ea->pid)) != nullptr;
        i++)
-    made.along(perm);
-}
-
-void setup_map(const sg_parent *ea, const sg_parent *eb, const int *perm, int n,
-               int *map) {
-  const int core_vs = n;
-  const int *g1_to_core1 = ea->map;
-  const int *g2_to_core2 = eb->map;
-  xvector<int> core2_to_g2(static_cast<size_t>(n), -1);
-  for (int i = 0; i < eb->vs; i++) {
-    if (g2_to_core2[i] == -1)
-      continue;
-    assert(g2_to_core2[i] < core_vs);
-    core2_to_g2[static_cast<size_t>(g2_to_core2[i])] = i;
-  }
-  std::fill(map, map + ea->vs, -1);
-  int *g1_to_core2 = map; // turned into the map to g2 in place
-  for (int i = 0; i < ea->vs; i++) {
-    if (g1_to_core1[i] == -1)
-      continue;
-    assert(g1_to_core1[i] < core_vs);
-    g1_to_core2[i] = perm[g1_to_core1[i]];
-    assert(g1_to_core2[i] < core_vs);
-    map[i] = core2_to_g2[static_cast<size_t>(g1_to_core2[i])];
-  }
+    pair.along(perm);
 }
 
 } // namespace kestro

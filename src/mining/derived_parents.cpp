@@ -38,14 +38,14 @@ extension derived_parents::part_without(const sg_link *link) const {
   return closing_extension(link->pid, from, to, x_.elabel);
 }
 
-bool derived_parents::start(const extension &x) {
+bool derived_parents::look_up(const extension &x) {
   x_ = x;
   pattern_ = sg_set_get(children_, x.pattern);
   const int links = sg_link_size(pattern_);
   if (found_.size() < static_cast<size_t>(links))
     found_.resize(static_cast<size_t>(links));
   // An edge that closes a cycle may make more edges removable.
-  tells_all_ = pattern_->links && pattern_->invariant && x.to == -1;
+  knows_all_ = pattern_->links && pattern_->invariant && x.to == -1;
   for (int l = 0; l < links; l++) {
     const sg_link *link = sg_link_at(pattern_, l);
     const extension part = part_without(link);
@@ -56,12 +56,12 @@ bool derived_parents::start(const extension &x) {
     if (!found && sg_set_get(cores_, part.pattern)->invariant)
       return false;
     found_[static_cast<size_t>(l)] = found;
-    tells_all_ &= found && sg_set_get(children_, found->child)->invariant;
+    knows_all_ &= found && sg_set_get(children_, found->child)->invariant;
   }
   return true;
 }
 
-void derived_parents::arrange(const graph *cand) {
+void derived_parents::take_order(const graph *cand) {
   origin_.assign(cand->vid, cand->vid + cand->vs);
 }
 
@@ -103,12 +103,12 @@ int derived_parents::known_link(const removable_edge &edge) const {
              : -1;
 }
 
-bool derived_parents::tells(const removable_edge &edge) const {
+bool derived_parents::knows(const removable_edge &edge) const {
   return is_own_edge(edge) ? pattern_->invariant : known_link(edge) != -1;
 }
 
 bool derived_parents::find(const removable_edge &edge, sg_parent *entry) const {
-  if (!tells(edge))
+  if (!knows(edge))
     return false;
   if (is_own_edge(edge)) {
     entry->pid = x_.pattern;

@@ -1,4 +1,4 @@
-// The parents of a candidate, told from those of the pattern it was made of.
+// The parents of a candidate, derived from those of the pattern it extends.
 #pragma once
 
 #include "mining/child_table.h"
@@ -17,20 +17,21 @@ public:
       : children_(children), cores_(cores), automorphisms_(automorphisms),
         table_(table) {}
 
-  // Goes on to the candidate that is x's pattern, one of children, plus x's
-  // edge; false when a part of it is certainly not in children.
-  bool start(const extension &x);
+  // Looks up the parents of the candidate that is x's pattern, one of children,
+  // plus x's edge; false when one of them is certainly not in children.  What
+  // follows is about that candidate.
+  bool look_up(const extension &x);
 
-  // Takes the candidate in canonical form, whose vid are the vertices of x's
-  // pattern, the new one following them.
-  void arrange(const graph *cand);
+  // From here on the candidate's vertices are numbered as in cand, its
+  // canonical form, whose vid are the vertices of x's pattern, the new one
+  // following them.
+  void take_order(const graph *cand);
 
-  // Whether find() tells all parents of the arranged candidate.
-  bool tells_all() const { return tells_all_; }
-  // Whether the parent is told that the arranged candidate is without one of
-  // its removable edges.
-  bool tells(const removable_edge &edge) const;
-  // The same; writes pid and map to entry if so.
+  // Whether find() knows all parents.
+  bool knows_all() const { return knows_all_; }
+  // Whether the parent without one of the removable edges is known.
+  bool knows(const removable_edge &edge) const;
+  // The same; if so, writes its id and the map to it into entry.
   bool find(const removable_edge &edge, sg_parent *entry) const;
 
 private:
@@ -46,7 +47,7 @@ private:
   const child_table *table_;
   extension x_ = {};
   const subgraph *pattern_ = nullptr; // x's
-  bool tells_all_ = false;
+  bool knows_all_ = false;
   xvector<const found_child *> found_; // by link of pattern: without its edge
   xvector<int> origin_; // by vertex of the candidate, that of x's pattern
 };

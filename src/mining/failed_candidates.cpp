@@ -1,7 +1,7 @@
-// Failed candidates in a tree over an arena.
+// Failed candidates in a table over an arena.
 //
 // A candidate that failed is usually generated again, through other cores and
-// automorphisms; one tree look-up then spares the test of all its sub-patterns.
+// automorphisms; one look-up then spares the test of all its sub-patterns.
 
 #include "mining/failed_candidates.h"
 
@@ -30,27 +30,9 @@ void *copy_arena::allocate(size_t wanted) {
   return place;
 }
 
-// The tree's keys are integers that hold addresses.
-// NOLINTBEGIN(performance-no-int-to-ptr)
-static int compare_records(rbt_key a, rbt_key b) {
-  return sg_compare(reinterpret_cast<const subgraph *>(a),
-                    reinterpret_cast<const subgraph *>(b));
-}
-// NOLINTEND(performance-no-int-to-ptr)
-
-static rbt_key key_of(const subgraph *sg) {
-  return reinterpret_cast<rbt_key>(sg);
-}
-
-failed_candidates::failed_candidates() : tree_(rbt_new(compare_records)) {}
-
-bool failed_candidates::contains(const subgraph *sg) const {
-  return rbt_find(key_of(sg), tree_.get()) != nullptr;
-}
-
 void failed_candidates::insert(const subgraph *sg) {
   void *memory = arena_.allocate(sg_size(sg->g->es, sg->g->vs));
-  rbt_insert(key_of(sg_light_copy(sg, memory)), tree_.get());
+  table_.insert(sg_light_copy(sg, memory));
 }
 
 } // namespace kestro

@@ -1,9 +1,8 @@
 // The candidates of a level that failed the downward-closure test.
 #pragma once
 
-#include "base/rbtree.h"
 #include "base/xmalloc.h"
-#include "mining/subgraph.h"
+#include "mining/record_table.h"
 
 namespace kestro {
 
@@ -22,18 +21,17 @@ private:
 };
 
 // Light copies (graph and count, no sets) of failed candidates, found again by
-// sg_compare.  Lives for the generation of one level.
+// their graphs.  Lives for the generation of one level.
 class failed_candidates {
 public:
-  failed_candidates();
-  bool contains(const subgraph *sg) const;
+  bool contains(const subgraph *sg) const { return table_.find(sg) != nullptr; }
   // Keeps a copy of sg, which must not be contained.
   void insert(const subgraph *sg);
-  int size() const { return tree_->count; }
+  int size() const { return table_.size(); }
 
 private:
   copy_arena arena_;
-  rbt_ptr tree_;
+  record_table table_;
 };
 
 } // namespace kestro

@@ -1,9 +1,9 @@
-// Registration: canonical form, duplicates, downward closure.
+// Registration: look-ups, building, canonical form, duplicates, closure.
 //
 // Duplicates meet because isomorphic candidates share one canonical form.  The
 // closure test asks for each edge in turn which pattern of the previous level
 // the candidate without it is; edges that hold the candidate together are not
-// tested.  What the pattern that was joined does not tell is found by the
+// tested.  What cannot be derived from the pattern extended is found by the
 // canonical form of the remainder, made in place: its vertex ids tell which
 // vertex of the candidate went where, which is the map of the parent entry.  A
 // filter sees most candidates fail before any such form.
@@ -15,6 +15,7 @@
 
 #include "graph/compacted.h"
 #include "graph/edge_marks.h"
+#include "graph/extend.h"
 #include "mining/parents.h"
 
 namespace kestro {
@@ -39,15 +40,15 @@ static bool find_by_form(subgraph *cand, const removable_edge &edge,
   return true;
 }
 
-// Whether cand without any of the edges that derived does not tell about can be
-// in the level below, by the filter.
+// Whether cand without any of the edges whose parents are not known can be in
+// the level below, by the filter.
 static bool can_be_closed(const subgraph *cand,
                           const xvector<removable_edge> &edges,
-                          registration *to) {
-  if (to->derived && to->derived->tells_all())
+                          const derived_parents *known, registration *to) {
+  if (known && known->knows_all())
     return true;
   for (const removable_edge &edge : edges)
-    if (!(to->derived && to->derived->tells(edge)) &&
+    if (!(known && known->knows(edge)) &&
         !to->filter.contains(to->filter.label_without(cand->g, edge)))
       return false;
   return true;
@@ -55,9 +56,10 @@ static bool can_be_closed(const subgraph *cand,
 
 // Whether every connected graph that is cand less one edge is in the level
 // below; these are entered as cand's parents.
-static bool is_downward_closed(subgraph *cand, registration *to) {
-  const xvector<removable_edge> &edges = to->edges.removable_edges(cand->g);
-  if (!can_be_closed(cand, edges, to))
+static bool is_downward_closed(subgraph *cand, const derived_parents *known,
+                               registration *to) {
+  const xvector<removable_edge> &edges = to->edges.of(cand->g);
+  if (!can_be_closed(cand, edges, known, to))
     return false;
   const int vs = cand->g->vs;
   if (to->memory.size() < static_cast<size_t>(sg_parent_ints(vs)))
@@ -67,7 +69,7 @@ static bool is_downward_closed(subgraph *cand, registration *to) {
   for (const removable_edge &edge : edges) {
     entry->u = edge.u;
     entry->v = edge.w;
-    if (!(to->derived && to->derived->find(edge, entry)) &&
+    if (!(known && known->find(edge, entry)) &&
         !find_by_form(cand, edge, to, entry))
       return false;
     sg_update_parent_info(cand, entry, to->prev);
@@ -83,8 +85,16 @@ static void clear_parents(subgraph *cand) {
   sg_clear_links(cand);
 }
 
-const subgraph *sg_register_candidate(subgraph *cand, registration *to) {
-  to->counts.attempts++;
+// Counts a candidate that turned out to have an infrequent part.
+static const subgraph *reject(registration *to) {
+  to->counts.newly_rejected++;
+  return nullptr;
+}
+
+// Registers cand; the parents that known has, if any, are those of cand as its
+// vertices are numbered now.
+static const subgraph *register_with(subgraph *cand, derived_parents *known,
+                                     registration *to) {
   clear_parents(cand);
   const canonical_form form = to->forms.canonicalize(cand->g);
   cand->invariant = form.invariant;
@@ -97,20 +107,49 @@ const subgraph *sg_register_candidate(subgraph *cand, registration *to) {
     to->counts.duplicates++;
     return nullptr;
   }
-  if (to->derived)
-    to->derived->arrange(cand->g);
+  if (known)
+    known->take_order(cand->g);
   for (int i = 0; i < cand->g->vs; i++)
     cand->g->vid[i] = i;
-  if (!is_downward_closed(cand, to)) {
+  if (!is_downward_closed(cand, known, to)) {
     to->failed.insert(cand);
-    to->counts.newly_rejected++;
-    return nullptr;
+    return reject(to);
   }
   sg_ptr copy(sg_copy(cand));
   const subgraph *accepted = copy.get();
   to->accepted.insert(std::move(copy));
   to->counts.accepted++;
   return accepted;
+}
+
+const subgraph *sg_register_candidate(subgraph *cand, registration *to) {
+  to->counts.attempts++;
+  return register_with(cand, nullptr, to);
+}
+
+// Room for candidates of a size, its sets for what is known of them so far.
+static sg_ptr new_scratch(int edges) {
+  sg_ptr scratch(sg_create(2 * edges, edges + 1));
+  scratch->links = sg_links_create(edges + 1);
+  // These sets come when a candidate gets so far.
+  for (ksstack **set : {&scratch->child, &scratch->tid, &scratch->cover})
+    ksstack_free(std::exchange(*set, nullptr));
+  return scratch;
+}
+
+const subgraph *sg_offer_extension(const extension &x, registration *to) {
+  to->counts.attempts++;
+  if (to->derived && !to->derived->look_up(x))
+    return reject(to);
+  const graph *g = sg_set_get(to->prev, x.pattern)->g;
+  if (!to->scratch)
+    to->scratch = new_scratch(g->es / 2 + 1);
+  subgraph *cand = to->scratch.get();
+  if (x.to == -1)
+    graph_extend_to_new(g, x.from, x.elabel, x.vlabel, cand->g);
+  else
+    graph_extend_between(g, x.from, x.to, x.elabel, cand->g);
+  return register_with(cand, to->derived, to);
 }
 
 } // namespace kestro

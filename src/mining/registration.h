@@ -30,8 +30,8 @@ struct registration_counts {
 
 // What candidates of one size are tested against, and where they go.
 struct registration {
-  // prev is the level below.  derived, started on each candidate before it is
-  // registered, only saves work and may be null.
+  // level is the one below.  known only saves work and may be null; it is not
+  // for candidates that come as a graph.
   explicit registration(const sg_set *level,
                         int stabilizer_threshold = labeller::default_threshold,
                         derived_parents *known = nullptr)
@@ -45,15 +45,22 @@ struct registration {
   candidate_set accepted;
   failed_candidates failed;
   closure_filter filter;
-  edge_finder edges;
+  removable_edges edges;
+  sg_ptr scratch;      // room for a candidate, null at first
   sg_ptr rest;         // room for a candidate without an edge, null at first
   xvector<int> memory; // room for a parent entry
 };
 
-// Brings cand into canonical form; unless an equal candidate was met before,
-// tests downward closure: every connected graph that is cand less one edge must
-// be in prev.  If so cand's parents and links are set and a copy is accepted,
-// else a light copy goes to failed.  Returns the accepted copy or null.
+// Offers the candidate that is x's pattern, one of the level below, plus x's
+// edge: builds it, unless it is seen by look-ups to have an infrequent part,
+// and registers it.  Returns the accepted copy or null.
+const subgraph *sg_offer_extension(const extension &x, registration *to);
+
+// The same for a candidate that comes as a graph.  Brings cand into canonical
+// form; unless an equal candidate was met before, tests downward closure: every
+// connected graph that is cand less one edge must be in the level below.  If so
+// cand's parents and links are set and a copy is accepted, else a light copy
+// goes to failed.
 const subgraph *sg_register_candidate(subgraph *cand, registration *to);
 
 } // namespace kestro
