@@ -7,6 +7,7 @@
 
 #include "base/output_file.h"
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <string>
@@ -17,6 +18,14 @@ namespace kestro {
 
 [[noreturn]] static void die_writing(const char *name) {
   throw fatal_error("can't write a file '" + std::string(name) + "'\n");
+}
+
+void empty_output(FILE *stream, const char *name) {
+  struct stat status;
+  const int descriptor = fileno(stream);
+  if (fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode) &&
+      ftruncate(descriptor, 0) != 0)
+    die_writing(name);
 }
 
 void flush_output(FILE *stream, const char *name) {

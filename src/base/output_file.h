@@ -11,6 +11,10 @@ namespace kestro {
 constexpr char standard_output[] = "standard output";
 constexpr char temporary_file[] = "temporary file";
 
+// Makes a regular file that was opened for writing empty; nothing else is
+// changed.  Dies with "can't write a file 'NAME'".
+void empty_output(FILE *stream, const char *name);
+
 // Hands what was written to the file.  Dies with "can't write a file 'NAME'"
 // when that fails, or anything written to the stream before has failed.
 void flush_output(FILE *stream, const char *name);

@@ -2,16 +2,19 @@
 //
 // The lock belongs to a descriptor of its own, so it outlives every stream that
 // is opened and closed on the file meanwhile, and the system lets go of it when
-// the process ends, however that happens.
+// the process ends, however that happens.  On SMB shares a lock would keep
+// these streams away too, so there is none.
 
 #include "base/output_lock.h"
 
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
+#include <sys/vfs.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdint>
 #include <string>
 
 #include "base/error.h"
@@ -23,16 +26,32 @@ namespace kestro {
                     "': " + reason + "\n");
 }
 
-// Whether there is something to lock: a regular file, or one to be made.
-static bool is_lockable(const char *name) {
+void refuse_pipe(const char *name) {
   struct stat status;
   if (stat(name, &status) != 0)
-    return true; // opening it tells what is wrong, if anything
+    return; // opening it tells what is wrong, if anything
   if (S_ISFIFO(status.st_mode))
     refuse(name, "it is a pipe");
   if (S_ISSOCK(status.st_mode))
     refuse(name, "it is a socket");
-  return S_ISREG(status.st_mode);
+}
+
+// Whether there is something to lock: a regular file, or one to be made.
+static bool is_lockable(const char *name) {
+  struct stat status;
+  return stat(name, &status) != 0 || S_ISREG(status.st_mode);
+}
+
+// Whether an open file is on a share that keeps everybody away from a locked
+// file but the descriptor that locked it.
+static bool is_on_smb(int descriptor) {
+  struct statfs status;
+  if (fstatfs(descriptor, &status) != 0)
+    return false;
+  for (const uint32_t kind : {0xfe534d42U, 0xff534d42U, 0x517bU})
+    if (static_cast<uint32_t>(status.f_type) == kind)
+      return true;
+  return false;
 }
 
 // Both kinds of lock: 0 with the lock, else the reason.
@@ -56,13 +75,14 @@ static bool is_held(int descriptor) {
     while (reason == EINTR);
     if (reason == 0)
       return false;
-    if (reason == EWOULDBLOCK)
+    if (reason == EWOULDBLOCK || reason == EACCES)
       return true;
   }
   return false;
 }
 
 output_lock::output_lock(const char *name) {
+  refuse_pipe(name);
   if (!is_lockable(name))
     return;
   // Not to wait, should a pipe have come in between.
@@ -70,7 +90,7 @@ output_lock::output_lock(const char *name) {
   descriptor_ = open(name, flags, 0666);
   if (descriptor_ == -1)
     throw fatal_error("can't open a file '" + std::string(name) + "'\n");
-  if (is_held(descriptor_)) {
+  if (!is_on_smb(descriptor_) && is_held(descriptor_)) {
     close(descriptor_);
     refuse(name, "another run is writing it");
   }

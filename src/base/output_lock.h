@@ -5,6 +5,10 @@
 
 namespace kestro {
 
+// Dies with "can't write a file 'NAME': it is a pipe", or a socket: nothing
+// could be read back from it, and it may wait for a reader for ever.
+void refuse_pipe(const char *name);
+
 // Held from before a file is emptied until it is complete, by everybody who
 // writes outputs: two runs that write one file at once would mix their lines,
 // and both end well.  It ends with its owner, also when that is killed.
@@ -12,10 +16,9 @@ class output_lock {
 public:
   // Makes the file unless it is there, and leaves what it holds as it is.  Dies
   // with "can't write a file 'NAME': another run is writing it" when somebody
-  // else holds the right, in this process or another; with "it is a pipe" or
-  // "it is a socket", from which nothing could be read back and which may wait
-  // for ever; and with "can't open a file".  Devices, and file systems that
-  // know no locks, are shared freely.
+  // else holds the right, in this process or another; as refuse_pipe() does;
+  // and with "can't open a file".  Devices, and file systems that know no locks
+  // or only such as keep other descriptors away, are shared freely.
   explicit output_lock(const char *name);
   output_lock(output_lock &&other) noexcept
       : descriptor_(std::exchange(other.descriptor_, -1)) {}

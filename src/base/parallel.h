@@ -13,8 +13,7 @@
 namespace kestro {
 
 // How many workers count pieces of work are worth, of jobs at most: each has
-// memory of its own, so no more than there are pieces, nor than any machine
-// could run at once.
+// memory of its own, so no more than there are pieces, and 1024 at most.
 inline int worker_count(int jobs, int count) {
   static constexpr int most = 1024;
   return std::clamp(std::min(jobs, count), 1, most);

@@ -65,6 +65,7 @@ static void name_outputs(const xvector<output> &outputs,
     const char *const name = f.name->get();
     const file_identity found(name);
     refuse_input(found, name, o);
+    refuse_pipe(name);
     add_output(found, name, &files);
   }
 }
@@ -92,8 +93,10 @@ xvector<output_lock> open_outputs(options *o, FILE *report) {
   const xvector<output> outputs = wanted_outputs(o);
   name_outputs(outputs, report_file, o);
   xvector<output_lock> locks = lock_outputs(outputs, report_file);
-  for (const output &f : outputs) // which empties them
-    f.stream->reset(open_file(f.name->get(), "w+"));
+  for (const output &f : outputs)
+    f.stream->reset(open_file(f.name->get(), "r+"));
+  for (const output &f : outputs)
+    empty_output(f.stream->get(), f.name->get());
   return locks;
 }
 

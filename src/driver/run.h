@@ -12,10 +12,9 @@ namespace kestro {
 // Mines o->input_file as o says: writes the output files beside it and the
 // report to out; with o->save_labels only writes the label file.  Returns when
 // all of that has been written whole; dies with "can't write a file" otherwise,
-// when an
-// output is the input, and when another run is writing it.  Runs in different
-// threads do not disturb one another; the CPU time they report is the
-// process's.
+// also when an output is the input or a pipe, or another run is writing it.
+// The name of the input must not hold a newline.  Runs in different threads do
+// not disturb one another; the CPU time they report is the process's.
 void run_kestro(options *o, FILE *out);
 
 // The minimum support as a number of transactions, for a support in per cent of

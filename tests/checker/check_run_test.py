@@ -487,7 +487,7 @@ class OutputForInput(CommandTest):
 
     def test_input_called_like_an_output(self) -> None:
         """Its own pattern file says that it is one."""
-        for name in ("mine.tid", "mine.c.g"):
+        for name in ("mine.tid", "mine.c.g", "für.tid", "é.txt", " lead.txt"):
             with self.subTest(name):
                 shutil.copy(self.run_files.input, self.folder / name)
                 subprocess.run(

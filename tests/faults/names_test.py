@@ -29,7 +29,11 @@ class Names(unittest.TestCase):
         for name in ["db.fp", "db.c.g", "db.pc", "db.tid"]:
             with self.subTest(file=name), faults.Folder() as folder:
                 (folder.path / name).mkdir()
-                self.assert_refused(folder.run(*ALL), faults.cannot_open(name))
+                kept = "db.fp" if name != "db.fp" else "db.tid"
+                folder.write(kept, b"old\n")
+                ended = folder.run(*ALL)
+                self.assert_refused(ended, faults.cannot_open(name))
+                self.assertEqual(ended.files[kept], b"old\n")
 
     def test_folder_as_label_file(self) -> None:
         with faults.Folder() as folder:

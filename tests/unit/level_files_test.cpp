@@ -207,6 +207,23 @@ TEST_F(LevelFiles, PipesAreRefused) {
   }
 }
 
+TEST_F(LevelFiles, FolderIsFatalBeforeAnyIsEmptied) {
+  o.tid_list = 1;
+  folder.write("db.fp", "old\n");
+  const std::string name = folder.name("db.tid");
+  std::filesystem::create_directory(name);
+  EXPECT_EQ(refusal(), "can't open a file '" + name + "'\n");
+  EXPECT_EQ(folder.read("db.fp"), "old\n");
+}
+
+TEST_F(LevelFiles, PipeIsRefusedBeforeAnythingIsMade) {
+  o.tid_list = 1;
+  const std::string name = folder.name("db.tid");
+  ASSERT_EQ(mkfifo(name.c_str(), 0600), 0);
+  EXPECT_EQ(refusal(), "can't write a file '" + name + "': it is a pipe\n");
+  EXPECT_FALSE(folder.has("db.fp"));
+}
+
 TEST_F(LevelFiles, OutputsOfAnotherRunAreLeftAlone) {
   o.tid_list = 1;
   folder.write("db.fp", "old\n");

@@ -165,6 +165,12 @@ TEST_F(OutputLock, FileSystemsThatKnowOneKindOfLockAreNotShared) {
   EXPECT_NO_THROW(output_lock(name.c_str()));
 }
 
+TEST_F(OutputLock, RefusedAccessIsALockToo) {
+  flock_failure = ENOLCK;
+  range_lock_failure = EACCES;
+  EXPECT_EQ(refusal(), held);
+}
+
 TEST_F(OutputLock, InterruptionsAreNoRefusal) {
   flock_interruptions = 2;
   const output_lock lock(name.c_str());

@@ -145,11 +145,11 @@ TEST_F(Run, LabelFileOfAnotherRunIsLeftAlone) {
 }
 
 TEST_F(Run, MoreThreadsThanWork) {
-  const std::string expected = run();
-  const std::string patterns = folder.read("db.fp");
+  const std::string expected = masked_time(run());
+  const std::string patterns = masked_time(folder.read("db.fp"));
   o.jobs = 1000000;
-  EXPECT_EQ(run().substr(0, 2000), expected.substr(0, 2000));
-  EXPECT_EQ(folder.read("db.fp").size(), patterns.size());
+  EXPECT_EQ(masked_time(run()), expected);
+  EXPECT_EQ(masked_time(folder.read("db.fp")), patterns);
 }
 
 TEST_F(Run, ReportShowsHeaderRowsSummaryAndTiming) {

@@ -17,7 +17,8 @@ from checker.graphs import Graph
 
 STARS = "*" * 55
 INT_MAX = 2147483647
-SETTING = re.compile(r"  ([A-Z][A-Za-z -]+): +(.*)")
+# What a setting is begins in column 47; a file name may itself begin with blanks.
+SETTING = re.compile(r"  ([A-Z][A-Za-z -]+): +(?<=^.{47})(.*)")
 SUPPORT = re.compile(r"(-?[0-9.]+|-?inf|-?nan)% \((\d+) transactions?\)")
 ROW = re.compile(r"  (\d+) +(?:(\d+) +)?(\d+) +")
 

@@ -5,6 +5,7 @@ extensions does not reach so far, each listed pattern is extended by itself.
 """
 
 import dataclasses
+import os
 from collections import Counter
 from pathlib import Path
 
@@ -336,7 +337,7 @@ class _Check:
         if Path(settings.input_file).name != self._request.input_file.name:
             self._findings.add("wrong-header", f"the input is called {settings.input_file!r}")
         if self._request.output is not None:
-            lines = self._request.output.decode("latin-1").split("\n")
+            lines = os.fsdecode(self._request.output).split("\n")
             if lines.pop() != "":
                 self._findings.add("wrong-total", "standard output: the last line has no end")
             self._check_one_report(lines, head, expected, "standard output", True)

@@ -6,6 +6,7 @@ is its number of edges, and a name of its own.
 """
 
 import dataclasses
+import os
 import re
 from pathlib import Path
 
@@ -56,7 +57,7 @@ def named_input(pattern_file: Path) -> str | None:
         for line in lines:
             if not line.startswith(b"#"):
                 break
-            found = SETTING.fullmatch(line[2:].rstrip(b"\n").decode("latin-1"))
+            found = SETTING.fullmatch(os.fsdecode(line[2:].rstrip(b"\n")))
             if found and found[1] == "Transaction File Name":
                 return found[2]
     return None
@@ -93,7 +94,7 @@ def read_blocks(data: bytes, what: str, findings: Findings) -> tuple[list[str], 
         if line.startswith(b"#"):
             if not line.startswith(b"# "):
                 findings.add("bad-line", f"{what}: {line!r}")
-            comments.append(line[2:].decode("latin-1"))
+            comments.append(os.fsdecode(line[2:]))
         elif line.startswith(b"t"):
             blocks.append(_Block(line, []))
         elif blocks:
