@@ -22,14 +22,14 @@ static void canonicalize(benchmark::State &state, const sketch &s) {
   for (graph_ptr &order : orders)
     order = lay_out(s, draw);
   graph_ptr work(graph_copy(orders[0].get()));
+  labeller forms;
   size_t next = 0;
   for (auto _ : state) {
     graph_copy_into(orders[next++ % orders.size()].get(), work.get());
-    benchmark::DoNotOptimize(cl_canonicalize_graph(work.get()));
+    benchmark::DoNotOptimize(forms.canonicalize(work.get()));
   }
   state.counters["vertices"] = static_cast<double>(s.vlabels.size());
   state.counters["edges"] = static_cast<double>(s.edges.size());
-  cl_free_work_area();
 }
 
 static void add(const std::string &shape, const std::string &size,

@@ -18,7 +18,7 @@
 #include "graph/transactions.h"
 #include "mining/candidates.h"
 #include "mining/first_levels.h"
-#include "mining/statistics.h"
+#include "mining/parents.h"
 #include "mining/support.h"
 
 namespace kestro {
@@ -222,15 +222,16 @@ search_levels mine_until(const database &db, int k) {
   const int minsup = std::max(1, transactions->count / 10);
   const int edge_labels = label_set_edge_labels(db.labels());
   const int vertex_labels = label_set_vertex_labels(db.labels());
-  stats_init();
   search_levels levels;
   levels.cores.reset(
       sg_frequent_edges(transactions, minsup, edge_labels, vertex_labels));
   levels.children.reset(sg_frequent_double_edges(
       levels.cores.get(), transactions, minsup, edge_labels, vertex_labels));
+  sg_register_children(levels.children.get(), levels.cores.get());
   for (int size = 3; sg_set_size(levels.children.get()) > 0; size++) {
-    levels.candidates.reset(
-        sg_generate_candidates(levels.children.get(), levels.cores.get()));
+    levels.candidates =
+        sg_generate_candidates(levels.children.get(), levels.cores.get())
+            .candidates;
     if (size == k)
       break;
     sg_filter_candidates_by_support(
@@ -239,7 +240,6 @@ search_levels mine_until(const database &db, int k) {
     levels.children.reset(sg_count_frequents(
         levels.candidates.release(), levels.cores.get(), transactions, minsup));
   }
-  stats_free();
   if (!levels.candidates || sg_set_size(levels.candidates.get()) == 0)
     die("inputs.cpp", "the database has no candidates of size %d\n", k);
   return levels;

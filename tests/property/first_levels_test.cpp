@@ -33,7 +33,6 @@ void expect_equal(const sg_set *dense, const sg_set *sparse) {
 } // namespace
 
 TEST(FirstLevelsProperty, SparseTablesGiveWhatDenseOnesGive) {
-  stats_init();
   ASSERT_FALSE(
       is_dense<edge_key>(many_labels, many_labels, dense_tables_limit));
   for (uint64_t seed = 1; seed <= 200; seed++) {
@@ -55,7 +54,6 @@ TEST(FirstLevelsProperty, SparseTablesGiveWhatDenseOnesGive) {
         sparse_edges.get(), transactions, minsup, many_labels, many_labels));
     expect_equal(paths.get(), sparse_paths.get());
   }
-  stats_free();
 }
 
 } // namespace kestro

@@ -11,7 +11,7 @@
 
 #include <gtest/gtest.h>
 
-#include "cl/canonical.h"
+#include "support/canonical_calls.h"
 #include "support/mined_levels.h"
 #include "support/plain_generation.h"
 #include "support/random_database.h"
@@ -102,8 +102,7 @@ struct totals {
 // The records that several threads make are those that one makes.
 void check_jobs(const two_levels &levels, const sg_set *made) {
   for (const int jobs : {2, 3, 7}) {
-    const sg_set_ptr same(sg_generate_candidates(levels.children.get(),
-                                                 levels.cores.get(), jobs));
+    const sg_set_ptr same = candidates_of(levels, jobs);
     if (sg_set_size(same.get()) != sg_set_size(made))
       throw std::runtime_error("other candidates of several threads");
     for (int i = 0; i < sg_set_size(made); i++) {
@@ -150,7 +149,6 @@ std::string difference(const generation_case &c, totals *sum) {
                  });
     return "";
   } catch (const std::exception &e) {
-    stats_free();
     return e.what();
   }
 }

@@ -14,7 +14,7 @@
 #include "mining/candidates.h"
 #include "mining/embeddings.h"
 #include "mining/first_levels.h"
-#include "mining/statistics.h"
+#include "mining/parents.h"
 #include "support/records.h"
 
 namespace kestro {
@@ -98,11 +98,13 @@ void mine(const ksstack *transactions, int minsup, test_rng &rng,
     return;
   sg_set_ptr level(sg_frequent_double_edges(cores.get(), transactions, minsup,
                                             elabels, vlabels));
+  sg_register_children(level.get(), cores.get());
   check_level(level.get(), transactions, counts);
   for (int size = 3; size <= largest_size && sg_set_size(level.get()) > 0;
        size++) {
     take_rows_away(level.get(), rng, counts);
-    sg_set_ptr cand(sg_generate_candidates(level.get(), cores.get()));
+    sg_set_ptr cand =
+        sg_generate_candidates(level.get(), cores.get()).candidates;
     int frequent = 0;
     for (int id = 0; id < sg_set_size(cand.get()); id++)
       frequent +=
@@ -120,11 +122,7 @@ void mine(const ksstack *transactions, int minsup, test_rng &rng,
   }
 }
 
-class CountingWithRows : public testing::TestWithParam<int> {
-protected:
-  void SetUp() override { stats_init(); }
-  void TearDown() override { stats_free(); }
-};
+class CountingWithRows : public testing::TestWithParam<int> {};
 
 } // namespace
 

@@ -5,7 +5,7 @@
 
 #include "support/engine_comparison.h"
 
-#include "cl/canonical.h"
+#include "support/canonical_calls.h"
 #include "support/stepwise/canonical.h"
 #include "support/stepwise/canonical_search.h"
 

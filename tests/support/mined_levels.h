@@ -10,8 +10,9 @@
 #include "graph/graph_list.h"
 #include "mining/candidates.h"
 #include "mining/first_levels.h"
-#include "mining/statistics.h"
+#include "mining/parents.h"
 #include "mining/support.h"
+#include "support/canonical_calls.h"
 #include "support/graphs.h"
 #include "support/plain_graph.h"
 
@@ -72,7 +73,18 @@ inline two_levels first_two_levels(const ksstack *transactions, int minsup,
       sg_frequent_edges(transactions, minsup, edge_labels, vertex_labels));
   levels.children.reset(sg_frequent_double_edges(
       levels.cores.get(), transactions, minsup, edge_labels, vertex_labels));
+  sg_register_children(levels.children.get(), levels.cores.get());
   return levels;
+}
+
+// The candidates that the product makes of two levels, under the threshold of
+// this thread.
+inline sg_set_ptr candidates_of(const two_levels &levels, int jobs = 1) {
+  return sg_generate_candidates(
+             levels.children.get(), levels.cores.get(),
+             {.jobs = jobs,
+              .stabilizer_threshold = cl_get_stabilizer_threshold()})
+      .candidates;
 }
 
 // The next level in place of the older one; made are its candidates.
@@ -89,16 +101,13 @@ inline void go_up(two_levels *levels, sg_set_ptr made,
 // with all pairs of levels and the candidates that the product makes of them.
 template <class Visit>
 void visit_levels(const numbered_database &db, int minsup, Visit visit) {
-  stats_init();
   two_levels levels = first_two_levels(db.transactions.get(), minsup,
                                        db.edge_labels, db.vertex_labels);
   while (sg_set_size(levels.children.get()) > 0) {
-    sg_set_ptr made(
-        sg_generate_candidates(levels.children.get(), levels.cores.get()));
+    sg_set_ptr made = candidates_of(levels);
     visit(levels, made.get());
     go_up(&levels, std::move(made), db.transactions.get(), minsup);
   }
-  stats_free();
 }
 
 } // namespace kestro

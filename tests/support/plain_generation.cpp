@@ -36,7 +36,7 @@ graph_ptr plain_canonical(const graph *g) {
   return form;
 }
 
-graph_form canonical_form(const graph *g) {
+graph_form plain_form(const graph *g) {
   return form_as_is(plain_canonical(g).get());
 }
 
@@ -229,7 +229,7 @@ private:
       const graph_ptr part = plain_without(cand->form.get(), edge.u, edge.w);
       if (!part)
         continue;
-      const auto found = ids_.find(canonical_form(part.get()));
+      const auto found = ids_.find(plain_form(part.get()));
       if (found == ids_.end())
         return false;
       by_pid.try_emplace(found->second,

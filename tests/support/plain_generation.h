@@ -19,7 +19,7 @@ using graph_form = std::vector<int>;
 
 // The form of a graph as it stands, and after it was put into canonical form.
 graph_form form_as_is(const graph *g);
-graph_form canonical_form(const graph *g);
+graph_form plain_form(const graph *g);
 graph_ptr plain_canonical(const graph *g);
 // The permutations that keep g, in lexicographic order.
 std::vector<std::vector<int>> plain_automorphisms(const graph *g);

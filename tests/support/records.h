@@ -5,9 +5,9 @@
 #include <utility>
 #include <vector>
 
-#include "cl/canonical.h"
 #include "graph/graph_list.h"
 #include "mining/sg_set.h"
+#include "support/canonical_calls.h"
 #include "support/graphs.h"
 
 namespace kestro {
@@ -64,13 +64,15 @@ template <class... Graph> graph_list_ptr database_of(Graph... graphs) {
   return list;
 }
 
-// A level of two-vertex patterns, told apart by key, with these TID lists.
+// A level of two-vertex patterns, told apart by key, with these TID lists and
+// counted accordingly.
 inline sg_set_ptr level_with_tids(const std::vector<std::vector<int>> &tids) {
   sg_set_ptr level(sg_set_create());
   for (size_t id = 0; id < tids.size(); id++) {
     sg_ptr sg = record_of(path_graph(2));
     sg->g->key = static_cast<uint32_t>(id);
     set_tids(sg.get(), tids[id]);
+    sg->count = sg_support(sg.get());
     sg_set_push(level.get(), std::move(sg));
   }
   return level;

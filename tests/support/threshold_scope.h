@@ -1,7 +1,7 @@
 // The threshold of canonical labelling, set for one scope.
 #pragma once
 
-#include "cl/canonical.h"
+#include "support/canonical_calls.h"
 #include "support/stepwise/canonical.h"
 
 namespace kestro {

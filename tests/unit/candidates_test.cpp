@@ -6,7 +6,7 @@
 #include <utility>
 
 #include "mining/first_levels.h"
-#include "mining/statistics.h"
+#include "mining/parents.h"
 #include "mining/support.h"
 #include "support/records.h"
 
@@ -17,18 +17,20 @@ using ints = std::vector<int>;
 // The first two levels of a database, with minimum support 1.
 class Candidates : public testing::Test {
 protected:
-  void SetUp() override { stats_init(); }
-  void TearDown() override { stats_free(); }
-
   template <class... Graph> void mine(Graph... graphs) {
     mine_list(database_of(std::move(graphs)...).get());
   }
   void mine_list(const ksstack *database) {
     cores.reset(sg_frequent_edges(database, 1, 3, 6));
     children.reset(sg_frequent_double_edges(cores.get(), database, 1, 3, 6));
+    sg_register_children(children.get(), cores.get());
   }
-  sg_set_ptr generate() const {
-    return sg_set_ptr(sg_generate_candidates(children.get(), cores.get()));
+  // The candidates; sets counts.
+  sg_set_ptr generate(const generation_options &options = {}) {
+    generation made =
+        sg_generate_candidates(children.get(), cores.get(), options);
+    counts = made.counts;
+    return std::move(made.candidates);
   }
   static bool has(const sg_set_ptr &s, const graph_ptr &g) {
     return sg_set_find(s.get(), canonical_record(g).get()) != -1;
@@ -36,6 +38,7 @@ protected:
 
   sg_set_ptr cores;
   sg_set_ptr children;
+  registration_counts counts;
 };
 
 static graph_ptr labelled_path(const ints &vlabels) {
@@ -64,10 +67,9 @@ TEST_F(Candidates, OfOneLabelArePathStarAndTriangle) {
   EXPECT_TRUE(has(out, star_graph(4)));
   EXPECT_TRUE(has(out, ring_graph(3)));
   sg_set_check(out.get());
-  EXPECT_EQ(stats_get(stats_candidates, 3), 3);
   // The core's two automorphisms give one candidate and two.
-  EXPECT_EQ(sg_registration_counts()->attempts, 3);
-  EXPECT_EQ(sg_registration_counts()->accepted, 3);
+  EXPECT_EQ(counts.attempts, 3);
+  EXPECT_EQ(counts.accepted, 3);
 }
 
 TEST_F(Candidates, HaveParentsAndNothingElse) {
@@ -88,22 +90,21 @@ TEST_F(Candidates, CoreOfNChildrenJoinsEveryPairAndEachWithItself) {
   mine(labelled_path({1, 0, 2}), labelled_path({1, 0, 3}),
        labelled_path({1, 0, 4}));
   EXPECT_EQ(sg_set_size(generate().get()), 0);
-  EXPECT_EQ(sg_registration_counts()->attempts, 6 + 3);
-  EXPECT_EQ(sg_registration_counts()->newly_rejected, 6 + 3);
+  EXPECT_EQ(counts.attempts, 6 + 3);
+  EXPECT_EQ(counts.newly_rejected, 6 + 3);
 }
 
-TEST_F(Candidates, WithoutASurvivorTheSetIsEmptyAndCountedAsZero) {
+TEST_F(Candidates, WithoutASurvivorTheSetIsEmpty) {
   mine(labelled_path({1, 0, 2}));
-  stats_set(stats_candidates, 3, 77);
   EXPECT_EQ(sg_set_size(generate().get()), 0);
-  EXPECT_EQ(stats_get(stats_candidates, 3), 0);
+  EXPECT_EQ(counts.accepted, 0);
 }
 
 TEST_F(Candidates, CoresWithoutChildrenGiveNoJoins) {
   mine(path_graph(3));
   sg_clear_child(sg_set_get(cores.get(), 0));
   EXPECT_EQ(sg_set_size(generate().get()), 0);
-  EXPECT_EQ(sg_registration_counts()->attempts, 0);
+  EXPECT_EQ(counts.attempts, 0);
 }
 
 TEST_F(Candidates, DuplicatesAreKeptOnce) {
@@ -117,18 +118,18 @@ TEST_F(Candidates, DuplicatesAreKeptOnce) {
   EXPECT_TRUE(has(out, labelled_path({0, 1, 2, 0})));
   EXPECT_TRUE(has(out, labelled_path({1, 2, 0, 1})));
   EXPECT_TRUE(has(out, make_graph({0, 1, 2}, {{0, 1}, {1, 2}, {0, 2}})));
-  EXPECT_EQ(sg_registration_counts()->accepted, 3 + 1);
+  EXPECT_EQ(counts.accepted, 3 + 1);
   // Its form does not depend on how it is built, so the other ways to build it
   // are known from the first time on.
-  EXPECT_EQ(sg_registration_counts()->duplicates, 0);
-  EXPECT_EQ(sg_registration_counts()->newly_rejected, 6);
+  EXPECT_EQ(counts.duplicates, 0);
+  EXPECT_EQ(counts.newly_rejected, 6);
 }
 
 TEST_F(Candidates, CountsStartAnewWithEveryGeneration) {
   mine(path_graph(3));
   generate();
   generate();
-  EXPECT_EQ(sg_registration_counts()->attempts, 3);
+  EXPECT_EQ(counts.attempts, 3);
 }
 
 TEST_F(Candidates, EveryAttemptHasOneOutcome) {
@@ -141,13 +142,11 @@ TEST_F(Candidates, EveryAttemptHasOneOutcome) {
     mine_list(database.get());
     for (int k = 3; k <= 5; k++) {
       sg_set_ptr out = generate();
-      const registration_counts *counts = sg_registration_counts();
-      EXPECT_EQ(counts->accepted, sg_set_size(out.get()));
-      EXPECT_EQ(counts->attempts,
-                counts->already_rejected + counts->duplicates +
-                    counts->newly_rejected + counts->accepted);
-      all.already_rejected += counts->already_rejected;
-      all.duplicates += counts->duplicates;
+      EXPECT_EQ(counts.accepted, sg_set_size(out.get()));
+      EXPECT_EQ(counts.attempts, counts.already_rejected + counts.duplicates +
+                                     counts.newly_rejected + counts.accepted);
+      all.already_rejected += counts.already_rejected;
+      all.duplicates += counts.duplicates;
       sg_filter_candidates_by_support(out.get(), children.get(), database.get(),
                                       1, 1);
       sg_set_ptr level(
@@ -166,11 +165,9 @@ TEST_F(Candidates, SeveralThreadsMakeTheSameRecords) {
          random_graph(rng, {9, 4, 3, 2, true}));
     const sg_set_ptr alone = generate();
     for (const int jobs : {2, 3, 7}) {
-      const sg_set_ptr out(
-          sg_generate_candidates(children.get(), cores.get(), jobs));
+      const sg_set_ptr out = generate({.jobs = jobs});
       ASSERT_EQ(sg_set_size(out.get()), sg_set_size(alone.get())) << jobs;
-      EXPECT_EQ(sg_registration_counts()->accepted >= sg_set_size(out.get()),
-                true);
+      EXPECT_EQ(counts.accepted >= sg_set_size(out.get()), true);
       for (int i = 0; i < sg_set_size(out.get()); i++)
         expect_same(sg_set_get(out.get(), i), sg_set_get(alone.get(), i));
     }
@@ -182,23 +179,19 @@ TEST_F(Candidates, SeveralThreadsCountAllAttempts) {
   // has cores of its own, under which it is joined with itself.
   mine(labelled_path({0, 1, 2}), labelled_path({3, 4, 5}));
   generate();
-  const long long attempts = sg_registration_counts()->attempts;
-  const sg_set_ptr again(
-      sg_generate_candidates(children.get(), cores.get(), 3));
+  const long long attempts = counts.attempts;
+  const sg_set_ptr again = generate({.jobs = 3});
   EXPECT_EQ(sg_set_size(again.get()), 0);
-  EXPECT_EQ(sg_registration_counts()->attempts, attempts);
-  EXPECT_EQ(sg_registration_counts()->newly_rejected, attempts);
+  EXPECT_EQ(counts.attempts, attempts);
+  EXPECT_EQ(counts.newly_rejected, attempts);
 }
 
-TEST_F(Candidates, ThreadsLabelUnderTheThresholdOfTheCaller) {
+TEST_F(Candidates, ThreadsLabelUnderTheThresholdAskedFor) {
   // With threshold 1 no form is searched exhaustively; four candidates or not,
   // all threads must agree on it.
   mine(path_graph(3), ring_graph(4));
-  const int before = cl_get_stabilizer_threshold();
-  cl_set_stabilizer_threshold(1);
-  const sg_set_ptr alone = generate();
-  const sg_set_ptr out(sg_generate_candidates(children.get(), cores.get(), 7));
-  cl_set_stabilizer_threshold(before);
+  const sg_set_ptr alone = generate({.stabilizer_threshold = 1});
+  const sg_set_ptr out = generate({.jobs = 7, .stabilizer_threshold = 1});
   ASSERT_EQ(sg_set_size(out.get()), sg_set_size(alone.get()));
   for (int i = 0; i < sg_set_size(out.get()); i++)
     expect_same(sg_set_get(out.get(), i), sg_set_get(alone.get(), i));
@@ -209,10 +202,9 @@ struct pair_joiner {
   pair_joiner(const sg_set *children, const sg_set *cores)
       : table(children, cores, cache.get()),
         derived(children, cores, cache.get(), &table),
-        registry(children, &derived), context{children,      cores,
-                                              cache.get(),   &made,
-                                              scratch.get(), &work,
-                                              &registry} {}
+        registry(children, labeller::default_threshold, &derived),
+        context{children,      cores, cache.get(), &made,
+                scratch.get(), &work, &registry} {}
 
   automorphism_cache_ptr cache{automorphism_cache_create()};
   child_table table;

@@ -4,6 +4,7 @@
 
 #include <climits>
 
+#include "support/canonical_calls.h"
 #include "support/graphs.h"
 
 namespace kestro {
@@ -58,6 +59,24 @@ TEST(Canonical, ThresholdOutlivesTheWorkArea) {
   const threshold_scope scope(-3);
   cl_free_work_area();
   EXPECT_EQ(cl_get_stabilizer_threshold(), -3);
+}
+
+TEST(Labeller, ThresholdIsFiveUnlessGiven) {
+  EXPECT_EQ(labeller().stabilizer_threshold(), 5);
+  EXPECT_EQ(labeller(-3).stabilizer_threshold(), -3);
+}
+
+TEST(Labeller, TellsTheKeyAndWhatItHasSeen) {
+  labeller forms;
+  const graph_ptr rigid = make_graph({0, 1}, {{0, 1}});
+  const canonical_form first = forms.canonicalize(rigid.get());
+  EXPECT_EQ(first.key, graph_key(rigid.get()));
+  EXPECT_EQ(rigid->key, first.key);
+  EXPECT_TRUE(first.invariant);
+  EXPECT_TRUE(first.rigid);
+  const canonical_form second = forms.canonicalize(path_graph(4).get());
+  EXPECT_TRUE(second.invariant);
+  EXPECT_FALSE(second.rigid);
 }
 
 TEST(Canonical, DiscreteRefinementIsTheForm) {
@@ -205,6 +224,32 @@ TEST(Canonical, CellSizeChoosesTheSearch) {
   EXPECT_FALSE(begins_with_the_best_edge(1));
   EXPECT_FALSE(begins_with_the_best_edge(0));
   EXPECT_FALSE(begins_with_the_best_edge(-1));
+}
+
+TEST(Labeller, SeveralKeepTheirThresholds) {
+  labeller by_steps(6);
+  labeller exhaustive(7);
+  for (int round = 0; round < 2; round++) {
+    EXPECT_FALSE(by_steps.canonicalize(matched_bipartite().get()).invariant);
+    EXPECT_TRUE(exhaustive.canonicalize(matched_bipartite().get()).invariant);
+  }
+}
+
+TEST(Labeller, StepsOfTheIndividualisingSearchAreAddedUp) {
+  labeller by_steps(6);
+  EXPECT_EQ(by_steps.stabilizer_calls(), 0u);
+  by_steps.canonicalize(path_graph(4).get());
+  EXPECT_EQ(by_steps.stabilizer_calls(), 0u);
+  // A ring of three and one of four: seven vertices that are no orbit.
+  const graph_ptr rings =
+      make_graph(std::vector<int>(7, 0),
+                 {{0, 1}, {1, 2}, {2, 0}, {3, 4}, {4, 5}, {5, 6}, {6, 3}});
+  const graph_ptr again(graph_copy(rings.get()));
+  by_steps.canonicalize(rings.get());
+  const uint64_t once = by_steps.stabilizer_calls();
+  EXPECT_GT(once, 0u);
+  by_steps.canonicalize(again.get());
+  EXPECT_EQ(by_steps.stabilizer_calls(), 2 * once);
 }
 
 TEST(Canonical, FormIsCalledInvariantUnlessTheOrderOfVerticesDecides) {

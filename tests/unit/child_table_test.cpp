@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include "mining/links.h"
-#include "mining/statistics.h"
 #include "support/mined_levels.h"
 #include "support/plain_generation.h"
 #include "support/records.h"
@@ -13,18 +12,12 @@ namespace kestro {
 // The first two levels of a database, with minimum support 1.
 class ChildTable : public testing::Test {
 protected:
-  void SetUp() override { stats_init(); }
-  void TearDown() override { stats_free(); }
-
   template <class... Graph> void mine(Graph... graphs) {
     database = database_of(std::move(graphs)...);
     levels = first_two_levels(database.get(), 1, 3, 4);
   }
   void go_up_once() {
-    go_up(&levels,
-          sg_set_ptr(sg_generate_candidates(levels.children.get(),
-                                            levels.cores.get())),
-          database.get(), 1);
+    go_up(&levels, candidates_of(levels), database.get(), 1);
   }
   child_table table() {
     return child_table(levels.children.get(), levels.cores.get(), cache.get());
@@ -91,7 +84,7 @@ static int plain_child(const graph *core, const extension &x,
   edges.push_back({x.from, x.to == -1 ? core->vs : x.to, x.elabel});
   if (x.to == -1)
     vlabels.push_back(x.vlabel);
-  const auto found = ids.find(canonical_form(make_graph(vlabels, edges).get()));
+  const auto found = ids.find(plain_form(make_graph(vlabels, edges).get()));
   return found == ids.end() ? -1 : found->second;
 }
 

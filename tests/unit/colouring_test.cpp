@@ -11,9 +11,12 @@ namespace kestro {
 
 using ints = std::vector<int>;
 
+// Serves all of them, one after another.
+static refinement_work work;
+
 static colouring coloured(const graph_ptr &g) {
   colouring c;
-  colouring_init(&c, g.get());
+  colouring_init(&c, g.get(), &work);
   return c;
 }
 
@@ -107,22 +110,22 @@ TEST(Colouring, OneVertexAndNone) {
 
 TEST(Colouring, InitStartsOver) {
   colouring c = coloured(ring_graph(9));
-  colouring_init(&c, path_graph(3).get());
+  colouring_init(&c, path_graph(3).get(), &work);
   EXPECT_EQ(order_of(c), (ints{1, 0, 2}));
   EXPECT_EQ(starts_of(c), (ints{0, 1, 3}));
 }
 
-TEST(Colouring, WorkAreaComesBackAfterBeingFreed) {
+TEST(Colouring, FreshMemoryServesAsWell) {
   const graph_ptr g = path_graph(5);
   coloured(g);
-  colouring_free_work_area();
+  work = refinement_work();
   EXPECT_EQ(order_of(coloured(g)), (ints{2, 1, 3, 0, 4}));
 }
 
 TEST(Colouring, IndividualisedVertexGoesAheadAndRefines) {
   const graph_ptr g = ring_graph(4);
   colouring c = coloured(g);
-  colouring_individualise(&c, g.get(), 2);
+  colouring_individualise(&c, g.get(), 2, &work);
   EXPECT_EQ(order_of(c), (ints{2, 1, 3, 0}));
   EXPECT_EQ(starts_of(c), (ints{0, 1, 3, 4}));
   EXPECT_EQ(colours_of(c), (ints{3, 1, 0, 1}));
@@ -132,7 +135,7 @@ TEST(Colouring, IndividualisedVertexGoesAheadAndRefines) {
 TEST(Colouring, IndividualisingTheLastPairMakesItDiscrete) {
   const graph_ptr g = path_graph(2);
   colouring c = coloured(g);
-  colouring_individualise(&c, g.get(), 1);
+  colouring_individualise(&c, g.get(), 1, &work);
   EXPECT_EQ(order_of(c), (ints{1, 0}));
   EXPECT_EQ(colours_of(c), (ints{1, 0}));
   EXPECT_EQ(c.cells, 2);
@@ -142,7 +145,7 @@ TEST(Colouring, IndividualisingTheLastPairMakesItDiscrete) {
 TEST(Colouring, IndividualisedTwinLeavesTheOthersInTheirOrder) {
   const graph_ptr g = star_graph(6);
   colouring c = coloured(g);
-  colouring_individualise(&c, g.get(), 4);
+  colouring_individualise(&c, g.get(), 4, &work);
   EXPECT_EQ(order_of(c), (ints{0, 4, 1, 2, 3, 5}));
   EXPECT_EQ(starts_of(c), (ints{0, 1, 2, 6}));
 }
@@ -159,7 +162,7 @@ TEST(Colouring, CoarsenedCellsReturnAndTheOrderStays) {
   const graph_ptr g = path_graph(5);
   colouring c = coloured(g); // 2 | 1 3 | 0 4
   const colouring before = c;
-  colouring_individualise(&c, g.get(), 3);
+  colouring_individualise(&c, g.get(), 3, &work);
   ASSERT_EQ(order_of(c), (ints{2, 3, 1, 4, 0}));
   ASSERT_EQ(c.cells, 5);
   colouring_coarsen(&c, &before);
@@ -227,7 +230,7 @@ TEST(Colouring, CellsAreThoseOfWholeSignatures) {
         colour = 2 * colour + 1;
       expected[static_cast<size_t>(v)]--;
       expected = slowly_refined(g.get(), expected);
-      colouring_individualise(&c, g.get(), v);
+      colouring_individualise(&c, g.get(), v, &work);
       expect_whole(c, g.get());
       ASSERT_EQ(cell_numbers(c), expected) << round;
     }

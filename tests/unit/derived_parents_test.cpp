@@ -5,7 +5,6 @@
 
 #include <gtest/gtest.h>
 
-#include "mining/statistics.h"
 #include "support/mined_levels.h"
 #include "support/plain_generation.h"
 #include "support/records.h"
@@ -18,9 +17,6 @@ using ints = std::vector<int>;
 // after the other in the order its pattern's vertices have.
 class DerivedParents : public testing::Test {
 protected:
-  void SetUp() override { stats_init(); }
-  void TearDown() override { stats_free(); }
-
   template <class... Graph> void mine(Graph... graphs) {
     database = database_of(std::move(graphs)...);
     levels = first_two_levels(database.get(), 1, 3, 6);
@@ -28,10 +24,7 @@ protected:
   }
   // Goes on to patterns of three edges.
   void go_up_once() {
-    go_up(&levels,
-          sg_set_ptr(sg_generate_candidates(levels.children.get(),
-                                            levels.cores.get())),
-          database.get(), 1);
+    go_up(&levels, candidates_of(levels), database.get(), 1);
     prepare();
   }
   void prepare() {

@@ -9,7 +9,6 @@
 
 #include "graph/graph_list.h"
 #include "mining/first_levels.h"
-#include "mining/statistics.h"
 #include "support/fatal.h"
 #include "support/graphs.h"
 #include "support/scratch_folder.h"
@@ -24,9 +23,7 @@ protected:
     o.input_file = input.c_str();
     label_set_add_vertex_label(ls.get(), "C");
     label_set_add_edge_label(ls.get(), "s");
-    stats_init();
   }
-  ~LevelFiles() override { stats_free(); }
 
   // The level of the one frequent edge of two transactions.
   static sg_set_ptr one_edge_level() {

@@ -30,8 +30,8 @@ class recorder : public level_receiver,
                  public candidate_counter,
                  public progress_listener {
 public:
-  recorder(const ksstack *transactions, int minsup)
-      : counter_(transactions, minsup, 1) {}
+  recorder(const ksstack *transactions, int minsup, int jobs = 1)
+      : counter_(transactions, 1, 1, minsup, jobs) {}
 
   void candidates(const sg_set *set) override {
     log.push_back("receive candidates: " + of_size(set));
@@ -39,17 +39,25 @@ public:
   void level(const sg_set *set) override {
     log.push_back("receive level: " + of_size(set));
   }
-  void filter(sg_set *cand, const sg_set *prev) override {
-    log.push_back("filter " + of_size(cand) + " by " + of_size(prev));
+  sg_set_ptr edges() override {
+    log.push_back("edges");
+    return counter_.edges();
+  }
+  sg_set_ptr double_edges(const sg_set *edges) override {
+    log.push_back("double edges of " + of_size(edges));
+    return counter_.double_edges(edges);
+  }
+  void bound(sg_set *cand, const sg_set *prev) override {
+    log.push_back("bound " + of_size(cand) + " by " + of_size(prev));
     if (drop_all) {
       sg_set_free(sg_set_create_from(cand));
       return;
     }
-    counter_.filter(cand, prev);
+    counter_.bound(cand, prev);
   }
-  sg_set *count(sg_set *cand, sg_set *prev) override {
+  void count(sg_set *cand, const sg_set *prev) override {
     log.push_back("count " + of_size(cand) + " by " + of_size(prev));
-    return counter_.count(cand, prev);
+    counter_.count(cand, prev);
   }
   void candidates(int size) override {
     log.push_back("progress: candidates of " + std::to_string(size));
@@ -77,28 +85,33 @@ private:
 // Runs over transactions whose labels are all 0.
 class LevelLoop : public testing::Test {
 protected:
-  LevelLoop() : transactions(graph_list_new()) { stats_init(); }
-  ~LevelLoop() override { stats_free(); }
+  LevelLoop() : transactions(graph_list_new()) { stats_init(&stats); }
 
   void add(graph_ptr g) { graph_list_push(std::move(g), transactions.get()); }
   int mine(int minsup, int minsize = 1, int maxsize = INT_MAX) {
-    recorder r(transactions.get(), minsup);
+    recorder r(transactions.get(), minsup, jobs);
     r.drop_all = drop_all;
-    const mining_run run = {
-        transactions.get(), 1, 1, minsup, minsize, maxsize, jobs, &r, &r, &r};
-    const int last = mine_levels(&run);
+    const int last = mine_with(&r, minsize, maxsize);
     log = r.log;
     return last;
+  }
+  int mine_with(recorder *r, int minsize = 1, int maxsize = INT_MAX) {
+    const mining_run run = {minsize, maxsize, {.jobs = jobs}, r, r, r, &stats};
+    return mine_levels(&run);
   }
 
   graph_list_ptr transactions;
   bool drop_all = false;
   int jobs = 1;
   events log;
+  statistics stats;
 };
 
-const events edge_level = {"receive level: 1 of size 1", "progress: level 1"};
-const events path_level = {"receive level: 1 of size 2", "progress: level 2"};
+const events edge_level = {"edges", "receive level: 1 of size 1",
+                           "progress: level 1"};
+const events paths = {"double edges of 1 of size 1"};
+const events path_level = {"double edges of 1 of size 1",
+                           "receive level: 1 of size 2", "progress: level 2"};
 
 events operator+(events a, const events &b) {
   a.insert(a.end(), b.begin(), b.end());
@@ -116,11 +129,11 @@ TEST_F(LevelLoop, TellsEveryStepInOrder) {
       (edge_level + path_level +
        events{// path, star and triangle
               "receive candidates: 3 of size 3",
-              "filter 3 of size 3 by 1 of size 2", "progress: candidates of 3",
+              "bound 3 of size 3 by 1 of size 2", "progress: candidates of 3",
               "count 3 of size 3 by 1 of size 2", "receive level: 1 of size 3",
               "progress: level 3",
               // the triangle with itself gives nothing new
-              "receive candidates: none", "filter none by 1 of size 3"}));
+              "receive candidates: none", "bound none by 1 of size 3"}));
 }
 
 TEST_F(LevelLoop, NoProgressWhenAllCandidatesFailTheBound) {
@@ -129,9 +142,9 @@ TEST_F(LevelLoop, NoProgressWhenAllCandidatesFailTheBound) {
   EXPECT_EQ(mine(1), 3);
   EXPECT_EQ(log, (edge_level + path_level +
                   events{"receive candidates: 3 of size 3",
-                         "filter 3 of size 3 by 1 of size 2"}));
-  EXPECT_EQ(stats_get(stats_candidates, 3), 3);
-  EXPECT_EQ(stats_get(stats_frequent, 3), 0);
+                         "bound 3 of size 3 by 1 of size 2"}));
+  EXPECT_EQ(stats_get(&stats, stats_candidates, 3), 3);
+  EXPECT_EQ(stats_get(&stats, stats_frequent, 3), 0);
 }
 
 TEST_F(LevelLoop, EmptyLevelIsReceivedWhenCandidatesPassedTheBound) {
@@ -141,7 +154,7 @@ TEST_F(LevelLoop, EmptyLevelIsReceivedWhenCandidatesPassedTheBound) {
   EXPECT_EQ(mine(3), 3);
   EXPECT_EQ(log, (edge_level + path_level +
                   events{"receive candidates: 3 of size 3",
-                         "filter 3 of size 3 by 1 of size 2",
+                         "bound 3 of size 3 by 1 of size 2",
                          "progress: candidates of 3",
                          "count 3 of size 3 by 1 of size 2",
                          "receive level: none", "progress: level 3"}));
@@ -150,18 +163,18 @@ TEST_F(LevelLoop, EmptyLevelIsReceivedWhenCandidatesPassedTheBound) {
 TEST_F(LevelLoop, NothingHappensWithoutAFrequentEdge) {
   add(path_graph(2));
   EXPECT_EQ(mine(2), 0);
-  EXPECT_EQ(log, events{});
+  EXPECT_EQ(log, events{"edges"});
 }
 
 TEST_F(LevelLoop, NothingHappensWithoutTransactions) {
   EXPECT_EQ(mine(1), 0);
-  EXPECT_EQ(log, events{});
+  EXPECT_EQ(log, events{"edges"});
 }
 
 TEST_F(LevelLoop, EmptySecondLevelIsTriedButNotTold) {
   add(path_graph(2));
   EXPECT_EQ(mine(1), 2);
-  EXPECT_EQ(log, edge_level);
+  EXPECT_EQ(log, edge_level + paths);
 }
 
 TEST_F(LevelLoop, MaxsizeBelowOneMinesNothing) {
@@ -169,21 +182,21 @@ TEST_F(LevelLoop, MaxsizeBelowOneMinesNothing) {
   EXPECT_EQ(mine(1, 0, 0), 0);
   EXPECT_EQ(mine(1, -2, -2), 0);
   EXPECT_EQ(log, events{});
-  EXPECT_EQ(stats_get(stats_frequent, 1), 0);
+  EXPECT_EQ(stats_get(&stats, stats_frequent, 1), 0);
 }
 
 TEST_F(LevelLoop, MaxsizeOneStopsAfterTheEdges) {
   add(ring_graph(3));
   EXPECT_EQ(mine(1, 1, 1), 1);
   EXPECT_EQ(log, edge_level);
-  EXPECT_EQ(stats_get(stats_frequent, 2), 0);
+  EXPECT_EQ(stats_get(&stats, stats_frequent, 2), 0);
 }
 
 TEST_F(LevelLoop, MaxsizeTwoGeneratesNoCandidates) {
   add(ring_graph(3));
   EXPECT_EQ(mine(1, 1, 2), 2);
   EXPECT_EQ(log, edge_level + path_level);
-  EXPECT_EQ(stats_total(stats_candidates, 1, INT_MAX), 0);
+  EXPECT_EQ(stats_total(&stats, stats_candidates, 1, INT_MAX), 0);
 }
 
 TEST_F(LevelLoop, MaxsizeThreeGeneratesCandidatesOnce) {
@@ -191,7 +204,7 @@ TEST_F(LevelLoop, MaxsizeThreeGeneratesCandidatesOnce) {
   EXPECT_EQ(mine(1, 1, 3), 3);
   EXPECT_EQ(log, (edge_level + path_level +
                   events{"receive candidates: 3 of size 3",
-                         "filter 3 of size 3 by 1 of size 2",
+                         "bound 3 of size 3 by 1 of size 2",
                          "progress: candidates of 3",
                          "count 3 of size 3 by 1 of size 2",
                          "receive level: 1 of size 3", "progress: level 3"}));
@@ -200,19 +213,20 @@ TEST_F(LevelLoop, MaxsizeThreeGeneratesCandidatesOnce) {
 TEST_F(LevelLoop, SizesBelowMinsizeAreMinedButNotTold) {
   add(ring_graph(3));
   EXPECT_EQ(mine(1, 2, 2), 2);
-  EXPECT_EQ(log, path_level);
-  EXPECT_EQ(stats_get(stats_frequent, 1), 1);
+  EXPECT_EQ(log, events{"edges"} + path_level);
+  EXPECT_EQ(stats_get(&stats, stats_frequent, 1), 1);
 }
 
 TEST_F(LevelLoop, CandidatesBelowMinsizeAreReceivedWithoutProgress) {
   add(ring_graph(3));
   EXPECT_EQ(mine(1, 4, 4), 4);
   EXPECT_EQ(log,
-            (events{"receive candidates: 3 of size 3",
-                    "filter 3 of size 3 by 1 of size 2",
+            (events{"edges", "double edges of 1 of size 1",
+                    "receive candidates: 3 of size 3",
+                    "bound 3 of size 3 by 1 of size 2",
                     "count 3 of size 3 by 1 of size 2",
-                    "receive candidates: none", "filter none by 1 of size 3"}));
-  EXPECT_EQ(stats_get(stats_frequent, 3), 1);
+                    "receive candidates: none", "bound none by 1 of size 3"}));
+  EXPECT_EQ(stats_get(&stats, stats_frequent, 3), 1);
 }
 
 TEST_F(LevelLoop, FirstSizeToldIsMinsize) {
@@ -255,11 +269,112 @@ TEST_F(LevelLoop, LevelsArriveSortedWithSupportsAndParents) {
   add(complete_graph(4));
   add(complete_graph(4));
   checker c(transactions.get(), 2);
-  const mining_run run = {
-      transactions.get(), 1, 1, 2, 1, INT_MAX, 1, &c, &c, &c};
-  EXPECT_EQ(mine_levels(&run), 7);
+  EXPECT_EQ(mine_with(&c), 7);
   // The connected graphs on up to four vertices by edges: 1, 1, 3, 2, 1, 1.
   EXPECT_EQ(c.patterns, 9);
+}
+
+TEST_F(LevelLoop, EverySizeMinedIsCounted) {
+  add(complete_graph(4));
+  for (int size = 1; size <= 8; size++) // whatever was there before
+    for (const int kind : {stats_candidates, stats_frequent})
+      stats_set(&stats, kind, size, 77);
+  EXPECT_EQ(mine(1, 4, INT_MAX), 7);
+  // The connected graphs on up to four vertices by edges.
+  const int frequent[] = {1, 1, 3, 2, 1, 1};
+  for (int size = 1; size <= 6; size++)
+    EXPECT_EQ(stats_get(&stats, stats_frequent, size), frequent[size - 1]);
+  EXPECT_EQ(stats_get(&stats, stats_candidates, 3), 3);
+  EXPECT_EQ(stats_get(&stats, stats_candidates, 7), 0);
+  // Sizes that were not tried are left alone.
+  EXPECT_EQ(stats_get(&stats, stats_candidates, 2), 77);
+  EXPECT_EQ(stats_get(&stats, stats_frequent, 7), 77);
+  EXPECT_EQ(stats_get(&stats, stats_candidates, 8), 77);
+}
+
+TEST_F(LevelLoop, EmptyLevelsAreCountedAsZero) {
+  for (int size = 1; size <= 3; size++)
+    stats_set(&stats, stats_frequent, size, 77);
+  add(path_graph(2));
+  EXPECT_EQ(mine(2), 0);
+  EXPECT_EQ(stats_get(&stats, stats_frequent, 1), 0);
+  EXPECT_EQ(mine(1), 2);
+  EXPECT_EQ(stats_get(&stats, stats_frequent, 1), 1);
+  EXPECT_EQ(stats_get(&stats, stats_frequent, 2), 0);
+  add(ring_graph(3));
+  add(star_graph(4));
+  add(path_graph(4));
+  EXPECT_EQ(mine(3), 3);
+  EXPECT_EQ(stats_get(&stats, stats_frequent, 2), 1);
+  EXPECT_EQ(stats_get(&stats, stats_frequent, 3), 0);
+}
+
+namespace {
+
+// A level as it is when it is told, and the one below it.
+class two_level_checker : public recorder {
+public:
+  using recorder::level;
+  using recorder::recorder;
+  sg_set_ptr double_edges(const sg_set *edges) override {
+    below = edges;
+    return recorder::double_edges(edges);
+  }
+  void count(sg_set *cand, const sg_set *prev) override {
+    expect_children(prev, 0); // of candidates there are none yet
+    below = prev;
+    for (int i = 0; i < sg_set_size(prev); i++) {
+      const subgraph *sg = sg_set_get(prev, i);
+      EXPECT_TRUE(sg->rows && sg->links && sg->tid);
+    }
+    recorder::count(cand, prev);
+    expect_children(prev, 0);
+  }
+  void level(const sg_set *set) override {
+    if (!below)
+      return;
+    // Every pattern stands under the parents that it keeps, and nowhere else.
+    int kept = 0;
+    for (int id = 0; id < sg_set_size(set); id++) {
+      const subgraph *sg = sg_set_get(set, id);
+      for (int i = 0; i < sg_parent_size(sg); i++, kept++)
+        EXPECT_TRUE(is_child(sg_set_get(below, sg_parent_at(sg, i)->pid), id));
+    }
+    EXPECT_GT(kept, 0);
+    expect_children(below, kept);
+    if (sg_set_get(set, 0)->g->es > 4)
+      for (int i = 0; i < sg_set_size(below); i++) {
+        const subgraph *sg = sg_set_get(below, i);
+        EXPECT_FALSE(sg->rows || sg->links || sg->tid);
+      }
+    levels++;
+  }
+  const sg_set *below = nullptr;
+  int levels = 0;
+
+private:
+  static bool is_child(const subgraph *parent, int id) {
+    for (int i = 0; i < sg_child_size(parent); i++)
+      if (sg_child_at(parent, i) == id)
+        return true;
+    return false;
+  }
+  static void expect_children(const sg_set *level, int expected) {
+    int children = 0;
+    for (int i = 0; i < sg_set_size(level); i++)
+      children += sg_child_size(sg_set_get(level, i));
+    EXPECT_EQ(children, expected);
+  }
+};
+
+} // namespace
+
+TEST_F(LevelLoop, ChildrenAreRegisteredAndWhatCountingNeedsIsFreed) {
+  add(complete_graph(4));
+  add(complete_graph(4));
+  two_level_checker c(transactions.get(), 2);
+  EXPECT_EQ(mine_with(&c), 7);
+  EXPECT_EQ(c.levels, 5); // of sizes 2 to 6
 }
 
 TEST_F(LevelLoop, ThreadsDoNotShow) {

@@ -13,20 +13,21 @@ namespace {
 class LiveTable : public testing::Test {
 protected:
   LiveTable() {
-    stats_init();
-    stats_set(stats_frequent, 1, 4);
-    stats_set(stats_frequent, 2, 12);
-    stats_set(stats_candidates, 3, 120);
-    stats_set(stats_frequent, 3, 7);
+    stats_init(&stats);
+    stats_set(&stats, stats_frequent, 1, 4);
+    stats_set(&stats, stats_frequent, 2, 12);
+    stats_set(&stats, stats_candidates, 3, 120);
+    stats_set(&stats, stats_frequent, 3, 7);
   }
-  ~LiveTable() override { stats_free(); }
 
-  template <class Callable> static std::string shown(Callable tell) {
+  template <class Callable> std::string shown(Callable tell) const {
     return written_text([&](FILE *out) {
-      live_table table(out, false);
+      live_table table(out, false, &stats);
       tell(table);
     });
   }
+
+  statistics stats;
 };
 
 } // namespace
@@ -49,7 +50,7 @@ TEST_F(LiveTable, LaterRowsComeInTwoHalves) {
 }
 
 TEST_F(LiveTable, FrequentHalfOfAnEmptyLevelShowsZero) {
-  stats_set(stats_frequent, 3, 0);
+  stats_set(&stats, stats_frequent, 3, 0);
   EXPECT_EQ(shown([](live_table &t) {
               t.candidates(3);
               t.level(3);
@@ -61,7 +62,7 @@ TEST_F(LiveTable, HalvesAreFlushedAtOnce) {
   char *text = nullptr;
   size_t length = 0;
   FILE *out = open_memstream(&text, &length);
-  live_table table(out, false);
+  live_table table(out, false, &stats);
   table.candidates(3);
   EXPECT_EQ(std::string(text, length), "  3    120        ");
   fclose(out);
@@ -69,8 +70,8 @@ TEST_F(LiveTable, HalvesAreFlushedAtOnce) {
 }
 
 TEST_F(LiveTable, SilentTableShowsNothing) {
-  EXPECT_EQ(written_text([](FILE *out) {
-              live_table table(out, true);
+  EXPECT_EQ(written_text([&](FILE *out) {
+              live_table table(out, true, &stats);
               table.level(1);
               table.level(2);
               table.candidates(3);

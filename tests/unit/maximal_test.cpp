@@ -14,8 +14,22 @@ using pairs = std::vector<std::pair<int, int>>;
 
 class Maximal : public testing::Test {
 protected:
-  void SetUp() override { stats_init(); }
-  void TearDown() override { stats_free(); }
+  void SetUp() override { stats_init(&stats); }
+
+  // The maximal patterns of a PC-list text.
+  pairs maximal_in(const std::string &text, int minsize = 1) {
+    const temp_file file(text);
+    const ksstack_ptr tags(find_maximal_tags(file.path(), minsize, &stats));
+    pairs names;
+    for (int i = 0; i < tags->count; i++) {
+      const auto tag = ksstack_get<pattern_tag>(tags.get(), i);
+      EXPECT_EQ(tag.active, 1);
+      names.emplace_back(tag.size, tag.id);
+    }
+    return names;
+  }
+
+  statistics stats;
 };
 using MaximalFatal = Maximal;
 using MaximalCheck = Maximal;
@@ -27,19 +41,6 @@ static ksstack_ptr tags_of(const pairs &names) {
     ksstack_push(&tag, tags.get());
   }
   return tags;
-}
-
-// The maximal patterns of a PC-list text.
-static pairs maximal_in(const std::string &text, int minsize = 1) {
-  const temp_file file(text);
-  const ksstack_ptr tags(find_maximal_tags(file.path(), minsize));
-  pairs names;
-  for (int i = 0; i < tags->count; i++) {
-    const auto tag = ksstack_get<pattern_tag>(tags.get(), i);
-    EXPECT_EQ(tag.active, 1);
-    names.emplace_back(tag.size, tag.id);
-  }
-  return names;
 }
 
 // Whether a line names a pattern; its name and parents go to the others.
@@ -128,9 +129,9 @@ TEST_F(MaximalCheck, ParentOfAnotherSizeThanOneLess) {
 TEST_F(Maximal, PatternsNamedAsParentsAreNotMaximal) {
   EXPECT_EQ(maximal_in("1-0\n1-1\n1-2\n2-0 1-0\n2-1 1-0 1-2\n3-0 2-1\n"),
             (pairs{{1, 1}, {2, 0}, {3, 0}}));
-  EXPECT_EQ(stats_get(stats_frequent, 1), 1);
-  EXPECT_EQ(stats_get(stats_frequent, 2), 1);
-  EXPECT_EQ(stats_get(stats_frequent, 3), 1);
+  EXPECT_EQ(stats_get(&stats, stats_frequent, 1), 1);
+  EXPECT_EQ(stats_get(&stats, stats_frequent, 2), 1);
+  EXPECT_EQ(stats_get(&stats, stats_frequent, 3), 1);
 }
 
 TEST_F(Maximal, OneEdgePatternsAloneAreAllMaximal) {
@@ -152,12 +153,12 @@ TEST_F(Maximal, CommentsAndOtherLinesArePassedOver) {
 }
 
 TEST_F(Maximal, StatisticsOfBothKindsStartAnew) {
-  stats_set(stats_candidates, 3, 8);
-  stats_set(stats_frequent, 5, 8);
+  stats_set(&stats, stats_candidates, 3, 8);
+  stats_set(&stats, stats_frequent, 5, 8);
   maximal_in("1-0\n1-1\n");
-  EXPECT_EQ(stats_largest(stats_candidates), 0);
-  EXPECT_EQ(stats_get(stats_frequent, 1), 2);
-  EXPECT_EQ(stats_largest(stats_frequent), 1);
+  EXPECT_EQ(stats_largest(&stats, stats_candidates), 0);
+  EXPECT_EQ(stats_get(&stats, stats_frequent, 1), 2);
+  EXPECT_EQ(stats_largest(&stats, stats_frequent), 1);
 }
 
 TEST_F(Maximal, EmptyListHasNoMaximalPattern) {
@@ -166,12 +167,12 @@ TEST_F(Maximal, EmptyListHasNoMaximalPattern) {
 }
 
 TEST_F(MaximalCheck, ParentThatWasNotWritten) {
-  EXPECT_EQ(check_text([] { maximal_in("1-0\n2-0 1-1\n"); }),
+  EXPECT_EQ(check_text([&] { maximal_in("1-0\n2-0 1-1\n"); }),
             "maximal.cpp:N: deactivate_pattern_tag: Assertion `ptr' failed.\n");
 }
 
 TEST_F(MaximalFatal, MissingPcList) {
-  EXPECT_EQ(fatal_text([] { find_maximal_tags("/no/such", 1); }),
+  EXPECT_EQ(fatal_text([&] { find_maximal_tags("/no/such", 1, &stats); }),
             "can't open a file '/no/such'\n");
 }
 
@@ -288,19 +289,19 @@ TEST_F(Maximal, SelectionRewritesAllThreeFiles) {
   const temp_file pc("1-0\n1-1\n2-0 1-0\n2-1 1-0\n");
   const temp_file tid("1-0 0 1\n1-1 2\n2-0 0\n2-1 1\n");
   select_maximal_patterns(labels().get(), 1, 1, 0, 0, patterns.path(),
-                          pc.path(), tid.path());
+                          pc.path(), tid.path(), &stats);
   EXPECT_EQ(patterns.text(), "# head\n" + edge_1 + path_0 + path_1);
   EXPECT_EQ(pc.text(), "1-1\n2-0 1-0\n2-1 1-0\n");
   EXPECT_EQ(tid.text(), "1-1 2\n2-0 0\n2-1 1\n");
-  EXPECT_EQ(stats_get(stats_frequent, 1), 1);
-  EXPECT_EQ(stats_get(stats_frequent, 2), 2);
+  EXPECT_EQ(stats_get(&stats, stats_frequent, 1), 1);
+  EXPECT_EQ(stats_get(&stats, stats_frequent, 2), 2);
 }
 
 TEST_F(Maximal, SelectionWithoutATidList) {
   const temp_file patterns(edge_0 + path_0);
   const temp_file pc("1-0\n2-0 1-0\n");
   select_maximal_patterns(labels().get(), 1, 0, 1, 1, patterns.path(),
-                          pc.path(), nullptr);
+                          pc.path(), nullptr, &stats);
   EXPECT_EQ(patterns.text(), path_0);
   EXPECT_EQ(pc.text(), "2-0 1-0\n");
 }
@@ -310,7 +311,7 @@ TEST_F(Maximal, SelectionWithoutPatternsLeavesTheFilesAlone) {
   const temp_file pc("# x\n");
   const temp_file tid("no id\n");
   select_maximal_patterns(labels().get(), 1, 1, 1, 1, patterns.path(),
-                          pc.path(), tid.path());
+                          pc.path(), tid.path(), &stats);
   EXPECT_EQ(patterns.text(), "# head\n\nnot even a pattern file");
   EXPECT_EQ(pc.text(), "# x\n");
   EXPECT_EQ(tid.text(), "no id\n");

@@ -4,7 +4,7 @@
 
 #include "mining/candidates.h"
 #include "mining/first_levels.h"
-#include "mining/statistics.h"
+#include "mining/parents.h"
 #include "mining/support.h"
 #include "support/records.h"
 
@@ -15,14 +15,12 @@ using ints = std::vector<int>;
 // Candidates of three edges over transactions of one label.
 class Occurrences : public testing::Test {
 protected:
-  void SetUp() override { stats_init(); }
-  void TearDown() override { stats_free(); }
-
   // The candidate with the graph g, with its bound, over the levels below.
   subgraph *candidate_of(const graph_ptr &g) {
     cores.reset(sg_frequent_edges(database.get(), 1, 1, 1));
     level.reset(sg_frequent_double_edges(cores.get(), database.get(), 1, 1, 1));
-    candidates.reset(sg_generate_candidates(level.get(), cores.get()));
+    sg_register_children(level.get(), cores.get());
+    candidates = sg_generate_candidates(level.get(), cores.get()).candidates;
     sg_filter_candidates_by_support(candidates.get(), level.get(),
                                     database.get(), 1);
     return sg_set_find_record(candidates.get(), canonical_record(g).get());

@@ -15,7 +15,7 @@ static sg_set_ptr level_of(const ints &supports) {
   sg_set_ptr level(sg_set_create());
   for (const int support : supports) {
     sg_ptr sg = record_of(path_graph(2));
-    set_tids(sg.get(), identity_of(support));
+    sg->count = support;
     sg_set_push(level.get(), std::move(sg));
   }
   return level;

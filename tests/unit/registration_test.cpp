@@ -114,9 +114,9 @@ TEST_F(Registration, AllParentsAreNamedTwoAreKept) {
   set_prev(make_graph({0, 1, 2}, {{0, 1}, {0, 2}}),
            make_graph({0, 1, 3}, {{0, 1}, {0, 2}}),
            make_graph({0, 2, 3}, {{0, 1}, {0, 2}}));
-  const ints tids[] = {{0}, {0, 1}, {0, 1, 2}};
+  const int supports[] = {1, 2, 3};
   for (int id = 0; id < 3; id++)
-    set_tids(sg_set_get(prev.get(), id), tids[id]);
+    sg_set_get(prev.get(), id)->count = supports[id];
   const subgraph *sg =
       offer(make_graph({0, 1, 2, 3}, {{0, 1}, {0, 2}, {0, 3}}));
   ASSERT_NE(sg, nullptr);
@@ -216,7 +216,6 @@ TEST_F(Registration, LeavesNoMarksAndForgetsOldParents) {
 // All candidates of a database in the order they are joined come out alike with
 // what is known of their parents beforehand and without.
 TEST_F(Registration, WhatIsKnownBeforehandOnlySavesWork) {
-  stats_init();
   test_rng rng(5);
   for (int round = 0; round < 20; round++) {
     const graph_list_ptr database =
@@ -228,7 +227,8 @@ TEST_F(Registration, WhatIsKnownBeforehandOnlySavesWork) {
                               cache.get());
       derived_parents known(levels.children.get(), levels.cores.get(),
                             cache.get(), &table);
-      registration with(levels.children.get(), &known);
+      registration with(levels.children.get(), labeller::default_threshold,
+                        &known);
       registration without(levels.children.get());
       for (int id = 0; id < sg_set_size(levels.children.get()); id++) {
         const graph *g = sg_set_get(levels.children.get(), id)->g;
@@ -257,13 +257,9 @@ TEST_F(Registration, WhatIsKnownBeforehandOnlySavesWork) {
         }
       }
       EXPECT_EQ(with.accepted.size(), without.accepted.size());
-      go_up(&levels,
-            sg_set_ptr(sg_generate_candidates(levels.children.get(),
-                                              levels.cores.get())),
-            database.get(), 1);
+      go_up(&levels, candidates_of(levels), database.get(), 1);
     }
   }
-  stats_free();
 }
 
 } // namespace kestro

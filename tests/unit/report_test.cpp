@@ -54,28 +54,30 @@ protected:
 
 class Table : public testing::Test {
 protected:
-  Table() { stats_init(); }
-  ~Table() override { stats_free(); }
+  Table() { stats_init(&stats); }
 
   // The table of sizes up to last.
   std::string text(int last, int mask = mask_full, const char *prefix = "") {
-    return written_text(
-        [&](FILE *out) { print_size_table(&o, last, out, prefix, mask); });
+    return written_text([&](FILE *out) {
+      print_size_table(&o, &stats, last, out, prefix, mask);
+    });
   }
   std::string summary(const char *prefix = "") {
-    return written_text([&](FILE *out) { print_summary(&o, out, prefix); });
+    return written_text(
+        [&](FILE *out) { print_summary(&o, &stats, out, prefix); });
   }
-  static void set_frequent(const std::vector<int> &counts) {
+  void set_frequent(const std::vector<int> &counts) {
     for (size_t i = 0; i < counts.size(); i++)
-      stats_set(stats_frequent, static_cast<int>(i) + 1, counts[i]);
+      stats_set(&stats, stats_frequent, static_cast<int>(i) + 1, counts[i]);
+  }
+  std::string row(int size, const char *prefix, int mask) const {
+    return written_text(
+        [&](FILE *out) { print_table_row(&stats, size, out, prefix, mask); });
   }
 
   options o;
+  statistics stats;
 };
-
-std::string row(int mask) {
-  return written_text([&](FILE *out) { print_table_row(3, out, "# ", mask); });
-}
 
 std::string heading(int mask) {
   return written_text([&](FILE *out) { print_table_heading(out, "# ", mask); });
@@ -206,27 +208,25 @@ TEST_F(Table, HeadingFollowsTheMask) {
 }
 
 TEST_F(Table, RowFollowsTheMask) {
-  stats_set(stats_candidates, 3, 25);
-  stats_set(stats_frequent, 3, 9);
-  EXPECT_EQ(row(mask_full), "#   3    25         9                 \n");
-  EXPECT_EQ(row(mask_maximal), "#   3    9                 \n");
-  EXPECT_EQ(row(mask_candidate_half), "#   3    25         ");
-  EXPECT_EQ(row(mask_frequent_half), "9                 \n");
-  EXPECT_EQ(row(8 | 16), "");
+  stats_set(&stats, stats_candidates, 3, 25);
+  stats_set(&stats, stats_frequent, 3, 9);
+  EXPECT_EQ(row(3, "# ", mask_full),
+            "#   3    25         9                 \n");
+  EXPECT_EQ(row(3, "# ", mask_maximal), "#   3    9                 \n");
+  EXPECT_EQ(row(3, "# ", mask_candidate_half), "#   3    25         ");
+  EXPECT_EQ(row(3, "# ", mask_frequent_half), "9                 \n");
+  EXPECT_EQ(row(3, "# ", 8 | 16), "");
 }
 
 TEST_F(Table, SizesOneAndTwoShowNoCandidates) {
-  stats_set(stats_candidates, 2, 25);
-  stats_set(stats_frequent, 2, 9);
-  EXPECT_EQ(
-      written_text([](FILE *out) { print_table_row(2, out, "", mask_full); }),
-      "  2               9                 \n");
+  stats_set(&stats, stats_candidates, 2, 25);
+  stats_set(&stats, stats_frequent, 2, 9);
+  EXPECT_EQ(row(2, "", mask_full), "  2               9                 \n");
 }
 
 TEST_F(Table, WideNumbersWidenTheirColumn) {
-  stats_set(stats_candidates, 12345, 2147483647);
-  EXPECT_EQ(written_text(
-                [](FILE *out) { print_table_row(12345, out, "", mask_full); }),
+  stats_set(&stats, stats_candidates, 12345, 2147483647);
+  EXPECT_EQ(row(12345, "", mask_full),
             "  12345 2147483647 0                 \n");
 }
 
@@ -237,7 +237,7 @@ TEST_F(Table, NothingMinedIsAnEmptyLine) {
 
 TEST_F(Table, RowsUpToTheLastSize) {
   set_frequent({5, 6, 1});
-  stats_set(stats_candidates, 3, 8);
+  stats_set(&stats, stats_candidates, 3, 8);
   EXPECT_EQ(text(3, mask_full, "# "), "#   Size Candidates Frequent Patterns \n"
                                       "#   1               5                 \n"
                                       "#   2               6                 \n"
@@ -254,7 +254,7 @@ TEST_F(Table, LastSizeWithoutAnyCountIsLeftOut) {
 
 TEST_F(Table, LastSizeWithCandidatesOnlyIsShown) {
   set_frequent({5, 6});
-  stats_set(stats_candidates, 3, 8);
+  stats_set(&stats, stats_candidates, 3, 8);
   EXPECT_EQ(text(3), "  Size Candidates Frequent Patterns \n"
                      "  1               5                 \n"
                      "  2               6                 \n"
@@ -299,8 +299,8 @@ TEST_F(Table, NegativeMinsizeStartsAtOne) {
 
 TEST_F(Table, SummaryByteForByte) {
   set_frequent({5, 6, 1});
-  stats_set(stats_candidates, 3, 8);
-  stats_set(stats_candidates, 4, 2);
+  stats_set(&stats, stats_candidates, 3, 8);
+  stats_set(&stats, stats_candidates, 4, 2);
   EXPECT_EQ(summary("# "),
             "#   Largest Frequent Pattern Size:               3\n"
             "#   Total Number of Candidates Generated:        10\n"
@@ -323,8 +323,8 @@ TEST_F(Table, SummaryOfNothing) {
 
 TEST_F(Table, SummaryTotalsCountReportedSizesOnly) {
   set_frequent({5, 6, 1, 3});
-  stats_set(stats_candidates, 3, 8);
-  stats_set(stats_candidates, 4, 20);
+  stats_set(&stats, stats_candidates, 3, 8);
+  stats_set(&stats, stats_candidates, 4, 20);
   o.minsize = 2;
   o.maxsize = 3;
   EXPECT_EQ(summary(), "  Largest Frequent Pattern Size:               4\n"
@@ -334,19 +334,19 @@ TEST_F(Table, SummaryTotalsCountReportedSizesOnly) {
 }
 
 TEST_F(Table, SummaryTotalsMayExceedAnInt) {
-  stats_set(stats_candidates, 3, 2147483647);
-  stats_set(stats_candidates, 4, 2147483647);
-  stats_set(stats_frequent, 3, 2147483647);
-  stats_set(stats_frequent, 4, 3);
+  stats_set(&stats, stats_candidates, 3, 2147483647);
+  stats_set(&stats, stats_candidates, 4, 2147483647);
+  stats_set(&stats, stats_frequent, 3, 2147483647);
+  stats_set(&stats, stats_frequent, 4, 3);
   const std::string text =
-      written_text([&](FILE *out) { print_summary(&o, out, ""); });
+      written_text([&](FILE *out) { print_summary(&o, &stats, out, ""); });
   EXPECT_NE(text.find("Generated:        4294967294\n"), std::string::npos);
   EXPECT_NE(text.find("Found:     2147483650\n"), std::string::npos);
 }
 
 TEST_F(Table, SummaryWithMinsizeAboveAllTotalsNothing) {
   set_frequent({5, 6});
-  stats_set(stats_candidates, 3, 8);
+  stats_set(&stats, stats_candidates, 3, 8);
   o.minsize = 9;
   EXPECT_EQ(summary(), "  Largest Frequent Pattern Size:               2\n"
                        "  Total Number of Frequent Patterns Found:     0\n"
@@ -354,8 +354,8 @@ TEST_F(Table, SummaryWithMinsizeAboveAllTotalsNothing) {
 }
 
 TEST_F(Table, SummaryCountsSizesBeyondTheFirstTable) {
-  stats_set(stats_frequent, 200, 3);
-  stats_set(stats_candidates, 200, 4);
+  stats_set(&stats, stats_frequent, 200, 3);
+  stats_set(&stats, stats_candidates, 200, 4);
   EXPECT_EQ(summary(), "  Largest Frequent Pattern Size:               200\n"
                        "  Total Number of Candidates Generated:        4\n"
                        "  Total Number of Frequent Patterns Found:     3\n"
@@ -364,9 +364,9 @@ TEST_F(Table, SummaryCountsSizesBeyondTheFirstTable) {
 
 TEST_F(Table, SummaryAfterARecountForgetsCandidates) {
   set_frequent({5, 6});
-  stats_set(stats_candidates, 3, 8);
-  stats_reset();
-  stats_increment(stats_frequent, 2);
+  stats_set(&stats, stats_candidates, 3, 8);
+  stats_reset(&stats);
+  stats_increment(&stats, stats_frequent, 2);
   EXPECT_EQ(summary(), "  Largest Frequent Pattern Size:               2\n"
                        "  Total Number of Frequent Patterns Found:     1\n"
                        "\n");

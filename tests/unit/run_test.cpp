@@ -10,7 +10,6 @@
 #include <gtest/gtest.h>
 
 #include "base/output_lock.h"
-#include "cl/canonical.h"
 #include "support/fatal.h"
 #include "support/program.h"
 #include "support/scratch_folder.h"
@@ -202,9 +201,24 @@ TEST_F(Run, SupportCountIsSetFromTheTransactions) {
 }
 
 TEST_F(Run, StabilizerThresholdIsHandedOn) {
-  o.stabilizer_threshold = 9;
-  run();
-  EXPECT_EQ(cl_get_stabilizer_threshold(), 9);
+  // Three vertices joined with three others, a perfect matching with another
+  // label: six vertices that look alike.  Only the exhaustive search brings
+  // them into one form.
+  folder.write("db.g", "t\n"
+                       "v 0 a\nv 1 a\nv 2 a\nv 3 a\nv 4 a\nv 5 a\n"
+                       "u 0 3 y\nu 0 4 x\nu 0 5 x\n"
+                       "u 1 3 x\nu 1 4 y\nu 1 5 x\n"
+                       "u 2 3 x\nu 2 4 x\nu 2 5 y\n");
+  const auto listed_twice = [&](int threshold, int jobs) {
+    o.stabilizer_threshold = threshold;
+    o.jobs = jobs;
+    run();
+    return folder.read("db.fp").find("\nt # 9-1,") != std::string::npos;
+  };
+  for (const int jobs : {1, 2}) {
+    EXPECT_TRUE(listed_twice(6, jobs));
+    EXPECT_FALSE(listed_twice(7, jobs));
+  }
 }
 
 TEST_F(Run, OnlyAskedOutputsAreCreated) {

@@ -141,8 +141,6 @@ TEST(SearchPlan, FindCanBeRepeated) {
     EXPECT_TRUE(plan.find(ring_graph(4).get(), image.data()));
     EXPECT_EQ(image, (ints{0, 1, 2, 3}));
   }
-  search_plan_free_work_area();
-  EXPECT_TRUE(plan.find(ring_graph(4).get(), image.data()));
 }
 
 TEST(SearchPlan, CanBecomeThePlanOfAnotherPattern) {

@@ -7,7 +7,7 @@
 #include "graph/graph_list.h"
 #include "mining/candidates.h"
 #include "mining/first_levels.h"
-#include "mining/statistics.h"
+#include "mining/parents.h"
 #include "support/graphs.h"
 
 namespace kestro {
@@ -23,13 +23,12 @@ protected:
     graph_list_push(star_graph(4), transactions.get());
     graph_list_push(ring_graph(3), transactions.get());
     graph_list_push(path_graph(4), transactions.get());
-    stats_init();
     level1.reset(sg_frequent_edges(transactions.get(), 1, 1, 1));
     level2.reset(
         sg_frequent_double_edges(level1.get(), transactions.get(), 1, 1, 1));
-    candidates.reset(sg_generate_candidates(level2.get(), level1.get()));
+    sg_register_children(level2.get(), level1.get());
+    candidates = sg_generate_candidates(level2.get(), level1.get()).candidates;
   }
-  ~TransactionCounter() override { stats_free(); }
 
   static std::vector<int> tids(const subgraph *sg) {
     std::vector<int> list;
@@ -45,6 +44,18 @@ protected:
     return {};
   }
 
+  static void expect_same(const sg_set *a, const sg_set *b) {
+    ASSERT_EQ(sg_set_size(a), sg_set_size(b));
+    for (int i = 0; i < sg_set_size(a); i++) {
+      const subgraph *x = sg_set_get(a, i);
+      const subgraph *y = sg_set_get(b, i);
+      EXPECT_EQ(sg_compare(x, y), 0);
+      EXPECT_EQ(x->count, y->count);
+      EXPECT_EQ(tids(x), tids(y));
+      EXPECT_EQ(sg_pid_size(x), sg_pid_size(y));
+    }
+  }
+
   graph_list_ptr transactions;
   sg_set_ptr level1;
   sg_set_ptr level2;
@@ -53,61 +64,78 @@ protected:
 
 } // namespace
 
-TEST_F(TransactionCounter, FilterBoundsByTheParentsTransactions) {
+TEST_F(TransactionCounter, BoundIsTheParentsTransactions) {
   ASSERT_EQ(sg_set_size(candidates.get()), 3);
-  transaction_counter(transactions.get(), 4, 1)
-      .filter(candidates.get(), level2.get());
+  transaction_counter(transactions.get(), 1, 1, 4, 1)
+      .bound(candidates.get(), level2.get());
   ASSERT_EQ(sg_set_size(candidates.get()), 3);
   for (int i = 0; i < 3; i++)
     EXPECT_EQ(tids(sg_set_get(candidates.get(), i)),
               (std::vector<int>{0, 1, 2, 3}));
 }
 
-TEST_F(TransactionCounter, FilterDropsWhatTheBoundExcludes) {
-  transaction_counter(transactions.get(), 5, 1)
-      .filter(candidates.get(), level2.get());
+TEST_F(TransactionCounter, BoundDropsWhatItExcludes) {
+  transaction_counter(transactions.get(), 1, 1, 5, 1)
+      .bound(candidates.get(), level2.get());
   EXPECT_EQ(sg_set_size(candidates.get()), 0);
 }
 
 TEST_F(TransactionCounter, CountKeepsFrequentOnesWithExactTids) {
-  transaction_counter counter(transactions.get(), 2, 2);
-  counter.filter(candidates.get(), level2.get());
-  const sg_set_ptr frequent(counter.count(candidates.release(), level2.get()));
-  ASSERT_EQ(sg_set_size(frequent.get()), 1);
-  EXPECT_EQ(sg_set_get(frequent.get(), 0)->count, 2);
-  EXPECT_EQ(tids_of_triangle(frequent.get()), (std::vector<int>{0, 2}));
-  EXPECT_EQ(stats_get(stats_frequent, 3), 1);
+  transaction_counter counter(transactions.get(), 1, 1, 2, 2);
+  counter.bound(candidates.get(), level2.get());
+  counter.count(candidates.get(), level2.get());
+  ASSERT_EQ(sg_set_size(candidates.get()), 1);
+  EXPECT_EQ(sg_set_get(candidates.get(), 0)->count, 2);
+  EXPECT_EQ(tids_of_triangle(candidates.get()), (std::vector<int>{0, 2}));
 }
 
 TEST_F(TransactionCounter, CountAtOneKeepsEveryOccurringCandidate) {
-  transaction_counter counter(transactions.get(), 1, 2);
-  counter.filter(candidates.get(), level2.get());
-  const sg_set_ptr frequent(counter.count(candidates.release(), level2.get()));
-  ASSERT_EQ(sg_set_size(frequent.get()), 3);
+  transaction_counter counter(transactions.get(), 1, 1, 1, 2);
+  counter.bound(candidates.get(), level2.get());
+  counter.count(candidates.get(), level2.get());
+  ASSERT_EQ(sg_set_size(candidates.get()), 3);
   std::vector<int> supports;
   for (int i = 0; i < 3; i++)
-    supports.push_back(sg_support(sg_set_get(frequent.get(), i)));
+    supports.push_back(sg_support(sg_set_get(candidates.get(), i)));
   std::sort(supports.begin(), supports.end());
   EXPECT_EQ(supports, (std::vector<int>{1, 1, 2}));
-  EXPECT_EQ(tids_of_triangle(frequent.get()), (std::vector<int>{0, 2}));
+  EXPECT_EQ(tids_of_triangle(candidates.get()), (std::vector<int>{0, 2}));
 }
 
-TEST_F(TransactionCounter, CountRegistersChildren) {
-  transaction_counter counter(transactions.get(), 1, 2);
-  counter.filter(candidates.get(), level2.get());
-  const sg_set_ptr frequent(counter.count(candidates.release(), level2.get()));
+TEST_F(TransactionCounter, CountLeavesTheLevelBelowAsItIs) {
+  transaction_counter counter(transactions.get(), 1, 1, 1, 2);
+  counter.bound(candidates.get(), level2.get());
+  counter.count(candidates.get(), level2.get());
   const subgraph *path = sg_set_get(level2.get(), 0);
-  ASSERT_EQ(sg_child_size(path), 3);
-  for (int i = 0; i < 3; i++)
-    EXPECT_EQ(sg_child_at(path, i), i);
+  EXPECT_EQ(sg_child_size(path), 0);
+  EXPECT_EQ(tids(path), (std::vector<int>{0, 1, 2, 3}));
+  EXPECT_NE(path->rows, nullptr);
+  EXPECT_NE(path->links, nullptr);
+}
+
+TEST_F(TransactionCounter, FirstLevelsAreTheFrequentOnes) {
+  graph_list_push(make_graph({0, 1}, {{0, 1, 1}}), transactions.get());
+  for (const int minsup : {1, 2, 5}) {
+    transaction_counter counter(transactions.get(), 2, 2, minsup, 1);
+    const sg_set_ptr edges = counter.edges();
+    const sg_set_ptr expected(
+        sg_frequent_edges(transactions.get(), minsup, 2, 2));
+    expect_same(edges.get(), expected.get());
+    const sg_set_ptr paths = counter.double_edges(edges.get());
+    const sg_set_ptr expected_paths(sg_frequent_double_edges(
+        expected.get(), transactions.get(), minsup, 2, 2));
+    expect_same(paths.get(), expected_paths.get());
+    EXPECT_EQ(sg_set_size(edges.get()), minsup == 1 ? 2 : minsup == 2);
+    for (int i = 0; i < sg_set_size(edges.get()); i++)
+      EXPECT_EQ(sg_child_size(sg_set_get(edges.get(), i)), 0);
+  }
 }
 
 TEST_F(TransactionCounter, CountMayEndWithAnEmptyLevel) {
-  transaction_counter counter(transactions.get(), 3, 2);
-  counter.filter(candidates.get(), level2.get());
-  const sg_set_ptr frequent(counter.count(candidates.release(), level2.get()));
-  EXPECT_EQ(sg_set_size(frequent.get()), 0);
-  EXPECT_EQ(stats_get(stats_frequent, 3), 0);
+  transaction_counter counter(transactions.get(), 1, 1, 3, 2);
+  counter.bound(candidates.get(), level2.get());
+  counter.count(candidates.get(), level2.get());
+  EXPECT_EQ(sg_set_size(candidates.get()), 0);
 }
 
 } // namespace kestro
