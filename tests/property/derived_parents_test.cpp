@@ -82,7 +82,7 @@ private:
     x_ = x;
     pattern_ = sg_set_get(children_, x.pattern);
     cand_ = extended(pattern_->g, x);
-    const bool passed = derived_.start(x);
+    const bool passed = derived_.look_up(x);
     cl_canonicalize_graph(cand_.get());
     const bool invariant = cl_form_is_invariant();
     parts_ = find_parts();
@@ -93,13 +93,13 @@ private:
               "refused, but all its parts are there");
       return;
     }
-    derived_.arrange(cand_.get());
+    derived_.take_order(cand_.get());
     count_case(invariant);
     bool all = true;
     for (const part &p : parts_)
       all &= check_part(p);
-    counts_->told_all += derived_.tells_all();
-    require(!derived_.tells_all() || all, "not all parents are told");
+    counts_->told_all += derived_.knows_all();
+    require(!derived_.knows_all() || all, "not all parents are told");
   }
 
   // A connected part of the candidate of one edge less.
@@ -130,7 +130,7 @@ private:
     std::vector<int> memory(static_cast<size_t>(sg_parent_ints(vs)), -7);
     auto *entry = reinterpret_cast<sg_parent *>(memory.data());
     const bool told = derived_.find(p.edge, entry);
-    require(told == derived_.tells(p.edge), "tells and find differ");
+    require(told == derived_.knows(p.edge), "tells and find differ");
     if (!told) {
       counts_->untold++;
       check_untold(p);

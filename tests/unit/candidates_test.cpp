@@ -8,6 +8,7 @@
 #include "mining/first_levels.h"
 #include "mining/parents.h"
 #include "mining/support.h"
+#include "support/plain_joins.h"
 #include "support/records.h"
 
 namespace kestro {
@@ -203,16 +204,12 @@ struct pair_joiner {
       : table(children, cores, cache.get()),
         derived(children, cores, cache.get(), &table),
         registry(children, labeller::default_threshold, &derived),
-        context{children,      cores, cache.get(), &made,
-                scratch.get(), &work, &registry} {}
+        context(children, cores, cache.get(), &registry) {}
 
   automorphism_cache_ptr cache{automorphism_cache_create()};
   child_table table;
   derived_parents derived;
   registration registry;
-  extension_set made;
-  sg_ptr scratch{sg_create(6, 4)};
-  join_work work{2};
   join_context context;
 };
 
@@ -244,8 +241,8 @@ TEST_F(Candidates, JoinPairBuildsUponTheSecond) {
   const int with_2 = first_has_2 ? 0 : 1;
   const int with_3 = 1 - with_2;
   sg_join_pair(with_2, with_3, core, &joiner.context);
-  EXPECT_TRUE(joiner.made.insert(pendant_extension(with_2, 0, 0, 3)));
-  EXPECT_FALSE(joiner.made.insert(pendant_extension(with_3, 0, 0, 2)));
+  EXPECT_TRUE(joiner.context.seen.insert(pendant_extension(with_2, 0, 0, 3)));
+  EXPECT_FALSE(joiner.context.seen.insert(pendant_extension(with_3, 0, 0, 2)));
 }
 
 static ints map_of(const parent_entry &ea, const parent_entry &eb,

@@ -10,9 +10,9 @@
 namespace kestro {
 
 static std::vector<std::pair<int, int>> removable(const graph_ptr &g) {
-  edge_finder finder;
+  removable_edges finder;
   std::vector<std::pair<int, int>> ends;
-  for (const removable_edge &edge : finder.removable_edges(g.get())) {
+  for (const removable_edge &edge : finder.of(g.get())) {
     EXPECT_EQ(g->e[edge.slot], edge.w);
     ends.emplace_back(edge.u, edge.w);
   }
@@ -58,12 +58,12 @@ TEST(Closure, ALeafOnARingCanGoAndSoCanTheRing) {
 }
 
 TEST(Closure, OneFinderServesGraphsOfAllSizes) {
-  edge_finder finder;
-  EXPECT_EQ(finder.removable_edges(ring_graph(9).get()).size(), 9u);
-  EXPECT_EQ(finder.removable_edges(path_graph(4).get()).size(), 2u);
-  EXPECT_EQ(finder.removable_edges(ring_graph(3).get()).size(), 3u);
-  EXPECT_EQ(finder.removable_edges(path_graph(2).get()).size(), 0u);
-  EXPECT_EQ(finder.removable_edges(complete_graph(5).get()).size(), 10u);
+  removable_edges finder;
+  EXPECT_EQ(finder.of(ring_graph(9).get()).size(), 9u);
+  EXPECT_EQ(finder.of(path_graph(4).get()).size(), 2u);
+  EXPECT_EQ(finder.of(ring_graph(3).get()).size(), 3u);
+  EXPECT_EQ(finder.of(path_graph(2).get()).size(), 0u);
+  EXPECT_EQ(finder.of(complete_graph(5).get()).size(), 10u);
 }
 
 // A random connected graph.
@@ -131,11 +131,11 @@ TEST(Closure, LabelWithoutAnEdgeIsThatOfTheRest) {
   test_rng rng(13);
   const sg_set_ptr none(sg_set_create());
   closure_filter filter(none.get());
-  edge_finder finder;
+  removable_edges finder;
   for (int i = 0; i < 500; i++) {
     const graph_ptr g = random_connected(rng);
     const graph_ptr rest(graph_create(g->es, g->vs));
-    for (const removable_edge &edge : finder.removable_edges(g.get())) {
+    for (const removable_edge &edge : finder.of(g.get())) {
       const uint64_t label = filter.label_without(g.get(), edge);
       graph_mark_edge_between(g.get(), edge.u, edge.w);
       graph_copy_compacted(g.get(), rest.get());

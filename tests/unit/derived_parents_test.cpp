@@ -49,9 +49,9 @@ protected:
     if (x.to == -1)
       vlabels.push_back(x.vlabel);
     cand = make_graph(vlabels, edges);
-    if (!derived->start(x))
+    if (!derived->look_up(x))
       return false;
-    derived->arrange(cand.get());
+    derived->take_order(cand.get());
     return true;
   }
 
@@ -62,7 +62,7 @@ protected:
     ints memory(static_cast<size_t>(sg_parent_ints(cand->vs)));
     auto *entry = reinterpret_cast<sg_parent *>(memory.data());
     const bool found = derived->find(edge, entry);
-    EXPECT_EQ(derived->tells(edge), found);
+    EXPECT_EQ(derived->knows(edge), found);
     if (!found)
       return -1;
     EXPECT_TRUE(
@@ -103,7 +103,7 @@ TEST_F(DerivedParents, PendantAtALeafTellsBothEnds) {
   EXPECT_EQ(told(std::min(centre, other), std::max(centre, other)),
             id_of(labelled_path({1, 2, 3})));
   // The edge in the middle holds the candidate together.
-  EXPECT_TRUE(derived->tells_all());
+  EXPECT_TRUE(derived->knows_all());
 }
 
 TEST_F(DerivedParents, PendantOfAnInfrequentPartIsRefused) {
@@ -155,7 +155,7 @@ TEST_F(DerivedParents, BridgeOnTheNewCycleIsNotTold) {
   EXPECT_EQ(told_between(0, 1), id_of(labelled_path({1, 2, 3, 0})));
   EXPECT_EQ(told_between(2, 3), id_of(labelled_path({3, 0, 1, 2})));
   EXPECT_EQ(told_between(1, 2), -1);
-  EXPECT_FALSE(derived->tells_all());
+  EXPECT_FALSE(derived->knows_all());
 }
 
 TEST_F(DerivedParents, LeafThatTheNewEdgeClosesAtIsKept) {
@@ -208,7 +208,7 @@ TEST_F(DerivedParents, PatternThatMayNotBeInvariantIsNotTold) {
   sg_set_get(levels.children.get(), b)->invariant = false;
   ASSERT_TRUE(start(pendant_extension(b, leaf, 0, 3)));
   EXPECT_EQ(told(leaf, g->vs), -1);
-  EXPECT_FALSE(derived->tells_all());
+  EXPECT_FALSE(derived->knows_all());
 }
 
 TEST_F(DerivedParents, PartOfACoreThatMayNotBeInvariantIsNoReasonToRefuse) {
@@ -236,7 +236,7 @@ TEST_F(DerivedParents, WithoutLinksOnlyTheOwnEdgeIsTold) {
   ASSERT_TRUE(start(pendant_extension(b, leaf, 0, 3)));
   EXPECT_EQ(told(leaf, g->vs), b);
   EXPECT_EQ(told(std::min(centre, other), std::max(centre, other)), -1);
-  EXPECT_FALSE(derived->tells_all());
+  EXPECT_FALSE(derived->knows_all());
 }
 
 } // namespace kestro
