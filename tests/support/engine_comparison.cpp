@@ -31,6 +31,7 @@ static graph_ptr stepwise_canonical(const graph *g, uint64_t leaf_limit) {
   } catch (const stepwise::leaf_limit_passed &) {
     form.reset();
   }
+  stepwise::set_leaf_limit(UINT64_MAX);
   return form;
 }
 
