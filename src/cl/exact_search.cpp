@@ -6,14 +6,16 @@
 // Else the tree is walked, and three things keep the walk short; none of them
 // loses a better leaf:
 // - the rows of the leading singletons are those of all leaves below a node, so
-//   a node is cut where they are below the best leaf's.  The child with the
-//   greatest such rows goes first, which cuts its lesser siblings unseen;
-// - a leaf that shows the matrix of an earlier one gives an automorphism.  It
-//   takes the branch of the earlier leaf, which has been searched, to that of
-//   the later one, which can thus be left, up to where the two paths part;
+//   a node is cut where they are below the best leaf's;
+// - a leaf that shows the matrix of the best one so far gives an automorphism.
+//   It takes the branch of that leaf, which has been searched, to the branch of
+//   this one, which can thus be left, up to where their paths part;
 // - for the same reason a vertex is left out when automorphisms that fix what
 //   was set apart before take it to a vertex tried already.  Twins are such
 //   vertices from the start.
+// These bite once the best leaf is known.  So every node is entered by the
+// child from which one path goes furthest; without that, a cell of several
+// orbits at every depth has the walk try their sequences one after another.
 
 #include "cl/exact_search.h"
 
@@ -33,16 +35,11 @@ public:
 
   const xvector<int> &find_best(const colouring &root) {
     visit(root);
-    return leaves_[best_].order;
+    return best_;
   }
 
 private:
   static size_t index(int i) { return static_cast<size_t>(i); }
-
-  struct leaf {
-    xvector<int> order;
-    xvector<int> path; // the vertices set apart, in turn
-  };
 
   void visit(const colouring &node) {
     if (node.cells == g_->vs) {
@@ -65,23 +62,39 @@ private:
     }
   }
 
-  // The nodes below a node, of twins one, the one with the greatest leading
-  // rows first.
+  // The nodes below a node, of twins one, the one whose first path ends with
+  // the best arrangement first.
   xvector<colouring> children_of(const colouring &node) const {
     const int cell = colouring_first_open(&node, 0);
     const int *first = node.order.data() + cell;
     const int *end = node.order.data() + node.cell_end[index(cell)];
     xvector<colouring> children;
+    xvector<int> best;
     for (const int *w = first; w < end; w++) {
       const auto is_twin = [&](int u) { return cells_.are_twins(u, *w); };
       if (std::any_of(first, w, is_twin))
         continue;
       children.push_back(node);
       colouring_individualise(&children.back(), g_, *w);
-      if (compare_leading(children.back(), children.front()) > 0)
+      xvector<int> leaf = first_leaf(children.back());
+      if (best.empty() || compare(leaf, best) > 0) {
+        best = std::move(leaf);
         std::swap(children.back(), children.front());
+      }
     }
     return children;
+  }
+
+  xvector<int> first_leaf(colouring c) const {
+    while (c.cells < g_->vs) {
+      const int cell = colouring_first_open(&c, 0);
+      colouring_individualise(&c, g_, c.order[index(cell)]);
+    }
+    return c.order;
+  }
+
+  int compare(const xvector<int> &a, const xvector<int> &b) const {
+    return cells_.compare_rows(a.data(), b.data(), 0, g_->vs);
   }
 
   // How many cells from the first on are singletons.
@@ -90,41 +103,22 @@ private:
     return open == -1 ? g_->vs : open;
   }
 
-  // Of rows that agree as far as both are known, the more are the greater.
-  int compare_leading(const colouring &a, const colouring &b) const {
-    const int rows_a = leading(a);
-    const int rows_b = leading(b);
-    const int d = cells_.compare_rows(a.order.data(), b.order.data(), 0,
-                                      std::min(rows_a, rows_b));
-    return d ? d : rows_a - rows_b;
-  }
-
   bool is_below_best(const colouring &c) const {
-    return !leaves_.empty() &&
-           cells_.compare_rows(c.order.data(), leaves_[best_].order.data(), 0,
-                               leading(c)) < 0;
+    return !best_.empty() &&
+           cells_.compare_rows(c.order.data(), best_.data(), 0, leading(c)) < 0;
   }
 
   void take_leaf(const xvector<int> &order) {
-    int d = 1; // against the best leaf
-    for (size_t i = 0; i < leaves_.size(); i++) {
-      const leaf &earlier = leaves_[i];
-      const int e =
-          cells_.compare_rows(order.data(), earlier.order.data(), 0, g_->vs);
-      if (e == 0) {
-        add_automorphism(earlier.order, order);
-        back_to_ = static_cast<size_t>(
-            std::mismatch(path_.begin(), path_.end(), earlier.path.begin())
-                .first -
-            path_.begin());
-        return;
-      }
-      if (i == best_)
-        d = e;
+    const int d = best_.empty() ? 1 : compare(order, best_);
+    if (d > 0) {
+      best_ = order;
+      best_path_ = path_;
+    } else if (d == 0) {
+      add_automorphism(best_, order);
+      const auto fork =
+          std::mismatch(path_.begin(), path_.end(), best_path_.begin());
+      back_to_ = static_cast<size_t>(fork.first - path_.begin());
     }
-    if (d > 0)
-      best_ = leaves_.size();
-    leaves_.push_back({order, path_});
   }
 
   void add_automorphism(const xvector<int> &from, const xvector<int> &to) {
@@ -160,10 +154,10 @@ private:
 
   const graph *g_;
   const label_cells &cells_;
-  xvector<int> path_;    // the vertices set apart on the way to the node
-  xvector<leaf> leaves_; // those that show different matrices
-  size_t best_ = 0;      // of leaves_
-  size_t back_to_ = 0;   // nodes deeper than this are left
+  xvector<int> path_;      // the vertices set apart on the way to the node
+  xvector<int> best_;      // the arrangement of the best leaf so far
+  xvector<int> best_path_; // and the vertices set apart on the way to it
+  size_t back_to_ = 0;     // nodes deeper than this are left
   xvector<xvector<int>> automorphisms_;
 };
 

@@ -234,4 +234,14 @@ TEST(Colouring, CellsAreThoseOfWholeSignatures) {
   }
 }
 
+TEST(ColouringLargestCell, IsTheLargest) {
+  colouring c;
+  colouring_init(&c, path_graph(5).get()); // 2 | 1 3 | 0 4
+  EXPECT_EQ(colouring_largest_cell(&c), 2);
+  colouring_init(&c, star_graph(6).get());
+  EXPECT_EQ(colouring_largest_cell(&c), 5);
+  colouring_init(&c, make_graph({}, {}).get());
+  EXPECT_EQ(colouring_largest_cell(&c), 0);
+}
+
 } // namespace kestro
