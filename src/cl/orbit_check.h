@@ -8,7 +8,7 @@ namespace kestro {
 
 // One path of the tree, along which the first vertex of the first open cell is
 // set apart until all are, and whether all other paths are its images.  Refers
-// to what it is given.
+// to what it is given, of which start is refined already.
 class orbit_check {
 public:
   orbit_check(const colouring *start, const graph *g, const label_cells &cells)
