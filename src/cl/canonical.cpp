@@ -2,7 +2,8 @@
 //
 // Refinement alone settles most graphs.  Where it leaves cells of several
 // vertices, a search picks the order: the exhaustive one when every cell is
-// small, whose result depends on the graph alone, else the individualising one.
+// small, whose result depends on the graph alone, else the individualising one,
+// or for the exact form one whose result does, too.
 // The work arrays only grow.
 
 #include "cl/canonical.h"
@@ -11,18 +12,9 @@
 #include <utility>
 
 #include "base/error.h"
+#include "cl/exact_search.h"
 
 namespace kestro {
-
-static int largest_cell(const colouring *c) {
-  int largest = 0;
-  const int vs = static_cast<int>(c->order.size());
-  for (int s = 0, end; s < vs; s = end) {
-    end = c->cell_end[static_cast<size_t>(s)];
-    largest = std::max(largest, end - s);
-  }
-  return largest;
-}
 
 // Brings the order of cells_ into canonical order; all but the key is known
 // then.
@@ -31,7 +23,11 @@ canonical_form labeller::find_order(const graph *g) {
   if (cells_.cells == g->vs)
     return {0, true, true};
   labels_.fill(g);
-  if (largest_cell(&cells_) >= threshold_)
+  if (form_ == form::exact) {
+    search_exactly(&cells_, g, labels_, threshold_, &work_);
+    return {0, true, false};
+  }
+  if (colouring_largest_cell(&cells_) >= threshold_)
     return {0, search_by_stabilizer(&cells_, g, labels_, &work_, &calls_),
             false};
   return {0, search_exhaustively(&cells_, g, labels_), false};

@@ -19,6 +19,13 @@ struct canonical_form {
                   // no automorphism but the identity
 };
 
+// Which canonical form.
+enum class form {
+  prescribed, // that of the program's files; depends on the incoming order of
+              // vertices for some very symmetric graphs
+  exact,      // one for every graph; the same wherever the other is invariant
+};
+
 // Brings graphs into canonical form, one after another.  Each thread has its
 // own, since the work arrays are used again.
 class labeller {
@@ -27,8 +34,9 @@ public:
   // searched exhaustively; at or above it the individualising search runs.
   static constexpr int default_threshold = 5;
 
-  explicit labeller(int stabilizer_threshold = default_threshold)
-      : threshold_(stabilizer_threshold) {}
+  explicit labeller(int stabilizer_threshold = default_threshold,
+                    form kind = form::prescribed)
+      : threshold_(stabilizer_threshold), form_(kind) {}
 
   // Reorders the vertices of g, which has no marks, in place into canonical
   // order, vid along with them, and sets its key.  Costs a few passes over the
@@ -44,6 +52,7 @@ private:
   void relabel(graph *g);
 
   int threshold_;
+  form form_;
   uint64_t calls_ = 0;
   colouring cells_;
   label_cells labels_;

@@ -7,51 +7,17 @@
 //
 // The individualising search takes every leaf it reaches, so the last one wins,
 // and which one that is depends on the order of visits.  Usually it does not
-// matter: where every cell that is set apart is an orbit of the automorphisms
-// that fix what was set apart before, all leaves are images of one another and
-// show the same matrix.  That is checked along one path, from its leaf upwards:
-// a vertex of the cell that leads to a leaf with the same matrix is in the
-// orbit.  Only where the check fails is the search carried out step by step.
+// matter: where all leaves are images of one another (cl/orbit_check.h), one is
+// enough.  Only where they are not is the search carried out step by step.
 
 #include "cl/canonical_search.h"
 
 #include <algorithm>
 #include <cassert>
 
+#include "cl/orbit_check.h"
+
 namespace kestro {
-
-void label_cells::fill(const graph *g) {
-  vs_ = g->vs;
-  cells_.assign(index(vs_) * index(vs_), 0);
-  for (int u = 0; u < g->vs; u++)
-    for (int j = g->v[u]; j < g->v[u + 1]; j++)
-      cells_[index(u) * index(vs_) + index(g->e[j])] = g->elabel[j] + 1;
-}
-
-// Difference of the rows of a at the positions [from, to) of one arrangement
-// and those of b.
-static int compare_rows(const label_cells &cells, const int *a, const int *b,
-                        int from, int to) {
-  for (int i = from; i < to; i++) {
-    const int *row_a = cells.row(a[i]);
-    const int *row_b = cells.row(b[i]);
-    for (int j = 0; j < i; j++)
-      if (const int d = row_a[a[j]] - row_b[b[j]])
-        return d;
-  }
-  return 0;
-}
-
-// Whether exchanging u and w alone, of one cell, is an automorphism: they see
-// the same edges to all other vertices.
-static bool are_twins(const graph *g, const label_cells &cells, int u, int w) {
-  const int *row_u = cells.row(u);
-  const int *row_w = cells.row(w);
-  for (int x = 0; x < g->vs; x++)
-    if (x != u && x != w && row_u[x] != row_w[x])
-      return false;
-  return true;
-}
 
 // Whether the exhaustive search leaves a cell as it came: when it is not the
 // last one and the vertex numbered like its first position, wherever that
@@ -129,7 +95,7 @@ private:
 
   // Compares row i of placed_ with that of best_.
   int compare_with_best(int i) const {
-    return compare_rows(cells_, placed_.data(), best_.data(), i, i + 1);
+    return cells_.compare_rows(placed_.data(), best_.data(), i, i + 1);
   }
 
   // Fills the positions from i on; better tells whether those before are above
@@ -170,7 +136,7 @@ private:
 
   bool has_twin(const xvector<int> &tied, size_t k) const {
     for (size_t l = 0; l < k; l++)
-      if (are_twins(g_, cells_, tied[l], tied[k]))
+      if (cells_.are_twins(tied[l], tied[k]))
         return true;
     return false;
   }
@@ -210,7 +176,7 @@ private:
     const int end = before.cell_end[static_cast<size_t>(cell)];
     for (int q = cell; q < end; q++) {
       colouring_individualise(c_, g_, c_->order[static_cast<size_t>(q)], work_);
-      if (compare_rows(cells_, c_->order.data(), taken_.data(), 0, cell + 1) >=
+      if (cells_.compare_rows(c_->order.data(), taken_.data(), 0, cell + 1) >=
           0) {
         calls_++;
         visit(colouring_first_open(c_, cell));
@@ -227,96 +193,11 @@ private:
   uint64_t calls_ = 0;
 };
 
-// One path of the individualising search, and whether all others are its
-// images.
-class orbit_check {
-public:
-  orbit_check(const colouring *start, const graph *g, const label_cells &cells,
-              refinement_work *work)
-      : start_(start), g_(g), cells_(cells), work_(work),
-        image_(start->order.size()) {}
-
-  // Follows the path; false when some cell of it is no orbit.
-  bool run() {
-    colouring c = *start_;
-    while (c.cells < g_->vs) {
-      path_.push_back(c);
-      split_first_open(&c);
-    }
-    leaf_ = c.order;
-    for (size_t level = path_.size(); level-- > 0;)
-      if (!is_orbit(path_[level]))
-        return false;
-    return true;
-  }
-
-  // Whether the path would be cut for falling below the incoming arrangement.
-  bool is_cut() const {
-    return compare_rows(cells_, leaf_.data(), start_->order.data(), 0,
-                        compared_rows()) < 0;
-  }
-  // Whether no incoming arrangement could cut it.
-  bool is_never_cut() const {
-    return exhaustive_search(start_, g_, cells_)
-        .is_greatest(leaf_, compared_rows());
-  }
-  const xvector<int> &leaf() const { return leaf_; }
-
-private:
-  // The rows that decide about cutting: those up to the last vertex set apart.
-  int compared_rows() const {
-    return colouring_first_open(&path_.back(), 0) + 1;
-  }
-
-  void split_first_open(colouring *c) const {
-    const int cell = colouring_first_open(c, 0);
-    colouring_individualise(c, g_, c->order[static_cast<size_t>(cell)], work_);
-  }
-
-  // Whether the first open cell of a node of the path, below which all is
-  // known to be alike, is an orbit.
-  bool is_orbit(const colouring &node) {
-    const int cell = colouring_first_open(&node, 0);
-    const int end = node.cell_end[static_cast<size_t>(cell)];
-    const int chosen = node.order[static_cast<size_t>(cell)];
-    for (int q = cell + 1; q < end; q++) {
-      const int w = node.order[static_cast<size_t>(q)];
-      if (are_twins(g_, cells_, chosen, w))
-        continue;
-      colouring c = node;
-      colouring_individualise(&c, g_, w, work_);
-      while (c.cells < g_->vs)
-        split_first_open(&c);
-      if (!shows_the_leaf(c.order))
-        return false;
-    }
-    return true;
-  }
-
-  // Whether an arrangement shows the same matrix as the leaf.
-  bool shows_the_leaf(const xvector<int> &order) {
-    for (size_t i = 0; i < order.size(); i++)
-      image_[static_cast<size_t>(leaf_[i])] = order[i];
-    for (size_t i = 0; i < order.size(); i++) {
-      const int *row = cells_.row(order[i]);
-      const int u = leaf_[i];
-      for (int j = g_->v[u]; j < g_->v[u + 1]; j++)
-        if (row[image_[static_cast<size_t>(g_->e[j])]] != g_->elabel[j] + 1)
-          return false;
-    }
-    return true;
-  }
-
-  const colouring *start_;
-  const graph *g_;
-  const label_cells &cells_;
-  refinement_work *work_;
-  xvector<colouring> path_; // its nodes, the start first
-  xvector<int> leaf_;       // the arrangement it ends with
-  xvector<int> image_;      // scratch
-};
-
 } // namespace
+
+void search_greatest(colouring *c, const graph *g, const label_cells &cells) {
+  c->order = exhaustive_search(c, g, cells).find_best();
+}
 
 bool search_exhaustively(colouring *c, const graph *g,
                          const label_cells &cells) {
@@ -336,10 +217,12 @@ bool search_by_stabilizer(colouring *c, const graph *g,
     *calls += stepwise_search(c, g, cells, work).run();
     return false;
   }
-  if (check.is_cut())
-    return false; // every branch is: the incoming arrangement stays
+  const int rows = check.rows_set_apart();
+  if (cells.compare_rows(check.leaf().data(), c->order.data(), 0, rows) < 0)
+    return false; // every branch is cut: the incoming arrangement stays
   c->order = check.leaf();
-  return check.is_never_cut();
+  // Invariant when no incoming arrangement could cut it.
+  return exhaustive_search(c, g, cells).is_greatest(check.leaf(), rows);
 }
 
 } // namespace kestro

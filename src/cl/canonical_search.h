@@ -2,28 +2,15 @@
 #pragma once
 
 #include "cl/colouring.h"
+#include "cl/label_cells.h"
 
 namespace kestro {
 
-// A graph's edge labels as a matrix: cell (a, b) is the label of the edge a-b
-// plus 1, 0 for none.
-class label_cells {
-public:
-  void fill(const graph *g);
-  const int *row(int a) const { return cells_.data() + index(a) * index(vs_); }
+// Puts the vertices of every cell of c into the best arrangement there is.
+void search_greatest(colouring *c, const graph *g, const label_cells &cells);
 
-private:
-  static size_t index(int i) { return static_cast<size_t>(i); }
-  int vs_ = 0;
-  xvector<int> cells_;
-};
-
-// Arrangements of one graph are compared by the strict lower triangles of their
-// matrices, row by row; the larger one is better.
-
-// Puts the vertices of every cell of c into the best arrangement there is,
-// except that vertices without edges have some cells left as they came.
-// Returns false when relabelled copies of g may end with other arrays.
+// The same, except that vertices without edges have some cells left as they
+// came.  Returns false when relabelled copies of g may end with other arrays.
 bool search_exhaustively(colouring *c, const graph *g,
                          const label_cells &cells);
 

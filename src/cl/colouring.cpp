@@ -169,6 +169,16 @@ int colouring_first_open(const colouring *c, int from) {
   return -1;
 }
 
+int colouring_largest_cell(const colouring *c) {
+  int largest = 0;
+  const int vs = static_cast<int>(c->order.size());
+  for (int s = 0, end; s < vs; s = end) {
+    end = c->cell_end[static_cast<size_t>(s)];
+    largest = std::max(largest, end - s);
+  }
+  return largest;
+}
+
 void colouring_coarsen(colouring *c, const colouring *coarser) {
   c->cells = coarser->cells;
   c->colour = coarser->colour;

@@ -39,6 +39,9 @@ void colouring_individualise(colouring *c, const graph *g, int v,
 // position on; -1 when the rest is discrete.
 int colouring_first_open(const colouring *c, int from);
 
+// The size of the largest cell, 0 when there is none.
+int colouring_largest_cell(const colouring *c);
+
 // Makes the cells of c those of coarser, of which c's are a refinement, and
 // keeps c's order.
 void colouring_coarsen(colouring *c, const colouring *coarser);

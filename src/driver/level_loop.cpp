@@ -67,9 +67,10 @@ static void free_after_use(sg_set *level) {
 
 // Size k: moves the pair one level up; cur is null when no candidate is left.
 static void mine_level(const mining_run *run, int k, level_pair *levels) {
-  sg_set_ptr cand = sg_generate_candidates(levels->cur.get(),
-                                           levels->prev.get(), run->generation)
-                        .candidates;
+  generation made = sg_generate_candidates(levels->cur.get(),
+                                           levels->prev.get(), run->generation);
+  run->stats->order_dependent += made.order_dependent;
+  sg_set_ptr cand = std::move(made.candidates);
   stats_set(run->stats, stats_candidates, k, sg_set_size(cand.get()));
   run->receiver->candidates(cand.get());
   run->counter->bound(cand.get(), levels->cur.get());

@@ -7,6 +7,7 @@
 
 #include "base/utils.h"
 #include "base/xmalloc.h"
+#include "cl/canonical.h"
 
 namespace kestro {
 
@@ -25,6 +26,10 @@ struct options {
   int save_labels = 0;        // flag: only write the label set
   int min_support_count = -1; // in transactions, once these are read
   int jobs = 1; // threads to mine on; no command line option sets it
+  form kind = form::prescribed;  // of the patterns' graphs; nor this
+  long long order_dependent = 0; // candidates, frequent or not, whose form may
+                                 // depend on the order of vertices; set by the
+                                 // run: with 0 both forms give the same files
   const char *input_file = nullptr; // FILE, borrowed
   xptr<char> candidates_file;       // names of the outputs, null when there is
   xptr<char> pattern_file;          // none

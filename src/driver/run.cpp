@@ -147,12 +147,13 @@ void mine_frequent_subgraphs(const ksstack *transactions, const label_set *ls,
                               o->jobs);
   live_table table(out, o->maximal, &stats);
   const mining_run run = {
-      o->minsize, o->maxsize, {o->jobs, o->stabilizer_threshold},
+      o->minsize, o->maxsize, {o->jobs, o->stabilizer_threshold, o->kind},
       &files,     &counter,   &table,
       &stats};
   const double start = user_cpu_time();
   const int last = mine_levels(&run);
   const double seconds = user_cpu_time() - start;
+  o->order_dependent = stats.order_dependent;
 
   if (!o->maximal)
     finish_report(o, &stats, last, seconds, out);

@@ -34,9 +34,11 @@ class joiner {
 public:
   joiner(const sg_set *children, const sg_set *cores,
          automorphism_cache *automorphisms, const child_table *table,
-         int stabilizer_threshold)
+         const generation_options &options)
       : derived_(children, cores, automorphisms, table),
-        registry_(children, stabilizer_threshold, &derived_),
+        registry_(children,
+                  labeller(options.stabilizer_threshold, options.kind),
+                  &derived_),
         context_(children, cores, automorphisms, &registry_) {}
 
   void join_children_of(int p) {
@@ -88,7 +90,7 @@ generation sg_generate_candidates(const sg_set *children, const sg_set *cores,
         std::unique_ptr<joiner> &own = joiners[static_cast<size_t>(worker)];
         if (!own)
           own = std::make_unique<joiner>(children, cores, automorphisms.get(),
-                                         &table, options.stabilizer_threshold);
+                                         &table, options);
         own->join_children_of(p);
       },
       [&](int worker) {
@@ -106,6 +108,8 @@ generation sg_generate_candidates(const sg_set *children, const sg_set *cores,
       accepted[0].take_over(&accepted[w]);
   }
   made.candidates.reset(accepted[0].release_sorted());
+  for (int i = 0; i < sg_set_size(made.candidates.get()); i++)
+    made.order_dependent += !sg_set_get(made.candidates.get(), i)->invariant;
   KESTRO_STRUCTURE(sg_set_check(made.candidates.get()));
   return made;
 }

@@ -14,12 +14,15 @@ namespace kestro {
 struct generation_options {
   int jobs = 1; // threads; the candidates are the same for any number of them
   int stabilizer_threshold = labeller::default_threshold;
+  form kind = form::prescribed; // of the candidates' graphs
 };
 
 // The candidates of one size: a sorted set of records with canonical graph,
 // parents and no support.
 struct generation {
   sg_set_ptr candidates;
+  int order_dependent = 0;    // of them: forms that may depend on the order in
+                              // which the graph's vertices came
   registration_counts counts; // of what was joined, on all threads together
 };
 

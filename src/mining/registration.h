@@ -1,6 +1,8 @@
 // What becomes of a freshly joined candidate.
 #pragma once
 
+#include <utility>
+
 #include "cl/canonical.h"
 #include "mining/candidate_set.h"
 #include "mining/closure.h"
@@ -32,11 +34,9 @@ struct registration_counts {
 struct registration {
   // level is the one below.  known only saves work and may be null; it is not
   // for candidates that come as a graph.
-  explicit registration(const sg_set *level,
-                        int stabilizer_threshold = labeller::default_threshold,
+  explicit registration(const sg_set *level, labeller labels = labeller(),
                         derived_parents *known = nullptr)
-      : prev(level), derived(known), forms(stabilizer_threshold),
-        filter(level) {}
+      : prev(level), derived(known), forms(std::move(labels)), filter(level) {}
 
   const sg_set *prev;
   derived_parents *derived;

@@ -11,7 +11,9 @@ constexpr int stats_frequent = 1;
 // The counters of one run, which owns them.  Sizes beyond the table are added
 // by set and increment, and read as 0; negative ones are not counted.
 struct statistics {
-  xvector<int> counters[2]; // by kind, then size
+  xvector<int> counters[2];      // by kind, then size
+  long long order_dependent = 0; // candidates, frequent or not, whose form may
+                                 // depend on the order of vertices
 };
 
 // Zeroes sizes 0 to 127, the table's first ones; leaves no table.

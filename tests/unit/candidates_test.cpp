@@ -203,7 +203,7 @@ struct pair_joiner {
   pair_joiner(const sg_set *children, const sg_set *cores)
       : table(children, cores, cache.get()),
         derived(children, cores, cache.get(), &table),
-        registry(children, labeller::default_threshold, &derived),
+        registry(children, labeller(), &derived),
         context(children, cores, cache.get(), &registry) {}
 
   automorphism_cache_ptr cache{automorphism_cache_create()};

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "support/graphs.h"
+#include "support/triangle.h"
 
 namespace kestro {
 
@@ -43,20 +44,6 @@ private:
 
 } // namespace
 
-// The strict lower triangle, row by row, as an arrangement shows it.
-static ints triangle(const graph *g, const ints &order) {
-  ints cells;
-  for (size_t i = 0; i < order.size(); i++)
-    for (size_t j = 0; j < i; j++) {
-      int cell = 0;
-      for (int k = g->v[order[i]]; k < g->v[order[i] + 1]; k++)
-        if (g->e[k] == order[j])
-          cell = g->elabel[k] + 1;
-      cells.push_back(cell);
-    }
-  return cells;
-}
-
 // The greatest triangle over all orders that keep every cell in its place.
 static ints greatest_triangle(const graph *g, const colouring &c) {
   ints greatest;
@@ -72,24 +59,6 @@ static ints greatest_triangle(const graph *g, const colouring &c) {
       greatest = std::max(greatest, triangle(g, perm));
   } while (std::next_permutation(perm.begin(), perm.end()));
   return greatest;
-}
-
-TEST(LabelCells, HoldLabelsPlusOneBothWays) {
-  const graph_ptr g = make_graph({0, 0, 0}, {{0, 1, 4}, {1, 2, 0}});
-  label_cells cells;
-  cells.fill(g.get());
-  const ints expected[] = {{0, 5, 0}, {5, 0, 1}, {0, 1, 0}};
-  for (int u = 0; u < 3; u++)
-    EXPECT_EQ(ints(cells.row(u), cells.row(u) + 3),
-              expected[static_cast<size_t>(u)]);
-}
-
-TEST(LabelCells, FillForgetsTheGraphBefore) {
-  label_cells cells;
-  cells.fill(complete_graph(5).get());
-  cells.fill(path_graph(2).get());
-  EXPECT_EQ(ints(cells.row(0), cells.row(0) + 2), (ints{0, 1}));
-  EXPECT_EQ(ints(cells.row(1), cells.row(1) + 2), (ints{1, 0}));
 }
 
 TEST(ExhaustiveSearch, FindsTheGreatestTriangle) {
@@ -135,6 +104,17 @@ TEST(ExhaustiveSearch, ManyTwinsCostNoFactorial) {
   const graph_ptr g = star_graph(25);
   EXPECT_EQ(triangle(g.get(), searched(g).exhaustively()),
             triangle(g.get(), identity_of(25)));
+}
+
+TEST(ExhaustiveSearch, CellPassedOverIsSearchedForTheGreatest) {
+  // Position 1 is that of the path's ends, and vertex 1 has no edges.
+  const graph_ptr g = make_graph({0, 0, 0, 0}, {{2, 0}, {2, 3}});
+  searched s(g);
+  EXPECT_FALSE(search_exhaustively(&s.c, g.get(), s.cells));
+  searched whole(g);
+  search_greatest(&whole.c, g.get(), whole.cells);
+  EXPECT_EQ(triangle(g.get(), whole.order()),
+            greatest_triangle(g.get(), whole.c));
 }
 
 TEST(ExhaustiveSearch, OfADiscretePartitionChangesNothing) {

@@ -227,8 +227,7 @@ TEST_F(Registration, WhatIsKnownBeforehandOnlySavesWork) {
                               cache.get());
       derived_parents known(levels.children.get(), levels.cores.get(),
                             cache.get(), &table);
-      registration with(levels.children.get(), labeller::default_threshold,
-                        &known);
+      registration with(levels.children.get(), labeller(), &known);
       registration without(levels.children.get());
       for (int id = 0; id < sg_set_size(levels.children.get()); id++) {
         const graph *g = sg_set_get(levels.children.get(), id)->g;

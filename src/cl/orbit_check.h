@@ -1,0 +1,44 @@
+// Whether the individualisation tree has one leaf but for automorphisms.
+#pragma once
+
+#include "cl/colouring.h"
+#include "cl/label_cells.h"
+
+namespace kestro {
+
+// One path of the tree, along which the first vertex of the first open cell is
+// set apart until all are, and whether all other paths are its images.  Refers
+// to what it is given, of which start is refined already.
+class orbit_check {
+public:
+  orbit_check(const colouring *start, const graph *g, const label_cells &cells,
+              refinement_work *work)
+      : start_(start), g_(g), cells_(cells), work_(work),
+        image_(start->order.size()) {}
+
+  // Follows the path; false when some cell of it is no orbit.  The answer does
+  // not depend on the order the vertices came in.  Costs a path for every
+  // vertex of the cells on it.
+  bool run();
+
+  // The arrangement the path ends with; all others end with its images when run
+  // returned true.
+  const xvector<int> &leaf() const { return leaf_; }
+  // Its rows up to the last vertex set apart; one must have been.
+  int rows_set_apart() const;
+
+private:
+  void split_first_open(colouring *c) const;
+  bool is_orbit(const colouring &node);
+  bool shows_the_leaf(const xvector<int> &order);
+
+  const colouring *start_;
+  const graph *g_;
+  const label_cells &cells_;
+  refinement_work *work_;
+  xvector<colouring> path_; // its nodes, the start first
+  xvector<int> leaf_;
+  xvector<int> image_; // scratch
+};
+
+} // namespace kestro
