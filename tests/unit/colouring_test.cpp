@@ -239,7 +239,6 @@ TEST(Colouring, CellsAreThoseOfWholeSignatures) {
 
 TEST(ColouringLargestCell, IsTheLargest) {
   colouring c;
-  refinement_work work;
   colouring_init(&c, path_graph(5).get(), &work); // 2 | 1 3 | 0 4
   EXPECT_EQ(colouring_largest_cell(&c), 2);
   colouring_init(&c, star_graph(6).get(), &work);
