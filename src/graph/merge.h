@@ -1,4 +1,5 @@
-// Joining two patterns that share a core into a candidate with one edge more.
+// Joining two patterns that share a core into a candidate with one edge more:
+// the plain way, which the tests compare graph/extend.h with.
 #pragma once
 
 #include "graph/graph.h"
