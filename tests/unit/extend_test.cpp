@@ -80,7 +80,6 @@ TEST(Extend, AgreesWithMerging) {
     const int label = random_below(rng, 3);
     if (to == from || (to < n && graph_has_edge(g.get(), from, to)))
       continue;
-    graph_ptr other; // g without its last leaf or ring edge, plus the edge
     ints map = identity_of(n);
     std::vector<test_edge> edges = edges_of(g.get());
     ints vlabels = vlabels_of(g.get());
@@ -89,10 +88,11 @@ TEST(Extend, AgreesWithMerging) {
       map.push_back(-1);
     }
     edges.push_back({from, to, label});
-    other = make_graph(vlabels, edges);
+    // The other pattern is taken to be g plus the edge.  It has an edge more
+    // than merging asks for, which is nothing but a check that both have as
+    // many.
+    const graph_ptr other = make_graph(vlabels, edges);
     graph_mark_edge_between(other.get(), from, to);
-    // What merging asks for is that both have as many edges; the one that the
-    // core lacks does not matter to it.
     const graph_ptr merged = room_for(g.get());
     other->es = g->es;
     ASSERT_EQ(
