@@ -1,0 +1,79 @@
+// The graphs that are mined.
+#pragma once
+
+#include <initializer_list>
+#include <memory>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include <kestro/graph_view.h>
+#include <kestro/labels.h>
+
+namespace kestro {
+
+// Graphs with their labels.  Immutable; copies share the graphs, and any number
+// of threads may use them.
+class database {
+public:
+  database(); // no graphs
+
+  // The transactions of a file in the program's format, as the program reads
+  // it: with labels of their own, or those given, which must hold all that
+  // occur.  Throws error with the program's text, path and line.
+  static database read(const std::string &path);
+  static database read(const std::string &path, const labels &known);
+  // The same of bytes in memory; name stands for the path in errors.
+  static database parse(std::string_view text, const std::string &name = "");
+  static database parse(std::string_view text, const labels &known,
+                        const std::string &name = "");
+
+  int size() const; // graphs
+  // Graph tid, from 0 to size() - 1.
+  graph_view operator[](int tid) const;
+  const labels &label_set() const;
+
+private:
+  friend struct access;
+  struct state;
+  explicit database(std::shared_ptr<const state> s);
+  std::shared_ptr<const state> state_;
+};
+
+// An edge to be built, between any two vertices.
+struct labelled_edge {
+  int from;
+  int to;
+  std::string_view label;
+};
+
+// Builds a database in memory, graph by graph.
+class database_builder {
+public:
+  database_builder();
+  // With the labels given, which must hold all that are added.
+  explicit database_builder(const labels &known);
+  database_builder(database_builder &&) noexcept;
+  database_builder &operator=(database_builder &&) noexcept;
+  ~database_builder();
+
+  // Adds a graph of vertices with these labels, numbered in their order, and
+  // edges; returns its number.  A label is 1 to 1,000 bytes without blanks and
+  // control characters.  Throws error, with the graph's number and the
+  // vertex's or edge's, for another label, an end out of range, a loop, two
+  // edges between the same ends; the builder is then as it was.
+  int add(std::span<const std::string_view> vertex_labels,
+          std::span<const labelled_edge> edges);
+  int add(std::initializer_list<std::string_view> vertex_labels,
+          std::initializer_list<labelled_edge> edges);
+  int size() const; // graphs added
+
+  // All graphs added.  The builder is empty afterwards.
+  database build() &&;
+
+private:
+  struct state;
+  std::unique_ptr<state> state_;
+};
+
+} // namespace kestro

@@ -1,0 +1,26 @@
+// How everything of kestro fails.
+#pragma once
+
+#include <exception>
+#include <memory>
+#include <string>
+
+namespace kestro {
+
+// Bad input, a file that can't be read or written, an argument that makes no
+// sense.  what() is the whole text, without a newline at its end.
+class error : public std::exception {
+public:
+  // The text, and where it happened: a file's path, empty for none, and the
+  // number of the line in it from 1 on, 0 for none.
+  explicit error(std::string text, std::string path = {}, long long line = 0);
+  const char *what() const noexcept override;
+  const std::string &path() const noexcept;
+  long long line() const noexcept;
+
+private:
+  struct report;
+  std::shared_ptr<const report> report_; // shared: copying must not throw
+};
+
+} // namespace kestro

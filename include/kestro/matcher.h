@@ -1,0 +1,57 @@
+// Where a pattern occurs in any graph.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include <kestro/database.h>
+#include <kestro/graph_view.h>
+#include <kestro/mine.h>
+
+namespace kestro {
+
+// Per vertex of the pattern, the graph's vertex that it lies on.
+using embedding = std::vector<int>;
+
+// One connected pattern, prepared for being looked for in many graphs: of the
+// database, of another one, with labels that this one does not know.  Labels
+// are compared by their texts.  An embedding maps vertices to different
+// vertices of the same label, and edges onto edges of the same label; the graph
+// may have further edges between them.  Embeddings come in lexicographic order
+// along order().
+class matcher {
+public:
+  // Copies the pattern.  Throws error when it is not connected or has no
+  // vertex.
+  explicit matcher(graph_view pattern);
+
+  bool is_in(graph_view g) const;
+  // The first embedding, nothing when there is none.
+  std::optional<embedding> first(graph_view g) const;
+  // All embeddings, or the first most of them.
+  std::vector<embedding> all(graph_view g, long long most = -1) const;
+  long long count(graph_view g) const;
+  // The pattern's vertices breadth first from vertex 0, neighbours ascending.
+  const std::vector<int> &order() const;
+
+private:
+  struct state;
+  std::shared_ptr<const state> state_;
+};
+
+// Many patterns at once: those of a result.  A pattern is not looked for where
+// one of its parents is missing.
+class lattice_matcher {
+public:
+  explicit lattice_matcher(const result &patterns);
+
+  // The positions in the result of the patterns that occur in g, ascending.
+  std::vector<int> contained(graph_view g) const;
+
+private:
+  struct state;
+  std::shared_ptr<const state> state_;
+};
+
+} // namespace kestro

@@ -1,0 +1,199 @@
+// Mining a database.
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <iterator>
+#include <memory>
+#include <optional>
+#include <span>
+#include <stop_token>
+#include <string_view>
+#include <vector>
+
+#include <kestro/database.h>
+#include <kestro/form.h>
+#include <kestro/graph_view.h>
+#include <kestro/minimum_support.h>
+
+namespace kestro {
+
+// What to mine, and how.
+struct mine_options {
+  minimum_support support = minimum_support::percentage(5);
+  int min_size = 1; // smallest patterns reported, in edges, 1 or more
+  std::optional<int> max_size; // largest patterns, in edges; nothing: all
+  int jobs = 1; // threads, 1 or more; results are the same for any number
+  form kind = form::prescribed;
+  int stabilizer_threshold = 5; // of the prescribed form, in vertices
+  bool keep_embeddings = false; // one per pattern and graph
+  std::stop_token stop;         // ends the run early when it is requested
+  // Ends the run early when it has taken so long.
+  std::optional<std::chrono::duration<double>> time_limit;
+  // The level with which there are more patterns is the last one.
+  std::optional<long long> pattern_limit;
+};
+
+// Why a run ended.
+enum class ending {
+  complete,      // every frequent pattern was found
+  max_size,      // there may be larger ones
+  pattern_limit, // so there may here
+  time_limit,    // so there may here; the last complete level was reported
+  stopped,       // on request; likewise
+};
+
+// What is not known of the last level of a run that ended early.
+enum class answer { no, yes, unknown };
+
+struct level_data;
+
+// One pattern of a level.  Borrows from what it came from: a level, which
+// lasts for a call, or a result.
+class pattern {
+public:
+  int size() const; // edges
+  int id() const;   // number in its level; the program calls it size-id
+  graph_view graph() const;
+  int support() const; // graphs of the database that contain it
+  // Their numbers, ascending.
+  std::span<const int> tids() const;
+  // The ids of its parents, ascending: the patterns of the level below that it
+  // becomes when one edge is taken out.  Also where that level is below
+  // min_size.
+  std::span<const int> parents() const;
+  // Where it lies in graph tids()[i], per vertex of graph(): the embedding that
+  // matcher::first gives.  Empty unless embeddings are kept.
+  std::span<const int> embedding(int i) const;
+  // Whether graph() may depend on the order in which vertices came.
+  bool is_order_dependent() const;
+
+private:
+  friend struct access;
+  pattern(const level_data *l, int id) : level_(l), id_(id) {}
+  const level_data *level_;
+  int id_;
+};
+
+// All patterns of one size, in the order of their ids.
+class level {
+public:
+  int size() const;     // edges of each
+  int patterns() const; // how many
+  pattern operator[](int id) const;
+
+private:
+  friend struct access;
+  explicit level(const level_data *l) : level_(l) {}
+  const level_data *level_;
+};
+
+// How far a run is within one size.
+struct progress {
+  enum class step {
+    joining,  // items are the patterns whose children are joined
+    bounding, // items are candidates, here and in the next
+    counting
+  };
+  int size; // edges of what is being found, 3 or more
+  step at;
+  long long done;  // items
+  long long known; // items of this step and size
+};
+
+// Who receives what a run finds, as it finds it.  All calls come from the
+// thread that called mine; what they throw ends the run and comes out of it.
+class listener {
+public:
+  virtual ~listener() = default;
+  // A complete level of at least min_size; valid for the call.
+  virtual void on_level(const level &found) = 0;
+  // Whether the candidates are to be shown too.
+  virtual bool wants_candidates() const { return false; }
+  // The candidates of a size of 3 or more before they are counted, with their
+  // parents; no support, no TIDs.  Valid for the call.
+  virtual void on_candidates(const level &generated) {
+    static_cast<void>(generated);
+  }
+  virtual void on_progress(const progress &now) { static_cast<void>(now); }
+};
+
+// What is known of a run at its end.
+struct mining_summary {
+  struct counts {
+    long long candidates = 0; // generated; 0 for sizes 1 and 2
+    long long frequent = 0;
+  };
+  ending why = ending::complete;
+  int min_support = 0; // graphs
+  int last_size = 0;   // last size tried, also where it has no pattern
+  // Candidates, frequent or not, whose form may depend on the order of
+  // vertices; where it is 0 both forms give the same patterns in the same
+  // order.  The same for any number of jobs.
+  long long order_dependent = 0;
+  std::vector<counts> sizes; // by size, from 0 on
+};
+
+// Mines and hands over level by level; only what the newest levels need is in
+// memory.  Throws error for options out of range.
+mining_summary mine(const database &db, const mine_options &options,
+                    listener &to);
+
+// All patterns of a run, in memory.  Copies share them.
+class result {
+public:
+  class iterator;
+
+  int size() const; // patterns
+  // Pattern i, by size, then id.
+  pattern operator[](int i) const;
+  iterator begin() const;
+  iterator end() const;
+
+  // The position of a pattern by size and id, nothing when it is not there.
+  std::optional<int> find(int size, int id) const;
+  // Positions of the patterns one edge larger that contain pattern i, and of
+  // those one edge smaller, ascending.
+  std::span<const int> children(int i) const;
+  std::span<const int> parents(int i) const;
+  // Whether no pattern one edge larger with the same support, or none at all,
+  // contains pattern i; unknown where larger ones may exist that the run did
+  // not reach.
+  answer is_closed(int i) const;
+  answer is_maximal(int i) const;
+
+  const mining_summary &summary() const;
+  const database &mined() const;
+
+private:
+  friend struct access;
+  struct state;
+  explicit result(std::shared_ptr<const state> s);
+  std::shared_ptr<const state> state_;
+};
+
+// Mines into memory.
+result mine(const database &db, const mine_options &options = {});
+
+// Over the patterns of a result.
+class result::iterator {
+public:
+  using value_type = pattern;
+  using difference_type = std::ptrdiff_t;
+  using iterator_category = std::input_iterator_tag;
+
+  iterator(const result *of, int at) : of_(of), at_(at) {}
+  pattern operator*() const { return (*of_)[at_]; }
+  iterator &operator++() {
+    ++at_;
+    return *this;
+  }
+  iterator operator++(int) { return {of_, at_++}; }
+  bool operator==(const iterator &other) const = default;
+
+private:
+  const result *of_;
+  int at_;
+};
+
+} // namespace kestro
