@@ -28,3 +28,4 @@
 #include <kestro/matcher.h>
 #include <kestro/mine.h>
 #include <kestro/minimum_support.h>
+#include <kestro/progress.h>

@@ -4,7 +4,7 @@
 
 #include <map>
 
-#include "driver/seams.h"
+#include "mining/seams.h"
 #include "support/plain_generation.h"
 
 namespace kestro {

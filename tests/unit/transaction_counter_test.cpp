@@ -1,4 +1,4 @@
-#include "driver/transaction_counter.h"
+#include "mining/transaction_counter.h"
 
 #include <vector>
 

@@ -1,7 +1,7 @@
 // Counting candidates against the transactions in memory.
 #pragma once
 
-#include "driver/seams.h"
+#include "mining/seams.h"
 #include "mining/support.h"
 
 namespace kestro {

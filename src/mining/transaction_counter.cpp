@@ -1,6 +1,6 @@
 // The level loop's counter over transactions in memory.
 
-#include "driver/transaction_counter.h"
+#include "mining/transaction_counter.h"
 
 #include "mining/first_levels.h"
 

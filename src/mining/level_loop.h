@@ -1,7 +1,7 @@
 // The level-wise search: from the first edge to the last size with a pattern.
 #pragma once
 
-#include "driver/seams.h"
+#include "mining/seams.h"
 #include "mining/candidates.h"
 #include "mining/statistics.h"
 
@@ -14,12 +14,17 @@ struct mining_run {
   generation_options generation; // how candidates are generated
   level_receiver *receiver;
   candidate_counter *counter;
-  progress_listener *progress;
   statistics *stats; // with a table; counts every size mined
 };
 
-// Mines all sizes up to maxsize or the last one with a pattern.  Returns the
-// last size tried, 0 when there is no frequent edge.
-int mine_levels(const mining_run *run);
+// Where a search ended.
+struct search_end {
+  int last;  // last size tried, 0 when there is no frequent edge
+  bool more; // larger patterns may exist: the size or the receiver ended it
+};
+
+// Mines all sizes up to maxsize or the last one with a pattern, or until the
+// receiver has enough.
+search_end mine_levels(const mining_run *run);
 
 } // namespace kestro
