@@ -67,8 +67,8 @@ static void print_transaction_information(const options *o,
   fprintf(out, "%sTransaction File Information --------------------------\n", prefix);
   fprintf(out, "%s  Transaction File Name:                       %s\n", prefix, o->input_file);
   fprintf(out, "%s  Number of Input Transactions:                %d\n", prefix, n);
-  fprintf(out, "%s  Number of Distinct Edge Labels:              %d\n", prefix, db.names().edge_labels());
-  fprintf(out, "%s  Number of Distinct Vertex Labels:            %d\n", prefix, db.names().vertex_labels());
+  fprintf(out, "%s  Number of Distinct Edge Labels:              %d\n", prefix, db.label_set().edge_labels());
+  fprintf(out, "%s  Number of Distinct Vertex Labels:            %d\n", prefix, db.label_set().vertex_labels());
   fprintf(out, "%s  Average Number of Edges In a Transaction:    ", prefix);
   print_average(totals.edges, n, out);
   fprintf(out, "%s  Average Number of Vertices In a Transaction: ", prefix);

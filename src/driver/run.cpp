@@ -57,7 +57,7 @@ static void save_labels(const options *o) {
                              label_file_name(o->load_labels_file, o, &source))))
     refuse_input(output, name, o);
   const output_lock lock(name);
-  label_set_save(access::label_set_of(all), name);
+  label_set_save(access::label_set(all), name);
 }
 
 // A support in per cent that is out of range is none or all of them.
@@ -109,7 +109,7 @@ static void print_foot(const options *o, const statistics *s, int last,
 // Reduces the closed output files to the maximal patterns and reports them.
 static void finish_maximal(const database &db, const options *o, statistics *s,
                            int last, double seconds, FILE *out) {
-  select_maximal_patterns(access::label_set_of(db), o->minsize, o->maximal, o->parent_children_list,
+  select_maximal_patterns(access::label_set(db), o->minsize, o->maximal, o->parent_children_list,
                           o->tid_list, o->pattern_file.get(), o->pc_file.get(),
                           o->tid_file.get(), s);
   file_ptr patterns(open_file(o->pattern_file.get(), "a"));

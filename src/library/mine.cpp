@@ -26,7 +26,7 @@ public:
   relay(const database &db, const mine_options &options,
         const interruption *stop, listener *to)
       : transactions_(access::transactions(db)),
-        labels_(access::label_set_of(db)), options_(options), stop_(stop),
+        labels_(access::label_set(db)), options_(options), stop_(stop),
         to_(to) {}
 
   void candidates(const sg_set *set) override {
@@ -103,7 +103,7 @@ mining_summary mine(const database &db, const mine_options &options,
                     listener &to) {
   check(options);
   const interruption stop = interruption_of(options);
-  const label_set *const labels = access::label_set_of(db);
+  const label_set *const labels = access::label_set(db);
   mining_summary summary;
   summary.min_support = options.support.graphs(db.size());
   statistics stats;
