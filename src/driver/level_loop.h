@@ -15,11 +15,14 @@ struct mining_run {
   level_receiver *receiver;
   candidate_counter *counter;
   progress_listener *progress;
-  statistics *stats; // with a table; counts every size mined
+  statistics *stats;                  // with a table; counts every size mined
+  const interruption *stop = nullptr; // ends the run; also for generation
 };
 
 // Mines all sizes up to maxsize or the last one with a pattern.  Returns the
-// last size tried, 0 when there is no frequent edge.
+// last size tried, 0 when there is no frequent edge.  Throws interrupted when
+// stop says so before all work is done; every level that was complete has been
+// received by then.  A counter has to look at stop by itself.
 int mine_levels(const mining_run *run);
 
 } // namespace kestro
