@@ -1,6 +1,7 @@
 // Mappings one at a time.
 #pragma once
 
+#include "base/interruption.h"
 #include "graph/graph.h"
 
 namespace kestro {
@@ -13,8 +14,8 @@ namespace kestro {
 // map should be all -1 or a mapping, at most one vertex of which is unmapped;
 // else "irregular reentry" is printed on standard error, and the search goes on
 // from what is mapped.  Dies like every isomorphism call when g1 is larger than
-// g2.
+// g2.  poll, which may be null, has a step for each vertex advanced.
 int graph_next_isomorphism(const graph *g1, const graph *g2, const int *order,
-                           int *map);
+                           int *map, interruption_poll *poll = nullptr);
 
 } // namespace kestro

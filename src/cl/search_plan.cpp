@@ -215,6 +215,16 @@ inline bool search_plan::fits(const plan_step &step, const target &to,
   return true;
 }
 
+// A step that leaves no vertex in use when it throws.
+inline void search_plan::count_step() {
+  try {
+    poll_.step();
+  } catch (const interrupted &) {
+    std::fill(used_.begin(), used_.end(), 0);
+    throw;
+  }
+}
+
 bool search_plan::find(const graph *t, int *image) {
   return pattern_->vs <= t->vs && find(t, nullptr, nullptr, t->vs, image);
 }
@@ -263,6 +273,7 @@ bool search_plan::find(const graph *t, const vertex_profile *profiles,
         return false;
       depth--;
       used[mapped[depth]] = 0;
+      count_step();
       continue;
     }
     mapped[depth] = w;

@@ -1,6 +1,7 @@
 // A pattern prepared for being looked for in many graphs.
 #pragma once
 
+#include "base/interruption.h"
 #include "base/xmalloc.h"
 #include "cl/graph_profiles.h"
 #include "graph/graph.h"
@@ -38,10 +39,16 @@ struct plan_need {
 // pattern is borrowed and must be without marks.
 class search_plan {
 public:
-  search_plan() = default;
+  // Searches throw interrupted when stop, which may be null, says so.
+  explicit search_plan(const interruption *stop = nullptr)
+      : poll_(stop, 4096) {}
   // order lists the vertices such that each but the first has a neighbour
   // before it.
-  search_plan(const graph *pattern, const int *order) { set(pattern, order); }
+  search_plan(const graph *pattern, const int *order,
+              const interruption *stop = nullptr)
+      : search_plan(stop) {
+    set(pattern, order);
+  }
   // Becomes the plan of another pattern.
   void set(const graph *pattern, const int *order);
   // The same along an order that starts at a rarest edge and goes on with the
@@ -60,6 +67,7 @@ private:
   bool fits(const plan_step &step, const target &to, int w) const;
   bool find(const graph *t, const vertex_profile *profiles, const int *roots,
             int root_count, int *image);
+  void count_step();
 
   // A vertex of the pattern while its place in the order is looked for.
   struct waiting_vertex {
@@ -82,6 +90,7 @@ private:
   xvector<int> at_;    // per depth: slot, or vertex at depth 0, looked at next
   xvector<int> image_; // per depth: the vertex of t mapped to
   xvector<char> used_; // by vertex of t: 1 for images, 0 between searches
+  interruption_poll poll_; // a step is a vertex unmapped
 };
 
 } // namespace kestro

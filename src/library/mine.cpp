@@ -111,15 +111,17 @@ mining_summary mine(const database &db, const mine_options &options,
   relay receiver(db, options, &stop, &to);
   transaction_counter counter(
       access::transactions(db), label_set_edge_labels(labels),
-      label_set_vertex_labels(labels), summary.min_support, options.jobs);
+      label_set_vertex_labels(labels), summary.min_support, options.jobs,
+      &stop);
   const int max_size = options.max_size.value_or(INT_MAX);
   const mining_run run = {options.min_size,
                           max_size,
                           {options.jobs, options.stabilizer_threshold,
-                           options.kind, &stop},
+                           options.kind},
                           &receiver,
                           &counter,
-                          &stats};
+                          &stats,
+                          &stop};
   try {
     const search_end end = mine_levels(&run);
     summary.last_size = end.last;

@@ -63,11 +63,11 @@ static void add_entry(automorphism_cache *cache, int core, const int *perm,
 }
 
 static void add_automorphisms(automorphism_cache *cache, int core,
-                              const graph *g) {
+                              const graph *g, interruption_poll *poll) {
   xvector<int> map(static_cast<size_t>(g->vs), -1);
   xvector<int> order(static_cast<size_t>(g->vs));
   graph_bfs_order(g, order.data());
-  while (graph_next_isomorphism(g, g, order.data(), map.data()))
+  while (graph_next_isomorphism(g, g, order.data(), map.data(), poll))
     add_entry(cache, core, map.data(), g->vs);
 }
 
@@ -78,11 +78,11 @@ static int find_core(const automorphism_cache *cache, int core) {
 }
 
 int automorphism_cache_find(automorphism_cache *cache, int core,
-                            const graph *core_graph) {
+                            const graph *core_graph, interruption_poll *poll) {
   const int index = find_core(cache, core);
   if (index != -1)
     return index;
-  add_automorphisms(cache, core, core_graph);
+  add_automorphisms(cache, core, core_graph, poll);
   return find_core(cache, core);
 }
 

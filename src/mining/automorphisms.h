@@ -1,6 +1,7 @@
 // The automorphisms of the cores that joins go through.
 #pragma once
 
+#include "base/interruption.h"
 #include "base/ksstack.h"
 #include "graph/graph.h"
 
@@ -25,9 +26,12 @@ using automorphism_cache_ptr =
     std::unique_ptr<automorphism_cache, automorphism_cache_deleter>;
 
 // The index of the first entry of a core, whose automorphisms are computed on
-// its first use.  Its entries follow one another.
+// its first use.  Its entries follow one another.  poll, which may be null, has
+// a step for every slot looked at; when it throws, the core's entries are not
+// complete.
 int automorphism_cache_find(automorphism_cache *cache, int core,
-                            const graph *core_graph);
+                            const graph *core_graph,
+                            interruption_poll *poll = nullptr);
 // The permutation of entry i if it belongs to core, else null.
 const int *automorphism_cache_perm(const automorphism_cache *cache, int i,
                                    int core);

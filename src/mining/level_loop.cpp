@@ -50,6 +50,7 @@ static int mine_first_levels(const mining_run *run, level_pair *levels,
                              bool *wanted) {
   if (run->maxsize < 1)
     return 0;
+  check_interruption(run->stop);
   levels->prev = run->counter->edges();
   count_level(run, levels->prev.get(), 1);
   if (patterns_in(levels->prev) == 0)
@@ -57,9 +58,10 @@ static int mine_first_levels(const mining_run *run, level_pair *levels,
   *wanted = report_level(run, levels->prev.get(), 1, 0);
   if (!*wanted || run->maxsize < 2)
     return 1;
+  check_interruption(run->stop);
   levels->cur = run->counter->double_edges(levels->prev.get());
   count_level(run, levels->cur.get(), 2);
-  sg_register_children(levels->cur.get(), levels->prev.get());
+  sg_register_children(levels->cur.get(), levels->prev.get(), run->stop);
   if (patterns_in(levels->cur) > 0)
     *wanted = report_level(run, levels->cur.get(), 2, 0);
   return 2;
@@ -67,8 +69,10 @@ static int mine_first_levels(const mining_run *run, level_pair *levels,
 
 // Frees what is of no use to a level once the size above it has been counted:
 // the ways to its parents and where it occurs.
-static void free_after_use(sg_set *level) {
+static void free_after_use(sg_set *level, const interruption *stop) {
+  interruption_poll poll(stop);
   for (int i = 0; i < sg_set_size(level); i++) {
+    poll.step();
     subgraph *sg = sg_set_get(level, i);
     sg_free_links(sg);
     ksstack_free(std::exchange(sg->rows, nullptr));
@@ -80,22 +84,26 @@ static void free_after_use(sg_set *level) {
 // False when the receiver has enough.
 static bool mine_level(const mining_run *run, int k, level_pair *levels) {
   level_receiver *const to = run->receiver;
-  generation made = sg_generate_candidates(levels->cur.get(),
-                                           levels->prev.get(), run->generation);
+  generation_options options = run->generation;
+  options.stop = run->stop;
+  generation made =
+      sg_generate_candidates(levels->cur.get(), levels->prev.get(), options);
   run->stats->order_dependent += made.order_dependent;
   sg_set_ptr cand = std::move(made.candidates);
   const int generated = sg_set_size(cand.get());
   stats_set(run->stats, stats_candidates, k, generated);
   to->candidates(cand.get());
+  check_interruption(run->stop);
   run->counter->bound(cand.get(), levels->cur.get());
   levels->prev = std::move(levels->cur);
   const int bounded = sg_set_size(cand.get());
   if (bounded == 0)
     return true;
   to->advanced({k, progress::step::counting, 0, bounded, generated});
+  check_interruption(run->stop);
   run->counter->count(cand.get(), levels->prev.get());
-  free_after_use(levels->prev.get());
-  sg_register_children(cand.get(), levels->prev.get());
+  free_after_use(levels->prev.get(), run->stop);
+  sg_register_children(cand.get(), levels->prev.get(), run->stop);
   count_level(run, cand.get(), k);
   levels->cur = std::move(cand);
   return report_level(run, levels->cur.get(), k, generated);
@@ -105,8 +113,10 @@ search_end mine_levels(const mining_run *run) {
   level_pair levels;
   bool wanted = true;
   int last = mine_first_levels(run, &levels, &wanted);
-  while (wanted && last < run->maxsize && patterns_in(levels.cur) > 0)
+  while (wanted && last < run->maxsize && patterns_in(levels.cur) > 0) {
+    check_interruption(run->stop);
     wanted = mine_level(run, ++last, &levels);
+  }
   const sg_set_ptr &newest = last < 2 ? levels.prev : levels.cur;
   return {last, run->maxsize < 1 || patterns_in(newest) > 0};
 }

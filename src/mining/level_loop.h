@@ -14,7 +14,8 @@ struct mining_run {
   generation_options generation; // how candidates are generated
   level_receiver *receiver;
   candidate_counter *counter;
-  statistics *stats; // with a table; counts every size mined
+  statistics *stats;                  // with a table; counts every size mined
+  const interruption *stop = nullptr; // ends the run; also for generation
 };
 
 // Where a search ended.
@@ -24,7 +25,9 @@ struct search_end {
 };
 
 // Mines all sizes up to maxsize or the last one with a pattern, or until the
-// receiver has enough.
+// receiver has enough.  Throws interrupted when stop says so before all work is
+// done; every level that was complete has been received by then.  A counter has
+// to look at stop by itself.
 search_end mine_levels(const mining_run *run);
 
 } // namespace kestro

@@ -33,10 +33,14 @@ struct registration_counts {
 // What candidates of one size are tested against, and where they go.
 struct registration {
   // level is the one below.  known only saves work and may be null; it is not
-  // for candidates that come as a graph.
+  // for candidates that come as a graph.  stop, which may be null, ends what
+  // takes long here and in the offers below by throwing interrupted; labels has
+  // its own.
   explicit registration(const sg_set *level, labeller labels = labeller(),
-                        derived_parents *known = nullptr)
-      : prev(level), derived(known), forms(std::move(labels)), filter(level) {}
+                        derived_parents *known = nullptr,
+                        const interruption *stop = nullptr)
+      : prev(level), derived(known), forms(std::move(labels)), accepted(stop),
+        failed(stop), filter(level, stop) {}
 
   const sg_set *prev;
   derived_parents *derived;

@@ -75,10 +75,20 @@ struct ranked_record {
 
 } // namespace
 
-void sg_set_sort(sg_set *s) {
+void sg_set_sort(sg_set *s, const interruption *stop) {
+  interruption_poll poll(stop, 8192);
   subgraph **records = ksstack_array<subgraph *>(s);
-  xvector<ranked_record> ranked(records, records + s->count);
-  std::stable_sort(ranked.begin(), ranked.end());
+  xvector<ranked_record> ranked;
+  ranked.reserve(static_cast<size_t>(s->count));
+  for (int i = 0; i < s->count; i++) {
+    poll.step();
+    ranked.emplace_back(records[i]);
+  }
+  std::stable_sort(ranked.begin(), ranked.end(),
+                   [&poll](const ranked_record &a, const ranked_record &b) {
+                     poll.step();
+                     return a < b;
+                   });
   for (const ranked_record &r : ranked)
     *records++ = r.sg;
 }

@@ -1,6 +1,7 @@
 // One level of the search: an ordered array of pattern records.
 #pragma once
 
+#include "base/interruption.h"
 #include "mining/subgraph.h"
 
 namespace kestro {
@@ -24,7 +25,8 @@ subgraph *sg_set_get(const sg_set *s, int i);
 // Appends, or inserts after equal records; the set owns sg from then on.
 void sg_set_push(sg_set *s, sg_ptr sg);
 void sg_set_insert(sg_set *s, sg_ptr sg);
-void sg_set_sort(sg_set *s);
+// Throws interrupted, with s as it was, when stop says so.
+void sg_set_sort(sg_set *s, const interruption *stop = nullptr);
 // By binary search: the position of an equal record or -1; the record or null.
 int sg_set_find(const sg_set *s, const subgraph *sg);
 subgraph *sg_set_find_record(const sg_set *s, const subgraph *sg);

@@ -52,11 +52,13 @@ static void set_tids(subgraph *sg, const xvector<int> &tids) {
 
 void sg_filter_candidates_by_support(sg_set *cand, const sg_set *prev,
                                      const ksstack *transactions, int minsup,
-                                     int jobs) {
+                                     int jobs, const interruption *stop) {
   const int old = sg_set_size(cand);
-  const tid_lists lists(prev, transactions->count);
+  const tid_lists lists(prev, transactions->count, stop);
   xvector<tid_lists::workspace> work(
       static_cast<size_t>(worker_count(jobs, old)));
+  for (tid_lists::workspace &w : work)
+    w.poll = interruption_poll(stop, 1 << 16);
   xvector<sg_ptr> records = take_records(cand);
   parallel_for(
       jobs, old,
@@ -76,11 +78,13 @@ void sg_filter_candidates_by_support(sg_set *cand, const sg_set *prev,
   assert(old >= sg_set_size(cand));
 }
 
-support_counter::support_counter(const ksstack *transactions, int jobs)
-    : jobs_(jobs), profiles_(transactions), budget_(transactions) {}
+support_counter::support_counter(const ksstack *transactions, int jobs,
+                                 const interruption *stop)
+    : jobs_(jobs), stop_(stop), profiles_(transactions, stop),
+      budget_(transactions) {}
 
 int support_counter::count(subgraph *sg, const sg_set *prev, int minsup) const {
-  return occurrence_finder(&profiles_).find(sg, prev, minsup);
+  return occurrence_finder(&profiles_, stop_).find(sg, prev, minsup);
 }
 
 int sg_count_support(subgraph *sg, const sg_set *prev,
@@ -119,7 +123,7 @@ void support_counter::count_all(sg_set *cand, const sg_set *prev, int minsup) {
   const int count = static_cast<int>(records.size());
   xvector<occurrence_finder> finders(
       static_cast<size_t>(worker_count(jobs_, count)),
-      occurrence_finder(&profiles_));
+      occurrence_finder(&profiles_, stop_));
   parallel_for(
       jobs_, count,
       [&](int worker, int i) {

@@ -14,18 +14,22 @@ void sg_intersect_parent_tids(subgraph *sg, const sg_set *prev,
 
 // Gives every candidate that bound on its transactions and frees those whose
 // bound is below minsup; the rest stays, sorted.  Works on jobs threads, with
-// the same result for any number of them.
+// the same result for any number of them.  Throws interrupted, with cand empty,
+// when stop, which may be null, says so.
 void sg_filter_candidates_by_support(sg_set *cand, const sg_set *prev,
                                      const ksstack *transactions, int minsup,
-                                     int jobs = 1);
+                                     int jobs = 1,
+                                     const interruption *stop = nullptr);
 
 // Counts candidates over transactions; what the searches need to know of these
 // is worked out once.
 class support_counter {
 public:
   // Borrows transactions, a graph list; count_all works on jobs threads, with
-  // the same result for any number of them.
-  support_counter(const ksstack *transactions, int jobs);
+  // the same result for any number of them.  Whatever takes long, this
+  // included, throws interrupted when stop, which may be null, says so.
+  support_counter(const ksstack *transactions, int jobs,
+                  const interruption *stop = nullptr);
 
   // The exact support of sg, whose tid is a bound before and exact afterwards;
   // prev holds its parents.  Rows of embeddings are filled where sg has been
@@ -33,11 +37,13 @@ public:
   // lower, with as many of its transactions missing from tid.
   int count(subgraph *sg, const sg_set *prev, int minsup) const;
 
-  // The same for every record of a sorted set; frees those below minsup.
+  // The same for every record of a sorted set; frees those below minsup, and
+  // all of them when it throws.
   void count_all(sg_set *cand, const sg_set *prev, int minsup);
 
 private:
   int jobs_;
+  const interruption *stop_;
   graph_profiles profiles_;
   embedding_budget budget_; // with no rows taken
 };

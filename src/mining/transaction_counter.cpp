@@ -7,17 +7,18 @@
 namespace kestro {
 
 sg_set_ptr transaction_counter::edges() {
-  return sg_set_ptr(
-      sg_frequent_edges(transactions_, minsup_, edge_labels_, vertex_labels_));
+  return sg_set_ptr(sg_frequent_edges(transactions_, minsup_, edge_labels_,
+                                      vertex_labels_, stop_));
 }
 
 sg_set_ptr transaction_counter::double_edges(const sg_set *edges) {
-  return sg_set_ptr(sg_frequent_double_edges(edges, transactions_, minsup_,
-                                             edge_labels_, vertex_labels_));
+  return sg_set_ptr(sg_frequent_double_edges(
+      edges, transactions_, minsup_, edge_labels_, vertex_labels_, stop_));
 }
 
 void transaction_counter::bound(sg_set *cand, const sg_set *prev) {
-  sg_filter_candidates_by_support(cand, prev, transactions_, minsup_, jobs_);
+  sg_filter_candidates_by_support(cand, prev, transactions_, minsup_, jobs_,
+                                  stop_);
 }
 
 void transaction_counter::count(sg_set *cand, const sg_set *prev) {

@@ -9,12 +9,14 @@ namespace kestro {
 class transaction_counter : public candidate_counter {
 public:
   // Borrows the graph list of transactions, of labels below edge_labels and
-  // vertex_labels; minsup is at least 1.
+  // vertex_labels; minsup is at least 1.  All counting, and what prepares it
+  // here, throws interrupted when stop, which may be null, says so.
   transaction_counter(const ksstack *transactions, int edge_labels,
-                      int vertex_labels, int minsup, int jobs)
+                      int vertex_labels, int minsup, int jobs,
+                      const interruption *stop = nullptr)
       : transactions_(transactions), edge_labels_(edge_labels),
         vertex_labels_(vertex_labels), minsup_(minsup), jobs_(jobs),
-        counter_(transactions, jobs) {}
+        stop_(stop), counter_(transactions, jobs, stop) {}
   sg_set_ptr edges() override;
   sg_set_ptr double_edges(const sg_set *edges) override;
   void bound(sg_set *cand, const sg_set *prev) override;
@@ -26,6 +28,7 @@ private:
   int vertex_labels_;
   int minsup_;
   int jobs_;
+  const interruption *stop_;
   support_counter counter_;
 };
 
