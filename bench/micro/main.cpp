@@ -41,7 +41,7 @@ int main(int argc, char **argv) {
     kestro::register_isomorphism_benchmarks(db);
     benchmark::RunSpecifiedBenchmarks();
   } catch (const kestro::fatal_error &error) {
-    std::fputs(error.what(), stderr);
+    std::fprintf(stderr, "%s\n", error.what());
     return 1;
   }
   return 0;

@@ -16,11 +16,15 @@ namespace kestro {
 // of threads may use them.
 class database {
 public:
-  database(); // no graphs
+  database();                           // no graphs
+  database(const database &) = default; // and no move, as for labels
+  database &operator=(const database &) = default;
 
   // The transactions of a file in the program's format, as the program reads
   // it: with labels of their own, or those given, which must hold all that
-  // occur.  Throws error with the program's text, path and line.
+  // occur.  Throws error with the program's text, the path and the line: that
+  // which can't be read, of two lines with one edge the second, and the "t"
+  // line where over-long lines have upset the counting.
   static database read(const std::string &path);
   static database read(const std::string &path, const labels &known);
   // The same of bytes in memory; name stands for the path in errors.
@@ -29,7 +33,7 @@ public:
                         const std::string &name = "");
 
   int size() const; // graphs
-  // Graph tid, from 0 to size() - 1.
+  // Graph tid, from 0 to size() - 1; throws error for another number.
   graph_view operator[](int tid) const;
   const labels &label_set() const;
 

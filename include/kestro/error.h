@@ -8,7 +8,8 @@
 namespace kestro {
 
 // Bad input, a file that can't be read or written, an argument that makes no
-// sense.  what() is the whole text, without a newline at its end.
+// sense, memory that has run out.  what() is the whole text, without a newline
+// at its end.
 class error : public std::exception {
 public:
   // The text, and where it happened: a file's path, empty for none, and the
@@ -16,11 +17,19 @@ public:
   explicit error(std::string text, std::string path = {}, long long line = 0);
   const char *what() const noexcept override;
   const std::string &path() const noexcept;
-  long long line() const noexcept;
+  long long line() const noexcept { return line_; }
+
+protected:
+  error() noexcept = default; // of memory that has run out: allocates nothing
 
 private:
-  struct report;
-  std::shared_ptr<const report> report_; // shared: copying must not throw
+  using shared_text = std::shared_ptr<const std::string>;
+  friend void set_error_place(error *e, const shared_text &path,
+                              long long line) noexcept;
+
+  shared_text text_; // shared: copying must not throw
+  shared_text path_; // null for none
+  long long line_ = 0;
 };
 
 } // namespace kestro

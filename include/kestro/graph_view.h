@@ -19,7 +19,8 @@ struct edge {
 };
 
 // Borrows a graph of a database or of a result, and its labels; valid as long
-// as a copy of that database or result is.
+// as a copy of that database or result is.  Functions throw error for a vertex
+// or an id out of range.
 class graph_view {
 public:
   class edge_iterator;
@@ -44,8 +45,8 @@ private:
   const label_set *labels_;
 };
 
-// Walks the edges of a graph; ++ costs a step over at most the neighbours of
-// one vertex.
+// Walks the edges of a graph; to its end that costs a step per vertex and two
+// per edge.
 class graph_view::edge_iterator {
 public:
   using value_type = edge;
@@ -53,9 +54,6 @@ public:
   using iterator_category = std::input_iterator_tag;
 
   edge_iterator() = default;
-  edge_iterator(const graph *g, int vertex) : graph_(g), from_(vertex) {
-    settle();
-  }
   edge operator*() const;
   edge_iterator &operator++();
   edge_iterator operator++(int) {
@@ -66,6 +64,8 @@ public:
   bool operator==(const edge_iterator &other) const = default;
 
 private:
+  friend class graph_view;
+  edge_iterator(const graph *g, int vertex); // first edge from vertex on
   void settle(); // on the next slot that leads upwards
   const graph *graph_ = nullptr;
   int from_ = 0;

@@ -12,7 +12,9 @@ namespace kestro {
 // repeats; a label's id is its position.  Immutable; copies share one set.
 class labels {
 public:
-  labels(); // none
+  labels();                         // none
+  labels(const labels &) = default; // and no move: what was copied from stays
+  labels &operator=(const labels &) = default;
 
   // Those of all transactions of a file, or of a label file as the program
   // writes it with --save-labels.  Throws error as database::read does.
@@ -21,7 +23,8 @@ public:
 
   int vertex_labels() const; // how many
   int edge_labels() const;
-  // The text of an id, which must be in range; lives as long as a copy of this.
+  // The text of an id, which lives as long as a copy of this.  Throws error for
+  // an id out of range.
   std::string_view vertex_label(int id) const;
   std::string_view edge_label(int id) const;
   // The id of a text, nothing when it is no label.  Costs a binary search.

@@ -1,10 +1,11 @@
 // Failure by unwinding: the texts of messages and the exceptions that carry
 // them.
 //
-// A message is finished where it is raised, place and newline included, so
-// that whoever catches it only prints.  Long texts (a message may quote a whole
-// input line) live in a shared string, because an exception must be copyable
-// without throwing; the report of exhausted memory uses a fixed buffer.
+// A message is finished where it is raised, place included, so that whoever
+// catches it only prints.  Texts live in a shared string, because an exception
+// must be copyable without throwing; the report of exhausted memory uses a
+// fixed buffer, and so that its place in a file can be told without memory the
+// file's path is shared with whoever reads it.
 
 #include "base/error.h"
 
@@ -30,21 +31,51 @@ static std::string placed_text(place at, const char *format, va_list args) {
   return text + ": " + format_text(format, args);
 }
 
-fatal_error::fatal_error(std::string text)
-    : long_(std::make_shared<const std::string>(std::move(text))) {}
+// Null for the empty string, which most errors have for their path.
+static std::shared_ptr<const std::string> shared(std::string s) {
+  return s.empty() ? nullptr
+                   : std::make_shared<const std::string>(std::move(s));
+}
+
+static std::string without_newline(std::string text) {
+  if (!text.empty() && text.back() == '\n')
+    text.pop_back();
+  return text;
+}
+
+error::error(std::string text, std::string path, long long line)
+    : text_(std::make_shared<const std::string>(std::move(text))),
+      path_(shared(std::move(path))), line_(line) {}
+
+// Without a text it is a fatal_error's copy as its base class.
+const char *error::what() const noexcept {
+  return text_ ? text_->c_str() : "not enough memory";
+}
+
+const std::string &error::path() const noexcept {
+  static const std::string none;
+  return path_ ? *path_ : none;
+}
+
+void set_error_place(error *e, const std::shared_ptr<const std::string> &path,
+                     long long line) noexcept {
+  e->path_ = path;
+  e->line_ = line;
+}
+
+fatal_error::fatal_error(std::string text, std::string path)
+    : error(without_newline(std::move(text)), std::move(path)) {}
 
 fatal_error::fatal_error(place at, const char *text) noexcept {
   snprintf(brief_, sizeof brief_, "%s:%d: %s", at.module, at.line, text);
 }
 
 const char *fatal_error::what() const noexcept {
-  return long_ ? long_->c_str() : brief_;
+  return *brief_ ? brief_ : error::what();
 }
 
 check_failure::check_failure(std::string report)
-    : report_(std::make_shared<const std::string>(std::move(report))) {}
-
-const char *check_failure::what() const noexcept { return report_->c_str(); }
+    : error(without_newline(std::move(report))) {}
 
 std::string message_text(place at, const char *format, ...) {
   va_list args;

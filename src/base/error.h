@@ -3,9 +3,10 @@
 #pragma once
 
 #include <cassert>
-#include <exception>
 #include <memory>
 #include <string>
+
+#include <kestro/error.h>
 
 #ifdef NDEBUG
 #error "kestro keeps its assertions on in every build; do not define NDEBUG"
@@ -21,31 +22,33 @@ struct place {
   place(const char *name, int at = __builtin_LINE()) : module(name), line(at) {}
 };
 
-// The end of a run by bad input, a file or memory.  what() is the finished
-// text, place and newline included; main() prints it and exits with status 1.
-class fatal_error : public std::exception {
+// The end of a run by bad input, a file or memory.  The text is finished, place
+// included; main() prints it as a line and exits with status 1.
+class fatal_error : public error {
 public:
-  explicit fatal_error(std::string text);
+  // A newline at the end of the text is left out.  The path is that of the file
+  // that failed, if one did.
+  explicit fatal_error(std::string text, std::string path = {});
   // A text known at compile time apart from its place; allocates nothing, so
   // it can report exhausted memory.
   fatal_error(place at, const char *text) noexcept;
   const char *what() const noexcept override;
 
 private:
-  char brief_[96] = "";                     // used when long_ is null
-  std::shared_ptr<const std::string> long_; // shared: copies must not throw
+  char brief_[96] = ""; // the text, unless error holds it
 };
 
 // A failed check that input can reach.  what() is the assertion's report in
-// the form of the C library; main() prints it and aborts.
-class check_failure : public std::exception {
+// the form of the C library; main() prints it as a line and aborts.
+class check_failure : public error {
 public:
-  explicit check_failure(std::string report);
-  const char *what() const noexcept override;
-
-private:
-  std::shared_ptr<const std::string> report_;
+  explicit check_failure(std::string report); // as the text of a fatal_error
 };
+
+// Tells where it happened: the path, null for none, is shared.  Allocates
+// nothing.
+void set_error_place(error *e, const std::shared_ptr<const std::string> &path,
+                     long long line) noexcept;
 
 // "module:line: " followed by the formatted text.
 std::string message_text(place at, const char *format, ...)

@@ -122,10 +122,19 @@ char *text_lines::next_of_pieces(int *size) {
 char *text_lines::next_piece(int size) {
   restore();
   char *const line = at_;
+  line_ = line;
   text_pieces pieces(at_, end_);
   const bool found = pieces.next(size - 1).text;
   at_ = pieces.at();
   return found ? terminated(line) : nullptr;
+}
+
+void text_lines::locate(error *e, const char *byte) {
+  if (e->line() != 0)
+    return;
+  restore(); // the zero may stand for a newline
+  set_error_place(e, text_.name,
+                  1 + std::count<const char *>(begin_, byte, '\n'));
 }
 
 } // namespace kestro

@@ -6,6 +6,7 @@
 #include <cstring>
 #include <memory>
 
+#include "base/error.h"
 #include "base/file_text.h"
 #include "base/xmalloc.h"
 
@@ -46,7 +47,8 @@ class text_lines {
 public:
   // Borrows the text, which stays where it is.
   explicit text_lines(const file_text &text)
-      : begin_(text.bytes.get()), end_(begin_ + text.size), at_(begin_) {}
+      : text_(text), begin_(text.bytes.get()), end_(begin_ + text.size),
+        at_(begin_), line_(begin_) {}
   text_lines(const text_lines &) = delete;
   text_lines &operator=(const text_lines &) = delete;
   ~text_lines() { restore(); }
@@ -56,6 +58,7 @@ public:
   char *next(int *size) {
     restore();
     char *const line = at_;
+    line_ = line;
     const auto left = static_cast<size_t>(end_ - at_);
     const auto most = std::min(static_cast<size_t>(*size) - 1, left);
     // A first piece with a newline is a line; nearly all are.
@@ -71,6 +74,14 @@ public:
   // The bytes in front of what is read next.
   size_t position() const { return static_cast<size_t>(at_ - begin_); }
   void seek(size_t position) { at_ = begin_ + position; }
+  // What is read next.
+  const char *at() const { return at_; }
+
+  // Tells an error that has no place yet the name of the text and the number of
+  // the line read last.  Numbers count newlines, however lines were read.
+  void locate(error *e) { locate(e, line_); }
+  // The same with the line that holds a byte.
+  void locate(error *e, const char *byte);
 
 private:
   char *next_of_pieces(int *size);
@@ -83,9 +94,11 @@ private:
     return line;
   }
 
+  const file_text &text_;
   char *begin_;
   char *end_;
   char *at_;                 // what is read next
+  char *line_;               // what was read last
   char *ended_ = &replaced_; // where a zero may stand for replaced_
   char replaced_ = '\0';
 };

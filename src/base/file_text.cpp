@@ -46,12 +46,22 @@ file_text read_text(FILE *stream, const char *name) {
     enlarge(&text, capacity);
   }
   check_read(stream, name);
+  text.name = std::make_shared<const std::string>(name);
   return text;
 }
 
 file_text read_file(const char *name) {
   const file_ptr stream(open_file(name, "r"));
   return read_text(stream.get(), name);
+}
+
+file_text copy_text(std::string_view bytes, const std::string &name) {
+  file_text text;
+  text.bytes.reset(static_cast<char *>(xmalloc(bytes.size() + 1)));
+  bytes.copy(text.bytes.get(), bytes.size());
+  text.size = bytes.size();
+  text.name = std::make_shared<const std::string>(name);
+  return text;
 }
 
 } // namespace kestro

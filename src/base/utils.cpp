@@ -23,7 +23,7 @@ static int difference(int a, int b) {
 FILE *open_file(const char *path, const char *mode) {
   FILE *stream = fopen(path, mode);
   if (!stream)
-    throw fatal_error("can't open a file '" + std::string(path) + "'\n");
+    throw fatal_error("can't open a file '" + std::string(path) + "'", path);
   return stream;
 }
 
@@ -34,7 +34,7 @@ static bool is_folder(FILE *stream) {
 
 void check_read(FILE *stream, const char *path) {
   if (ferror(stream) && !is_folder(stream))
-    throw fatal_error("can't read a file '" + std::string(path) + "'\n");
+    throw fatal_error("can't read a file '" + std::string(path) + "'", path);
 }
 
 double user_cpu_time() {

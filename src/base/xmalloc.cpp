@@ -9,7 +9,7 @@
 
 namespace kestro {
 
-static const char not_enough_memory[] = "not enough memory\n";
+static const char not_enough_memory[] = "not enough memory";
 
 void die_out_of_memory(int line) {
   throw fatal_error(place("xmalloc.c", line), not_enough_memory);

@@ -3,6 +3,8 @@
 
 #include <cstdint>
 
+#include <kestro/form.h>
+
 #include "cl/canonical_search.h"
 #include "cl/colouring.h"
 #include "graph/graph.h"
@@ -17,13 +19,6 @@ struct canonical_form {
                   // where the search can end differently
   bool rigid;     // refinement alone told all vertices apart, so the graph has
                   // no automorphism but the identity
-};
-
-// Which canonical form.
-enum class form {
-  prescribed, // that of the program's files; depends on the incoming order of
-              // vertices for some very symmetric graphs
-  exact,      // one for every graph; the same wherever the other is invariant
 };
 
 // Brings graphs into canonical form, one after another.  Each thread has its

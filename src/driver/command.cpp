@@ -95,9 +95,9 @@ int run_command(int argc, char **argv, int jobs) {
   try {
     return obey(argc, argv, jobs);
   } catch (const fatal_error &e) {
-    fputs(e.what(), stderr);
+    fprintf(stderr, "%s\n", e.what());
   } catch (const check_failure &e) {
-    fprintf(stderr, "%s: %s", basename(program_name(argc, argv)), e.what());
+    fprintf(stderr, "%s: %s\n", basename(program_name(argc, argv)), e.what());
     abort();
   } catch (const std::bad_alloc &) {
     return end_without_memory();

@@ -155,8 +155,7 @@ private:
 
 } // namespace
 
-void label_set_build(const file_text &text, label_set *ls) {
-  text_lines lines(text);
+static void collect_labels(text_lines &lines, label_set *ls) {
   int size = line_buffer::first_size;
   label_collector vertex_labels(ls->vertex_labels);
   label_collector edge_labels(ls->edge_labels);
@@ -179,6 +178,16 @@ void label_set_build(const file_text &text, label_set *ls) {
   edge_labels.finish();
 }
 
+void label_set_build(const file_text &text, label_set *ls) {
+  text_lines lines(text);
+  try {
+    collect_labels(lines, ls);
+  } catch (error &e) {
+    lines.locate(&e);
+    throw;
+  }
+}
+
 void label_set_build(const char *file, label_set *ls) {
   label_set_build(read_file(file), ls);
 }
@@ -190,10 +199,7 @@ static std::string_view label_in(const char *line) {
   return {label, strcspn(label, blanks)};
 }
 
-label_set *label_set_load(const char *name) {
-  label_set_ptr ls(label_set_create());
-  const file_text text = read_file(name);
-  text_lines lines(text);
+static void load_labels(text_lines &lines, label_set *ls) {
   int size = line_buffer::first_size;
   label_collector edge_labels(ls->edge_labels);
   label_collector vertex_labels(ls->vertex_labels);
@@ -210,6 +216,18 @@ label_set *label_set_load(const char *name) {
   }
   edge_labels.finish();
   vertex_labels.finish();
+}
+
+label_set *label_set_load(const char *name) {
+  label_set_ptr ls(label_set_create());
+  const file_text text = read_file(name);
+  text_lines lines(text);
+  try {
+    load_labels(lines, ls.get());
+  } catch (error &e) {
+    lines.locate(&e);
+    throw;
+  }
   return ls.release();
 }
 

@@ -120,7 +120,8 @@ void transaction_reader::parse(text_lines &lines, int *es, int *vs) {
       edges += line.kind != graph_line_vertex;
       lines_.push_back(line);
     });
-  } catch (const fatal_error &) {
+  } catch (fatal_error &e) {
+    lines.locate(&e);
     recount();
     throw;
   }
@@ -131,19 +132,33 @@ void transaction_reader::parse(text_lines &lines, int *es, int *vs) {
 }
 
 graph_ptr transaction_reader::read(text_lines &lines) {
+  first_line_ = wrong_line_ = lines.at();
   int es;
   int vs;
   parse(lines, &es, &vs);
+  try {
+    return graph_of_lines(es, vs);
+  } catch (error &e) {
+    lines.locate(&e, wrong_line_);
+    throw;
+  }
+}
+
+graph_ptr transaction_reader::graph_of_lines(int es, int vs) {
   graph_ptr g(graph_create(es, vs));
   set_vertex_ids(lines_, g.get());
   begin(g.get());
-  for (const graph_line &line : lines_)
+  for (const graph_line &line : lines_) {
+    wrong_line_ = line.label;
     add_line(line);
+  }
+  wrong_line_ = first_line_;
   finish();
   return g;
 }
 
 void transaction_reader::fill(text_lines &lines, graph *g) {
+  lines_.clear();
   begin(g);
   walk_transaction(lines, [&](const graph_line &line) { add_line(line); });
   finish();
@@ -241,7 +256,7 @@ void transaction_reader::fill_slots() {
   }
 }
 
-void transaction_reader::refuse_duplicates() const {
+void transaction_reader::refuse_duplicates() {
   const int *const e = g_->e;
   for (int i = 0; i < g_->vs; i++) {
     const int end = g_->v[i + 1];
@@ -251,10 +266,29 @@ void transaction_reader::refuse_duplicates() const {
   }
 }
 
+// Of two lines with one edge the second is the wrong one.
+void transaction_reader::set_repeating_line(int from, int to) {
+  bool first = true;
+  size_t i = 0; // record
+  for (const graph_line &line : lines_) {
+    if (!graph_line_is_edge(line.kind))
+      continue;
+    const edge_record &x = records_[i];
+    if (std::minmax(x.from, x.to) == std::minmax(from, to)) {
+      wrong_line_ = line.label;
+      if (!first)
+        return;
+      first = false;
+    }
+    i += line.kind == graph_line_edge ? 2 : 1;
+  }
+}
+
 // The edge meant is the one with the smallest label, the first of several.  The
 // label shown in the message is the one whose id equals the from index of the
 // record read after it: odd, but what recorded messages show.
-void transaction_reader::die_of_duplicate(int from, int to) const {
+void transaction_reader::die_of_duplicate(int from, int to) {
+  set_repeating_line(from, to);
   const edge_record *meant = nullptr;
   for (const edge_record &x : records_)
     if (x.from == from && x.to == to && (!meant || x.label < meant->label))
@@ -285,8 +319,13 @@ ksstack *graph_read_transactions(const file_text &text, const label_set *ls) {
   transaction_reader reader(ls);
   int size = line_buffer::first_size;
   graph_list_ptr list(graph_list_new());
-  while (seek_transaction(lines, &size))
-    graph_list_push(reader.read(lines), list.get());
+  try {
+    while (seek_transaction(lines, &size))
+      graph_list_push(reader.read(lines), list.get());
+  } catch (error &e) {
+    lines.locate(&e);
+    throw;
+  }
   return list.release();
 }
 

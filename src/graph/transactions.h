@@ -14,7 +14,9 @@ namespace kestro {
 
 // A new graph list of the transactions of a file, in file order; a
 // transaction's position is its TID.  Dies at malformed lines, labels that ls
-// does not hold, unknown vertex ids, loops and duplicate edges.
+// does not hold, unknown vertex ids, loops and duplicate edges, telling the
+// line: of duplicates the second one's, the transaction's first one where
+// vertices or edges are not as many as were counted.
 ksstack *graph_read_transactions(const char *name, const label_set *ls);
 ksstack *graph_read_transactions(const file_text &text, const label_set *ls);
 
@@ -39,6 +41,7 @@ private:
   };
 
   void parse(text_lines &lines, int *es, int *vs);
+  graph_ptr graph_of_lines(int es, int vs);
   void begin(graph *g);
   void add_line(const graph_line &line);
   void add_vertex(const graph_line &line);
@@ -47,8 +50,9 @@ private:
   void finish();
   void sort_records_by_to();
   void fill_slots();
-  void refuse_duplicates() const;
-  [[noreturn]] void die_of_duplicate(int from, int to) const;
+  void refuse_duplicates();
+  [[noreturn]] void die_of_duplicate(int from, int to);
+  void set_repeating_line(int from, int to);
 
   const label_set *ls_;
   label_index vertex_labels_;
@@ -59,10 +63,12 @@ private:
   int vertices_ = 0; // added so far
   int edges_ = 0;    // records added so far
   vertex_ids ids_;
-  xvector<graph_line> lines_;    // its vertex and edge lines
-  xvector<edge_record> records_; // in the order read
-  xvector<int> by_to_;           // records by to, else in the order read
-  xvector<int> next_;            // per vertex the next place of a record
+  xvector<graph_line> lines_;        // its vertex and edge lines
+  xvector<edge_record> records_;     // in the order read
+  xvector<int> by_to_;               // records by to, else in the order read
+  xvector<int> next_;                // per vertex the next place of a record
+  const char *first_line_ = nullptr; // of the transaction
+  const char *wrong_line_ = nullptr; // a byte of the line that an error is of
 };
 
 // A new graph read from a stream that stands at a "t" line; the stream is left

@@ -1,0 +1,34 @@
+// What the public classes hold, for the implementation.
+#pragma once
+
+#include <memory>
+
+#include <kestro/database.h>
+#include <kestro/graph_view.h>
+#include <kestro/labels.h>
+
+#include "graph/graph_list.h"
+#include "graph/label_set.h"
+
+namespace kestro {
+
+// The way to the inside of the public classes, which make it their friend, and
+// the way back.  What is returned is borrowed but for what comes from new
+// parts.
+struct access {
+  // A graph list, and the labels by which its graphs are numbered.
+  static const ksstack *transactions(const database &db);
+  static const kestro::label_set *label_set(const labels &l);
+  static const kestro::label_set *label_set(const database &db);
+
+  static graph_view view(const graph *g, const kestro::label_set *ls) {
+    return {g, ls};
+  }
+  static const graph *graph_of(graph_view g) { return g.graph_; }
+  static const kestro::label_set *label_set(graph_view g) { return g.labels_; }
+
+  static labels make_labels(label_set_ptr ls);
+  static database make_database(graph_list_ptr graphs, const labels &known);
+};
+
+} // namespace kestro
