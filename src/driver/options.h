@@ -26,11 +26,11 @@ struct mining_settings {
 
 // What to read and to write.
 struct output_settings {
-  const char *input_file = nullptr; // FILE, borrowed
-  int candidates = 0;               // flag: write the candidate file
-  int maximal = 0;                  // flag: keep only maximal patterns
-  int parent_children_list = 0;     // flag: write the PC list
-  int tid_list = 0;                 // flag: write the TID list
+  const char *input_file = nullptr;       // FILE, borrowed
+  int candidates = 0;                     // flag: write the candidate file
+  int maximal = 0;                        // flag: keep only maximal patterns
+  int parent_children_list = 0;           // flag: write the PC list
+  int tid_list = 0;                       // flag: write the TID list
   const char *load_labels_file = nullptr; // borrowed; null: derived from FILE
   const char *save_labels_file = nullptr; // borrowed; null: derived from FILE
   int load_labels = 0; // flag: read the label set from a label file

@@ -109,8 +109,9 @@ static void print_foot(const options *o, const statistics *s, int last,
 // Reduces the closed output files to the maximal patterns and reports them.
 static void finish_maximal(const database &db, const options *o, statistics *s,
                            int last, double seconds, FILE *out) {
-  select_maximal_patterns(access::label_set(db), o->minsize, o->maximal, o->parent_children_list,
-                          o->tid_list, o->pattern_file.get(), o->pc_file.get(),
+  select_maximal_patterns(access::label_set(db), o->minsize, o->maximal,
+                          o->parent_children_list, o->tid_list,
+                          o->pattern_file.get(), o->pc_file.get(),
                           o->tid_file.get(), s);
   file_ptr patterns(open_file(o->pattern_file.get(), "a"));
   print_foot(o, s, last, mask_maximal, seconds, out, "");
@@ -132,7 +133,8 @@ namespace {
 // Writes the files and shows the table as the run goes on.
 class run_listener : public listener {
 public:
-  run_listener(const options *o, FILE *out) : files_(o), table_(o, out), o_(o) {}
+  run_listener(const options *o, FILE *out)
+      : files_(o), table_(o, out), o_(o) {}
 
   bool wants_candidates() const override { return o_->candidates; }
   void on_candidates(const level &generated) override {

@@ -3,6 +3,7 @@
 #include <kestro/mine.h>
 
 #include "library/access.h"
+#include "library/arguments.h"
 #include "library/level_data.h"
 
 namespace kestro {
@@ -34,6 +35,7 @@ std::span<const int> pattern::embedding(int i) const {
   if (level_->images.empty())
     return {};
   const level_record &record = record_of(level_, id_);
+  check_index("transaction of the pattern", i, record.support);
   const size_t vs = static_cast<size_t>(record.g->vs);
   return {level_->images.data() + record.first_image +
               static_cast<size_t>(i) * vs,
@@ -48,6 +50,9 @@ int level::size() const { return level_->size; }
 
 int level::patterns() const { return level_->count(); }
 
-pattern level::operator[](int id) const { return {level_, id}; }
+pattern level::operator[](int id) const {
+  check_index("pattern", id, level_->count());
+  return access::pattern_of(level_, id);
+}
 
 } // namespace kestro

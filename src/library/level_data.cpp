@@ -1,8 +1,8 @@
 // Levels between the search and those who use the library.
 //
 // What the search has is looked at where it lies; only the parents are copied,
-// since the search keeps them in pairs.  A result keeps a level in a few blocks,
-// one for all graphs and one for each kind of list.
+// since the search keeps them in pairs.  A result keeps a level in a few
+// blocks, one for all graphs and one for each kind of list.
 
 #include "library/level_data.h"
 
@@ -17,16 +17,19 @@ namespace kestro {
 
 std::span<const int> level_data::parents_of(int id) const {
   const size_t i = static_cast<size_t>(id);
-  const size_t end = i + 1 < records.size() ? records[i + 1].first_parent
-                                            : parents.size();
+  const size_t end =
+      i + 1 < records.size() ? records[i + 1].first_parent : parents.size();
   const size_t first = records[i].first_parent;
   return {parents.data() + first, end - first};
 }
 
 static level_record look_at(const subgraph *sg, const level_data &level) {
-  return {sg->g,         sg->tid ? ksstack_array<int>(sg->tid) : nullptr,
-          sg->count,     sg->invariant,
-          level.parents.size(), 0};
+  return {sg->g,
+          sg->tid ? ksstack_array<int>(sg->tid) : nullptr,
+          sg->count,
+          sg->invariant,
+          level.parents.size(),
+          0};
 }
 
 level_data look_at(const sg_set *set, int size, const label_set *labels) {
@@ -119,8 +122,8 @@ void add_embeddings(level_data *level, const ksstack *transactions, int jobs,
   size_t size = 0;
   for (level_record &record : level->records) {
     record.first_image = size;
-    size += static_cast<size_t>(record.support) *
-            static_cast<size_t>(record.g->vs);
+    size +=
+        static_cast<size_t>(record.support) * static_cast<size_t>(record.g->vs);
   }
   level->images.resize(size);
   const int n = level->count();

@@ -1,6 +1,9 @@
 // One level as the library shows it.
 #pragma once
 
+#include <cstddef>
+#include <span>
+
 #include "base/interruption.h"
 #include "base/xmalloc.h"
 #include "graph/graph_list.h"

@@ -6,8 +6,12 @@
 
 #include <kestro/mine.h>
 
+#include <algorithm>
 #include <climits>
 #include <optional>
+#include <string>
+
+#include <kestro/error.h>
 
 #include "base/interruption.h"
 #include "library/access.h"
@@ -25,9 +29,8 @@ class relay : public level_receiver {
 public:
   relay(const database &db, const mine_options &options,
         const interruption *stop, listener *to)
-      : transactions_(access::transactions(db)),
-        labels_(access::label_set(db)), options_(options), stop_(stop),
-        to_(to) {}
+      : transactions_(access::transactions(db)), labels_(access::label_set(db)),
+        options_(options), stop_(stop), to_(to) {}
 
   void candidates(const sg_set *set) override {
     if (sg_set_size(set) == 0 || !to_->wants_candidates())
@@ -109,19 +112,19 @@ mining_summary mine(const database &db, const mine_options &options,
   statistics stats;
   stats_init(&stats);
   relay receiver(db, options, &stop, &to);
-  transaction_counter counter(
-      access::transactions(db), label_set_edge_labels(labels),
-      label_set_vertex_labels(labels), summary.min_support, options.jobs,
-      &stop);
+  transaction_counter counter(access::transactions(db),
+                              label_set_edge_labels(labels),
+                              label_set_vertex_labels(labels),
+                              summary.min_support, options.jobs, &stop);
   const int max_size = options.max_size.value_or(INT_MAX);
-  const mining_run run = {options.min_size,
-                          max_size,
-                          {options.jobs, options.stabilizer_threshold,
-                           options.kind},
-                          &receiver,
-                          &counter,
-                          &stats,
-                          &stop};
+  const mining_run run = {
+      options.min_size,
+      max_size,
+      {options.jobs, options.stabilizer_threshold, options.kind},
+      &receiver,
+      &counter,
+      &stats,
+      &stop};
   try {
     const search_end end = mine_levels(&run);
     summary.last_size = end.last;

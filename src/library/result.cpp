@@ -11,6 +11,7 @@
 #include <numeric>
 
 #include "library/access.h"
+#include "library/arguments.h"
 #include "library/level_data.h"
 
 namespace kestro {
@@ -111,6 +112,7 @@ result::result(std::shared_ptr<const result_data> data)
 int result::size() const { return data_->size(); }
 
 pattern result::operator[](int i) const {
+  check_index("pattern", i, size());
   const int l = data_->level_at(i);
   return access::pattern_of(&data_->data(l), i - data_->first_of(l));
 }
@@ -122,17 +124,18 @@ result::iterator result::end() const { return {this, size()}; }
 std::optional<int> result::find(int size, int id) const {
   for (size_t l = 0; l < data_->levels.size(); l++)
     if (const level_data &data = data_->levels[l]; data.size == size)
-      return 0 <= id && id < data.count()
-                 ? std::optional(data_->first[l] + id)
-                 : std::nullopt;
+      return 0 <= id && id < data.count() ? std::optional(data_->first[l] + id)
+                                          : std::nullopt;
   return std::nullopt;
 }
 
 std::span<const int> result::children(int i) const {
+  check_index("pattern", i, size());
   return data_->children.of(i);
 }
 
 std::span<const int> result::parents(int i) const {
+  check_index("pattern", i, size());
   return data_->parents.of(i);
 }
 

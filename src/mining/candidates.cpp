@@ -105,7 +105,8 @@ generation sg_generate_candidates(const sg_set *children, const sg_set *cores,
         accepted[w] = std::move(joiners[w]->registry()->accepted);
         counted[w] = joiners[w]->registry()->counts;
         joiners[w].reset();
-      });
+      },
+      options.watcher);
   generation made;
   for (size_t w = 0; w < accepted.size(); w++) {
     made.counts += counted[w];

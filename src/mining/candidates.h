@@ -4,6 +4,7 @@
 #include <numeric>
 
 #include "base/interruption.h"
+#include "base/parallel.h"
 #include "cl/canonical.h"
 #include "mining/automorphisms.h"
 #include "mining/derived_parents.h"
@@ -17,6 +18,7 @@ struct generation_options {
   int stabilizer_threshold = labeller::default_threshold;
   form kind = form::prescribed;       // of the candidates' graphs
   const interruption *stop = nullptr; // ends it by throwing interrupted
+  work_watcher *watcher = nullptr;    // told of the cores as they are joined
 };
 
 // The candidates of one size: a sorted set of records with canonical graph,

@@ -35,8 +35,7 @@ static bool report_level(const mining_run *run, const sg_set *level, int size,
   bool more = true;
   if (n > 0 && size >= run->minsize)
     more = run->receiver->level(level);
-  run->receiver->advanced(
-      {size, progress::step::complete, n, n, candidates});
+  run->receiver->advanced({size, progress::step::complete, n, n, candidates});
   return more;
 }
 
@@ -80,12 +79,34 @@ static void free_after_use(sg_set *level, const interruption *stop) {
   }
 }
 
+namespace {
+
+// Passes on how far one step of one size is.
+class step_watcher : public work_watcher {
+public:
+  step_watcher(level_receiver *to, const progress &start)
+      : to_(to), now_(start) {}
+  void advanced(int taken, int count) override {
+    now_.done = taken;
+    now_.known = count;
+    to_->advanced(now_);
+  }
+
+private:
+  level_receiver *to_;
+  progress now_;
+};
+
+} // namespace
+
 // Size k: moves the pair one level up; cur is null when no candidate is left.
 // False when the receiver has enough.
 static bool mine_level(const mining_run *run, int k, level_pair *levels) {
   level_receiver *const to = run->receiver;
   generation_options options = run->generation;
   options.stop = run->stop;
+  step_watcher joining(to, {k, progress::step::joining, 0, 0, 0});
+  options.watcher = &joining;
   generation made =
       sg_generate_candidates(levels->cur.get(), levels->prev.get(), options);
   run->stats->order_dependent += made.order_dependent;
@@ -94,14 +115,16 @@ static bool mine_level(const mining_run *run, int k, level_pair *levels) {
   stats_set(run->stats, stats_candidates, k, generated);
   to->candidates(cand.get());
   check_interruption(run->stop);
-  run->counter->bound(cand.get(), levels->cur.get());
+  step_watcher bounding(to, {k, progress::step::bounding, 0, 0, generated});
+  run->counter->bound(cand.get(), levels->cur.get(), &bounding);
   levels->prev = std::move(levels->cur);
   const int bounded = sg_set_size(cand.get());
   if (bounded == 0)
     return true;
-  to->advanced({k, progress::step::counting, 0, bounded, generated});
+  step_watcher counting(to, {k, progress::step::counting, 0, 0, generated});
+  counting.advanced(0, bounded);
   check_interruption(run->stop);
-  run->counter->count(cand.get(), levels->prev.get());
+  run->counter->count(cand.get(), levels->prev.get(), &counting);
   free_after_use(levels->prev.get(), run->stop);
   sg_register_children(cand.get(), levels->prev.get(), run->stop);
   count_level(run, cand.get(), k);

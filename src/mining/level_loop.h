@@ -1,8 +1,8 @@
 // The level-wise search: from the first edge to the last size with a pattern.
 #pragma once
 
-#include "mining/seams.h"
 #include "mining/candidates.h"
+#include "mining/seams.h"
 #include "mining/statistics.h"
 
 namespace kestro {

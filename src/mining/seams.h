@@ -4,6 +4,7 @@
 
 #include <kestro/progress.h>
 
+#include "base/parallel.h"
 #include "mining/sg_set.h"
 
 namespace kestro {
@@ -33,9 +34,11 @@ public:
   virtual sg_set_ptr double_edges(const sg_set *edges) = 0;
   // Drops candidates that cannot be frequent, as many as are told cheaply; prev
   // is the level below.
-  virtual void bound(sg_set *cand, const sg_set *prev) = 0;
+  virtual void bound(sg_set *cand, const sg_set *prev,
+                     work_watcher *watcher) = 0;
   // Drops those that are not frequent.
-  virtual void count(sg_set *cand, const sg_set *prev) = 0;
+  virtual void count(sg_set *cand, const sg_set *prev,
+                     work_watcher *watcher) = 0;
 };
 
 } // namespace kestro

@@ -52,7 +52,8 @@ static void set_tids(subgraph *sg, const xvector<int> &tids) {
 
 void sg_filter_candidates_by_support(sg_set *cand, const sg_set *prev,
                                      const ksstack *transactions, int minsup,
-                                     int jobs, const interruption *stop) {
+                                     int jobs, const interruption *stop,
+                                     work_watcher *watcher) {
   const int old = sg_set_size(cand);
   const tid_lists lists(prev, transactions->count, stop);
   xvector<tid_lists::workspace> work(
@@ -71,7 +72,7 @@ void sg_filter_candidates_by_support(sg_set *cand, const sg_set *prev,
         else
           sg.reset();
       },
-      [](int) {});
+      [](int) {}, watcher);
   for (sg_ptr &sg : records)
     if (sg)
       sg_set_push(cand, std::move(sg));
@@ -113,7 +114,8 @@ static void count_candidate(sg_ptr *cand, const sg_set *prev, int minsup,
   cand->reset();
 }
 
-void support_counter::count_all(sg_set *cand, const sg_set *prev, int minsup) {
+void support_counter::count_all(sg_set *cand, const sg_set *prev, int minsup,
+                                work_watcher *watcher) {
   embedding_budget budget(budget_);
   for (int i = 0; i < sg_set_size(prev); i++) {
     budget.add_pattern();
@@ -130,7 +132,7 @@ void support_counter::count_all(sg_set *cand, const sg_set *prev, int minsup) {
         count_candidate(&records[static_cast<size_t>(i)], prev, minsup,
                         &finders[static_cast<size_t>(worker)], &budget);
       },
-      [](int) {});
+      [](int) {}, watcher);
   for (sg_ptr &sg : records)
     if (sg)
       sg_set_push(cand, std::move(sg));

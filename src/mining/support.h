@@ -1,6 +1,7 @@
 // Support: which transactions contain a candidate.
 #pragma once
 
+#include "base/parallel.h"
 #include "base/xmalloc.h"
 #include "cl/graph_profiles.h"
 #include "mining/embeddings.h"
@@ -19,7 +20,8 @@ void sg_intersect_parent_tids(subgraph *sg, const sg_set *prev,
 void sg_filter_candidates_by_support(sg_set *cand, const sg_set *prev,
                                      const ksstack *transactions, int minsup,
                                      int jobs = 1,
-                                     const interruption *stop = nullptr);
+                                     const interruption *stop = nullptr,
+                                     work_watcher *watcher = nullptr);
 
 // Counts candidates over transactions; what the searches need to know of these
 // is worked out once.
@@ -39,7 +41,8 @@ public:
 
   // The same for every record of a sorted set; frees those below minsup, and
   // all of them when it throws.
-  void count_all(sg_set *cand, const sg_set *prev, int minsup);
+  void count_all(sg_set *cand, const sg_set *prev, int minsup,
+                 work_watcher *watcher = nullptr);
 
 private:
   int jobs_;

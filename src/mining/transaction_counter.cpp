@@ -16,13 +16,15 @@ sg_set_ptr transaction_counter::double_edges(const sg_set *edges) {
       edges, transactions_, minsup_, edge_labels_, vertex_labels_, stop_));
 }
 
-void transaction_counter::bound(sg_set *cand, const sg_set *prev) {
+void transaction_counter::bound(sg_set *cand, const sg_set *prev,
+                                work_watcher *watcher) {
   sg_filter_candidates_by_support(cand, prev, transactions_, minsup_, jobs_,
-                                  stop_);
+                                  stop_, watcher);
 }
 
-void transaction_counter::count(sg_set *cand, const sg_set *prev) {
-  counter_.count_all(cand, prev, minsup_);
+void transaction_counter::count(sg_set *cand, const sg_set *prev,
+                                work_watcher *watcher) {
+  counter_.count_all(cand, prev, minsup_, watcher);
 }
 
 } // namespace kestro

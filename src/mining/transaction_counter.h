@@ -19,8 +19,10 @@ public:
         stop_(stop), counter_(transactions, jobs, stop) {}
   sg_set_ptr edges() override;
   sg_set_ptr double_edges(const sg_set *edges) override;
-  void bound(sg_set *cand, const sg_set *prev) override;
-  void count(sg_set *cand, const sg_set *prev) override;
+  void bound(sg_set *cand, const sg_set *prev,
+             work_watcher *watcher = nullptr) override;
+  void count(sg_set *cand, const sg_set *prev,
+             work_watcher *watcher = nullptr) override;
 
 private:
   const ksstack *transactions_;

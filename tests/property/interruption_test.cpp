@@ -70,15 +70,19 @@ public:
     happen();
     return counter_.double_edges(edges);
   }
-  void bound(sg_set *cand, const sg_set *prev) override {
+  void bound(sg_set *cand, const sg_set *prev, work_watcher *watcher) override {
     happen();
-    counter_.bound(cand, prev);
+    counter_.bound(cand, prev, watcher);
   }
-  void count(sg_set *cand, const sg_set *prev) override {
+  void count(sg_set *cand, const sg_set *prev, work_watcher *watcher) override {
     happen();
-    counter_.count(cand, prev);
+    counter_.count(cand, prev, watcher);
   }
-  void advanced(const progress &) override { happen(); }
+  // How often a thread tells of work within a size differs from run to run.
+  void advanced(const progress &now) override {
+    if (now.at == progress::step::complete)
+      happen();
+  }
 
   int events = 0;
   std::vector<std::vector<int>> levels; // received
@@ -163,8 +167,7 @@ TEST(Interruption, NothingIsMinedBehindTheDeadline) {
   stopping_seams seams(db, 4, 1, 0);
   statistics stats;
   stats_init(&stats);
-  const mining_run run = {1,      INT_MAX, {},     &seams,
-                          &seams, &stats,  &past};
+  const mining_run run = {1, INT_MAX, {}, &seams, &seams, &stats, &past};
   try {
     mine_levels(&run);
     ADD_FAILURE() << "not interrupted";

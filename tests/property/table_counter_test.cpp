@@ -9,10 +9,10 @@
 #include <gtest/gtest.h>
 
 #include "base/file_text.h"
-#include "mining/level_loop.h"
-#include "mining/transaction_counter.h"
 #include "graph/label_set.h"
 #include "graph/transactions.h"
+#include "mining/level_loop.h"
+#include "mining/transaction_counter.h"
 #include "support/mined_levels.h"
 #include "support/plain_generation.h"
 #include "support/random_database.h"

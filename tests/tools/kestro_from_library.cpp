@@ -154,8 +154,9 @@ int main(int argc, char **argv) {
   const int status = kestro::run_command(argc, argv, 1);
   kestro::options o;
   words.push_back(nullptr);
-  if (status == 0 && kestro::parse_command_line(argc, words.data(), &o) ==
-                         kestro::command::run &&
+  if (status == 0 &&
+      kestro::parse_command_line(argc, words.data(), &o) ==
+          kestro::command::run &&
       !o.save_labels)
     kestro::rewrite_files(o);
   return status;

@@ -8,9 +8,9 @@
 
 #include <gtest/gtest.h>
 
-#include "mining/transaction_counter.h"
 #include "graph/graph_list.h"
 #include "mining/statistics.h"
+#include "mining/transaction_counter.h"
 #include "support/graphs.h"
 
 namespace kestro {
@@ -46,28 +46,28 @@ public:
     log.push_back("double edges of " + of_size(edges));
     return counter_.double_edges(edges);
   }
-  void bound(sg_set *cand, const sg_set *prev) override {
+  void bound(sg_set *cand, const sg_set *prev, work_watcher *watcher) override {
     log.push_back("bound " + of_size(cand) + " by " + of_size(prev));
     if (drop_all) {
       sg_set_free(sg_set_create_from(cand));
       return;
     }
-    counter_.bound(cand, prev);
+    counter_.bound(cand, prev, watcher);
   }
-  void count(sg_set *cand, const sg_set *prev) override {
+  void count(sg_set *cand, const sg_set *prev, work_watcher *watcher) override {
     log.push_back("count " + of_size(cand) + " by " + of_size(prev));
-    counter_.count(cand, prev);
+    counter_.count(cand, prev, watcher);
   }
   void advanced(const progress &now) override {
-    std::string line = "progress: ";
-    if (now.at == progress::step::counting)
-      line += "candidates of ";
-    else
-      line += "level ";
-    log.push_back(line + std::to_string(now.size));
+    if (now.at == progress::step::complete)
+      log.push_back("progress: level " + std::to_string(now.size));
+    else if (now.at == progress::step::counting && now.done == 0)
+      log.push_back("progress: candidates of " + std::to_string(now.size));
+    steps.push_back(now);
   }
 
   events log;
+  std::vector<progress> steps;
   bool drop_all = false; // let no candidate pass the bound
   int enough = INT_MAX;  // the size with which the run is to end
 
@@ -154,12 +154,12 @@ TEST_F(LevelLoop, EmptyLevelIsCompleteButNotHandedOver) {
   add(star_graph(4));
   add(path_graph(4));
   EXPECT_EQ(mine(3), 3);
-  EXPECT_EQ(log, (edge_level + path_level +
-                  events{"receive candidates: 3 of size 3",
-                         "bound 3 of size 3 by 1 of size 2",
-                         "progress: candidates of 3",
-                         "count 3 of size 3 by 1 of size 2",
-                         "progress: level 3"}));
+  EXPECT_EQ(
+      log,
+      (edge_level + path_level +
+       events{"receive candidates: 3 of size 3",
+              "bound 3 of size 3 by 1 of size 2", "progress: candidates of 3",
+              "count 3 of size 3 by 1 of size 2", "progress: level 3"}));
 }
 
 TEST_F(LevelLoop, NothingHappensWithoutAFrequentEdge) {
@@ -250,14 +250,13 @@ TEST_F(LevelLoop, SizesBelowMinsizeAreMinedButNotHandedOver) {
 TEST_F(LevelLoop, CandidatesBelowMinsizeAreHandedOver) {
   add(ring_graph(3));
   EXPECT_EQ(mine(1, 4, 4), 4);
-  EXPECT_EQ(log,
-            (events{"edges", "progress: level 1",
-                    "double edges of 1 of size 1", "progress: level 2",
-                    "receive candidates: 3 of size 3",
-                    "bound 3 of size 3 by 1 of size 2",
-                    "progress: candidates of 3",
-                    "count 3 of size 3 by 1 of size 2", "progress: level 3",
-                    "receive candidates: none", "bound none by 1 of size 3"}));
+  EXPECT_EQ(
+      log,
+      (events{"edges", "progress: level 1", "double edges of 1 of size 1",
+              "progress: level 2", "receive candidates: 3 of size 3",
+              "bound 3 of size 3 by 1 of size 2", "progress: candidates of 3",
+              "count 3 of size 3 by 1 of size 2", "progress: level 3",
+              "receive candidates: none", "bound none by 1 of size 3"}));
   EXPECT_EQ(stats_get(&stats, stats_frequent, 3), 1);
 }
 
@@ -351,14 +350,14 @@ public:
     below = edges;
     return recorder::double_edges(edges);
   }
-  void count(sg_set *cand, const sg_set *prev) override {
+  void count(sg_set *cand, const sg_set *prev, work_watcher *watcher) override {
     expect_children(prev, 0); // of candidates there are none yet
     below = prev;
     for (int i = 0; i < sg_set_size(prev); i++) {
       const subgraph *sg = sg_set_get(prev, i);
       EXPECT_TRUE(sg->rows && sg->links && sg->tid);
     }
-    recorder::count(cand, prev);
+    recorder::count(cand, prev, watcher);
     expect_children(prev, 0);
   }
   bool level(const sg_set *set) override {
