@@ -258,7 +258,7 @@ static graph_ptr draw_small(unsigned seed) {
       g = draw_two_label_graph(rng()).g;
     else
       g = random_graph(rng, {.vs = 2 + random_below(rng, 7),
-                             .extra_edges = random_below(rng, 24),
+                             .extra_edges = random_below(rng, 18),
                              .vlabels = 1 + random_below(rng, 3),
                              .elabels = 1 + random_below(rng, 2),
                              .connected = random_below(rng, 8) > 0});
