@@ -6,7 +6,6 @@
 
 #include "driver/run.h"
 
-#include <cmath>
 #include <cstring>
 #include <utility>
 
@@ -22,6 +21,7 @@
 #include "driver/transaction_counter.h"
 #include "graph/transactions.h"
 #include "mining/maximal.h"
+#include "mining/min_support.h"
 #include "mining/statistics.h"
 
 namespace kestro {
@@ -69,13 +69,7 @@ static void save_labels(const options *o, const label_set *ls) {
 }
 
 int min_support_count(double support, int n) {
-  // Extended precision decides which supports fall just short of a count.
-  const long double count =
-      truncl(static_cast<long double>(support) / 100.0L * n + 0.5L);
-  if (std::isnan(count))
-    return 1;
-  const long double capped = count > n ? n : count;
-  return capped < 1 ? 1 : static_cast<int>(capped);
+  return min_support_of_share(static_cast<long double>(support) / 100.0L, n);
 }
 
 // A name with a newline would write lines of its own into the head of the

@@ -18,7 +18,7 @@ namespace kestro {
 void run_kestro(options *o, FILE *out);
 
 // The minimum support as a number of transactions, for a support in per cent of
-// n transactions: rounded, and kept within 1 and n (1 when n is 0).
+// n transactions (mining/min_support.h).
 int min_support_count(double support, int n);
 
 // The part of a run behind the reading: transactions is a graph list, its
