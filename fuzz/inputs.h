@@ -88,10 +88,8 @@ template <class Call> std::string failure_of(Call call) {
   try {
     call();
     return "";
-  } catch (const fatal_error &e) {
-    return e.what();
-  } catch (const check_failure &e) {
-    return e.what();
+  } catch (const error &e) {
+    return std::string(e.what()) + '\n';
   } catch (const std::bad_alloc &) {
     return "not enough memory\n";
   } catch (const std::length_error &) {

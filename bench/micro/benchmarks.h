@@ -6,9 +6,9 @@
 
 namespace kestro {
 
-void register_parse_benchmarks(const database &db);
+void register_parse_benchmarks(const loaded_file &db);
 void register_canonical_benchmarks();
-void register_closure_benchmarks(const database &db);
-void register_isomorphism_benchmarks(const database &db);
+void register_closure_benchmarks(const loaded_file &db);
+void register_isomorphism_benchmarks(const loaded_file &db);
 
 } // namespace kestro

@@ -29,7 +29,7 @@ static void register_all(const sg_set *candidates, registration *to) {
 }
 
 // known: the candidates are registered beforehand.
-static void measure(benchmark::State &state, const database &db, int step,
+static void measure(benchmark::State &state, const loaded_file &db, int step,
                     bool known) {
   const search_levels levels = mine_until(db, static_cast<int>(state.range(0)));
   const sg_set_ptr candidates = copy_records(levels.candidates.get(), 1);
@@ -52,7 +52,7 @@ static void measure(benchmark::State &state, const database &db, int step,
       static_cast<double>(accepted) / static_cast<double>(attempts);
 }
 
-void register_closure_benchmarks(const database &db) {
+void register_closure_benchmarks(const loaded_file &db) {
   const auto add = [&](const char *name, int step, bool known) {
     benchmark::RegisterBenchmark(name,
                                  [&db, step, known](benchmark::State &state) {

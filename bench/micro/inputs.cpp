@@ -205,19 +205,19 @@ static std::string write_molecules() {
   return name;
 }
 
-database::database(const std::string &name)
+loaded_file::loaded_file(const std::string &name)
     : file_(name.empty() ? write_molecules() : name), drawn_(name.empty()),
       labels_(label_set_create()) {
   label_set_build(file_.c_str(), labels_.get());
   transactions_.reset(graph_read_transactions(file_.c_str(), labels_.get()));
 }
 
-database::~database() {
+loaded_file::~loaded_file() {
   if (drawn_)
     std::remove(file_.c_str());
 }
 
-search_levels mine_until(const database &db, int k) {
+search_levels mine_until(const loaded_file &db, int k) {
   const ksstack *transactions = db.transactions();
   const int minsup = std::max(1, transactions->count / 10);
   const int edge_labels = label_set_edge_labels(db.labels());

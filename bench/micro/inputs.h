@@ -46,14 +46,14 @@ sketch make_hubs(int hubs, int leaves);
 graph_ptr lay_out(const sketch &s, generator &draw);
 
 // A transaction file and what is read from it.
-class database {
+class loaded_file {
 public:
   // Reads name, or, when it is empty, a file of molecules that is written here
   // and lasts as long as this.
-  explicit database(const std::string &name);
-  ~database();
-  database(const database &) = delete;
-  database &operator=(const database &) = delete;
+  explicit loaded_file(const std::string &name);
+  ~loaded_file();
+  loaded_file(const loaded_file &) = delete;
+  loaded_file &operator=(const loaded_file &) = delete;
 
   const std::string &file() const { return file_; }
   const label_set *labels() const { return labels_.get(); }
@@ -75,6 +75,6 @@ struct search_levels {
 
 // Mines db with the minimum support of a tenth of its transactions up to the
 // candidates of size k >= 3.  Dies when there are none.
-search_levels mine_until(const database &db, int k);
+search_levels mine_until(const loaded_file &db, int k);
 
 } // namespace kestro

@@ -43,7 +43,8 @@ static void search_all(const graph *pattern, const ksstack *transactions,
   }
 }
 
-static void measure(benchmark::State &state, const database &db, bool follow) {
+static void measure(benchmark::State &state, const loaded_file &db,
+                    bool follow) {
   const int size = static_cast<int>(state.range(0));
   const search_levels levels = mine_until(db, size + 1);
   const sg_set *patterns = levels.children.get();
@@ -57,7 +58,7 @@ static void measure(benchmark::State &state, const database &db, bool follow) {
   graph_free_label_matrix();
 }
 
-void register_isomorphism_benchmarks(const database &db) {
+void register_isomorphism_benchmarks(const loaded_file &db) {
   const auto add = [&](const char *name, bool follow) {
     benchmark::RegisterBenchmark(
         name,

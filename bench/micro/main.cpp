@@ -34,7 +34,7 @@ int main(int argc, char **argv) {
   if (benchmark::ReportUnrecognizedArguments(argc, argv))
     return 2;
   try {
-    const kestro::database db(name);
+    const kestro::loaded_file db(name);
     kestro::register_parse_benchmarks(db);
     kestro::register_canonical_benchmarks();
     kestro::register_closure_benchmarks(db);

@@ -12,12 +12,12 @@
 
 namespace kestro {
 
-static void set_bytes(benchmark::State &state, const database &db) {
+static void set_bytes(benchmark::State &state, const loaded_file &db) {
   const auto bytes = std::filesystem::file_size(db.file());
   state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(bytes));
 }
 
-static void build_labels(benchmark::State &state, const database &db) {
+static void build_labels(benchmark::State &state, const loaded_file &db) {
   for (auto _ : state) {
     label_set_ptr labels(label_set_create());
     label_set_build(db.file().c_str(), labels.get());
@@ -25,14 +25,14 @@ static void build_labels(benchmark::State &state, const database &db) {
   set_bytes(state, db);
 }
 
-static void read_transactions(benchmark::State &state, const database &db) {
+static void read_transactions(benchmark::State &state, const loaded_file &db) {
   for (auto _ : state)
     graph_list_ptr read(
         graph_read_transactions(db.file().c_str(), db.labels()));
   set_bytes(state, db);
 }
 
-void register_parse_benchmarks(const database &db) {
+void register_parse_benchmarks(const loaded_file &db) {
   const auto add = [&](const char *name, auto function) {
     benchmark::RegisterBenchmark(name, [&db,
                                         function](benchmark::State &state) {

@@ -51,7 +51,8 @@ struct labelled_edge {
   std::string_view label;
 };
 
-// Builds a database in memory, graph by graph.
+// Builds a database in memory, graph by graph.  What has been moved from can
+// only be assigned to or destroyed.
 class database_builder {
 public:
   database_builder();
@@ -62,17 +63,19 @@ public:
   ~database_builder();
 
   // Adds a graph of vertices with these labels, numbered in their order, and
-  // edges; returns its number.  A label is 1 to 1,000 bytes without blanks and
-  // control characters.  Throws error, with the graph's number and the
-  // vertex's or edge's, for another label, an end out of range, a loop, two
-  // edges between the same ends; the builder is then as it was.
+  // edges; returns its number.  A label is 1 to 998 bytes, which is what a line
+  // of a file holds for certain, without blanks and control characters.  Throws
+  // error, with the graph's number and the vertex's or edge's, for another
+  // label, an end out of range, a loop, two edges between the same ends; the
+  // builder is then as it was.
   int add(std::span<const std::string_view> vertex_labels,
           std::span<const labelled_edge> edges);
   int add(std::initializer_list<std::string_view> vertex_labels,
           std::initializer_list<labelled_edge> edges);
   int size() const; // graphs added
 
-  // All graphs added.  The builder is empty afterwards.
+  // All graphs added, and the labels given or else those that occur.  The
+  // builder is empty afterwards, and also when memory runs out.
   database build() &&;
 
 private:

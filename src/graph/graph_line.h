@@ -35,6 +35,11 @@ struct graph_line {
 // The bytes of a label that count.
 constexpr int graph_line_most_label = 1023;
 
+// The bytes of a label for which there is always room: with two vertex ids of
+// ten digits and a newline its line fits the first piece of a line read, behind
+// which over-long lines begin.
+constexpr int graph_line_safe_label = 1023 - 25;
+
 // Reads a line, its label cut after most_label bytes.  Dies with "invalid input
 // line" at what cannot be read, and of exhausted memory at a vertex or edge
 // line without a label.

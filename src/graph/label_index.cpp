@@ -6,8 +6,6 @@
 
 #include "graph/label_index.h"
 
-#include <utility>
-
 namespace kestro {
 
 static constexpr size_t first_slots = 64;
@@ -20,14 +18,15 @@ label_index::label_index(const ksstack *labels) : label_index() {
 }
 
 void label_index::add(std::string_view word, int number) {
-  slots_[slot_of(word)] = {word.data(), word.size(), number};
-  if (2 * ++used_ > slots_.size())
+  if (2 * (used_ + 1) > slots_.size())
     enlarge();
+  slots_[slot_of(word)] = {word.data(), word.size(), number};
+  used_++;
 }
 
 void label_index::enlarge() {
-  const xvector<slot> old = std::move(slots_);
-  slots_ = xvector<slot>(2 * old.size());
+  xvector<slot> old(2 * slots_.size());
+  old.swap(slots_);
   for (const slot &s : old)
     if (s.number != -1)
       slots_[slot_of({s.word, s.length})] = s;

@@ -19,7 +19,7 @@ public:
 
   // The number of a word, or -1.
   int find(std::string_view word) const { return slots_[slot_of(word)].number; }
-  // Gives a new word its number.
+  // Gives a new word its number.  Where memory ends, all is as it was.
   void add(std::string_view word, int number);
 
 private:

@@ -22,12 +22,12 @@ inline std::string masked_line(const std::string &text) {
   return text.substr(name, colon - name) + ":N" + text.substr(end);
 }
 
-// The masked text of the Failure that run() throws.
+// The masked text of the Failure that run() throws, as a line.
 template <class Failure, class Callable> std::string thrown_text(Callable run) {
   try {
     run();
   } catch (const Failure &failure) {
-    return masked_line(failure.what());
+    return masked_line(failure.what()) + '\n';
   }
   return "nothing was thrown";
 }

@@ -46,8 +46,8 @@ std::vector<int> degrees(const plain_graph &g) {
 }
 
 // The search for maps of one pattern into one target.
-struct matcher {
-  matcher(const plain_graph &p, const plain_graph &t, bool exact_degrees)
+struct map_search {
+  map_search(const plain_graph &p, const plain_graph &t, bool exact_degrees)
       : pattern(p), target(t), pattern_edge(p), target_edge(t),
         pattern_degree(degrees(p)), target_degree(degrees(t)),
         exact(exact_degrees), map(p.vertices.size(), -1),
@@ -283,7 +283,7 @@ std::string plain_invariant(const plain_graph &g) {
 
 std::vector<plain_map> plain_maps(const plain_graph &pattern,
                                   const plain_graph &target) {
-  matcher search(pattern, target, false);
+  map_search search(pattern, target, false);
   search.search(0, false);
   std::sort(search.found.begin(), search.found.end());
   return search.found;
@@ -294,7 +294,7 @@ bool plain_isomorphic(const plain_graph &a, const plain_graph &b) {
       a.edges.size() != b.edges.size())
     return false;
   // With as many edges on either side, a map that keeps edges is onto them.
-  matcher search(a, b, true);
+  map_search search(a, b, true);
   return search.search(0, true);
 }
 

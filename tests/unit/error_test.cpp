@@ -19,7 +19,7 @@ TEST(Error, DieCarriesModuleLineAndFormattedText) {
     die("some.c", "wrong line '%s' at %d\n", "a b", 7);
   } catch (const fatal_error &error) {
     const std::string place = "some.c:" + std::to_string(line) + ": ";
-    EXPECT_EQ(error.what(), place + "wrong line 'a b' at 7\n");
+    EXPECT_EQ(error.what(), place + "wrong line 'a b' at 7");
     return;
   }
   FAIL() << "die returned";
@@ -37,12 +37,19 @@ TEST(Error, MessageTextIsTheTextOfDie) {
 }
 
 TEST(Error, FatalErrorMayGoWithoutAPlace) {
-  EXPECT_STREQ(fatal_error("can't open\n").what(), "can't open\n");
+  EXPECT_STREQ(fatal_error("can't open\n").what(), "can't open");
+}
+
+TEST(Error, FatalErrorLeavesOutOneNewlineAtTheEnd) {
+  EXPECT_STREQ(fatal_error("blank line: \n\n").what(), "blank line: \n");
+  EXPECT_STREQ(fatal_error("two\nlines").what(), "two\nlines");
+  EXPECT_STREQ(fatal_error("\n").what(), "");
+  EXPECT_STREQ(fatal_error("").what(), "");
 }
 
 TEST(Error, BriefFatalErrorHoldsPlaceAndText) {
-  const fatal_error error(place("some.c", 12), "not enough\n");
-  EXPECT_STREQ(error.what(), "some.c:12: not enough\n");
+  const fatal_error error(place("some.c", 12), "not enough");
+  EXPECT_STREQ(error.what(), "some.c:12: not enough");
 }
 
 TEST(Error, BriefFatalErrorCutsWhatDoesNotFit) {
@@ -84,7 +91,7 @@ TEST(Error, CheckReportsFileLineAndFunction) {
   } catch (const check_failure &failure) {
     caught = &failure;
     EXPECT_STREQ(failure.what(),
-                 "dir/file.cpp:34: make: Assertion `a < b' failed.\n");
+                 "dir/file.cpp:34: make: Assertion `a < b' failed.");
   }
   EXPECT_NE(caught, nullptr);
 }
