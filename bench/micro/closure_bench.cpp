@@ -12,6 +12,7 @@
 
 #include "micro/benchmarks.h"
 #include "mining/registration.h"
+#include "reference/mining/registration.h"
 
 namespace kestro {
 

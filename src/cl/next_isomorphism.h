@@ -1,7 +1,7 @@
 // Mappings one at a time.
 #pragma once
 
-#include "graph/graph.h"
+#include "cl/isomorphism_work.h"
 
 namespace kestro {
 
@@ -14,7 +14,7 @@ namespace kestro {
 // else "irregular reentry" is printed on standard error, and the search goes on
 // from what is mapped.  Dies like every isomorphism call when g1 is larger than
 // g2.
-int graph_next_isomorphism(const graph *g1, const graph *g2, const int *order,
-                           int *map);
+int graph_next_isomorphism(isomorphism_arrays *arrays, const graph *g1,
+                           const graph *g2, const int *order, int *map);
 
 } // namespace kestro

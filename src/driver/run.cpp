@@ -14,7 +14,6 @@
 #include "base/file_identity.h"
 #include "base/output_file.h"
 #include "base/output_lock.h"
-#include "cl/subgraph_isomorphism.h"
 #include "driver/level_files.h"
 #include "driver/level_loop.h"
 #include "driver/live_table.h"
@@ -162,7 +161,5 @@ void mine_frequent_subgraphs(const ksstack *transactions, const label_set *ls,
     finish_maximal(ls, o, &stats, last, seconds, out);
   flush_output(out, standard_output);
 }
-
-void free_work_areas() { graph_free_label_matrix(); }
 
 } // namespace kestro

@@ -26,7 +26,4 @@ int min_support_count(double support, int n);
 void mine_frequent_subgraphs(const ksstack *transactions, const label_set *ls,
                              options *o, FILE *out);
 
-// Frees what the modules keep for this thread's next run.
-void free_work_areas();
-
 } // namespace kestro

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "base/ksstack.h"
-#include "graph/graph.h"
+#include "cl/isomorphism_work.h"
 
 namespace kestro {
 
@@ -12,7 +12,8 @@ namespace kestro {
 //
 //   | core id | n: vertices of the core | perm: n |
 struct automorphism_cache {
-  ksstack *entries; // of int *, sorted by compare_automorphisms
+  ksstack *entries = nullptr; // of int *, sorted by compare_automorphisms
+  isomorphism_arrays arrays;  // of the search for them
 };
 
 automorphism_cache *automorphism_cache_create();

@@ -5,6 +5,9 @@
 #include <gtest/gtest.h>
 
 #include "mining/parents.h"
+#include "reference/mining/registration.h"
+#include "reference/mining/sg_set.h"
+#include "reference/mining/subgraph.h"
 #include "support/mined_levels.h"
 #include "support/records.h"
 

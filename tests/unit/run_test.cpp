@@ -400,15 +400,6 @@ TEST_F(Run, BadInputLeavesNoOutputs) {
   EXPECT_EQ(folder.files().size(), 1u);
 }
 
-TEST_F(Run, WorkAreasMayBeFreedBetweenRuns) {
-  o.support = 30;
-  const std::string first = masked_time(run());
-  free_work_areas();
-  free_work_areas();
-  EXPECT_EQ(masked_time(run()), first);
-  free_work_areas();
-}
-
 TEST_F(Run, ThreadsDoNotShow) {
   o.support = 30;
   o.tid_list = 1;
