@@ -12,7 +12,6 @@
 #include <cstdio>
 
 #include "base/error.h"
-#include "cl/isomorphism_work.h"
 
 namespace kestro {
 
@@ -52,9 +51,10 @@ static int advance(const isomorphism_work *work, int depth,
   return 0;
 }
 
-int graph_next_isomorphism(const graph *g1, const graph *g2, const int *order,
-                           int *map, interruption_poll *poll) {
-  const isomorphism_call call(g1, g2, map);
+int graph_next_isomorphism(isomorphism_arrays *arrays, const graph *g1,
+                           const graph *g2, const int *order, int *map,
+                           interruption_poll *poll) {
+  const isomorphism_call call(arrays, g1, g2, map);
   const isomorphism_work *work = &call.work;
   std::copy_n(order, g1->vs, work->order);
   int unmapped = 0;

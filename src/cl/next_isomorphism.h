@@ -2,7 +2,7 @@
 #pragma once
 
 #include "base/interruption.h"
-#include "graph/graph.h"
+#include "cl/isomorphism_work.h"
 
 namespace kestro {
 
@@ -15,7 +15,8 @@ namespace kestro {
 // else "irregular reentry" is printed on standard error, and the search goes on
 // from what is mapped.  Dies like every isomorphism call when g1 is larger than
 // g2.  poll, which may be null, has a step for each vertex advanced.
-int graph_next_isomorphism(const graph *g1, const graph *g2, const int *order,
-                           int *map, interruption_poll *poll = nullptr);
+int graph_next_isomorphism(isomorphism_arrays *arrays, const graph *g1,
+                           const graph *g2, const int *order, int *map,
+                           interruption_poll *poll = nullptr);
 
 } // namespace kestro

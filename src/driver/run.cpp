@@ -60,11 +60,10 @@ static void save_labels(const options *o) {
   label_set_save(access::label_set(all), name);
 }
 
-// A support in per cent that is out of range is none or all of them.
-static minimum_support support_of(const options *o) {
-  if (std::isnan(o->support))
+minimum_support clamped_support(double per_cent) {
+  if (std::isnan(per_cent))
     return minimum_support::percentage(0);
-  return minimum_support::percentage(std::clamp(o->support, 0.0, 100.0));
+  return minimum_support::percentage(std::clamp(per_cent, 0.0, 100.0));
 }
 
 // A name with a newline would write lines of its own into the head of the
@@ -153,7 +152,7 @@ private:
 
 static mine_options mining_options(const options *o) {
   mine_options m;
-  m.support = support_of(o);
+  m.support = clamped_support(o->support);
   m.min_size = o->minsize;
   m.max_size = o->maxsize;
   m.jobs = o->jobs;

@@ -17,6 +17,10 @@ namespace kestro {
 // not disturb one another; the CPU time they report is the process's.
 mining_summary run_kestro(options *o, FILE *out);
 
+// The support asked for on the command line: what is below 0 or no number is
+// none, what is above 100 is all.
+minimum_support clamped_support(double per_cent);
+
 // The part of a run behind the reading.
 mining_summary mine_frequent_subgraphs(const database &db, options *o,
                                        FILE *out);

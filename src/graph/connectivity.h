@@ -1,4 +1,4 @@
-// Walks over a graph: breadth-first order, connectedness and components.
+// A walk over a graph in breadth-first order.
 #pragma once
 
 #include "graph/graph.h"
@@ -9,14 +9,5 @@ namespace kestro {
 // neighbours in list order.  Raw; g must be connected.  Panics with "something
 // wrong" should more than vs vertices be queued.
 void graph_bfs_order(const graph *g, int *order);
-
-// 1 if all enabled vertices are reachable from the first of them through
-// enabled slots, else 0.  There must be an enabled vertex.
-int graph_is_connected(const graph *g);
-
-// The number of components; comp[i] is the component of vertex i.  Components
-// are numbered in the order of their smallest vertices.  For graphs without
-// marks, with at least one vertex.
-int graph_connected_components(const graph *g, int *comp);
 
 } // namespace kestro

@@ -41,12 +41,6 @@ graph *graph_create(int es, int vs) {
   return graph_init(xmalloc(graph_size(es, vs)), es, vs);
 }
 
-graph *graph_copy(const graph *g) {
-  graph *copy = graph_create(g->es, g->vs);
-  graph_copy_into(g, copy);
-  return copy;
-}
-
 static void copy_ints(const int *from, int count, int *to) {
   memcpy(to, from, ints(count) * sizeof(int));
 }
@@ -115,13 +109,6 @@ void graph_die_of_vid(const graph *g, int id) {
   for (int i = 0; i < g->vs; i++)
     text += std::to_string(g->vid[i]) + " ";
   throw fatal_error(text + "\n");
-}
-
-int graph_find_vid(const graph *g, int id) {
-  for (int i = 0; i < g->vs; i++)
-    if (g->vid[i] == id)
-      return i;
-  graph_die_of_vid(g, id);
 }
 
 static uint32_t hash_byte(uint32_t h, uint32_t byte) {

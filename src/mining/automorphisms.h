@@ -3,7 +3,7 @@
 
 #include "base/interruption.h"
 #include "base/ksstack.h"
-#include "graph/graph.h"
+#include "cl/isomorphism_work.h"
 
 namespace kestro {
 
@@ -13,7 +13,8 @@ namespace kestro {
 //
 //   | core id | n: vertices of the core | perm: n |
 struct automorphism_cache {
-  ksstack *entries; // of int *, sorted by compare_automorphisms
+  ksstack *entries = nullptr; // of int *, sorted by compare_automorphisms
+  isomorphism_arrays arrays;  // of the search for them
 };
 
 automorphism_cache *automorphism_cache_create();

@@ -60,11 +60,4 @@ struct registration {
 // and registers it.  Returns the accepted copy or null.
 const subgraph *sg_offer_extension(const extension &x, registration *to);
 
-// The same for a candidate that comes as a graph.  Brings cand into canonical
-// form; unless an equal candidate was met before, tests downward closure: every
-// connected graph that is cand less one edge must be in the level below.  If so
-// cand's parents and links are set and a copy is accepted, else a light copy
-// goes to failed.
-const subgraph *sg_register_candidate(subgraph *cand, registration *to);
-
 } // namespace kestro

@@ -17,20 +17,9 @@
 #include "mining/embeddings.h"
 #include "mining/links.h"
 #include "mining/occurrences.h"
-#include "mining/parents.h"
 #include "mining/tid_lists.h"
 
 namespace kestro {
-
-void sg_intersect_parent_tids(subgraph *sg, const sg_set *prev,
-                              const ksstack *transactions) {
-  if (!sg->pid)
-    die("subgraph.c", "null pid\n");
-  tid_lists::workspace work;
-  for (const int tid :
-       tid_lists(prev, transactions->count).common_to_parents(sg, 0, &work))
-    sg_append_tid(sg, tid);
-}
 
 // Moves the records of a set out of it, in order.
 static xvector<sg_ptr> take_records(sg_set *s) {
@@ -84,15 +73,6 @@ support_counter::support_counter(const ksstack *transactions, int jobs,
     : jobs_(jobs), stop_(stop), profiles_(transactions, stop),
       budget_(transactions) {}
 
-int support_counter::count(subgraph *sg, const sg_set *prev, int minsup) const {
-  return occurrence_finder(&profiles_, stop_).find(sg, prev, minsup);
-}
-
-int sg_count_support(subgraph *sg, const sg_set *prev,
-                     const ksstack *transactions) {
-  return support_counter(transactions, 1).count(sg, prev, 0);
-}
-
 // Counts one candidate; frees it if it is not frequent.
 static void count_candidate(sg_ptr *cand, const sg_set *prev, int minsup,
                             occurrence_finder *finder,
@@ -137,14 +117,6 @@ void support_counter::count_all(sg_set *cand, const sg_set *prev, int minsup,
     if (sg)
       sg_set_push(cand, std::move(sg));
   KESTRO_STRUCTURE(sg_set_check(cand));
-}
-
-sg_set *sg_count_frequents(sg_set *cand, sg_set *prev,
-                           const ksstack *transactions, int minsup) {
-  sg_set_ptr level(cand);
-  support_counter(transactions, 1).count_all(cand, prev, minsup);
-  sg_register_children(cand, prev);
-  return level.release();
 }
 
 } // namespace kestro

@@ -167,9 +167,9 @@ TEST(TableCounter, DrivesTheSearchAsTransactionsDo) {
 
 TEST(TableCounter, DrivesTheSearchOfTheExample) {
   const label_set_ptr ls(label_set_create());
-  label_set_build(KESTRO_EXAMPLE, ls.get());
-  const graph_list_ptr transactions(
-      graph_read_transactions(KESTRO_EXAMPLE, ls.get()));
+  const file_text text = read_file(KESTRO_EXAMPLE);
+  label_set_build(text, ls.get());
+  const graph_list_ptr transactions(graph_read_transactions(text, ls.get()));
   for (const int per_cent : {20, 50}) {
     size_t levels = 0;
     EXPECT_EQ(difference(transactions.get(), label_set_edge_labels(ls.get()),

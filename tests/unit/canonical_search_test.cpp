@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "reference/base/utils.h"
 #include "support/graphs.h"
 #include "support/triangle.h"
 

@@ -11,6 +11,7 @@
 #include "graph/graph_list.h"
 #include "mining/statistics.h"
 #include "mining/transaction_counter.h"
+#include "reference/mining/subgraph.h"
 #include "support/graphs.h"
 
 namespace kestro {

@@ -8,6 +8,7 @@
 #include "mining/candidates.h"
 #include "mining/first_levels.h"
 #include "mining/parents.h"
+#include "reference/mining/subgraph.h"
 #include "support/graphs.h"
 
 namespace kestro {

@@ -1,0 +1,14 @@
+// Graphs: a copy of its own, and vertices looked up one by one.
+#pragma once
+
+#include "graph/graph.h"
+
+namespace kestro {
+
+// A new graph with all that g holds; freed with graph_free.
+graph *graph_copy(const graph *g);
+
+// First vertex whose vid is id.  Dies, listing all vids, when there is none.
+int graph_find_vid(const graph *g, int id);
+
+} // namespace kestro
