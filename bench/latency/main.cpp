@@ -18,14 +18,7 @@
 #include <thread>
 #include <utility>
 
-#include "base/error.h"
-#include "base/file_text.h"
-#include "base/interruption.h"
-#include "driver/level_loop.h"
-#include "driver/run.h"
-#include "driver/transaction_counter.h"
-#include "graph/label_set.h"
-#include "graph/transactions.h"
+#include <kestro/kestro.h>
 
 namespace kestro {
 
@@ -34,20 +27,9 @@ namespace {
 using clock = std::chrono::steady_clock;
 using seconds = std::chrono::duration<double>;
 
-struct database {
-  label_set_ptr labels;
-  graph_list_ptr transactions;
-
-  explicit database(const char *file) : labels(label_set_create()) {
-    label_set_build(file, labels.get());
-    transactions.reset(graph_read_transactions(file, labels.get()));
-  }
-};
-
 struct settings {
   const char *file;
   const char *support;
-  int minsup;
   int maxsize;
   int moments;
 };
@@ -69,86 +51,38 @@ private:
   std::string step_ = "prepare";
 };
 
-// Follows a run through its seams; all counting is left to the real counter.
-class observer : public level_receiver,
-                 public candidate_counter,
-                 public progress_listener {
+// Notes what a run is doing.
+class observer : public listener {
 public:
-  observer(transaction_counter *counter, current_step *step)
-      : counter_(counter), step_(step) {}
-
-  void candidates(const sg_set *set) override {
-    size_++;
-    patterns_ = sg_set_size(set);
+  explicit observer(current_step *step) : step_(step) {}
+  void on_level(const level &) override { levels++; }
+  void on_progress(const progress &now) override {
+    static constexpr const char *names[] = {"joining", "bounding", "counting",
+                                            "complete"};
+    step_->enter(names[static_cast<int>(now.at)] + (' ' + text(now.size)) +
+                 ' ' + text(now.done) + '/' + text(now.known));
   }
-  void level(const sg_set *set) override {
-    levels++;
-    size_ = std::max(size_, levels);
-    patterns_ = sg_set_size(set);
-    enter("generate");
-  }
-  sg_set_ptr edges() override {
-    enter("edges");
-    return counter_->edges();
-  }
-  sg_set_ptr double_edges(const sg_set *edges) override {
-    enter("paths");
-    return counter_->double_edges(edges);
-  }
-  void bound(sg_set *cand, const sg_set *prev) override {
-    enter("bound");
-    counter_->bound(cand, prev);
-    patterns_ = sg_set_size(cand);
-  }
-  void count(sg_set *cand, const sg_set *prev) override {
-    enter("count");
-    counter_->count(cand, prev);
-    patterns_ = sg_set_size(cand);
-    enter("register");
-  }
-  void candidates(int) override {}
-  void level(int) override {}
 
   int levels = 0; // received
 
 private:
-  // A step, the size it works on, and how many records that starts with.
-  void enter(const char *step) {
-    step_->enter(std::string(step) + " " + std::to_string(size_) + " " +
-                 std::to_string(patterns_));
-  }
-
-  transaction_counter *counter_;
+  static std::string text(long long number) { return std::to_string(number); }
   current_step *step_;
-  int size_ = 0;
-  int patterns_ = 0;
 };
 
 } // namespace
 
 // Mines until stop says to end; returns how many levels were received.
-static int mine(const database &db, const settings &s, int jobs,
-                const interruption *stop, current_step *step) {
-  int levels = 0;
-  try {
-    transaction_counter counter(
-        db.transactions.get(), label_set_edge_labels(db.labels.get()),
-        label_set_vertex_labels(db.labels.get()), s.minsup, jobs, stop);
-    observer seams(&counter, step);
-    statistics stats;
-    stats_init(&stats);
-    const mining_run run = {1,      s.maxsize, {.jobs = jobs}, &seams,
-                            &seams, &seams,    &stats,         stop};
-    try {
-      mine_levels(&run);
-    } catch (const interrupted &) {
-      levels = seams.levels;
-      throw;
-    }
-    levels = seams.levels;
-  } catch (const interrupted &) {
-  }
-  return levels;
+static int mine_until(const database &db, const settings &s, int jobs,
+                      std::stop_token stop, current_step *step) {
+  mine_options options;
+  options.support = minimum_support::percentage(atof(s.support));
+  options.max_size = s.maxsize;
+  options.jobs = jobs;
+  options.stop = std::move(stop);
+  observer seen(step);
+  mine(db, options, seen);
+  return seen.levels;
 }
 
 static std::string date() {
@@ -163,7 +97,6 @@ static std::string date() {
 static double stop_at(double moment, const database &db, const settings &s,
                       int jobs) {
   std::stop_source source;
-  const interruption stop(source.get_token());
   current_step step;
   clock::time_point asked;
   std::string during;
@@ -175,7 +108,7 @@ static double stop_at(double moment, const database &db, const settings &s,
     asked = clock::now();
     source.request_stop();
   });
-  const int levels = mine(db, s, jobs, &stop, &step);
+  const int levels = mine_until(db, s, jobs, source.get_token(), &step);
   const clock::time_point ended = clock::now();
   stopper.join();
   const double latency = std::max(0.0, seconds(ended - asked).count());
@@ -188,8 +121,7 @@ static double stop_at(double moment, const database &db, const settings &s,
 static void measure(const database &db, const settings &s, int jobs) {
   const clock::time_point start = clock::now();
   current_step step;
-  const interruption never;
-  mine(db, s, jobs, &never, &step);
+  mine_until(db, s, jobs, {}, &step);
   const double whole = seconds(clock::now() - start).count();
   double largest = 0;
   for (int i = 0; i < s.moments; i++)
@@ -208,17 +140,14 @@ int main(int argc, char **argv) {
     return 2;
   }
   try {
-    const kestro::database db(argv[1]);
-    const kestro::settings s = {
-        argv[1], argv[2],
-        kestro::min_support_count(atof(argv[2]), db.transactions->count),
-        atoi(argv[3]), atoi(argv[4])};
+    const kestro::database db = kestro::database::read(argv[1]);
+    const kestro::settings s = {argv[1], argv[2], atoi(argv[3]), atoi(argv[4])};
     puts("date\tdatabase\tsupport\tmaxsize\tjobs\tmoment_s\tlatency_"
          "s\tlevels\tduring");
     for (int i = 5; i < argc; i++)
       kestro::measure(db, s, atoi(argv[i]));
-  } catch (const kestro::fatal_error &error) {
-    fputs(error.what(), stderr);
+  } catch (const kestro::error &e) {
+    fprintf(stderr, "%s\n", e.what());
     return 1;
   }
 }
