@@ -48,9 +48,12 @@ static void walk_edges(const graph *t, interruption_poll *poll, Visit visit) {
 // centre, va's end, vb's end.
 template <class Visit>
 static void walk_paths(const graph *t, interruption_poll *poll, Visit visit) {
+  const bool is_large = t->es > poll_interval / 64;
+  poll->step(t->es);
   for (int w = 0; w < t->vs; w++) {
     for (int j = t->v[w]; j < t->v[w + 1]; j++) {
-      poll->step(t->v[w + 1] - j);
+      if (is_large)
+        poll->step(t->v[w + 1] - j);
       for (int k = j + 1; k < t->v[w + 1]; k++) {
         path_ends ends = {w, t->e[j], t->e[k]};
         path_key key = {t->vlabel[ends.a], t->vlabel[ends.b], t->vlabel[w],

@@ -11,6 +11,7 @@
 
 #include <gtest/gtest.h>
 
+#include "cl/search_plan.h"
 #include "driver/level_loop.h"
 #include "driver/transaction_counter.h"
 #include "mining/child_table.h"
