@@ -238,7 +238,7 @@ int search_plan::walk(const target &to, int depth, int *left) {
   int *const next_at = at_.data();
   const plan_step *const steps = steps_.data();
   int count = *left;
-  while (count > 0) {
+  for (;;) {
     const plan_step &step = steps[depth];
     int at = next_at[depth];
     int w = -1; // the image found
@@ -252,7 +252,7 @@ int search_plan::walk(const target &to, int depth, int *left) {
       count--;
       depth--;
       used[mapped[depth]] = 0;
-      if (depth == 0)
+      if (depth == 0 || count == 0)
         break;
       continue;
     }
