@@ -215,16 +215,6 @@ inline bool search_plan::fits(const plan_step &step, const target &to,
   return true;
 }
 
-// A step that leaves no vertex in use when it throws.
-inline void search_plan::count_step() {
-  try {
-    poll_.step();
-  } catch (const interrupted &) {
-    std::fill(used_.begin(), used_.end(), 0);
-    throw;
-  }
-}
-
 bool search_plan::find(const graph *t, int *image) {
   return pattern_->vs <= t->vs && find(t, nullptr, nullptr, t->vs, image);
 }
@@ -237,48 +227,40 @@ bool search_plan::find(const graph_profiles &profiles, int i, int *image) {
   return find(t, profiles.of(i), roots, count, image);
 }
 
-// Searches t, whose profiles may be null; only the given vertices are tried
-// first of all, or all vertices where roots is null.
-bool search_plan::find(const graph *t, const vertex_profile *profiles,
-                       const int *roots, int root_count, int *image) {
-  const int last = pattern_->vs - 1;
-  if (used_.size() < static_cast<size_t>(t->vs))
-    used_.resize(static_cast<size_t>(t->vs), 0);
-  char *const used = used_.data();
+// Goes on with the search below a root, from that depth on, until vertices have
+// been unmapped *left times, which it counts down.  Returns the depth that it
+// has come to: 0 when there is no mapping, the number of steps when all are
+// mapped.  Making no calls, it keeps all it needs in registers.
+int search_plan::walk(const target &to, int depth, int *left) {
+  const int last = static_cast<int>(steps_.size()) - 1;
+  char *const used = to.used;
   int *const mapped = image_.data();
   int *const next_at = at_.data();
   const plan_step *const steps = steps_.data();
-  const target to = {t->v, t->e, t->elabel, t->vlabel, profiles, used, mapped};
-  int depth = 0;
-  next_at[0] = 0;
+  int count = *left;
   for (;;) {
     const plan_step &step = steps[depth];
     int at = next_at[depth];
     int w = -1; // the image found
-    if (step.anchor == -1) {
-      for (; at < root_count && w == -1; at++)
-        if (const int root = roots ? roots[at] : at;
-            to.vlabel[root] == step.vlabel && fits(step, to, root))
-          w = root;
-    } else {
-      const int end = to.v[mapped[step.anchor] + 1];
-      for (; at < end && w == -1; at++)
-        if (to.elabel[at] == step.anchor_label &&
-            to.vlabel[to.e[at]] == step.vlabel && fits(step, to, to.e[at]))
-          w = to.e[at];
-    }
+    const int end = to.v[mapped[step.anchor] + 1];
+    for (; at < end && w == -1; at++)
+      if (to.elabel[at] == step.anchor_label &&
+          to.vlabel[to.e[at]] == step.vlabel && fits(step, to, to.e[at]))
+        w = to.e[at];
     next_at[depth] = at;
     if (w == -1) {
-      if (depth == 0)
-        return false;
+      count--;
       depth--;
       used[mapped[depth]] = 0;
-      count_step();
+      if (depth == 0 || count == 0)
+        break;
       continue;
     }
     mapped[depth] = w;
-    if (depth == last)
+    if (depth == last) {
+      depth++;
       break;
+    }
     used[w] = 1;
     depth++;
     const plan_step &next = steps[depth];
@@ -286,11 +268,58 @@ bool search_plan::find(const graph *t, const vertex_profile *profiles,
     next_at[depth] =
         next.twin != -1 ? next_at[next.twin] : to.v[mapped[next.anchor]];
   }
-  for (int d = 0; d <= last; d++) {
-    image[steps[d].u] = mapped[d];
-    used[mapped[d]] = 0;
+  *left = count;
+  return depth;
+}
+// A look at the request that leaves no vertex in use when it throws.
+void search_plan::look() {
+  try {
+    check_interruption(stop_);
+  } catch (const interrupted &) {
+    std::fill(used_.begin(), used_.end(), 0);
+    throw;
   }
-  return true;
+}
+
+// Searches t, whose profiles may be null; only the given vertices are tried
+// first of all, or all vertices where roots is null.
+bool search_plan::find(const graph *t, const vertex_profile *profiles,
+                       const int *roots, int root_count, int *image) {
+  const int vs = pattern_->vs;
+  if (used_.size() < static_cast<size_t>(t->vs))
+    used_.resize(static_cast<size_t>(t->vs), 0);
+  char *const used = used_.data();
+  int *const mapped = image_.data();
+  const target to = {t->v, t->e, t->elabel, t->vlabel, profiles, used, mapped};
+  // No step looks at more than a few times the slots of t.
+  const int between_looks = 1 + (1 << 22) / (1 + t->es);
+  int left = between_looks;
+  for (int i = 0; i < root_count; i++) {
+    const int root = roots ? roots[i] : i;
+    if (to.vlabel[root] != steps_[0].vlabel || !fits(steps_[0], to, root))
+      continue;
+    mapped[0] = root;
+    int depth = 1;
+    if (vs > 1) {
+      used[root] = 1;
+      at_[1] = to.v[root];
+    }
+    while (0 < depth && depth < vs) {
+      depth = walk(to, depth, &left);
+      if (left == 0) {
+        look();
+        left = between_looks;
+      }
+    }
+    if (depth == 0)
+      continue;
+    for (int d = 0; d < vs; d++) {
+      image[steps_[static_cast<size_t>(d)].u] = mapped[d];
+      used[mapped[d]] = 0;
+    }
+    return true;
+  }
+  return false;
 }
 
 } // namespace kestro

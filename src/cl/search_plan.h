@@ -40,8 +40,7 @@ struct plan_need {
 class search_plan {
 public:
   // Searches throw interrupted when stop, which may be null, says so.
-  explicit search_plan(const interruption *stop = nullptr)
-      : poll_(stop, 4096) {}
+  explicit search_plan(const interruption *stop = nullptr) : stop_(stop) {}
   // order lists the vertices such that each but the first has a neighbour
   // before it.
   search_plan(const graph *pattern, const int *order,
@@ -67,7 +66,8 @@ private:
   bool fits(const plan_step &step, const target &to, int w) const;
   bool find(const graph *t, const vertex_profile *profiles, const int *roots,
             int root_count, int *image);
-  void count_step();
+  int walk(const target &to, int depth, int *left);
+  void look();
 
   // A vertex of the pattern while its place in the order is looked for.
   struct waiting_vertex {
@@ -79,6 +79,7 @@ private:
   int first_in_order(const graph_profiles &profiles) const;
   int next_in_order() const;
 
+  const interruption *stop_;
   const graph *pattern_ = nullptr;
   xvector<plan_step> steps_;
   xvector<plan_edge> closing_;
@@ -87,10 +88,9 @@ private:
   xvector<int> depth_; // by vertex
   xvector<plan_need> later_;
   xvector<waiting_vertex> waiting_;
-  xvector<int> at_;    // per depth: slot, or vertex at depth 0, looked at next
+  xvector<int> at_;    // per depth below the root: slot looked at next
   xvector<int> image_; // per depth: the vertex of t mapped to
   xvector<char> used_; // by vertex of t: 1 for images, 0 between searches
-  interruption_poll poll_; // a step is a vertex unmapped
 };
 
 } // namespace kestro
