@@ -57,8 +57,6 @@ void search_plan::set(const graph *pattern, const int *order) {
   closing_.clear();
   needs_.clear();
   depth_.resize(vs);
-  at_.resize(vs);
-  image_.resize(vs);
   for (int d = 0; d < pattern->vs; d++)
     depth_[static_cast<size_t>(order[d])] = d;
   for (int d = 0; d < pattern->vs; d++)
@@ -166,6 +164,9 @@ void search_plan::set_rarest_first(const graph *pattern,
 
 // What is searched, with its arrays at hand.
 struct search_plan::target {
+  target(const graph *t, const vertex_profile *p, search_memory *memory)
+      : v(t->v), e(t->e), elabel(t->elabel), vlabel(t->vlabel), profiles(p),
+        used(memory->used.data()), image(memory->image.data()) {}
   const int *v, *e, *elabel, *vlabel; // of the graph
   const vertex_profile *profiles;     // by vertex, or null
   char *used;                         // by vertex: 1 for images
@@ -227,20 +228,73 @@ bool search_plan::find(const graph_profiles &profiles, int i, int *image) {
   return find(t, profiles.of(i), roots, count, image);
 }
 
+// Makes room for a search of t.
+static void prepare(search_memory *memory, int vs, const graph *t) {
+  memory->at.resize(static_cast<size_t>(vs));
+  memory->image.resize(static_cast<size_t>(vs));
+  if (memory->used.size() < static_cast<size_t>(t->vs))
+    memory->used.resize(static_cast<size_t>(t->vs), 0);
+}
+
 // Searches t, whose profiles may be null; only the given vertices are tried
 // first of all, or all vertices where roots is null.
 bool search_plan::find(const graph *t, const vertex_profile *profiles,
                        const int *roots, int root_count, int *image) {
+  prepare(&memory_, pattern_->vs, t);
+  const target to(t, profiles, &memory_);
+  memory_.at[0] = 0;
+  if (!search(to, roots, root_count, 0, twin_images::ascending, &memory_))
+    return false;
+  write_image(memory_, image);
+  for (const int w : memory_.image)
+    memory_.used[static_cast<size_t>(w)] = 0;
+  return true;
+}
+
+bool search_plan::first(const graph *t, twin_images twins,
+                        search_memory *memory, int *image) const {
+  if (pattern_->vs > t->vs)
+    return false;
+  prepare(memory, pattern_->vs, t);
+  const target to(t, nullptr, memory);
+  memory->at[0] = 0;
+  if (!search(to, nullptr, t->vs, 0, twins, memory))
+    return false;
+  write_image(*memory, image);
+  return true;
+}
+
+bool search_plan::next(const graph *t, twin_images twins, search_memory *memory,
+                       int *image) const {
+  const target to(t, nullptr, memory);
+  if (!search(to, nullptr, t->vs, pattern_->vs - 1, twins, memory))
+    return false;
+  write_image(*memory, image);
+  return true;
+}
+
+void search_plan::write_image(const search_memory &memory, int *image) const {
+  for (size_t d = 0; d < memory.image.size(); d++)
+    image[steps_[d].u] = memory.image[d];
+}
+
+int search_plan::twins_up_to(int depth) const {
+  int twins = 1;
+  while ((depth = steps_[static_cast<size_t>(depth)].twin) != -1)
+    twins++;
+  return twins;
+}
+
+// Goes on at a depth until a mapping is complete, whose last image is not
+// marked as used, or, with none marked, until all have been tried.
+bool search_plan::search(const target &to, const int *roots, int root_count,
+                         int depth, twin_images twins,
+                         search_memory *memory) const {
   const int last = pattern_->vs - 1;
-  if (used_.size() < static_cast<size_t>(t->vs))
-    used_.resize(static_cast<size_t>(t->vs), 0);
-  char *const used = used_.data();
-  int *const mapped = image_.data();
-  int *const next_at = at_.data();
+  char *const used = memory->used.data();
+  int *const mapped = memory->image.data();
+  int *const next_at = memory->at.data();
   const plan_step *const steps = steps_.data();
-  const target to = {t->v, t->e, t->elabel, t->vlabel, profiles, used, mapped};
-  int depth = 0;
-  next_at[0] = 0;
   for (;;) {
     const plan_step &step = steps[depth];
     int at = next_at[depth];
@@ -267,19 +321,15 @@ bool search_plan::find(const graph *t, const vertex_profile *profiles,
     }
     mapped[depth] = w;
     if (depth == last)
-      break;
+      return true;
     used[w] = 1;
     depth++;
     const plan_step &next = steps[depth];
     // The slots before a twin's image were tried for the twin.
-    next_at[depth] =
-        next.twin != -1 ? next_at[next.twin] : to.v[mapped[next.anchor]];
+    next_at[depth] = next.twin != -1 && twins == twin_images::ascending
+                         ? next_at[next.twin]
+                         : to.v[mapped[next.anchor]];
   }
-  for (int d = 0; d <= last; d++) {
-    image[steps[d].u] = mapped[d];
-    used[mapped[d]] = 0;
-  }
-  return true;
 }
 
 } // namespace kestro
