@@ -217,7 +217,13 @@ inline bool search_plan::fits(const plan_step &step, const target &to,
 }
 
 bool search_plan::find(const graph *t, int *image) {
-  return pattern_->vs <= t->vs && find(t, nullptr, nullptr, t->vs, image);
+  return find(t, &memory_, image);
+}
+
+bool search_plan::find(const graph *t, search_memory *memory,
+                       int *image) const {
+  return pattern_->vs <= t->vs &&
+         find(t, nullptr, nullptr, t->vs, memory, image);
 }
 
 bool search_plan::find(const graph_profiles &profiles, int i, int *image) {
@@ -225,7 +231,7 @@ bool search_plan::find(const graph_profiles &profiles, int i, int *image) {
   if (pattern_->vs > t->vs)
     return false;
   const auto [roots, count] = profiles.vertices(i, steps_[0].vlabel);
-  return find(t, profiles.of(i), roots, count, image);
+  return find(t, profiles.of(i), roots, count, &memory_, image);
 }
 
 // Makes room for a search of t.
@@ -239,15 +245,16 @@ static void prepare(search_memory *memory, int vs, const graph *t) {
 // Searches t, whose profiles may be null; only the given vertices are tried
 // first of all, or all vertices where roots is null.
 bool search_plan::find(const graph *t, const vertex_profile *profiles,
-                       const int *roots, int root_count, int *image) {
-  prepare(&memory_, pattern_->vs, t);
-  const target to(t, profiles, &memory_);
-  memory_.at[0] = 0;
-  if (!search(to, roots, root_count, 0, twin_images::ascending, &memory_))
+                       const int *roots, int root_count, search_memory *memory,
+                       int *image) const {
+  prepare(memory, pattern_->vs, t);
+  const target to(t, profiles, memory);
+  memory->at[0] = 0;
+  if (!search(to, roots, root_count, 0, twin_images::ascending, memory))
     return false;
-  write_image(memory_, image);
-  for (const int w : memory_.image)
-    memory_.used[static_cast<size_t>(w)] = 0;
+  write_image(*memory, image);
+  for (const int w : memory->image)
+    memory->used[static_cast<size_t>(w)] = 0;
   return true;
 }
 

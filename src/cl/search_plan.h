@@ -66,9 +66,12 @@ public:
   // The same in graph i of a list, sooner.
   bool find(const graph_profiles &profiles, int i, int *image);
 
+  // The same with a memory of the caller's, so that any number of threads may
+  // search with one plan.
+  bool find(const graph *t, search_memory *memory, int *image) const;
+
   // The first mapping into t, and the one behind the last given, in that order;
-  // false when there is none.  Any number of threads may walk, each with a new
-  // memory of its own.
+  // false when there is none.  A walk has a new memory to itself.
   bool first(const graph *t, twin_images twins, search_memory *memory,
              int *image) const;
   bool next(const graph *t, twin_images twins, search_memory *memory,
@@ -80,7 +83,7 @@ private:
   struct target;
   bool fits(const plan_step &step, const target &to, int w) const;
   bool find(const graph *t, const vertex_profile *profiles, const int *roots,
-            int root_count, int *image);
+            int root_count, search_memory *memory, int *image) const;
   bool search(const target &to, const int *roots, int root_count, int depth,
               twin_images twins, search_memory *memory) const;
   void write_image(const search_memory &memory, int *image) const;

@@ -108,9 +108,15 @@ TEST(LibraryDatabase, TellsTheLineOfAnEdgeThatMakesNoSense) {
             "graph.c:N: something wrong at db.g:5");
   EXPECT_EQ(refusal("t\nu 0 7 s\nv 0 C\n"),
             "graph.c:N: can't find a vid '7' in a graph\n0  at db.g:2");
-  EXPECT_EQ(refusal("t\nv 0 C\nv 1 C\n\tu 0 1 s\nv 2 C\nu 2 1 s\n"
+}
+
+// Of the lines with one edge the second is told, whatever the text says.
+TEST(LibraryDatabase, TellsTheLineThatRepeatsAnEdge) {
+  EXPECT_EQ(refusal("t\nv 0 C\nv 1 C\n\tu 0 1 s\nv 2 C\nu 2 1 t\n"
                     "u 1 0 s\nu 0 1 s\n"),
-            "graph.c:N: duplicated edges (0, 1):s at db.g:7");
+            "graph.c:N: duplicated edges (0, 1):t at db.g:7");
+  EXPECT_EQ(refusal("t\nv 0 C\nv 1 C\nu 0 1 s\n# more\nu 0 1 s\n"),
+            "stack.c:N: invalid index at db.g:6");
 }
 
 TEST(LibraryDatabase, TellsTheTransactionWhereCountingIsUpset) {
