@@ -25,12 +25,16 @@ public:
   // Copies the pattern.  Throws error when it is not connected or has no
   // vertex.
   explicit matcher(graph_view pattern);
+  matcher(const matcher &) = default; // and no move, as for labels
+  matcher &operator=(const matcher &) = default;
 
   bool is_in(graph_view g) const;
   // The first embedding, nothing when there is none.
   std::optional<embedding> first(graph_view g) const;
-  // All embeddings, or the first most of them.
+  // All embeddings, or the first most of them; all for a negative number.
   std::vector<embedding> all(graph_view g, long long most = -1) const;
+  // How many there are.  Leaves of one vertex that look alike cost no factorial
+  // of their number.  Throws error where a long long does not hold the count.
   long long count(graph_view g) const;
   // The pattern's vertices breadth first from vertex 0, neighbours ascending.
   const std::vector<int> &order() const;
@@ -45,6 +49,8 @@ private:
 class lattice_matcher {
 public:
   explicit lattice_matcher(const result &patterns);
+  lattice_matcher(const lattice_matcher &) = default;
+  lattice_matcher &operator=(const lattice_matcher &) = default;
 
   // The positions in the result of the patterns that occur in g, ascending.
   std::vector<int> contained(graph_view g) const;

@@ -57,8 +57,6 @@ void search_plan::set(const graph *pattern, const int *order) {
   closing_.clear();
   needs_.clear();
   depth_.resize(vs);
-  at_.resize(vs);
-  image_.resize(vs);
   for (int d = 0; d < pattern->vs; d++)
     depth_[static_cast<size_t>(order[d])] = d;
   for (int d = 0; d < pattern->vs; d++)
@@ -166,7 +164,11 @@ void search_plan::set_rarest_first(const graph *pattern,
 
 // What is searched, with its arrays at hand.
 struct search_plan::target {
+  target(const graph *t, const vertex_profile *p, search_memory *memory)
+      : v(t->v), e(t->e), elabel(t->elabel), vlabel(t->vlabel), slots(t->es),
+        profiles(p), used(memory->used.data()), image(memory->image.data()) {}
   const int *v, *e, *elabel, *vlabel; // of the graph
+  int slots;                          // of the graph
   const vertex_profile *profiles;     // by vertex, or null
   char *used;                         // by vertex: 1 for images
   const int *image;                   // per depth
@@ -216,7 +218,13 @@ inline bool search_plan::fits(const plan_step &step, const target &to,
 }
 
 bool search_plan::find(const graph *t, int *image) {
-  return pattern_->vs <= t->vs && find(t, nullptr, nullptr, t->vs, image);
+  return find(t, &memory_, image);
+}
+
+bool search_plan::find(const graph *t, search_memory *memory,
+                       int *image) const {
+  return pattern_->vs <= t->vs &&
+         find(t, nullptr, nullptr, t->vs, memory, image);
 }
 
 bool search_plan::find(const graph_profiles &profiles, int i, int *image) {
@@ -224,18 +232,77 @@ bool search_plan::find(const graph_profiles &profiles, int i, int *image) {
   if (pattern_->vs > t->vs)
     return false;
   const auto [roots, count] = profiles.vertices(i, steps_[0].vlabel);
-  return find(t, profiles.of(i), roots, count, image);
+  return find(t, profiles.of(i), roots, count, &memory_, image);
+}
+
+// Makes room for a search of t from the first root on.
+static void prepare(search_memory *memory, int vs, const graph *t) {
+  memory->at.resize(static_cast<size_t>(vs));
+  memory->at[0] = 0;
+  memory->image.resize(static_cast<size_t>(vs));
+  if (memory->used.size() < static_cast<size_t>(t->vs))
+    memory->used.resize(static_cast<size_t>(t->vs), 0);
+}
+
+// Searches t, whose profiles may be null; only the given vertices are tried
+// first of all, or all vertices where roots is null.
+bool search_plan::find(const graph *t, const vertex_profile *profiles,
+                       const int *roots, int root_count, search_memory *memory,
+                       int *image) const {
+  prepare(memory, pattern_->vs, t);
+  const target to(t, profiles, memory);
+  if (!search(to, roots, root_count, 0, twin_images::ascending, memory))
+    return false;
+  write_image(*memory, image);
+  for (const int w : memory->image)
+    memory->used[static_cast<size_t>(w)] = 0;
+  return true;
+}
+
+bool search_plan::first(const graph *t, twin_images twins,
+                        search_memory *memory, int *image) const {
+  if (pattern_->vs > t->vs)
+    return false;
+  prepare(memory, pattern_->vs, t);
+  const target to(t, nullptr, memory);
+  if (!search(to, nullptr, t->vs, 0, twins, memory))
+    return false;
+  write_image(*memory, image);
+  return true;
+}
+
+bool search_plan::next(const graph *t, twin_images twins, search_memory *memory,
+                       int *image) const {
+  const target to(t, nullptr, memory);
+  if (!search(to, nullptr, t->vs, pattern_->vs - 1, twins, memory))
+    return false;
+  write_image(*memory, image);
+  return true;
+}
+
+void search_plan::write_image(const search_memory &memory, int *image) const {
+  for (size_t d = 0; d < memory.image.size(); d++)
+    image[steps_[d].u] = memory.image[d];
+}
+
+int search_plan::twins_up_to(int depth) const {
+  int twins = 1;
+  while ((depth = steps_[static_cast<size_t>(depth)].twin) != -1)
+    twins++;
+  return twins;
 }
 
 // Goes on with the search below a root, from that depth on, until vertices have
 // been unmapped *left times, which it counts down.  Returns the depth that it
 // has come to: 0 when there is no mapping, the number of steps when all are
 // mapped.  Making no calls, it keeps all it needs in registers.
-int search_plan::walk(const target &to, int depth, int *left) {
+template <twin_images Twins>
+int search_plan::walk(const target &to, int depth, int *left,
+                      search_memory *memory) const {
   const int last = static_cast<int>(steps_.size()) - 1;
   char *const used = to.used;
-  int *const mapped = image_.data();
-  int *const next_at = at_.data();
+  int *const mapped = memory->image.data();
+  int *const next_at = memory->at.data();
   const plan_step *const steps = steps_.data();
   int count = *left;
   for (;;) {
@@ -265,61 +332,62 @@ int search_plan::walk(const target &to, int depth, int *left) {
     depth++;
     const plan_step &next = steps[depth];
     // The slots before a twin's image were tried for the twin.
-    next_at[depth] =
-        next.twin != -1 ? next_at[next.twin] : to.v[mapped[next.anchor]];
+    next_at[depth] = Twins == twin_images::ascending && next.twin != -1
+                         ? next_at[next.twin]
+                         : to.v[mapped[next.anchor]];
   }
   *left = count;
   return depth;
 }
+
 // A look at the request that leaves no vertex in use when it throws.
-void search_plan::look() {
+void search_plan::look(search_memory *memory) const {
   try {
     check_interruption(stop_);
   } catch (const interrupted &) {
-    std::fill(used_.begin(), used_.end(), 0);
+    std::fill(memory->used.begin(), memory->used.end(), 0);
     throw;
   }
 }
 
-// Searches t, whose profiles may be null; only the given vertices are tried
-// first of all, or all vertices where roots is null.
-bool search_plan::find(const graph *t, const vertex_profile *profiles,
-                       const int *roots, int root_count, int *image) {
+// Goes on at a depth, at 0 with the next root, until a mapping is complete,
+// whose last image is not marked as used, or, with none marked, until all have
+// been tried.
+bool search_plan::search(const target &to, const int *roots, int root_count,
+                         int depth, twin_images twins,
+                         search_memory *memory) const {
   const int vs = pattern_->vs;
-  if (used_.size() < static_cast<size_t>(t->vs))
-    used_.resize(static_cast<size_t>(t->vs), 0);
-  char *const used = used_.data();
-  int *const mapped = image_.data();
-  const target to = {t->v, t->e, t->elabel, t->vlabel, profiles, used, mapped};
-  // No step looks at more than a few times the slots of t.
-  const int between_looks = 1 + (1 << 22) / (1 + t->es);
+  int *const next_at = memory->at.data();
+  const auto below = twins == twin_images::ascending
+                         ? &search_plan::walk<twin_images::ascending>
+                         : &search_plan::walk<twin_images::any>;
+  // No step looks at more than a few times the slots of the graph.
+  const int between_looks = 1 + (1 << 22) / (1 + to.slots);
   int left = between_looks;
-  for (int i = 0; i < root_count; i++) {
-    const int root = roots ? roots[i] : i;
-    if (to.vlabel[root] != steps_[0].vlabel || !fits(steps_[0], to, root))
-      continue;
-    mapped[0] = root;
-    int depth = 1;
-    if (vs > 1) {
-      used[root] = 1;
-      at_[1] = to.v[root];
-    }
+  for (;;) {
     while (0 < depth && depth < vs) {
-      depth = walk(to, depth, &left);
+      depth = (this->*below)(to, depth, &left, memory);
       if (left == 0) {
-        look();
+        look(memory);
         left = between_looks;
       }
     }
-    if (depth == 0)
-      continue;
-    for (int d = 0; d < vs; d++) {
-      image[steps_[static_cast<size_t>(d)].u] = mapped[d];
-      used[mapped[d]] = 0;
+    if (depth == vs)
+      return true;
+    int root = -1;
+    for (int &at = next_at[0]; at < root_count && root == -1; at++)
+      if (const int w = roots ? roots[at] : at;
+          to.vlabel[w] == steps_[0].vlabel && fits(steps_[0], to, w))
+        root = w;
+    if (root == -1)
+      return false;
+    memory->image[0] = root;
+    depth = 1;
+    if (vs > 1) {
+      to.used[root] = 1;
+      next_at[1] = to.v[root];
     }
-    return true;
   }
-  return false;
 }
 
 } // namespace kestro

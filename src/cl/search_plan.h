@@ -35,6 +35,17 @@ struct plan_need {
   int count;
 };
 
+// What a search remembers on its way; kept from one to the next.
+struct search_memory {
+  xvector<int> at;    // per depth: slot, or root at depth 0, looked at next
+  xvector<int> image; // per depth: the vertex mapped to
+  xvector<char> used; // by vertex: 1 for images, 0 between searches
+};
+
+// Which mappings are walked: all, or those in which the images of twins ascend,
+// each of which stands for as many as twins can be exchanged in it.
+enum class twin_images { any, ascending };
+
 // The search for a connected pattern along a fixed order of its vertices.  The
 // pattern is borrowed and must be without marks.
 class search_plan {
@@ -61,13 +72,30 @@ public:
   // The same in graph i of a list, sooner.
   bool find(const graph_profiles &profiles, int i, int *image);
 
+  // The same with a memory of the caller's, so that any number of threads may
+  // search with one plan.
+  bool find(const graph *t, search_memory *memory, int *image) const;
+
+  // The first mapping into t, and the one behind the last given, in that order;
+  // false when there is none.  A walk has a new memory to itself.
+  bool first(const graph *t, twin_images twins, search_memory *memory,
+             int *image) const;
+  bool next(const graph *t, twin_images twins, search_memory *memory,
+            int *image) const;
+  // For the vertex at a depth: how many of it and its twins come so far.
+  int twins_up_to(int depth) const;
+
 private:
   struct target;
   bool fits(const plan_step &step, const target &to, int w) const;
   bool find(const graph *t, const vertex_profile *profiles, const int *roots,
-            int root_count, int *image);
-  int walk(const target &to, int depth, int *left);
-  void look();
+            int root_count, search_memory *memory, int *image) const;
+  bool search(const target &to, const int *roots, int root_count, int depth,
+              twin_images twins, search_memory *memory) const;
+  template <twin_images Twins>
+  int walk(const target &to, int depth, int *left, search_memory *memory) const;
+  void look(search_memory *memory) const;
+  void write_image(const search_memory &memory, int *image) const;
 
   // A vertex of the pattern while its place in the order is looked for.
   struct waiting_vertex {
@@ -88,9 +116,7 @@ private:
   xvector<int> depth_; // by vertex
   xvector<plan_need> later_;
   xvector<waiting_vertex> waiting_;
-  xvector<int> at_;    // per depth below the root: slot looked at next
-  xvector<int> image_; // per depth: the vertex of t mapped to
-  xvector<char> used_; // by vertex of t: 1 for images, 0 between searches
+  search_memory memory_; // of find()
 };
 
 } // namespace kestro

@@ -75,6 +75,34 @@ std::vector<int> first_along(const std::vector<std::vector<int>> &maps,
       });
 }
 
+// The mappings of a walk.
+std::vector<std::vector<int>> walked(const search_plan &plan,
+                                     const graph *pattern, const graph *target,
+                                     twin_images twins) {
+  std::vector<std::vector<int>> maps;
+  std::vector<int> image(static_cast<size_t>(pattern->vs), -7);
+  search_memory memory;
+  for (bool more = plan.first(target, twins, &memory, image.data()); more;
+       more = plan.next(target, twins, &memory, image.data()))
+    maps.push_back(image);
+  return maps;
+}
+
+// What is wrong with the walks along an order, or "".
+std::string wrong_walk(const search_plan &plan, const graph *pattern,
+                       const graph *target, const std::vector<int> &order,
+                       std::vector<std::vector<int>> maps) {
+  std::sort(maps.begin(), maps.end(), [&](const auto &a, const auto &b) {
+    return a != b && first_along({a, b}, order) == a;
+  });
+  if (walked(plan, pattern, target, twin_images::any) != maps)
+    return "not all mappings in order";
+  auto count = walked(plan, pattern, target, twin_images::ascending).size();
+  for (int d = 0; d < pattern->vs; d++)
+    count *= static_cast<size_t>(plan.twins_up_to(d));
+  return count == maps.size() ? "" : "not as many as there are twins";
+}
+
 // What is wrong with the searches for a case, or "".
 std::string difference(const graph *pattern, const graph *target,
                        unsigned seed) {
@@ -89,6 +117,9 @@ std::string difference(const graph *pattern, const graph *target,
       return found ? "found along an order" : "not found along an order";
     if (found && image != first_along(maps, order))
       return "not the first mapping";
+    const std::string wrong = wrong_walk(plan, pattern, target, order, maps);
+    if (!wrong.empty())
+      return wrong;
   }
   return "";
 }

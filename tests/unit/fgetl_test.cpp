@@ -300,4 +300,56 @@ TEST(TextLines, TextIsAsItWasWhenTheReaderEnds) {
   EXPECT_EQ(std::string(text.bytes.get(), text.size), content);
 }
 
+// The number that lines.locate() tells.
+template <class... Byte>
+static long long located(text_lines &lines, Byte... byte) {
+  fatal_error e("wrong");
+  lines.locate(&e, byte...);
+  EXPECT_EQ(e.path(), "db.g");
+  return e.line();
+}
+
+TEST(TextLines, LocateAnErrorAtTheLineReadLast) {
+  const file_text text = copy_text("a\n\n\nb\nc", "db.g");
+  text_lines lines(text);
+  int size = line_buffer::first_size;
+  EXPECT_EQ(located(lines), 1); // nothing read
+  for (int number = 1; number <= 5; number++) {
+    ASSERT_TRUE(lines.next(&size));
+    EXPECT_EQ(located(lines), number);
+  }
+}
+
+TEST(TextLines, LocateAnErrorAtAnyByte) {
+  const file_text text = copy_text("a b\n\nc d\n", "db.g");
+  text_lines lines(text);
+  const char *const first = lines.at();
+  int size = line_buffer::first_size;
+  lines.next(&size);
+  EXPECT_EQ(located(lines, first + 2), 1);
+  EXPECT_EQ(located(lines, first + 4), 2); // where a zero stands meanwhile
+  EXPECT_EQ(located(lines, first + 7), 3);
+}
+
+TEST(TextLines, LocateLeavesAnErrorThatHasAPlace) {
+  const file_text text = copy_text("a\nb\n", "db.g");
+  text_lines lines(text);
+  fatal_error e("wrong");
+  set_error_place(&e, nullptr, 7);
+  lines.locate(&e);
+  EXPECT_EQ(e.line(), 7);
+  EXPECT_EQ(e.path(), "");
+}
+
+// A long line is read in pieces, of which one may end where a line does.
+TEST(TextLines, LocateCountsNewlinesHoweverLinesWereRead) {
+  const file_text text = copy_text("abcdefg\nx\ny\n", "db.g");
+  text_lines lines(text);
+  int size = 4; // pieces of 3, 5, 5
+  EXPECT_STREQ(lines.next(&size), "abcdefg\nx\n");
+  EXPECT_EQ(located(lines), 1);
+  EXPECT_STREQ(lines.next(&size), "y\n");
+  EXPECT_EQ(located(lines), 3);
+}
+
 } // namespace kestro

@@ -66,6 +66,20 @@ TEST(FileText, PipeIsReadToItsEnd) {
   EXPECT_EQ(string_of(read_text(stream.get(), "text")), "a\nbc");
 }
 
+TEST(FileText, CopyHoldsAllBytesUnderItsName) {
+  const std::string bytes("a\0b\n", 4);
+  const file_text text = copy_text(bytes, "db.g");
+  EXPECT_EQ(text.size, 4u);
+  EXPECT_EQ(std::string(text.bytes.get(), text.size), bytes);
+  EXPECT_EQ(*text.name, "db.g");
+  EXPECT_EQ(copy_text("", "").size, 0u);
+}
+
+TEST(FileText, KnowsTheNameOfItsFile) {
+  const temp_file file("abc");
+  EXPECT_EQ(*read_file(file.path()).name, file.path());
+}
+
 TEST(FileTextFatal, MissingFile) {
   EXPECT_EQ(fatal_text([] { read_file("/no/such"); }),
             "can't open a file '/no/such'\n");

@@ -1,0 +1,189 @@
+#include <kestro/matcher.h>
+
+#include <optional>
+#include <thread>
+#include <utility>
+
+#include <gtest/gtest.h>
+
+#include "support/library_error.h"
+
+namespace kestro {
+
+namespace {
+
+using ints = std::vector<int>;
+using maps = std::vector<embedding>;
+
+// A hub with leaves of one label; the hub comes at the place given.
+database star_of(int leaves, int hub = 0) {
+  database_builder builder;
+  std::vector<std::string_view> labels(static_cast<size_t>(leaves) + 1, "C");
+  labels[static_cast<size_t>(hub)] = "N";
+  std::vector<labelled_edge> edges;
+  for (int i = 0; i <= leaves; i++)
+    if (i != hub)
+      edges.push_back({hub, i, "s"});
+  builder.add(labels, edges);
+  return std::move(builder).build();
+}
+
+database one_graph(std::initializer_list<std::string_view> vertices,
+                   std::initializer_list<labelled_edge> edges) {
+  database_builder builder;
+  builder.add(vertices, edges);
+  return std::move(builder).build();
+}
+
+} // namespace
+
+TEST(LibraryMatcher, FindsAllEmbeddingsInOrder) {
+  const database path = one_graph({"C", "C"}, {{0, 1, "s"}});
+  const database ring =
+      one_graph({"C", "C", "C"}, {{0, 1, "s"}, {1, 2, "s"}, {2, 0, "s"}});
+  const matcher m(path[0]);
+  EXPECT_TRUE(m.is_in(ring[0]));
+  EXPECT_EQ(m.first(ring[0]), (embedding{0, 1}));
+  EXPECT_EQ(m.all(ring[0]),
+            (maps{{0, 1}, {0, 2}, {1, 0}, {1, 2}, {2, 0}, {2, 1}}));
+  EXPECT_EQ(m.count(ring[0]), 6);
+}
+
+TEST(LibraryMatcher, FindsNoneWhereThereIsNone) {
+  const matcher m(one_graph({"C", "N"}, {{0, 1, "s"}})[0]);
+  for (const database &other :
+       {one_graph({"C", "C"}, {{0, 1, "s"}}), one_graph({"C", "N"}, {}),
+        one_graph({"C", "N"}, {{0, 1, "d"}}), one_graph({}, {}),
+        one_graph({"C"}, {})}) {
+    EXPECT_FALSE(m.is_in(other[0]));
+    EXPECT_EQ(m.first(other[0]), std::nullopt);
+    EXPECT_EQ(m.all(other[0]), maps());
+    EXPECT_EQ(m.count(other[0]), 0);
+  }
+}
+
+TEST(LibraryMatcher, TakesAPatternOfOneVertex) {
+  const matcher m(one_graph({"N"}, {})[0]);
+  const database target = one_graph({"N", "C", "N"}, {{0, 1, "s"}});
+  EXPECT_EQ(m.all(target[0]), (maps{{0}, {2}}));
+  EXPECT_EQ(m.count(target[0]), 2);
+  EXPECT_EQ(m.order(), ints{0});
+}
+
+TEST(LibraryMatcher, TakesFurtherEdgesBetweenImages) {
+  const matcher m(one_graph({"C", "C", "C"}, {{0, 1, "s"}, {1, 2, "s"}})[0]);
+  const database triangle =
+      one_graph({"C", "C", "C"}, {{0, 1, "s"}, {1, 2, "s"}, {2, 0, "d"}});
+  EXPECT_EQ(m.all(triangle[0]), (maps{{0, 1, 2}, {2, 1, 0}}));
+}
+
+TEST(LibraryMatcher, OrderIsBreadthFirst) {
+  const matcher m(
+      one_graph({"a", "b", "c", "d", "e"},
+                {{0, 3, "s"}, {3, 1, "s"}, {0, 4, "s"}, {4, 2, "s"}})[0]);
+  EXPECT_EQ(m.order(), (ints{0, 3, 4, 1, 2}));
+}
+
+// Vertex 2 comes before vertex 1 in the order.
+TEST(LibraryMatcher, FirstIsTheSmallestAlongTheOrder) {
+  const matcher m(one_graph({"C", "C", "C"}, {{0, 2, "s"}, {2, 1, "s"}})[0]);
+  EXPECT_EQ(m.order(), (ints{0, 2, 1}));
+  const database target =
+      one_graph({"C", "C", "C", "C"},
+                {{0, 3, "s"}, {0, 1, "s"}, {3, 2, "s"}, {1, 2, "s"}});
+  EXPECT_EQ(m.first(target[0]), (embedding{0, 2, 1}));
+  EXPECT_EQ(m.all(target[0], 1), (maps{{0, 2, 1}}));
+}
+
+TEST(LibraryMatcher, GivesTheFirstOfManyOnly) {
+  const matcher m(star_of(2)[0]);
+  const database target = star_of(4);
+  EXPECT_EQ(m.all(target[0], 0), maps());
+  EXPECT_EQ(m.all(target[0], 3), (maps{{0, 1, 2}, {0, 1, 3}, {0, 1, 4}}));
+  EXPECT_EQ(m.all(target[0], 12).size(), 12u);
+  EXPECT_EQ(m.all(target[0], 13).size(), 12u);
+  EXPECT_EQ(m.all(target[0]).size(), 12u);
+  EXPECT_EQ(m.all(target[0], -5).size(), 12u);
+}
+
+TEST(LibraryMatcher, CountsHubsWithoutListingTheirLeaves) {
+  long long factorial = 1;
+  for (int i = 2; i <= 18; i++)
+    factorial *= i;
+  EXPECT_EQ(matcher(star_of(18)[0]).count(star_of(18)[0]), factorial);
+  EXPECT_EQ(matcher(star_of(18, 9)[0]).count(star_of(19)[0]), factorial * 19);
+}
+
+TEST(LibraryMatcher, RefusesCountsBeyondALongLong) {
+  const database star = star_of(21);
+  EXPECT_EQ(error_text([&] { matcher(star[0]).count(star[0]); }),
+            "there are more embeddings than can be counted");
+  EXPECT_EQ(matcher(star[0]).count(star_of(20)[0]), 0);
+}
+
+TEST(LibraryMatcher, ComparesLabelsByTheirTexts) {
+  const matcher m(one_graph({"C", "N"}, {{0, 1, "s"}})[0]);
+  const database other = one_graph({"A", "C", "B", "N", "Z"},
+                                   {{1, 3, "s"}, {0, 1, "d"}, {2, 3, "a"}});
+  EXPECT_NE(other.label_set().find_vertex_label("C"), 0);
+  EXPECT_EQ(m.all(other[0]), (maps{{1, 3}}));
+  EXPECT_EQ(m.count(other[0]), 1);
+}
+
+// The ids are the pattern's, the texts are not.
+TEST(LibraryMatcher, IsNotMisledByEqualIds) {
+  const matcher m(one_graph({"C", "N"}, {{0, 1, "s"}})[0]);
+  EXPECT_FALSE(m.is_in(one_graph({"C", "O"}, {{0, 1, "s"}})[0]));
+  EXPECT_FALSE(m.is_in(one_graph({"N", "C"}, {{0, 1, "t"}})[0]));
+}
+
+TEST(LibraryMatcher, SearchesGraphsInParts) {
+  const matcher m(one_graph({"N", "C"}, {{0, 1, "s"}})[0]);
+  const database parts =
+      one_graph({"C", "C", "N", "C", "N"}, {{0, 1, "s"}, {3, 4, "s"}});
+  EXPECT_EQ(m.all(parts[0]), (maps{{4, 3}}));
+}
+
+TEST(LibraryMatcher, OutlivesThePatternsDatabase) {
+  std::optional<database> db = one_graph({"C", "N"}, {{0, 1, "s"}});
+  const matcher m((*db)[0]);
+  db.reset();
+  EXPECT_TRUE(m.is_in(one_graph({"C", "N"}, {{0, 1, "s"}})[0]));
+}
+
+TEST(LibraryMatcher, RefusesPatternsInPartsAndEmptyOnes) {
+  EXPECT_EQ(error_text([] { matcher(one_graph({}, {})[0]); }),
+            "the pattern has no vertex");
+  EXPECT_EQ(error_text([] {
+              matcher(one_graph({"C", "C"}, {})[0]);
+            }),
+            "the pattern is not connected");
+  EXPECT_EQ(
+      error_text([] {
+        matcher(one_graph({"C", "C", "C", "C"}, {{0, 1, "s"}, {2, 3, "s"}})[0]);
+      }),
+      "the pattern is not connected");
+}
+
+TEST(LibraryMatcher, ServesThreadsAtOnce) {
+  const matcher m(star_of(3)[0]);
+  const database same = star_of(5);
+  const database other =
+      one_graph({"A", "N", "C", "C", "C"},
+                {{1, 2, "s"}, {1, 3, "s"}, {1, 4, "s"}, {0, 1, "s"}});
+  std::vector<long long> sums(4, 0);
+  {
+    std::vector<std::jthread> threads;
+    for (long long &sum : sums)
+      threads.emplace_back([&] {
+        for (int i = 0; i < 500; i++) {
+          sum += m.count(same[0]) + m.count(other[0]);
+          sum += static_cast<long long>(m.all(other[0]).size());
+          sum += m.is_in(same[0]);
+        }
+      });
+  }
+  EXPECT_EQ(sums, std::vector<long long>(4, 500 * (60 + 6 + 6 + 1)));
+}
+
+} // namespace kestro
