@@ -5,9 +5,6 @@
 
 namespace kestro {
 
-// A new graph with all that g holds; freed with graph_free.
-graph *graph_copy(const graph *g);
-
 // First vertex whose vid is id.  Dies, listing all vids, when there is none.
 int graph_find_vid(const graph *g, int id);
 
