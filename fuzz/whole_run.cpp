@@ -178,7 +178,6 @@ static run_result result_of(const run_input &input, int jobs) {
     result.failure =
         failure_of([&] { run_commands(input, folder, jobs, out.get()); });
   }
-  free_work_areas();
   const xptr<char> owner(report);
   result.report = timeless(std::string(report, size));
   for (const auto &[name, text] : folder.files()) {

@@ -13,6 +13,7 @@
 
 #include "cl/canonical.h"
 #include "micro/benchmarks.h"
+#include "reference/graph/graph.h"
 
 namespace kestro {
 

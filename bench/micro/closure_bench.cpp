@@ -1,16 +1,17 @@
 // Registration of candidates, which is the downward-closure test and what comes
 // before it.
 //
-// All candidates of a size that passed the test are registered again, in three
-// settings: against the level they came from (all are accepted), against that
-// level without every other pattern (most are rejected, and go to the failed
-// candidates), and a second time (all are duplicates).  Nothing is known of
-// their parents beforehand.
-// One iteration registers them all.
+// All candidates of a size that passed the test are offered again, each as one
+// of its parents plus an edge, in three settings: against the level they came
+// from (all are accepted), against that level without every other pattern (most
+// are rejected, and go to the failed candidates), and a second time (all are
+// duplicates).  Nothing is known of their parents beforehand.
+// One iteration offers them all.
 
 #include <benchmark/benchmark.h>
 
 #include "micro/benchmarks.h"
+#include "mining/links.h"
 #include "mining/registration.h"
 
 namespace kestro {
@@ -23,27 +24,45 @@ static sg_set_ptr copy_records(const sg_set *s, int step) {
   return copy;
 }
 
-static void register_all(const sg_set *candidates, registration *to) {
-  for (int i = 0; i < sg_set_size(candidates); i++)
-    sg_register_candidate(sg_set_get(candidates, i), to);
+// The candidates as extensions of every step-th pattern of the level below;
+// those that have no parent among these are left out.
+static xvector<extension> extensions_of(const sg_set *candidates, int step) {
+  xvector<extension> found;
+  for (int i = 0; i < sg_set_size(candidates); i++) {
+    const subgraph *sg = sg_set_get(candidates, i);
+    int j = 0;
+    while (j < sg_link_size(sg) && sg_link_at(sg, j)->pid % step != 0)
+      j++;
+    if (j == sg_link_size(sg))
+      continue;
+    found.push_back(sg_link_edge(sg, sg_link_at(sg, j)));
+    found.back().pattern /= step;
+  }
+  return found;
+}
+
+static void offer_all(const xvector<extension> &candidates, registration *to) {
+  for (const extension &x : candidates)
+    sg_offer_extension(x, to);
 }
 
 // known: the candidates are registered beforehand.
 static void measure(benchmark::State &state, const loaded_file &db, int step,
                     bool known) {
   const search_levels levels = mine_until(db, static_cast<int>(state.range(0)));
-  const sg_set_ptr candidates = copy_records(levels.candidates.get(), 1);
+  const xvector<extension> candidates =
+      extensions_of(levels.candidates.get(), step);
   const sg_set_ptr prev = copy_records(levels.children.get(), step);
   registration seen(prev.get());
   if (known)
-    register_all(candidates.get(), &seen);
+    offer_all(candidates, &seen);
   int64_t attempts = 0;
   int64_t accepted = 0;
   for (auto _ : state) {
     registration fresh(prev.get());
     registration *to = known ? &seen : &fresh;
     const registration_counts before = to->counts;
-    register_all(candidates.get(), to);
+    offer_all(candidates, to);
     attempts += to->counts.attempts - before.attempts;
     accepted += to->counts.accepted - before.accepted;
   }

@@ -208,8 +208,9 @@ static std::string write_molecules() {
 loaded_file::loaded_file(const std::string &name)
     : file_(name.empty() ? write_molecules() : name), drawn_(name.empty()),
       labels_(label_set_create()) {
-  label_set_build(file_.c_str(), labels_.get());
-  transactions_.reset(graph_read_transactions(file_.c_str(), labels_.get()));
+  const file_text text = read_file(file_.c_str());
+  label_set_build(text, labels_.get());
+  transactions_.reset(graph_read_transactions(text, labels_.get()));
 }
 
 loaded_file::~loaded_file() {
@@ -237,8 +238,10 @@ search_levels mine_until(const loaded_file &db, int k) {
     sg_filter_candidates_by_support(
         levels.candidates.get(), levels.children.get(), transactions, minsup);
     levels.cores = std::move(levels.children);
-    levels.children.reset(sg_count_frequents(
-        levels.candidates.release(), levels.cores.get(), transactions, minsup));
+    support_counter(transactions, 1)
+        .count_all(levels.candidates.get(), levels.cores.get(), minsup);
+    sg_register_children(levels.candidates.get(), levels.cores.get());
+    levels.children = std::move(levels.candidates);
   }
   if (!levels.candidates || sg_set_size(levels.candidates.get()) == 0)
     die("inputs.cpp", "the database has no candidates of size %d\n", k);

@@ -8,8 +8,9 @@
 
 #include <benchmark/benchmark.h>
 
-#include "cl/subgraph_isomorphism.h"
 #include "micro/benchmarks.h"
+#include "reference/cl/isomorphism_calls.h"
+#include "reference/cl/subgraph_isomorphism.h"
 
 namespace kestro {
 

@@ -20,7 +20,7 @@ static void set_bytes(benchmark::State &state, const loaded_file &db) {
 static void build_labels(benchmark::State &state, const loaded_file &db) {
   for (auto _ : state) {
     label_set_ptr labels(label_set_create());
-    label_set_build(db.file().c_str(), labels.get());
+    label_set_build(read_file(db.file().c_str()), labels.get());
   }
   set_bytes(state, db);
 }
@@ -28,7 +28,7 @@ static void build_labels(benchmark::State &state, const loaded_file &db) {
 static void read_transactions(benchmark::State &state, const loaded_file &db) {
   for (auto _ : state)
     graph_list_ptr read(
-        graph_read_transactions(db.file().c_str(), db.labels()));
+        graph_read_transactions(read_file(db.file().c_str()), db.labels()));
   set_bytes(state, db);
 }
 

@@ -15,9 +15,9 @@
 // the database that contain a pattern.  Vertices and graphs are numbered from
 // 0.
 //
-// Everything fails by throwing kestro::error, or std::bad_alloc where memory
-// runs out; nothing is printed.  Databases, results and matchers may be used by
-// any number of threads at once.
+// Everything fails by throwing kestro::error; memory that runs out may also come
+// as std::bad_alloc.  Nothing is printed.  Databases, results and matchers may
+// be used by any number of threads at once.
 #pragma once
 
 #include <kestro/database.h>
@@ -28,3 +28,4 @@
 #include <kestro/matcher.h>
 #include <kestro/mine.h>
 #include <kestro/minimum_support.h>
+#include <kestro/progress.h>

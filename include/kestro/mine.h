@@ -15,6 +15,7 @@
 #include <kestro/form.h>
 #include <kestro/graph_view.h>
 #include <kestro/minimum_support.h>
+#include <kestro/progress.h>
 
 namespace kestro {
 
@@ -88,25 +89,12 @@ private:
   const level_data *level_;
 };
 
-// How far a run is within one size.
-struct progress {
-  enum class step {
-    joining,  // items are the patterns whose children are joined
-    bounding, // items are candidates, here and in the next
-    counting
-  };
-  int size; // edges of what is being found, 3 or more
-  step at;
-  long long done;  // items
-  long long known; // items of this step and size
-};
-
 // Who receives what a run finds, as it finds it.  All calls come from the
 // thread that called mine; what they throw ends the run and comes out of it.
 class listener {
 public:
   virtual ~listener() = default;
-  // A complete level of at least min_size; valid for the call.
+  // A complete level of at least min_size, not empty; valid for the call.
   virtual void on_level(const level &found) = 0;
   // Whether the candidates are to be shown too.
   virtual bool wants_candidates() const { return false; }
@@ -126,18 +114,21 @@ struct mining_summary {
   };
   ending why = ending::complete;
   int min_support = 0; // graphs
-  int last_size = 0;   // last size tried, also where it has no pattern
+  int last_size = 0;   // last size tried, also where it has no pattern; last
+                       // complete one of a run that was stopped
   // Candidates, frequent or not, whose form may depend on the order of
   // vertices; where it is 0 both forms give the same patterns in the same
   // order.  The same for any number of jobs.
   long long order_dependent = 0;
-  std::vector<counts> sizes; // by size, from 0 on
+  std::vector<counts> sizes; // by size, from 0 to last_size
 };
 
 // Mines and hands over level by level; only what the newest levels need is in
 // memory.  Throws error for options out of range.
 mining_summary mine(const database &db, const mine_options &options,
                     listener &to);
+
+struct result_data;
 
 // All patterns of a run, in memory.  Copies share them.
 class result {
@@ -167,9 +158,8 @@ public:
 
 private:
   friend struct access;
-  struct state;
-  explicit result(std::shared_ptr<const state> s);
-  std::shared_ptr<const state> state_;
+  explicit result(std::shared_ptr<const result_data> data);
+  std::shared_ptr<const result_data> data_;
 };
 
 // Mines into memory.

@@ -69,7 +69,7 @@ std::string message_text(place at, const char *format, ...)
 
 } // namespace kestro
 
-// Runs a whole-structure checker (graph_check, sg_set_check, rbt_check) in
+// Runs a whole-structure checker (graph_check, sg_set_check) in
 // builds that ask for it; they cost more than what they check.
 #if KESTRO_CHECKERS
 #define KESTRO_STRUCTURE(checker) checker

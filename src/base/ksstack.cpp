@@ -107,10 +107,6 @@ void *ksstack_at(const ksstack *s, int index) {
   return element_at(s, index);
 }
 
-void *ksstack_pop(ksstack *s) {
-  return s->count ? ksstack_remove_at(s, s->count - 1) : nullptr;
-}
-
 void *ksstack_remove_at(ksstack *s, int index) {
   char *removed = element_at(s, index);
   memcpy(s->buffer, removed, bytes_of(s, 1));
@@ -141,17 +137,6 @@ static int index_of(const void *element, const ksstack *s) {
 int ksstack_bsearch_index(const void *key, const ksstack *s,
                           comparator compare) {
   return index_of(ksstack_bsearch(key, s, compare), s);
-}
-
-void *ksstack_find(const void *key, const ksstack *s, comparator compare) {
-  for (int i = 0; i < s->count; i++)
-    if (compare(element_at(s, i), key) == 0)
-      return element_at(s, i);
-  return nullptr;
-}
-
-int ksstack_find_index(const void *key, const ksstack *s, comparator compare) {
-  return index_of(ksstack_find(key, s, compare), s);
 }
 
 int ksstack_lower_bound(const void *key, const ksstack *s, comparator compare) {
@@ -199,22 +184,6 @@ void *ksstack_insert_at(const void *element, ksstack *s, int index) {
   return place;
 }
 
-void *ksstack_remove_sorted(const void *key, ksstack *s, comparator compare) {
-  int lo = 0;
-  int hi = s->count;
-  while (hi - lo > scan_limit) {
-    const int mid = lo + (hi - lo) / 2;
-    if (compare(element_at(s, mid), key) > 0)
-      hi = mid;
-    else
-      lo = mid;
-  }
-  for (int i = lo; i < hi; i++)
-    if (compare(element_at(s, i), key) == 0)
-      return ksstack_remove_at(s, i);
-  return nullptr;
-}
-
 ksstack *ksstack_trim(ksstack *s) {
   constexpr size_t worth = 512; // bytes
   const int kept = s->count > 0 ? s->count : 1;
@@ -226,18 +195,6 @@ ksstack *ksstack_trim(ksstack *s) {
   s->buffer = first_buffer(s);
   s->data = s->buffer + s->element_size;
   return s;
-}
-
-void *ksstack_release(ksstack *s, int *count) {
-  *count = s->count;
-  if (s->count == 0) {
-    ksstack_free(s);
-    return nullptr;
-  }
-  void *array = xmalloc(bytes_of(s, s->count));
-  memcpy(array, s->data, bytes_of(s, s->count));
-  ksstack_free(s);
-  return array;
 }
 
 } // namespace kestro

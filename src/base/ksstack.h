@@ -13,8 +13,8 @@ namespace kestro {
 //   buffer -> | scratch | element 0 | element 1 | ... |
 //                         ^ data
 //
-// Pop and removal copy the removed element to the scratch slot and return its
-// address, which stays valid until the next pop or removal.
+// Removal copies the removed element to the scratch slot and returns its
+// address, which stays valid until the next removal.
 struct ksstack {
   int capacity;     // elements that fit before the next growth, at least 1
   int element_size; // bytes
@@ -46,9 +46,8 @@ void *ksstack_push(const void *element, ksstack *s);
 void *ksstack_top(const ksstack *s);
 // Element index; dies with "invalid index" for index >= count.
 void *ksstack_at(const ksstack *s, int index);
-// Removes the last element (null when empty) or element index (unchecked);
-// returns the scratch slot.  The vacated place is zero-filled.
-void *ksstack_pop(ksstack *s);
+// Removes element index, which is not checked; returns the scratch slot.  The
+// vacated place is zero-filled.
 void *ksstack_remove_at(ksstack *s, int index);
 
 // Sorts with qsort.
@@ -57,9 +56,6 @@ void ksstack_sort(ksstack *s, comparator compare);
 void *ksstack_bsearch(const void *key, const ksstack *s, comparator compare);
 int ksstack_bsearch_index(const void *key, const ksstack *s,
                           comparator compare);
-// First equal element from index 0, with compare(element, key).
-void *ksstack_find(const void *key, const ksstack *s, comparator compare);
-int ksstack_find_index(const void *key, const ksstack *s, comparator compare);
 // Index of the first element not less than key if it equals key, with
 // compare(element, key).
 int ksstack_lower_bound(const void *key, const ksstack *s, comparator compare);
@@ -70,16 +66,8 @@ void *ksstack_insert_sorted(const void *element, ksstack *s,
                             comparator compare);
 // Inserts at index, which is not checked.
 void *ksstack_insert_at(const void *element, ksstack *s, int index);
-// Removes an equal element, with compare(element, key); returns the scratch
-// slot, or null when absent.
-void *ksstack_remove_sorted(const void *key, ksstack *s, comparator compare);
-
 // Gives back room to spare where that is worth it; the stack may move.
 ksstack *ksstack_trim(ksstack *s);
-
-// Ends the stack and hands over its elements as an array of *count, to be
-// freed with xfree; null when empty.
-void *ksstack_release(ksstack *s, int *count);
 
 struct ksstack_deleter {
   void operator()(ksstack *s) const { ksstack_free(s); }

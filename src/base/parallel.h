@@ -19,16 +19,26 @@ inline int worker_count(int jobs, int count) {
   return std::clamp(std::min(jobs, count), 1, most);
 }
 
+// Who is told how far pieces of work are.
+class work_watcher {
+public:
+  virtual ~work_watcher() = default;
+  // Of count pieces so many have been taken up; the last few may not be done.
+  virtual void advanced(int taken, int count) = 0;
+};
+
 // Calls work(worker, i) for every i from 0 to count - 1.  Each of
 // worker_count(jobs, count) workers has a thread and a number from 0 and takes
 // one i after another; worker 0 is the caller's own thread, so with one worker
 // nothing is started and the order is ascending.  Where the system starts fewer
 // threads than that, the workers that there are do all the work.  When none is
 // left each worker calls finish(worker) on its thread, which is the place to
-// give up what belongs to the thread.  What is thrown ends the call once all
+// give up what belongs to the thread.  A watcher is told on the caller's thread
+// after each piece that this has done.  What is thrown ends the call once all
 // workers have stopped: of several exceptions that of the smallest i comes out.
 template <class Work, class Finish>
-void parallel_for(int jobs, int count, Work work, Finish finish) {
+void parallel_for(int jobs, int count, Work work, Finish finish,
+                  work_watcher *watcher = nullptr) {
   std::atomic<int> next = 0;
   struct failure {
     int at = 0;
@@ -48,7 +58,11 @@ void parallel_for(int jobs, int count, Work work, Finish finish) {
   };
   const auto run = [&](int worker) {
     for (int i; (i = next++) < count;)
-      attempt(worker, i, [&] { work(worker, i); });
+      attempt(worker, i, [&] {
+        work(worker, i);
+        if (watcher && worker == 0)
+          watcher->advanced(std::min(next.load(), count), count);
+      });
     attempt(worker, count, [&] { finish(worker); });
   };
   {

@@ -1,4 +1,4 @@
-// Files, CPU time, path names, comparators, swaps and enumeration.
+// Files, CPU time, path names and comparators.
 //
 // The comparators subtract, with wrap-around where the difference does not fit
 // an int: the sorted sets hold ids, which are never that far apart.
@@ -8,7 +8,6 @@
 #include <sys/resource.h>
 #include <sys/stat.h>
 
-#include <algorithm>
 #include <cstring>
 #include <string>
 
@@ -44,14 +43,6 @@ double user_cpu_time() {
          static_cast<double>(usage.ru_utime.tv_usec) * 1e-6;
 }
 
-double cpu_time() {
-  rusage usage;
-  getrusage(RUSAGE_SELF, &usage);
-  return static_cast<double>(usage.ru_utime.tv_sec + usage.ru_stime.tv_sec) +
-         static_cast<double>(usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) *
-             1e-6;
-}
-
 const char *basename(const char *path) {
   const char *slash = strrchr(path, '/');
   return slash ? slash + 1 : path;
@@ -77,39 +68,6 @@ int compare_int_arrays(const int *a, const int *b, int n) {
     if (a[i] != b[i])
       return difference(a[i], b[i]);
   return 0;
-}
-
-void swap_ints(int *a, int *b) { std::swap(*a, *b); }
-
-void swap_int_pairs(int *a, int *b) { std::swap_ranges(a, a + 2, b); }
-
-void swap_bytes(void *a, void *b, size_t length) {
-  char *first = static_cast<char *>(a);
-  std::swap_ranges(first, first + length, static_cast<char *>(b));
-}
-
-void next_k_subset(int *subset, int n, int k) {
-  int i = k - 1;
-  while (i >= 0 && subset[i] >= i + (n - k))
-    i--;
-  assert(i >= 0);
-  subset[i]++;
-  for (int j = i + 1; j < k; j++)
-    subset[j] = subset[j - 1] + 1;
-}
-
-int next_permutation(int *array, int n) {
-  int i = n - 2;
-  while (i >= 0 && array[i] >= array[i + 1])
-    i--;
-  if (i < 0)
-    return 0;
-  int j = n - 1;
-  while (array[j] <= array[i])
-    j--;
-  std::swap(array[i], array[j]);
-  std::reverse(array + i + 1, array + n);
-  return 1;
 }
 
 } // namespace kestro

@@ -1,5 +1,4 @@
-// Small services: files and CPU time, path names, comparators and swaps,
-// enumeration of k-subsets and permutations.
+// Small services: files and CPU time, path names, comparators.
 #pragma once
 
 #include <cstddef>
@@ -27,9 +26,8 @@ FILE *open_file(const char *path, const char *mode);
 // folder reads as empty.
 void check_read(FILE *stream, const char *path);
 
-// User CPU time of the process in seconds, and user plus system time.
+// User CPU time of the process in seconds.
 double user_cpu_time();
-double cpu_time();
 
 // What follows the last "/" of path, as an address inside path.
 const char *basename(const char *path);
@@ -44,19 +42,5 @@ char *chomp_newlines(char *text);
 int compar_int(const void *a, const void *b);
 int compar_str(const void *a, const void *b);
 int compare_int_arrays(const int *a, const int *b, int n);
-
-// Exchange of two ints, two pairs of ints, two byte ranges of one length.
-void swap_ints(int *a, int *b);
-void swap_int_pairs(int *a, int *b);
-void swap_bytes(void *a, void *b, size_t length);
-
-// Advances an ascending array of k indices out of 0 .. n-1 to the next subset
-// in lexicographic order.  The caller stops after C(n, k) subsets; one step
-// further fails the assertion "i >= 0".
-void next_k_subset(int *subset, int n, int k);
-
-// Advances array to its next permutation in lexicographic order; 0, and the
-// array unchanged, when it is already the last one.
-int next_permutation(int *array, int n);
 
 } // namespace kestro

@@ -30,7 +30,7 @@ canonical_form labeller::find_order(const graph *g) {
   if (colouring_largest_cell(&cells_) >= threshold_)
     return {0, search_by_stabilizer(&cells_, g, labels_, &work_, &calls_),
             false};
-  return {0, search_exhaustively(&cells_, g, labels_), false};
+  return {0, search_exhaustively(&cells_, g, labels_, &work_.poll), false};
 }
 
 // The graph's arrays as they were, read while they are rewritten.

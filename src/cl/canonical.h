@@ -30,12 +30,16 @@ public:
   static constexpr int default_threshold = 5;
 
   explicit labeller(int stabilizer_threshold = default_threshold,
-                    form kind = form::prescribed)
-      : threshold_(stabilizer_threshold), form_(kind) {}
+                    form kind = form::prescribed,
+                    const interruption *stop = nullptr)
+      : threshold_(stabilizer_threshold), form_(kind) {
+    work_.poll = interruption_poll(stop, 16384);
+  }
 
   // Reorders the vertices of g, which has no marks, in place into canonical
   // order, vid along with them, and sets its key.  Costs a few passes over the
-  // edges when refinement tells all vertices apart; else a search.
+  // edges when refinement tells all vertices apart; else a search.  Throws
+  // interrupted, with g as it was, when stop says so.
   canonical_form canonicalize(graph *g);
 
   int stabilizer_threshold() const { return threshold_; }

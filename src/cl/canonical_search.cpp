@@ -39,9 +39,9 @@ namespace {
 class exhaustive_search {
 public:
   exhaustive_search(const colouring *c, const graph *g,
-                    const label_cells &cells)
-      : c_(c), g_(g), cells_(cells), placed_(c->order), best_(c->order),
-        rows_(g->vs) {}
+                    const label_cells &cells, interruption_poll *poll)
+      : c_(c), g_(g), cells_(cells), poll_(poll), placed_(c->order),
+        best_(c->order), rows_(g->vs) {}
 
   // Leaves the cells that are passed over as they came, and their rows out of
   // the comparison.  Of equal arrangements the first in lexicographic order is
@@ -104,6 +104,7 @@ private:
     if (steps_left_ == 0)
       return;
     steps_left_--;
+    poll_->step(g_->vs);
     if (i == rows_) {
       if (better)
         best_ = placed_;
@@ -144,6 +145,7 @@ private:
   const colouring *c_;
   const graph *g_;
   const label_cells &cells_;
+  interruption_poll *poll_;
   xvector<int> placed_; // the arrangement tried; a permutation of every cell
   xvector<int> best_;
   int rows_; // how many decide
@@ -195,13 +197,14 @@ private:
 
 } // namespace
 
-void search_greatest(colouring *c, const graph *g, const label_cells &cells) {
-  c->order = exhaustive_search(c, g, cells).find_best();
+void search_greatest(colouring *c, const graph *g, const label_cells &cells,
+                     interruption_poll *poll) {
+  c->order = exhaustive_search(c, g, cells, poll).find_best();
 }
 
-bool search_exhaustively(colouring *c, const graph *g,
-                         const label_cells &cells) {
-  exhaustive_search search(c, g, cells);
+bool search_exhaustively(colouring *c, const graph *g, const label_cells &cells,
+                         interruption_poll *poll) {
+  exhaustive_search search(c, g, cells, poll);
   const bool lone = has_lone_vertex(c, g);
   if (lone)
     search.pass_over();
@@ -222,7 +225,8 @@ bool search_by_stabilizer(colouring *c, const graph *g,
     return false; // every branch is cut: the incoming arrangement stays
   c->order = check.leaf();
   // Invariant when no incoming arrangement could cut it.
-  return exhaustive_search(c, g, cells).is_greatest(check.leaf(), rows);
+  return exhaustive_search(c, g, cells, &work->poll)
+      .is_greatest(check.leaf(), rows);
 }
 
 } // namespace kestro

@@ -7,12 +7,13 @@
 namespace kestro {
 
 // Puts the vertices of every cell of c into the best arrangement there is.
-void search_greatest(colouring *c, const graph *g, const label_cells &cells);
+void search_greatest(colouring *c, const graph *g, const label_cells &cells,
+                     interruption_poll *poll);
 
 // The same, except that vertices without edges have some cells left as they
 // came.  Returns false when relabelled copies of g may end with other arrays.
-bool search_exhaustively(colouring *c, const graph *g,
-                         const label_cells &cells);
+bool search_exhaustively(colouring *c, const graph *g, const label_cells &cells,
+                         interruption_poll *poll);
 
 // Puts the vertices into the arrangement at which the individualising search
 // ends: it sets the vertices of the first open cell apart one after another,

@@ -109,6 +109,7 @@ static void refine(colouring *c, const graph *g, bool first_pass,
   const int *cell_end = c->cell_end.data();
   int old_cells;
   do {
+    work->poll.step(g->vs);
     old_cells = c->cells;
     for (int s = 0; s < g->vs; s = cell_end[s])
       if (cell_end[s] - s > 1)

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 
+#include "base/interruption.h"
 #include "base/xmalloc.h"
 #include "graph/graph.h"
 
@@ -22,6 +23,7 @@ struct colouring {
 struct refinement_work {
   xvector<uint64_t> signature; // by slot: label and colour, sorted per vertex
   xvector<int> new_colour;     // by position
+  interruption_poll poll;      // a step costs the vertices that it passes
 };
 
 // Refines the partition of all vertices of g into one cell: vertices are set

@@ -167,7 +167,7 @@ private:
 void search_exactly(colouring *c, const graph *g, const label_cells &cells,
                     int threshold, refinement_work *work) {
   if (colouring_largest_cell(c) < threshold) {
-    search_greatest(c, g, cells);
+    search_greatest(c, g, cells, &work->poll);
     return;
   }
   orbit_check check(c, g, cells, work);

@@ -63,8 +63,9 @@ void graph_profiles::count_edge(int from, int elabel, int to) {
   counter += counter < INT_MAX;
 }
 
-graph_profiles::graph_profiles(const ksstack *graphs)
+graph_profiles::graph_profiles(const ksstack *graphs, const interruption *stop)
     : graphs_(graphs), frequency_(counters, 0) {
+  interruption_poll poll(stop, 1 << 17);
   size_t vertices = 0;
   for (int i = 0; i < graphs->count; i++)
     vertices += static_cast<size_t>(graph_at(i)->vs);
@@ -78,6 +79,7 @@ graph_profiles::graph_profiles(const ksstack *graphs)
     if (g->vs > scanned_whole)
       add_by_label(g);
     for (int u = 0; u < g->vs; u++) {
+      poll.step(g->es); // no vertex has more paths of two edges
       profiles_.push_back(profile_of(g, u));
       for (int j = g->v[u]; j < g->v[u + 1]; j++)
         count_edge(g->vlabel[u], g->elabel[j], g->vlabel[g->e[j]]);

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 
+#include "base/interruption.h"
 #include "base/ksstack.h"
 #include "base/xmalloc.h"
 #include "graph/graph_list.h"
@@ -26,8 +27,10 @@ vertex_profile profile_of(const graph *g, int u);
 // in them.
 class graph_profiles {
 public:
-  // Borrows graphs, a graph list.
-  explicit graph_profiles(const ksstack *graphs);
+  // Borrows graphs, a graph list.  Throws interrupted when stop, which may be
+  // null, says so.
+  explicit graph_profiles(const ksstack *graphs,
+                          const interruption *stop = nullptr);
 
   const graph *graph_at(int i) const { return graph_list_at(graphs_, i); }
   // Whether graph i has fewer vertices than the average one.

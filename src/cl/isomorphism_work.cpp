@@ -10,55 +10,30 @@
 #include <algorithm>
 
 #include "base/error.h"
-#include "base/thread_state.h"
-#include "base/xmalloc.h"
 
 namespace kestro {
 
-namespace {
-
-struct isomorphism_state {
-  xptr<int *> matrix; // capacity rows, followed by their cells
-  int capacity = 0;   // vertices the matrix was built for
-  xvector<int> ints1; // six arrays by g1 vertex
-  xvector<int> ints2; // two arrays by g2 vertex
-  uint64_t calls = 0;
-};
-
-} // namespace
-
-static thread_local thread_state<isomorphism_state> state;
-
-uint64_t graph_isomorphism_calls() { return state->calls; }
-
-void graph_free_label_matrix() {
-  state->matrix.reset();
-  state->capacity = 0;
-  state->ints1 = xvector<int>();
-  state->ints2 = xvector<int>();
-}
-
-static void grow_matrix(int n) {
-  state->matrix.reset();
-  state->capacity = 0;
+void isomorphism_arrays::grow_matrix(int n) {
+  matrix_.reset();
+  capacity_ = 0;
   static constexpr int most = 1 << 28; // below it, no size exceeds a size_t
   if (n > most)
     die_out_of_memory();
   const size_t side = static_cast<size_t>(n);
   const size_t size = side * sizeof(int *) + side * side * sizeof(int);
-  state->matrix.reset(static_cast<int **>(xmalloc(size)));
-  state->capacity = n;
-  int **rows = state->matrix.get();
+  matrix_.reset(static_cast<int **>(xmalloc(size)));
+  capacity_ = n;
+  int **rows = matrix_.get();
   int *cells = reinterpret_cast<int *>(rows + side);
   std::fill_n(cells, side * side, -1);
   for (size_t w = 0; w < side; w++)
     rows[w] = cells + w * side;
 }
 
-int **graph_label_matrix(int n) {
-  if (n > state->capacity)
+int **isomorphism_arrays::label_matrix(int n) {
+  if (n > capacity_)
     grow_matrix(n);
-  return state->matrix.get();
+  return matrix_.get();
 }
 
 // The first of count arrays of n ints each.
@@ -69,25 +44,22 @@ static int *grown(xvector<int> *ints, int count, int n) {
   return ints->data();
 }
 
-isomorphism_call::isomorphism_call(const graph *g1, const graph *g2, int *map,
-                                   int *order) {
-  state->calls++;
+isomorphism_call::isomorphism_call(isomorphism_arrays *arrays, const graph *g1,
+                                   const graph *g2, int *map, int *order) {
   if (graph_active_vertices(g1) > g2->vs)
     die("isomorphism.c", "g1 must be smaller than g2\n");
-  int *const by_g1 = grown(&state->ints1, 6, g1->vs);
-  int *const by_g2 = grown(&state->ints2, 2, g2->vs);
+  int *const by_g1 = grown(&arrays->ints1_, 4, g1->vs);
+  int *const by_g2 = grown(&arrays->ints2_, 2, g2->vs);
   const size_t vs1 = static_cast<size_t>(g1->vs);
   work.g1 = g1;
   work.g2 = g2;
-  work.label_matrix = graph_label_matrix(g2->vs);
+  work.label_matrix = arrays->label_matrix(g2->vs);
   work.mapped_nbrs1 = by_g1;
   work.mapped_nbrs2 = by_g2;
   work.used = by_g2 + g2->vs;
   work.map = map ? map : by_g1 + vs1;
   work.order = order ? order : by_g1 + 2 * vs1;
   work.active = by_g1 + 3 * vs1;
-  work.twins = by_g1 + 4 * vs1;
-  work.last_twin = by_g1 + 5 * vs1;
   std::fill_n(work.active, g1->vs, 0);
 }
 

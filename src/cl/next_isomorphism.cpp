@@ -12,7 +12,6 @@
 #include <cstdio>
 
 #include "base/error.h"
-#include "cl/isomorphism_work.h"
 
 namespace kestro {
 
@@ -29,12 +28,15 @@ static void unmap_from(const isomorphism_work *work, int depth) {
       isomorphism_unmap_vertex(work, work->order[depth]);
 }
 
-static int advance(const isomorphism_work *work, int depth) {
+static int advance(const isomorphism_work *work, int depth,
+                   interruption_poll *poll) {
   if (depth == work->g1->vs)
     return 0;
+  if (poll)
+    poll->step(work->g2->vs);
   const int u = work->order[depth];
   const int image = work->map[u];
-  if (image != -1 && advance(work, depth + 1))
+  if (image != -1 && advance(work, depth + 1, poll))
     return 1;
   unmap_from(work, depth);
   const int degree = graph_vertex_degree(work->g1, u);
@@ -42,16 +44,17 @@ static int advance(const isomorphism_work *work, int depth) {
     if (!isomorphism_candidate(work, u, degree, w, depth))
       continue;
     isomorphism_map_vertex(work, u, w);
-    if (depth + 1 == work->g1->vs || advance(work, depth + 1))
+    if (depth + 1 == work->g1->vs || advance(work, depth + 1, poll))
       return 1;
     isomorphism_unmap_vertex(work, u);
   }
   return 0;
 }
 
-int graph_next_isomorphism(const graph *g1, const graph *g2, const int *order,
-                           int *map) {
-  const isomorphism_call call(g1, g2, map);
+int graph_next_isomorphism(isomorphism_arrays *arrays, const graph *g1,
+                           const graph *g2, const int *order, int *map,
+                           interruption_poll *poll) {
+  const isomorphism_call call(arrays, g1, g2, map);
   const isomorphism_work *work = &call.work;
   std::copy_n(order, g1->vs, work->order);
   int unmapped = 0;
@@ -63,7 +66,7 @@ int graph_next_isomorphism(const graph *g1, const graph *g2, const int *order,
   if (unmapped != g1->vs && unmapped != 0 && unmapped != 1)
     warn_of_reentry(unmapped);
   setup_isomorphism_work_area(work);
-  return advance(work, 0);
+  return advance(work, 0, poll);
 }
 
 } // namespace kestro

@@ -1,7 +1,8 @@
 // Mappings one at a time.
 #pragma once
 
-#include "graph/graph.h"
+#include "base/interruption.h"
+#include "cl/isomorphism_work.h"
 
 namespace kestro {
 
@@ -13,8 +14,9 @@ namespace kestro {
 // map should be all -1 or a mapping, at most one vertex of which is unmapped;
 // else "irregular reentry" is printed on standard error, and the search goes on
 // from what is mapped.  Dies like every isomorphism call when g1 is larger than
-// g2.
-int graph_next_isomorphism(const graph *g1, const graph *g2, const int *order,
-                           int *map);
+// g2.  poll, which may be null, has a step for each vertex advanced.
+int graph_next_isomorphism(isomorphism_arrays *arrays, const graph *g1,
+                           const graph *g2, const int *order, int *map,
+                           interruption_poll *poll = nullptr);
 
 } // namespace kestro

@@ -216,6 +216,16 @@ inline bool search_plan::fits(const plan_step &step, const target &to,
   return true;
 }
 
+// A step that leaves no vertex in use when it throws.
+static inline void count_step(search_memory *memory) {
+  try {
+    memory->poll.step();
+  } catch (const interrupted &) {
+    std::fill(memory->used.begin(), memory->used.end(), 0);
+    throw;
+  }
+}
+
 bool search_plan::find(const graph *t, int *image) {
   return find(t, &memory_, image);
 }
@@ -324,6 +334,7 @@ bool search_plan::search(const target &to, const int *roots, int root_count,
         return false;
       depth--;
       used[mapped[depth]] = 0;
+      count_step(memory);
       continue;
     }
     mapped[depth] = w;

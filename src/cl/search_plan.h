@@ -1,6 +1,7 @@
 // A pattern prepared for being looked for in many graphs.
 #pragma once
 
+#include "base/interruption.h"
 #include "base/xmalloc.h"
 #include "cl/graph_profiles.h"
 #include "graph/graph.h"
@@ -36,9 +37,14 @@ struct plan_need {
 
 // What a search remembers on its way; kept from one to the next.
 struct search_memory {
+  // Searches throw interrupted when stop, which may be null, says so.
+  explicit search_memory(const interruption *stop = nullptr)
+      : poll(stop, 4096) {}
+
   xvector<int> at;    // per depth: slot, or vertex at depth 0, looked at next
   xvector<int> image; // per depth: the vertex mapped to
   xvector<char> used; // by vertex: 1 for images, 0 between searches
+  interruption_poll poll; // a step is a vertex unmapped
 };
 
 // Which mappings are walked: all, or those in which the images of twins ascend,
@@ -49,10 +55,15 @@ enum class twin_images { any, ascending };
 // pattern is borrowed and must be without marks.
 class search_plan {
 public:
-  search_plan() = default;
+  // Stop is for the searches that are given no memory.
+  explicit search_plan(const interruption *stop = nullptr) : memory_(stop) {}
   // order lists the vertices such that each but the first has a neighbour
   // before it.
-  search_plan(const graph *pattern, const int *order) { set(pattern, order); }
+  search_plan(const graph *pattern, const int *order,
+              const interruption *stop = nullptr)
+      : search_plan(stop) {
+    set(pattern, order);
+  }
   // Becomes the plan of another pattern.
   void set(const graph *pattern, const int *order);
   // The same along an order that starts at a rarest edge and goes on with the

@@ -7,6 +7,8 @@
 
 #include "base/error.h"
 #include "base/output_file.h"
+#include "library/access.h"
+#include "library/level_data.h"
 #include "mining/pattern_output.h"
 
 namespace kestro {
@@ -39,7 +41,7 @@ static xvector<output> wanted_outputs(options *o) {
 }
 
 void refuse_input(const file_identity &output, const char *name,
-                  const options *o) {
+                  const output_settings *o) {
   if (output.is_same(file_identity(o->input_file)))
     throw fatal_error("can't write a file '" + std::string(name) +
                       "': it is the input\n");
@@ -107,22 +109,25 @@ void close_outputs(options *o) {
   close_output(std::move(o->pattern_stream), o->pattern_file.get());
 }
 
-void level_files::candidates(const sg_set *set) {
+void level_files::write_candidates(const level &generated) {
   if (!o_->candidates_stream)
     return;
-  sg_set_write_patterns(set, ls_, o_->candidates_stream.get());
+  const level_data *data = access::data_of(generated);
+  sg_set_write_patterns(data->source, data->labels,
+                        o_->candidates_stream.get());
   flush_output(o_->candidates_stream.get(), o_->candidates_file.get());
 }
 
-void level_files::level(const sg_set *set) {
-  sg_set_write_patterns(set, ls_, o_->pattern_stream.get());
+void level_files::write_level(const level &found) {
+  const level_data *data = access::data_of(found);
+  sg_set_write_patterns(data->source, data->labels, o_->pattern_stream.get());
   flush_output(o_->pattern_stream.get(), o_->pattern_file.get());
-  if (o_->parent_children_list) {
-    sg_set_write_pc_list(set, o_->pc_stream.get());
+  if (o_->pc_stream) {
+    sg_set_write_pc_list(data->source, o_->pc_stream.get());
     flush_output(o_->pc_stream.get(), o_->pc_file.get());
   }
-  if (o_->tid_list) {
-    sg_set_write_tid_list(set, o_->tid_stream.get());
+  if (o_->tid_stream) {
+    sg_set_write_tid_list(data->source, o_->tid_stream.get());
     flush_output(o_->tid_stream.get(), o_->tid_file.get());
   }
 }

@@ -1,19 +1,19 @@
 // The output files of a run.
 #pragma once
 
+#include <kestro/mine.h>
+
 #include "base/file_identity.h"
 #include "base/output_lock.h"
 #include "base/xmalloc.h"
 #include "driver/options.h"
-#include "driver/seams.h"
-#include "graph/label_set.h"
 
 namespace kestro {
 
 // Dies with "can't write a file 'NAME': it is the input" when the output is
 // o->input_file, by whatever name.
 void refuse_input(const file_identity &output, const char *name,
-                  const options *o);
+                  const output_settings *o);
 
 // Names the outputs that o asks for after o->input_file, and opens them; report
 // is the stream of the run's report.  Returns the right to write them, to be
@@ -28,15 +28,14 @@ void close_outputs(options *o);
 
 // Writes levels and candidates to the outputs that are open.  Dies with "can't
 // write a file" at the end of the level that could not be written.
-class level_files : public level_receiver {
+class level_files {
 public:
-  level_files(const options *o, const label_set *ls) : o_(o), ls_(ls) {}
-  void candidates(const sg_set *set) override;
-  void level(const sg_set *set) override;
+  explicit level_files(const output_streams *o) : o_(o) {}
+  void write_candidates(const level &generated);
+  void write_level(const level &found);
 
 private:
-  const options *o_;
-  const label_set *ls_;
+  const output_streams *o_;
 };
 
 } // namespace kestro

@@ -3,25 +3,30 @@
 
 #include <cstdio>
 
-#include "driver/seams.h"
+#include <kestro/progress.h>
+
+#include "driver/options.h"
 #include "mining/statistics.h"
 
 namespace kestro {
 
-// Prints a row per reported level on out; none in a run for maximal patterns,
+// Prints a row per reported size on out; none in a run for maximal patterns,
 // whose counts are known only after the selection.
-class live_table : public progress_listener {
+class live_table {
 public:
-  // stats are those of the run that it is told of.
-  live_table(FILE *out, bool silent, const statistics *stats)
-      : out_(out), silent_(silent), stats_(stats) {}
-  void candidates(int size) override;
-  void level(int size) override;
+  live_table(const options *o, FILE *out) : o_(o), out_(out) {
+    stats_init(&seen_);
+  }
+  // Prints what is new, if anything.
+  void show(const progress &now);
 
 private:
+  void show_candidates(const progress &now);
+  void show_patterns(const progress &now);
+
+  const options *o_;
   FILE *out_;
-  bool silent_;
-  const statistics *stats_;
+  statistics seen_;
 };
 
 } // namespace kestro

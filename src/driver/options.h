@@ -5,41 +5,51 @@
 #include <cstdio>
 #include <memory>
 
+#include <kestro/form.h>
+
 #include "base/utils.h"
 #include "base/xmalloc.h"
-#include "cl/canonical.h"
 
 namespace kestro {
 
-struct options {
+// What to mine.
+struct mining_settings {
   double support = 5.0;         // minimum support, per cent of transactions
   int maxsize = 2147483647;     // largest pattern size, in edges
   int minsize = 1;              // smallest pattern size to report, in edges
   int stabilizer_threshold = 5; // of canonical labelling
-  int candidates = 0;           // flag: write the candidate file
-  int maximal = 0;              // flag: keep only maximal patterns
-  int parent_children_list = 0; // flag: write the PC list
-  int tid_list = 0;             // flag: write the TID list
+  int min_support_count = -1;   // in transactions, once these are read
+  // What no option of the command line sets.
+  int jobs = 1; // threads
+  form kind = form::prescribed;
+};
+
+// What to read and to write.
+struct output_settings {
+  const char *input_file = nullptr;       // FILE, borrowed
+  int candidates = 0;                     // flag: write the candidate file
+  int maximal = 0;                        // flag: keep only maximal patterns
+  int parent_children_list = 0;           // flag: write the PC list
+  int tid_list = 0;                       // flag: write the TID list
   const char *load_labels_file = nullptr; // borrowed; null: derived from FILE
   const char *save_labels_file = nullptr; // borrowed; null: derived from FILE
-  int load_labels = 0;        // flag: read the label set from a label file
-  int save_labels = 0;        // flag: only write the label set
-  int min_support_count = -1; // in transactions, once these are read
-  int jobs = 1; // threads to mine on; no command line option sets it
-  form kind = form::prescribed;  // of the patterns' graphs; nor this
-  long long order_dependent = 0; // candidates, frequent or not, whose form may
-                                 // depend on the order of vertices; set by the
-                                 // run: with 0 both forms give the same files
-  const char *input_file = nullptr; // FILE, borrowed
-  xptr<char> candidates_file;       // names of the outputs, null when there is
-  xptr<char> pattern_file;          // none
+  int load_labels = 0; // flag: read the label set from a label file
+  int save_labels = 0; // flag: only write the label set
+};
+
+// The outputs of a run, null where there is none.
+struct output_streams {
+  xptr<char> candidates_file; // names
+  xptr<char> pattern_file;
   xptr<char> pc_file;
   xptr<char> tid_file;
-  file_ptr candidates_stream; // the open outputs, null when there is none
+  file_ptr candidates_stream; // open while the run writes them
   file_ptr pattern_stream;
   file_ptr pc_stream;
   file_ptr tid_stream;
 };
+
+struct options : mining_settings, output_settings, output_streams {};
 
 // What the command line asks for.
 enum class command { run, show_usage, refuse };

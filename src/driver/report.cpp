@@ -10,8 +10,6 @@
 #include <iterator>
 #include <string>
 
-#include "graph/graph_list.h"
-
 namespace kestro {
 
 static const char stars[] =
@@ -21,22 +19,22 @@ namespace {
 
 // What the header says of the transactions.
 struct transaction_totals {
-  long long es = 0;
-  long long vs = 0;
-  int max_es = 0;
-  int max_vs = 0;
+  long long edges = 0;
+  long long vertices = 0;
+  int max_edges = 0;
+  int max_vertices = 0;
 };
 
 } // namespace
 
-static transaction_totals sum_up(const ksstack *transactions) {
+static transaction_totals sum_up(const database &db) {
   transaction_totals totals;
-  for (int i = 0; i < transactions->count; i++) {
-    const graph *t = graph_list_at(transactions, i);
-    totals.es += t->es;
-    totals.vs += t->vs;
-    totals.max_es = std::max(totals.max_es, t->es);
-    totals.max_vs = std::max(totals.max_vs, t->vs);
+  for (int i = 0; i < db.size(); i++) {
+    const graph_view t = db[i];
+    totals.edges += t.edges();
+    totals.vertices += t.vertices();
+    totals.max_edges = std::max(totals.max_edges, t.edges());
+    totals.max_vertices = std::max(totals.max_vertices, t.vertices());
   }
   return totals;
 }
@@ -62,22 +60,21 @@ static const char *yes_no(int flag) { return flag ? "Yes" : "No"; }
 
 // clang-format off
 static void print_transaction_information(const options *o,
-                                          const ksstack *transactions,
-                                          const label_set *ls, FILE *out,
+                                          const database &db, FILE *out,
                                           const char *prefix) {
-  const transaction_totals totals = sum_up(transactions);
-  const int n = transactions->count;
+  const transaction_totals totals = sum_up(db);
+  const int n = db.size();
   fprintf(out, "%sTransaction File Information --------------------------\n", prefix);
   fprintf(out, "%s  Transaction File Name:                       %s\n", prefix, o->input_file);
   fprintf(out, "%s  Number of Input Transactions:                %d\n", prefix, n);
-  fprintf(out, "%s  Number of Distinct Edge Labels:              %d\n", prefix, label_set_edge_labels(ls));
-  fprintf(out, "%s  Number of Distinct Vertex Labels:            %d\n", prefix, label_set_vertex_labels(ls));
+  fprintf(out, "%s  Number of Distinct Edge Labels:              %d\n", prefix, db.label_set().edge_labels());
+  fprintf(out, "%s  Number of Distinct Vertex Labels:            %d\n", prefix, db.label_set().vertex_labels());
   fprintf(out, "%s  Average Number of Edges In a Transaction:    ", prefix);
-  print_average(totals.es / 2, n, out);
+  print_average(totals.edges, n, out);
   fprintf(out, "%s  Average Number of Vertices In a Transaction: ", prefix);
-  print_average(totals.vs, n, out);
-  fprintf(out, "%s  Max Number of Edges In a Transaction:        %d\n", prefix, totals.max_es / 2);
-  fprintf(out, "%s  Max Number of Vertices In a Transaction:     %d\n", prefix, totals.max_vs);
+  print_average(totals.vertices, n, out);
+  fprintf(out, "%s  Max Number of Edges In a Transaction:        %d\n", prefix, totals.max_edges);
+  fprintf(out, "%s  Max Number of Vertices In a Transaction:     %d\n", prefix, totals.max_vertices);
   fprintf(out, "%s\n", prefix);
 }
 
@@ -104,12 +101,12 @@ static void print_outputs(const options *o, FILE *out, const char *prefix) {
   fprintf(out, "%s\n", prefix);
 }
 
-void print_header(const options *o, const ksstack *transactions,
-                  const label_set *ls, FILE *out, const char *prefix) {
+void print_header(const options *o, const database &db, FILE *out,
+                  const char *prefix) {
   fprintf(out, "%s%s\n", prefix, stars);
   fprintf(out, "%skestro 1.34 (VESK 1.0)\n", prefix);
   fprintf(out, "%s\n", prefix);
-  print_transaction_information(o, transactions, ls, out, prefix);
+  print_transaction_information(o, db, out, prefix);
   print_options(o, out, prefix);
   print_outputs(o, out, prefix);
   fflush(out);

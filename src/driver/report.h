@@ -3,9 +3,9 @@
 
 #include <cstdio>
 
-#include "base/ksstack.h"
+#include <kestro/database.h>
+
 #include "driver/options.h"
-#include "graph/label_set.h"
 #include "mining/statistics.h"
 
 namespace kestro {
@@ -24,8 +24,8 @@ constexpr int mask_candidate_half = 3; // size and candidates, line left open
 constexpr int mask_frequent_half = 60; // the rest of that line
 constexpr int mask_maximal = 37;
 
-void print_header(const options *o, const ksstack *transactions,
-                  const label_set *ls, FILE *out, const char *prefix);
+void print_header(const options *o, const database &db, FILE *out,
+                  const char *prefix);
 
 void print_table_heading(FILE *out, const char *prefix, int mask);
 void print_table_row(const statistics *s, int size, FILE *out,

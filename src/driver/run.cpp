@@ -6,6 +6,8 @@
 
 #include "driver/run.h"
 
+#include <algorithm>
+#include <cmath>
 #include <cstring>
 #include <utility>
 
@@ -13,15 +15,11 @@
 #include "base/file_identity.h"
 #include "base/output_file.h"
 #include "base/output_lock.h"
-#include "cl/subgraph_isomorphism.h"
 #include "driver/level_files.h"
-#include "driver/level_loop.h"
 #include "driver/live_table.h"
 #include "driver/report.h"
-#include "driver/transaction_counter.h"
-#include "graph/transactions.h"
+#include "library/access.h"
 #include "mining/maximal.h"
-#include "mining/min_support.h"
 #include "mining/statistics.h"
 
 namespace kestro {
@@ -35,28 +33,22 @@ static const char *label_file_name(const char *asked, const options *o,
   return derived->get();
 }
 
-// The label set; the input, unless it is not needed for that, is in *input.
-static label_set_ptr obtain_labels(const options *o, file_text *input) {
-  if (o->load_labels) {
-    xptr<char> derived;
-    return label_set_ptr(
-        label_set_load(label_file_name(o->load_labels_file, o, &derived)));
-  }
-  label_set_ptr ls(label_set_create());
-  *input = read_file(o->input_file);
-  label_set_build(*input, ls.get());
-  return ls;
+static labels load_labels(const options *o) {
+  xptr<char> derived;
+  return labels::of_label_file(
+      label_file_name(o->load_labels_file, o, &derived));
 }
 
-static graph_list_ptr obtain_transactions(const options *o, file_text input,
-                                          const label_set *ls) {
-  if (!input.bytes)
-    input = read_file(o->input_file);
-  return graph_list_ptr(graph_read_transactions(input, ls));
+static database obtain_database(const options *o) {
+  if (o->load_labels)
+    return database::read(o->input_file, load_labels(o));
+  return database::read(o->input_file);
 }
 
 // Writes the label file, which may be the one that was read.
-static void save_labels(const options *o, const label_set *ls) {
+static void save_labels(const options *o) {
+  const labels all =
+      o->load_labels ? load_labels(o) : labels::of_transactions(o->input_file);
   xptr<char> derived;
   const char *name = label_file_name(o->save_labels_file, o, &derived);
   const file_identity output(name);
@@ -65,11 +57,13 @@ static void save_labels(const options *o, const label_set *ls) {
                              label_file_name(o->load_labels_file, o, &source))))
     refuse_input(output, name, o);
   const output_lock lock(name);
-  label_set_save(ls, name);
+  label_set_save(access::label_set(all), name);
 }
 
-int min_support_count(double support, int n) {
-  return min_support_of_share(static_cast<long double>(support) / 100.0L, n);
+minimum_support clamped_support(double per_cent) {
+  if (std::isnan(per_cent))
+    return minimum_support::percentage(0);
+  return minimum_support::percentage(std::clamp(per_cent, 0.0, 100.0));
 }
 
 // A name with a newline would write lines of its own into the head of the
@@ -79,20 +73,27 @@ static void check_name(const char *name) {
     throw fatal_error("the name of the input holds a newline\n");
 }
 
-void run_kestro(options *o, FILE *out) {
+mining_summary run_kestro(options *o, FILE *out) {
   check_name(o->input_file);
   if (o->maximal)
     o->parent_children_list = 1; // the selection reads the PC list
-  file_text input;
-  const label_set_ptr ls = obtain_labels(o, &input);
   if (o->save_labels) {
-    save_labels(o, ls.get());
-    return;
+    save_labels(o);
+    return {};
   }
-  const graph_list_ptr transactions =
-      obtain_transactions(o, std::move(input), ls.get());
-  o->min_support_count = min_support_count(o->support, transactions->count);
-  mine_frequent_subgraphs(transactions.get(), ls.get(), o, out);
+  return mine_frequent_subgraphs(obtain_database(o), o, out);
+}
+
+static statistics statistics_of(const mining_summary &found) {
+  statistics stats;
+  stats_init(&stats);
+  for (int size = 0; size <= found.last_size; size++) {
+    const auto &counts = found.sizes[static_cast<size_t>(size)];
+    stats_set(&stats, stats_candidates, size,
+              static_cast<int>(counts.candidates));
+    stats_set(&stats, stats_frequent, size, static_cast<int>(counts.frequent));
+  }
+  return stats;
 }
 
 // Table, summary and timing, as they stand at the foot of the report.
@@ -105,10 +106,11 @@ static void print_foot(const options *o, const statistics *s, int last,
 }
 
 // Reduces the closed output files to the maximal patterns and reports them.
-static void finish_maximal(const label_set *ls, const options *o, statistics *s,
+static void finish_maximal(const database &db, const options *o, statistics *s,
                            int last, double seconds, FILE *out) {
-  select_maximal_patterns(ls, o->minsize, o->maximal, o->parent_children_list,
-                          o->tid_list, o->pattern_file.get(), o->pc_file.get(),
+  select_maximal_patterns(access::label_set(db), o->minsize, o->maximal,
+                          o->parent_children_list, o->tid_list,
+                          o->pattern_file.get(), o->pc_file.get(),
                           o->tid_file.get(), s);
   file_ptr patterns(open_file(o->pattern_file.get(), "a"));
   print_foot(o, s, last, mask_maximal, seconds, out, "");
@@ -125,38 +127,63 @@ static void finish_report(const options *o, const statistics *s, int last,
   print_foot(o, s, last, mask_full, seconds, o->pattern_stream.get(), "# ");
 }
 
-void mine_frequent_subgraphs(const ksstack *transactions, const label_set *ls,
-                             options *o, FILE *out) {
-  statistics stats;
-  stats_init(&stats);
+namespace {
+
+// Writes the files and shows the table as the run goes on.
+class run_listener : public listener {
+public:
+  run_listener(const options *o, FILE *out)
+      : files_(o), table_(o, out), o_(o) {}
+
+  bool wants_candidates() const override { return o_->candidates; }
+  void on_candidates(const level &generated) override {
+    files_.write_candidates(generated);
+  }
+  void on_level(const level &found) override { files_.write_level(found); }
+  void on_progress(const progress &now) override { table_.show(now); }
+
+private:
+  level_files files_;
+  live_table table_;
+  const options *o_;
+};
+
+} // namespace
+
+static mine_options mining_options(const options *o) {
+  mine_options m;
+  m.support = clamped_support(o->support);
+  m.min_size = o->minsize;
+  m.max_size = o->maxsize;
+  m.jobs = o->jobs;
+  m.kind = o->kind;
+  m.stabilizer_threshold = o->stabilizer_threshold;
+  return m;
+}
+
+mining_summary mine_frequent_subgraphs(const database &db, options *o,
+                                       FILE *out) {
+  const mine_options what = mining_options(o);
+  o->min_support_count = what.support.graphs(db.size());
   const xvector<output_lock> locks = open_outputs(o, out);
-  print_header(o, transactions, ls, out, "");
-  print_header(o, transactions, ls, o->pattern_stream.get(), "# ");
+  print_header(o, db, out, "");
+  print_header(o, db, o->pattern_stream.get(), "# ");
   flush_output(out, standard_output);
   flush_output(o->pattern_stream.get(), o->pattern_file.get());
 
-  level_files files(o, ls);
-  transaction_counter counter(transactions, label_set_edge_labels(ls),
-                              label_set_vertex_labels(ls), o->min_support_count,
-                              o->jobs);
-  live_table table(out, o->maximal, &stats);
-  const mining_run run = {
-      o->minsize, o->maxsize, {o->jobs, o->stabilizer_threshold, o->kind},
-      &files,     &counter,   &table,
-      &stats};
+  run_listener listener(o, out);
   const double start = user_cpu_time();
-  const int last = mine_levels(&run);
+  mining_summary found = mine(db, what, listener);
   const double seconds = user_cpu_time() - start;
-  o->order_dependent = stats.order_dependent;
 
+  statistics stats = statistics_of(found);
   if (!o->maximal)
-    finish_report(o, &stats, last, seconds, out);
+    finish_report(o, &stats, found.last_size, seconds, out);
   close_outputs(o);
   if (o->maximal)
-    finish_maximal(ls, o, &stats, last, seconds, out);
+    finish_maximal(db, o, &stats, found.last_size, seconds, out);
   flush_output(out, standard_output);
+  return found;
 }
-
-void free_work_areas() { graph_free_label_matrix(); }
 
 } // namespace kestro

@@ -3,9 +3,9 @@
 
 #include <cstdio>
 
-#include "base/ksstack.h"
+#include <kestro/kestro.h>
+
 #include "driver/options.h"
-#include "graph/label_set.h"
 
 namespace kestro {
 
@@ -15,18 +15,14 @@ namespace kestro {
 // also when an output is the input or a pipe, or another run is writing it.
 // The name of the input must not hold a newline.  Runs in different threads do
 // not disturb one another; the CPU time they report is the process's.
-void run_kestro(options *o, FILE *out);
+mining_summary run_kestro(options *o, FILE *out);
 
-// The minimum support as a number of transactions, for a support in per cent of
-// n transactions (mining/min_support.h).
-int min_support_count(double support, int n);
+// The support asked for on the command line: what is below 0 or no number is
+// none, what is above 100 is all.
+minimum_support clamped_support(double per_cent);
 
-// The part of a run behind the reading: transactions is a graph list, its
-// labels are numbered by ls, o->min_support_count is set.
-void mine_frequent_subgraphs(const ksstack *transactions, const label_set *ls,
-                             options *o, FILE *out);
-
-// Frees what the modules keep for this thread's next run.
-void free_work_areas();
+// The part of a run behind the reading.
+mining_summary mine_frequent_subgraphs(const database &db, options *o,
+                                       FILE *out);
 
 } // namespace kestro

@@ -1,22 +1,14 @@
-// Walks over a graph: breadth-first order, connectedness and components.
+// A walk over a graph in breadth-first order.
 #pragma once
 
 #include "graph/graph.h"
 
 namespace kestro {
 
-// Fills order[vs] with the vertices in breadth-first order from vertex 0,
-// neighbours in list order.  Raw; g must be connected.  Panics with "something
-// wrong" should more than vs vertices be queued.
-void graph_bfs_order(const graph *g, int *order);
-
-// 1 if all enabled vertices are reachable from the first of them through
-// enabled slots, else 0.  There must be an enabled vertex.
-int graph_is_connected(const graph *g);
-
-// The number of components; comp[i] is the component of vertex i.  Components
-// are numbered in the order of their smallest vertices.  For graphs without
-// marks, with at least one vertex.
-int graph_connected_components(const graph *g, int *comp);
+// Fills order with the vertices in breadth-first order from vertex 0,
+// neighbours in list order; returns how many that reaches, vs of them where g
+// is connected.  Raw.  Panics with "something wrong" should more than vs
+// vertices be queued.
+int graph_bfs_order(const graph *g, int *order);
 
 } // namespace kestro

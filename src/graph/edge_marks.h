@@ -6,18 +6,11 @@
 
 namespace kestro {
 
-// Disables the edge u-w, and an end left with no other enabled edge, if the
-// rest stays connected: returns 1.  Returns 0, with every mark as before, when
-// it is the only enabled edge or its removal splits the graph.
-// u-w must be an edge of a graph in which neither is marked.
-int graph_disable_edge_between(graph *g, int u, int w);
-// Disables the edge u-w, and an end left alone, without asking whether the rest
-// is connected.
+// Disables the edge u-w, and an end left with no other enabled edge, without
+// asking whether the rest is connected.  u-w must be an edge of a graph in
+// which neither is marked.
 void graph_mark_edge_between(graph *g, int u, int w);
-// Undoes either.
+// Undoes that.
 void graph_enable_edge_between(graph *g, int u, int w);
-// Disables the edge of slot x and tells its ends; 0 as above or when x is no
-// slot of g.
-int graph_disable_edge(graph *g, int x, int *u, int *w);
 
 } // namespace kestro

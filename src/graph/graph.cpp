@@ -117,13 +117,6 @@ void graph_die_of_vid(const graph *g, int id) {
   throw fatal_error(text + "\n");
 }
 
-int graph_find_vid(const graph *g, int id) {
-  for (int i = 0; i < g->vs; i++)
-    if (g->vid[i] == id)
-      return i;
-  graph_die_of_vid(g, id);
-}
-
 static uint32_t hash_byte(uint32_t h, uint32_t byte) {
   return h ^ (h * 32 + (h >> 3) + byte);
 }

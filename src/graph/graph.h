@@ -38,6 +38,7 @@ size_t graph_size(int es, int vs);
 graph *graph_init(void *memory, int es, int vs);
 // The same in a new block; freed with graph_free.
 graph *graph_create(int es, int vs);
+// A new graph with all that g holds; likewise.
 graph *graph_copy(const graph *g);
 // Copies src into the arrays of dst, which must have room for them.
 void graph_copy_into(const graph *src, graph *dst);
@@ -64,9 +65,7 @@ int graph_has_edge(const graph *g, int u, int w);
 int graph_edge_index(const graph *g, int u, int w);
 int graph_edge_label(const graph *g, int u, int w);
 
-// First vertex whose vid is id.  Dies, listing all vids, when there is none.
-int graph_find_vid(const graph *g, int id);
-// The death of graph_find_vid.
+// The death of a look-up of a vid that g does not have; lists those it has.
 [[noreturn]] void graph_die_of_vid(const graph *g, int id);
 
 // The hash of e, v, elabel and vlabel, as stored; vid and key do not enter.

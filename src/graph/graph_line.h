@@ -45,9 +45,4 @@ constexpr int graph_line_safe_label = 1023 - 25;
 // line without a label.
 graph_line graph_scan_line(const char *line, int most_label);
 
-// The same with the label in *label, a buffer of the caller's with *label_size
-// bytes, by which it is cut; what a kind has no use for is left as it is.
-int graph_parse_line(const char *line, int *a, int *b, char **label,
-                     int *label_size);
-
 } // namespace kestro

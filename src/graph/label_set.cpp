@@ -188,10 +188,6 @@ void label_set_build(const file_text &text, label_set *ls) {
   }
 }
 
-void label_set_build(const char *file, label_set *ls) {
-  label_set_build(read_file(file), ls);
-}
-
 // The word behind the letter and blanks of a label file's line.
 static std::string_view label_in(const char *line) {
   static const char blanks[] = " \t\n\v\f\r";

@@ -157,13 +157,6 @@ graph_ptr transaction_reader::graph_of_lines(int es, int vs) {
   return g;
 }
 
-void transaction_reader::fill(text_lines &lines, graph *g) {
-  lines_.clear();
-  begin(g);
-  walk_transaction(lines, [&](const graph_line &line) { add_line(line); });
-  finish();
-}
-
 void transaction_reader::begin(graph *g) {
   g_ = g;
   vertices_ = edges_ = 0;
@@ -327,73 +320,6 @@ ksstack *graph_read_transactions(const file_text &text, const label_set *ls) {
     throw;
   }
   return list.release();
-}
-
-ksstack *graph_read_transactions(const char *name, const label_set *ls) {
-  return graph_read_transactions(read_file(name), ls);
-}
-
-graph *graph_read_transaction_file(const char *name, const label_set *ls) {
-  const file_text text = read_file(name);
-  text_lines lines(text);
-  int size = line_buffer::first_size;
-  seek_transaction(lines, &size);
-  return transaction_reader(ls).read(lines).release();
-}
-
-namespace {
-
-// The rest of a stream as lines.
-class stream_lines {
-public:
-  explicit stream_lines(FILE *stream)
-      : stream_(stream), start_(ftello(stream)),
-        text_(read_text(stream, "input")), lines_(text_) {}
-  text_lines &lines() { return lines_; }
-  // Moves the stream to where the lines are.
-  void leave() {
-    const off_t end = start_ + static_cast<off_t>(lines_.position());
-    if (start_ == -1 || fseeko(stream_, end, SEEK_SET))
-      throw fatal_error("can't read a file 'input'\n");
-  }
-
-private:
-  FILE *stream_;
-  off_t start_;
-  file_text text_;
-  text_lines lines_;
-};
-
-} // namespace
-
-graph *graph_read_next_transaction(FILE *stream, const label_set *ls) {
-  stream_lines rest(stream);
-  graph_ptr g = transaction_reader(ls).read(rest.lines());
-  rest.leave();
-  return g.release();
-}
-
-void graph_count_transaction(FILE *stream, int *es, int *vs) {
-  stream_lines rest(stream);
-  count_transaction(rest.lines(), es, vs);
-  rest.leave();
-}
-
-void set_vertex_ids(FILE *stream, graph *g) {
-  stream_lines rest(stream);
-  xvector<graph_line> lines;
-  walk_transaction(rest.lines(),
-                   [&](const graph_line &line) { lines.push_back(line); });
-  int size = line_buffer::first_size;
-  rest.lines().next(&size); // the next "t" line, if any
-  rest.leave();
-  set_vertex_ids(lines, g);
-}
-
-void graph_fill_transaction(FILE *stream, graph *g, const label_set *ls) {
-  stream_lines rest(stream);
-  transaction_reader(ls).fill(rest.lines(), g);
-  rest.leave();
 }
 
 } // namespace kestro

@@ -1,8 +1,6 @@
 // Reading transaction files: text in, graphs with label ids out.
 #pragma once
 
-#include <cstdio>
-
 #include "base/fgetl.h"
 #include "graph/graph_line.h"
 #include "graph/graph_list.h"
@@ -12,12 +10,11 @@
 
 namespace kestro {
 
-// A new graph list of the transactions of a file, in file order; a
-// transaction's position is its TID.  Dies at malformed lines, labels that ls
-// does not hold, unknown vertex ids, loops and duplicate edges, telling the
-// line: of duplicates the second one's, the transaction's first one where
-// vertices or edges are not as many as were counted.
-ksstack *graph_read_transactions(const char *name, const label_set *ls);
+// A new graph list of the transactions of a text, in its order; a transaction's
+// position is its TID.  Dies at malformed lines, labels that ls does not hold,
+// unknown vertex ids, loops and duplicate edges, telling the line: of
+// duplicates the second one's, the transaction's first one where vertices or
+// edges are not as many as were counted.
 ksstack *graph_read_transactions(const file_text &text, const label_set *ls);
 
 // Reads transactions one by one out of a text.
@@ -29,8 +26,6 @@ public:
   // A new graph of the transaction whose "t" line is next; the lines are left
   // at the next "t" line.
   graph_ptr read(text_lines &lines);
-  // Fills a graph of the right size whose vids are the ids; lines as above.
-  void fill(text_lines &lines, graph *g);
 
 private:
   // A directed edge as read.
@@ -70,23 +65,5 @@ private:
   const char *first_line_ = nullptr; // of the transaction
   const char *wrong_line_ = nullptr; // a byte of the line that an error is of
 };
-
-// A new graph read from a stream that stands at a "t" line; the stream is left
-// at the next one.  Reads the stream to its end on the way, so for more than
-// one graph a transaction_reader is better.  The second form reads the first
-// transaction of a file (an empty graph when it has none).
-graph *graph_read_next_transaction(FILE *stream, const label_set *ls);
-graph *graph_read_transaction_file(const char *name, const label_set *ls);
-
-// The three passes over one transaction, each from its "t" line on.
-// Counts its slots and vertices; leaves the stream at the next "t" line.
-void graph_count_transaction(FILE *stream, int *es, int *vs);
-// Stores the ids of all vertex lines in vid, so that edges can refer to
-// vertices whose lines come later; leaves the stream behind the next "t" line.
-// Fails the check "vertices == g->vs" when their number is not the counted one.
-void set_vertex_ids(FILE *stream, graph *g);
-// Fills the rest with the help of the ids, sets vid to the vertices' positions,
-// and leaves the stream at the next "t" line.
-void graph_fill_transaction(FILE *stream, graph *g, const label_set *ls);
 
 } // namespace kestro

@@ -12,7 +12,8 @@ public:
   // Borrows g, whose vids stay as they are until the last look-up.
   void collect(const graph *g);
 
-  // First vertex whose vid is id; dies as graph_find_vid() when there is none.
+  // First vertex whose vid is id; dies, listing all vids, when there is
+  // none.
   int find(int id) const {
     if (in_order_ && id >= 0 && id < g_->vs)
       return id;

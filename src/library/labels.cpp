@@ -34,7 +34,7 @@ const kestro::label_set *access::label_set(const labels &l) {
 
 labels labels::of_transactions(const std::string &path) {
   label_set_ptr ls(label_set_create());
-  label_set_build(checked_path(path), ls.get());
+  label_set_build(read_file(checked_path(path)), ls.get());
   return access::make_labels(std::move(ls));
 }
 

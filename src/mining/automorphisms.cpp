@@ -7,6 +7,7 @@
 #include "mining/automorphisms.h"
 
 #include <algorithm>
+#include <new>
 
 #include "base/error.h"
 #include "base/xmalloc.h"
@@ -33,8 +34,8 @@ static int compare_cores(const void *a, const void *b) {
 }
 
 automorphism_cache *automorphism_cache_create() {
-  xptr<automorphism_cache> cache(
-      static_cast<automorphism_cache *>(xmalloc(sizeof(automorphism_cache))));
+  automorphism_cache_ptr cache(new (xmalloc(sizeof(automorphism_cache)))
+                                   automorphism_cache());
   cache->entries = ksstack_new(1, static_cast<int>(sizeof(int *)));
   return cache.release();
 }
@@ -42,9 +43,10 @@ automorphism_cache *automorphism_cache_create() {
 void automorphism_cache_free(automorphism_cache *cache) {
   if (!cache)
     return;
-  for (int i = 0; i < cache->entries->count; i++)
+  for (int i = 0; cache->entries && i < cache->entries->count; i++)
     xfree(ksstack_array<int *>(cache->entries)[i]);
   ksstack_free(cache->entries);
+  cache->~automorphism_cache();
   xfree(cache);
 }
 
@@ -63,11 +65,12 @@ static void add_entry(automorphism_cache *cache, int core, const int *perm,
 }
 
 static void add_automorphisms(automorphism_cache *cache, int core,
-                              const graph *g) {
+                              const graph *g, interruption_poll *poll) {
   xvector<int> map(static_cast<size_t>(g->vs), -1);
   xvector<int> order(static_cast<size_t>(g->vs));
   graph_bfs_order(g, order.data());
-  while (graph_next_isomorphism(g, g, order.data(), map.data()))
+  while (graph_next_isomorphism(&cache->arrays, g, g, order.data(), map.data(),
+                                poll))
     add_entry(cache, core, map.data(), g->vs);
 }
 
@@ -78,11 +81,11 @@ static int find_core(const automorphism_cache *cache, int core) {
 }
 
 int automorphism_cache_find(automorphism_cache *cache, int core,
-                            const graph *core_graph) {
+                            const graph *core_graph, interruption_poll *poll) {
   const int index = find_core(cache, core);
   if (index != -1)
     return index;
-  add_automorphisms(cache, core, core_graph);
+  add_automorphisms(cache, core, core_graph, poll);
   return find_core(cache, core);
 }
 

@@ -1,8 +1,9 @@
 // The automorphisms of the cores that joins go through.
 #pragma once
 
+#include "base/interruption.h"
 #include "base/ksstack.h"
-#include "graph/graph.h"
+#include "cl/isomorphism_work.h"
 
 namespace kestro {
 
@@ -12,7 +13,8 @@ namespace kestro {
 //
 //   | core id | n: vertices of the core | perm: n |
 struct automorphism_cache {
-  ksstack *entries; // of int *, sorted by compare_automorphisms
+  ksstack *entries = nullptr; // of int *, sorted by compare_automorphisms
+  isomorphism_arrays arrays;  // of the search for them
 };
 
 automorphism_cache *automorphism_cache_create();
@@ -25,9 +27,12 @@ using automorphism_cache_ptr =
     std::unique_ptr<automorphism_cache, automorphism_cache_deleter>;
 
 // The index of the first entry of a core, whose automorphisms are computed on
-// its first use.  Its entries follow one another.
+// its first use.  Its entries follow one another.  poll, which may be null, has
+// a step for every slot looked at; when it throws, the core's entries are not
+// complete.
 int automorphism_cache_find(automorphism_cache *cache, int core,
-                            const graph *core_graph);
+                            const graph *core_graph,
+                            interruption_poll *poll = nullptr);
 // The permutation of entry i if it belongs to core, else null.
 const int *automorphism_cache_perm(const automorphism_cache *cache, int i,
                                    int core);

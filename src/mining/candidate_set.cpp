@@ -13,7 +13,9 @@ void candidate_set::insert(sg_ptr sg) {
 }
 
 void candidate_set::take_over(candidate_set *other) {
+  interruption_poll poll(stop_);
   for (int i = 0; i < other->size(); i++) {
+    poll.step();
     sg_ptr sg(std::exchange(ksstack_array<subgraph *>(other->records_.get())[i],
                             nullptr));
     if (!contains(sg.get()))
@@ -25,7 +27,7 @@ void candidate_set::take_over(candidate_set *other) {
 
 sg_set *candidate_set::release_sorted() {
   table_.clear();
-  sg_set_sort(records_.get());
+  sg_set_sort(records_.get(), stop_);
   return records_.release();
 }
 

@@ -10,7 +10,10 @@ namespace kestro {
 // can be many more candidates than patterns.
 class candidate_set {
 public:
-  candidate_set() : records_(sg_set_create()) {}
+  // What takes long throws interrupted when stop, which may be null, says so;
+  // all records still have an owner then.
+  explicit candidate_set(const interruption *stop = nullptr)
+      : records_(sg_set_create()), table_(stop), stop_(stop) {}
 
   // Whether a record with an equal graph is in.
   bool contains(const subgraph *sg) const { return table_.find(sg) != nullptr; }
@@ -27,6 +30,7 @@ public:
 private:
   sg_set_ptr records_;
   record_table table_;
+  const interruption *stop_;
 };
 
 } // namespace kestro

@@ -36,10 +36,11 @@ public:
          automorphism_cache *automorphisms, const child_table *table,
          const generation_options &options)
       : derived_(children, cores, automorphisms, table),
-        registry_(children,
-                  labeller(options.stabilizer_threshold, options.kind),
-                  &derived_),
-        context_(children, cores, automorphisms, &registry_) {}
+        registry_(
+            children,
+            labeller(options.stabilizer_threshold, options.kind, options.stop),
+            &derived_, options.stop),
+        context_(children, cores, automorphisms, &registry_, options.stop) {}
 
   void join_children_of(int p) {
     const subgraph *core = sg_set_get(context_.cores, p);
@@ -51,11 +52,13 @@ public:
     entries_.clear();
     for (int i = 0; i < n; i++)
       entries_.push_back(entry_of(sg_child_at(core, i), p));
-    for (int i = 0; i < n; i++)
+    for (int i = 0; i < n; i++) {
+      context_.poll.step(n - i);
       for (int j = i; j < n; j++)
         sg_join(sg_child_at(core, i), sg_child_at(core, j),
                 entries_[static_cast<size_t>(i)],
                 entries_[static_cast<size_t>(j)], automorphism, &context_);
+    }
   }
 
   registration *registry() { return &registry_; }
@@ -78,11 +81,13 @@ private:
 generation sg_generate_candidates(const sg_set *children, const sg_set *cores,
                                   const generation_options &options) {
   automorphism_cache_ptr automorphisms(automorphism_cache_create());
-  const child_table table(children, cores, automorphisms.get());
+  const child_table table(children, cores, automorphisms.get(), options.stop);
   const int workers = worker_count(options.jobs, sg_set_size(cores));
   // A joiner belongs to the thread that makes and ends it.
   xvector<std::unique_ptr<joiner>> joiners(static_cast<size_t>(workers));
-  xvector<candidate_set> accepted(static_cast<size_t>(workers));
+  xvector<candidate_set> accepted;
+  for (int w = 0; w < workers; w++)
+    accepted.emplace_back(options.stop);
   xvector<registration_counts> counted(static_cast<size_t>(workers));
   parallel_for(
       workers, sg_set_size(cores),
@@ -100,7 +105,8 @@ generation sg_generate_candidates(const sg_set *children, const sg_set *cores,
         accepted[w] = std::move(joiners[w]->registry()->accepted);
         counted[w] = joiners[w]->registry()->counts;
         joiners[w].reset();
-      });
+      },
+      options.watcher);
   generation made;
   for (size_t w = 0; w < accepted.size(); w++) {
     made.counts += counted[w];
@@ -208,8 +214,10 @@ void sg_join(int a, int b, const sg_parent *ea, const sg_parent *eb,
   int i = automorphism;
   for (const int *perm; (perm = automorphism_cache_perm(context->automorphisms,
                                                         i, ea->pid)) != nullptr;
-       i++)
+       i++) {
+    context->poll.step();
     pair.along(perm);
+  }
 }
 
 } // namespace kestro

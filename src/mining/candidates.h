@@ -3,6 +3,8 @@
 
 #include <numeric>
 
+#include "base/interruption.h"
+#include "base/parallel.h"
 #include "cl/canonical.h"
 #include "mining/automorphisms.h"
 #include "mining/derived_parents.h"
@@ -14,7 +16,9 @@ namespace kestro {
 struct generation_options {
   int jobs = 1; // threads; the candidates are the same for any number of them
   int stabilizer_threshold = labeller::default_threshold;
-  form kind = form::prescribed; // of the candidates' graphs
+  form kind = form::prescribed;       // of the candidates' graphs
+  const interruption *stop = nullptr; // ends it by throwing interrupted
+  work_watcher *watcher = nullptr;    // told of the cores as they are joined
 };
 
 // The candidates of one size: a sorted set of records with canonical graph,
@@ -34,8 +38,10 @@ generation sg_generate_candidates(const sg_set *children, const sg_set *cores,
 // What joining works on while one size is generated.
 struct join_context {
   join_context(const sg_set *patterns, const sg_set *below,
-               automorphism_cache *cache, registration *to)
-      : children(patterns), cores(below), automorphisms(cache), registry(to) {
+               automorphism_cache *cache, registration *to,
+               const interruption *stop = nullptr)
+      : children(patterns), cores(below), automorphisms(cache), registry(to),
+        seen(stop), poll(stop, 2048) {
     const int edges = sg_set_get(children, 0)->g->es / 2;
     core_to_b.resize(static_cast<size_t>(edges) + 1);
     identity.resize(static_cast<size_t>(edges) + 1);
@@ -49,6 +55,7 @@ struct join_context {
   extension_set seen;     // places that need no further look
   xvector<int> core_to_b; // by vertex of a core
   xvector<int> identity;  // the only automorphism of rigid cores
+  interruption_poll poll; // a step is one place of an edge
 };
 
 // Joins the patterns a and b of level k-1, which may be the same, through the

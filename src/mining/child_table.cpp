@@ -11,13 +11,16 @@
 namespace kestro {
 
 child_table::child_table(const sg_set *children, const sg_set *cores,
-                         automorphism_cache *automorphisms) {
+                         automorphism_cache *automorphisms,
+                         const interruption *stop)
+    : map_(stop) {
+  interruption_poll poll(stop, 4096);
   xvector<int> first(static_cast<size_t>(sg_set_size(cores)), -1);
   for (int id = 0; id < sg_set_size(cores); id++) {
     const subgraph *core = sg_set_get(cores, id);
     if (!core->rigid)
       first[static_cast<size_t>(id)] =
-          automorphism_cache_find(automorphisms, id, core->g);
+          automorphism_cache_find(automorphisms, id, core->g, &poll);
   }
   size_t links = 0;
   for (int id = 0; id < sg_set_size(children); id++)
@@ -29,6 +32,7 @@ child_table::child_table(const sg_set *children, const sg_set *cores,
       const sg_link *link = sg_link_at(child, l);
       const extension edge = sg_link_edge(child, link);
       int i = first[static_cast<size_t>(link->pid)];
+      poll.step();
       if (i == -1) {
         map_.insert(edge, {id, l, -1});
         continue;
@@ -36,8 +40,10 @@ child_table::child_table(const sg_set *children, const sg_set *cores,
       for (const int *perm;
            (perm = automorphism_cache_perm(automorphisms, i, link->pid)) !=
            nullptr;
-           i++)
+           i++) {
+        poll.step();
         map_.insert(image_of(edge, perm), {id, l, i});
+      }
     }
   }
 }

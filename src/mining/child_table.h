@@ -23,7 +23,8 @@ public:
   // children is the level, cores the level of their parents; the automorphisms
   // of all cores that are not rigid are entered into the cache.
   child_table(const sg_set *children, const sg_set *cores,
-              automorphism_cache *automorphisms);
+              automorphism_cache *automorphisms,
+              const interruption *stop = nullptr);
 
   // x's pattern is a core; null when x is no child.
   const found_child *find(const extension &x) const { return map_.find(x); }

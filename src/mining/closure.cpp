@@ -30,10 +30,17 @@ static uint64_t seen_along(uint64_t colour, int elabel) {
   return mix(colour + static_cast<uint64_t>(elabel) * 0xc2b2ae3d27d4eb4f);
 }
 
-closure_filter::closure_filter(const sg_set *prev) {
-  for (int i = 0; i < sg_set_size(prev); i++)
-    labels_.push_back(label(sg_set_get(prev, i)->g));
-  std::sort(labels_.begin(), labels_.end());
+closure_filter::closure_filter(const sg_set *prev, const interruption *stop) {
+  interruption_poll poll(stop, 16384);
+  for (int i = 0; i < sg_set_size(prev); i++) {
+    const graph *g = sg_set_get(prev, i)->g;
+    poll.step(g->es);
+    labels_.push_back(label(g));
+  }
+  std::sort(labels_.begin(), labels_.end(), [&poll](uint64_t x, uint64_t y) {
+    poll.step();
+    return x < y;
+  });
 }
 
 bool closure_filter::contains(uint64_t label) const {

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 
+#include "base/interruption.h"
 #include "base/xmalloc.h"
 #include "graph/removable_edges.h"
 #include "mining/sg_set.h"
@@ -14,8 +15,10 @@ namespace kestro {
 // surroundings.
 class closure_filter {
 public:
-  // prev is the level below.
-  explicit closure_filter(const sg_set *prev);
+  // prev is the level below.  Throws interrupted when stop, which may be null,
+  // says so.
+  explicit closure_filter(const sg_set *prev,
+                          const interruption *stop = nullptr);
 
   // The label of a graph, and of one without one of its removable edges.
   uint64_t label(const graph *g);

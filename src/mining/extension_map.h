@@ -1,9 +1,10 @@
 // Tables keyed by extensions: a pattern and where an edge is built onto it.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
-#include <utility>
 
+#include "base/interruption.h"
 #include "base/xmalloc.h"
 
 namespace kestro {
@@ -58,6 +59,9 @@ inline uint32_t hash_extension(const extension &x) {
 // grows by half.
 template <class Value> class extension_map {
 public:
+  // Growing throws interrupted, and changes nothing, when stop says so.
+  explicit extension_map(const interruption *stop = nullptr) : stop_(stop) {}
+
   // Makes room for n extensions at once.
   void reserve(size_t n) {
     if (5 * n >= 4 * table_.size())
@@ -68,7 +72,7 @@ public:
   bool insert(const extension &x, const Value &value = {}) {
     if (5 * count_ >= 4 * table_.size())
       resize(table_.size() + table_.size() / 2 + smallest);
-    place &p = table_[place_of(x)];
+    place &p = table_[place_of(x, table_)];
     if (p.key.pattern != -1)
       return false;
     p = {x, value};
@@ -80,7 +84,7 @@ public:
   const Value *find(const extension &x) const {
     if (count_ == 0)
       return nullptr;
-    const place &p = table_[place_of(x)];
+    const place &p = table_[place_of(x, table_)];
     return p.key.pattern == -1 ? nullptr : &p.value;
   }
 
@@ -93,22 +97,33 @@ private:
   };
 
   // Where x is, or the free place where it belongs.
-  size_t place_of(const extension &x) const {
+  static size_t place_of(const extension &x, const xvector<place> &table) {
     // The hash as a fraction of 2^32 tells where to start.
-    size_t i = hash_extension(x) * table_.size() >> 32;
-    while (table_[i].key.pattern != -1 && !(table_[i].key == x))
-      i = i + 1 < table_.size() ? i + 1 : 0;
+    size_t i = hash_extension(x) * table.size() >> 32;
+    while (table[i].key.pattern != -1 && !(table[i].key == x))
+      i = i + 1 < table.size() ? i + 1 : 0;
     return i;
   }
 
+  // Large tables take a while: they are laid out and filled piece by piece.
   void resize(size_t places) {
-    xvector<place> old(places);
-    std::swap(old, table_);
-    for (const place &p : old)
-      if (p.key.pattern != -1)
-        table_[place_of(p.key)] = p;
+    static constexpr size_t piece = 16384;
+    xvector<place> larger;
+    larger.reserve(places);
+    while (larger.size() < places) {
+      larger.resize(std::min(places, larger.size() + piece));
+      check_interruption(stop_);
+    }
+    for (size_t i = 0; i < table_.size();) {
+      for (const size_t end = std::min(table_.size(), i + piece); i < end; i++)
+        if (table_[i].key.pattern != -1)
+          larger[place_of(table_[i].key, larger)] = table_[i];
+      check_interruption(stop_);
+    }
+    table_.swap(larger);
   }
 
+  const interruption *stop_;
   xvector<place> table_;
   size_t count_ = 0;
 };

@@ -24,6 +24,10 @@ private:
 // their graphs.  Lives for the generation of one level.
 class failed_candidates {
 public:
+  // insert() throws interrupted when stop, which may be null, says so.
+  explicit failed_candidates(const interruption *stop = nullptr)
+      : table_(stop) {}
+
   bool contains(const subgraph *sg) const { return table_.find(sg) != nullptr; }
   // Keeps a copy of sg, which must not be contained.
   void insert(const subgraph *sg);

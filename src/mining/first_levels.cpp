@@ -30,8 +30,14 @@ struct path_ends {
 
 } // namespace
 
+// Steps cost the slots that they pass, or as many as take the time.
+static constexpr int poll_interval = 1 << 16;
+static constexpr int record_cost = 256; // of one pattern
+
 // Calls visit with the key of every slot whose own end has the smaller label.
-template <class Visit> static void walk_edges(const graph *t, Visit visit) {
+template <class Visit>
+static void walk_edges(const graph *t, interruption_poll *poll, Visit visit) {
+  poll->step(t->es);
   for (int u = 0; u < t->vs; u++)
     for (int j = t->v[u]; j < t->v[u + 1]; j++)
       if (t->vlabel[u] <= t->vlabel[t->e[j]])
@@ -40,9 +46,11 @@ template <class Visit> static void walk_edges(const graph *t, Visit visit) {
 
 // Calls visit once for every path of two edges, with its key and its vertices:
 // centre, va's end, vb's end.
-template <class Visit> static void walk_paths(const graph *t, Visit visit) {
+template <class Visit>
+static void walk_paths(const graph *t, interruption_poll *poll, Visit visit) {
   for (int w = 0; w < t->vs; w++) {
     for (int j = t->v[w]; j < t->v[w + 1]; j++) {
+      poll->step(t->v[w + 1] - j);
       for (int k = j + 1; k < t->v[w + 1]; k++) {
         path_ends ends = {w, t->e[j], t->e[k]};
         path_key key = {t->vlabel[ends.a], t->vlabel[ends.b], t->vlabel[w],
@@ -121,13 +129,13 @@ static bool add_last_tid(subgraph *sg, int tid) {
 // Adds every transaction to the TID lists of its frequent edges.  From here on
 // a key's count is its pattern's id + 1, 0 for none.
 static void check_in_edges2(sg_set *level1, const ksstack *transactions,
-                            edge_table *table) {
+                            edge_table *table, interruption_poll *poll) {
   for (int i = 0; i < sg_set_size(level1); i++) {
     const graph *g = sg_set_get(level1, i)->g;
     table->count_of({g->vlabel[0], g->vlabel[1], g->elabel[0]}) = i + 1;
   }
   for (int tid = 0; tid < transactions->count; tid++) {
-    walk_edges(graph_list_at(transactions, tid), [&](const edge_key &k) {
+    walk_edges(graph_list_at(transactions, tid), poll, [&](const edge_key &k) {
       if (const int id = table->count_of(k))
         add_last_tid(sg_set_get(level1, id - 1), tid);
     });
@@ -135,14 +143,16 @@ static void check_in_edges2(sg_set *level1, const ksstack *transactions,
 }
 
 sg_set *sg_frequent_edges(const ksstack *transactions, int minsup, int nel,
-                          int nvl) {
+                          int nvl, const interruption *stop) {
+  interruption_poll poll(stop, poll_interval);
   edge_table table(nel, nvl);
   for (int tid = 0; tid < transactions->count; tid++)
-    walk_edges(graph_list_at(transactions, tid),
+    walk_edges(graph_list_at(transactions, tid), &poll,
                [&](const edge_key &k) { table.count_once(k, tid); });
 
   sg_set_ptr level1(sg_set_create());
   for (const edge_key &k : table.keys()) {
+    poll.step(record_cost);
     const int count = std::exchange(table.count_of(k), 0);
     if (count < minsup)
       continue;
@@ -150,9 +160,9 @@ sg_set *sg_frequent_edges(const ksstack *transactions, int minsup, int nel,
     sg->count = count;
     sg_set_push(level1.get(), std::move(sg));
   }
-  sg_set_sort(level1.get());
+  sg_set_sort(level1.get(), stop);
   KESTRO_STRUCTURE(sg_set_check(level1.get()));
-  check_in_edges2(level1.get(), transactions, &table);
+  check_in_edges2(level1.get(), transactions, &table, &poll);
   return level1.release();
 }
 
@@ -211,9 +221,10 @@ static void register_double_edge_subgraph(const path_key &k, int count,
 // Adds every transaction to the TID lists of its frequent paths, with the first
 // place of each as its row.
 static void check_in_double_edges2(sg_set *level2, const ksstack *transactions,
-                                   path_table *table) {
+                                   path_table *table, interruption_poll *poll) {
   embedding_budget budget(transactions);
   for (int i = 0; i < sg_set_size(level2); i++) {
+    poll->step(record_cost);
     subgraph *sg = sg_set_get(level2, i);
     const graph *g = sg->g;
     table->count_of({g->vlabel[1], g->vlabel[2], g->vlabel[0], g->elabel[0],
@@ -222,7 +233,7 @@ static void check_in_double_edges2(sg_set *level2, const ksstack *transactions,
     sg->rows = budget.take_rows(sg, sg->count);
   }
   for (int tid = 0; tid < transactions->count; tid++) {
-    walk_paths(graph_list_at(transactions, tid),
+    walk_paths(graph_list_at(transactions, tid), poll,
                [&](const path_key &k, const path_ends &ends) {
                  const int id = table->count_of(k);
                  if (!id)
@@ -238,23 +249,25 @@ static void check_in_double_edges2(sg_set *level2, const ksstack *transactions,
 
 sg_set *sg_frequent_double_edges(const sg_set *level1,
                                  const ksstack *transactions, int minsup,
-                                 int nel, int nvl) {
+                                 int nel, int nvl, const interruption *stop) {
+  interruption_poll poll(stop, poll_interval);
   path_table table(nel, nvl);
   for (int tid = 0; tid < transactions->count; tid++)
-    walk_paths(graph_list_at(transactions, tid),
+    walk_paths(graph_list_at(transactions, tid), &poll,
                [&](const path_key &k, const path_ends &) {
                  table.count_once(k, tid);
                });
 
   sg_set_ptr level2(sg_set_create());
   for (const path_key &k : table.keys()) {
+    poll.step(record_cost);
     const int count = std::exchange(table.count_of(k), 0);
     if (count >= minsup)
       register_double_edge_subgraph(k, count, level1, level2.get());
   }
-  sg_set_sort(level2.get());
+  sg_set_sort(level2.get(), stop);
   KESTRO_STRUCTURE(sg_set_check(level2.get()));
-  check_in_double_edges2(level2.get(), transactions, &table);
+  check_in_double_edges2(level2.get(), transactions, &table, &poll);
   return level2.release();
 }
 

@@ -7,14 +7,16 @@ namespace kestro {
 
 // The frequent one-edge patterns: a new sorted set whose records carry graph,
 // count and TID list.  transactions is a graph list; nel and nvl are the
-// numbers of edge and vertex labels; minsup is at least 1.
+// numbers of edge and vertex labels; minsup is at least 1.  Throws interrupted
+// when stop, which may be null, says so.
 sg_set *sg_frequent_edges(const ksstack *transactions, int minsup, int nel,
-                          int nvl);
+                          int nvl, const interruption *stop = nullptr);
 
 // The frequent two-edge patterns, with their parents in level1 too.
 sg_set *sg_frequent_double_edges(const sg_set *level1,
                                  const ksstack *transactions, int minsup,
-                                 int nel, int nvl);
+                                 int nel, int nvl,
+                                 const interruption *stop = nullptr);
 
 // New records, without counts: the edge la-lb (in either order) labelled e; the
 // path va-vc-vb whose edges are labelled ea at va and eb at vb.

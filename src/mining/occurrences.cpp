@@ -54,9 +54,12 @@ int occurrence_finder::find(subgraph *sg, const sg_set *prev, int minsup) {
 template <class Image> int occurrence_finder::find_all(int minsup) {
   const int n = sg_tid_size(sg_);
   bool all_found = true;
-  for (int i = 0; i < n; i++) {
-    found_[index(i)] = extend(i, row_of<Image>(i));
-    all_found &= found_[index(i)];
+  for (int i = 0; i < n;) {
+    poll_.step();
+    for (const int end = std::min(n, i + 32); i < end; i++) {
+      found_[index(i)] = extend(i, row_of<Image>(i));
+      all_found &= found_[index(i)];
+    }
   }
   if (!all_found)
     search_open<Image>(n - minsup);

@@ -10,9 +10,11 @@ namespace kestro {
 // Finds them for one candidate after another; each thread has its own.
 class occurrence_finder {
 public:
-  // Borrows the profiles of the transactions.
-  explicit occurrence_finder(const graph_profiles *profiles)
-      : profiles_(profiles) {}
+  // Borrows the profiles of the transactions.  Finding throws interrupted when
+  // stop, which may be null, says so.
+  explicit occurrence_finder(const graph_profiles *profiles,
+                             const interruption *stop = nullptr)
+      : profiles_(profiles), plan_(stop), poll_(stop, 8) {}
 
   // Turns sg's tid from a bound into the transactions that sg occurs in, and
   // returns their number; prev holds sg's parents.  Fills sg's rows where sg
@@ -45,7 +47,8 @@ private:
   bool is_planned_ = false; // plan_ is sg_'s
   xvector<char> found_;     // by position in the bound
   xvector<int> image_;
-  xvector<uint16_t> row_; // for a row that is not kept
+  xvector<uint16_t> row_;  // for a row that is not kept
+  interruption_poll poll_; // a step is a few tens of transactions
 };
 
 } // namespace kestro

@@ -63,8 +63,11 @@ void sg_update_parent_info(subgraph *sg, const sg_parent *entry,
   insert_entry(sg, entry);
 }
 
-void sg_register_children(const sg_set *level, const sg_set *prev) {
+void sg_register_children(const sg_set *level, const sg_set *prev,
+                          const interruption *stop) {
+  interruption_poll poll(stop, 4096);
   for (int j = 0; j < sg_set_size(level); j++) {
+    poll.step();
     const subgraph *sg = sg_set_get(level, j);
     for (int i = 0; i < sg_parent_size(sg); i++)
       sg_add_child(sg_set_get(prev, sg_parent_at(sg, i)->pid), j);

@@ -14,6 +14,8 @@ void sg_update_parent_info(subgraph *sg, const sg_parent *entry,
                            const sg_set *prev);
 
 // Adds each pattern of level to the child sets of its kept parents in prev.
-void sg_register_children(const sg_set *level, const sg_set *prev);
+// Throws interrupted when stop, which may be null, says so.
+void sg_register_children(const sg_set *level, const sg_set *prev,
+                          const interruption *stop = nullptr);
 
 } // namespace kestro

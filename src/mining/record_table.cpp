@@ -6,7 +6,7 @@
 
 #include "mining/record_table.h"
 
-#include <utility>
+#include <algorithm>
 
 #include "base/error.h"
 
@@ -31,17 +31,26 @@ const subgraph *record_table::find(const subgraph *sg) const {
 }
 
 void record_table::grow() {
-  xvector<place> old(places_.empty() ? 256 : 2 * places_.size());
-  std::swap(old, places_);
-  const size_t mask = places_.size() - 1;
-  for (const place &p : old) {
+  const size_t size = places_.empty() ? 256 : 2 * places_.size();
+  const size_t mask = size - 1;
+  interruption_poll poll(stop_, 16384);
+  xvector<place> larger;
+  larger.reserve(size);
+  while (larger.size() < size) {
+    const size_t piece = std::min(size - larger.size(), size_t{1024});
+    larger.resize(larger.size() + piece);
+    poll.step(static_cast<int64_t>(piece));
+  }
+  for (const place &p : places_) {
     if (!p.sg)
       continue;
+    poll.step();
     size_t i = first_place(p.key) & mask;
-    while (places_[i].sg)
+    while (larger[i].sg)
       i = (i + 1) & mask;
-    places_[i] = p;
+    larger[i] = p;
   }
+  places_.swap(larger);
 }
 
 void record_table::insert(const subgraph *sg) {

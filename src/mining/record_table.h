@@ -1,6 +1,7 @@
 // Records found again by their graphs.
 #pragma once
 
+#include "base/interruption.h"
 #include "base/xmalloc.h"
 #include "mining/subgraph.h"
 
@@ -10,6 +11,9 @@ namespace kestro {
 // quarters full.
 class record_table {
 public:
+  // Growing throws interrupted, and changes nothing, when stop says so.
+  explicit record_table(const interruption *stop = nullptr) : stop_(stop) {}
+
   // The record with an equal graph, or null.
   const subgraph *find(const subgraph *sg) const;
   // sg's graph is in canonical form and not in yet.
@@ -28,6 +32,7 @@ private:
 
   xvector<place> places_; // a power of two, or none
   int count_ = 0;
+  const interruption *stop_;
 };
 
 } // namespace kestro

@@ -122,11 +122,6 @@ static const subgraph *register_with(subgraph *cand, derived_parents *known,
   return accepted;
 }
 
-const subgraph *sg_register_candidate(subgraph *cand, registration *to) {
-  to->counts.attempts++;
-  return register_with(cand, nullptr, to);
-}
-
 // Room for candidates of a size, its sets for what is known of them so far.
 static sg_ptr new_scratch(int edges) {
   sg_ptr scratch(sg_create(2 * edges, edges + 1));

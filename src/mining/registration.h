@@ -33,10 +33,14 @@ struct registration_counts {
 // What candidates of one size are tested against, and where they go.
 struct registration {
   // level is the one below.  known only saves work and may be null; it is not
-  // for candidates that come as a graph.
+  // for candidates that come as a graph.  stop, which may be null, ends what
+  // takes long here and in the offers below by throwing interrupted; labels has
+  // its own.
   explicit registration(const sg_set *level, labeller labels = labeller(),
-                        derived_parents *known = nullptr)
-      : prev(level), derived(known), forms(std::move(labels)), filter(level) {}
+                        derived_parents *known = nullptr,
+                        const interruption *stop = nullptr)
+      : prev(level), derived(known), forms(std::move(labels)), accepted(stop),
+        failed(stop), filter(level, stop) {}
 
   const sg_set *prev;
   derived_parents *derived;
@@ -55,12 +59,5 @@ struct registration {
 // edge: builds it, unless it is seen by look-ups to have an infrequent part,
 // and registers it.  Returns the accepted copy or null.
 const subgraph *sg_offer_extension(const extension &x, registration *to);
-
-// The same for a candidate that comes as a graph.  Brings cand into canonical
-// form; unless an equal candidate was met before, tests downward closure: every
-// connected graph that is cand less one edge must be in the level below.  If so
-// cand's parents and links are set and a copy is accepted, else a light copy
-// goes to failed.
-const subgraph *sg_register_candidate(subgraph *cand, registration *to);
 
 } // namespace kestro

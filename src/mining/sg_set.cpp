@@ -1,6 +1,6 @@
 // Sets of pattern records.
 //
-// Insertion and search compare records through their addresses; the key in
+// Searches compare records through their addresses; the key in
 // sg_compare decides nearly all comparisons at once.
 
 #include "mining/sg_set.h"
@@ -46,12 +46,6 @@ void sg_set_push(sg_set *s, sg_ptr sg) {
   sg.release();
 }
 
-void sg_set_insert(sg_set *s, sg_ptr sg) {
-  subgraph *address = sg.get();
-  ksstack_insert_sorted(&address, s, compare_records);
-  sg.release();
-}
-
 namespace {
 
 // A record with what nearly always decides how it compares with others.
@@ -75,29 +69,26 @@ struct ranked_record {
 
 } // namespace
 
-void sg_set_sort(sg_set *s) {
+void sg_set_sort(sg_set *s, const interruption *stop) {
+  interruption_poll poll(stop, 8192);
   subgraph **records = ksstack_array<subgraph *>(s);
-  xvector<ranked_record> ranked(records, records + s->count);
-  std::stable_sort(ranked.begin(), ranked.end());
+  xvector<ranked_record> ranked;
+  ranked.reserve(static_cast<size_t>(s->count));
+  for (int i = 0; i < s->count; i++) {
+    poll.step();
+    ranked.emplace_back(records[i]);
+  }
+  std::stable_sort(ranked.begin(), ranked.end(),
+                   [&poll](const ranked_record &a, const ranked_record &b) {
+                     poll.step();
+                     return a < b;
+                   });
   for (const ranked_record &r : ranked)
     *records++ = r.sg;
 }
 
 int sg_set_find(const sg_set *s, const subgraph *sg) {
   return ksstack_bsearch_index(&sg, s, compare_records);
-}
-
-subgraph *sg_set_find_record(const sg_set *s, const subgraph *sg) {
-  const int index = sg_set_find(s, sg);
-  return index == -1 ? nullptr : sg_set_get(s, index);
-}
-
-sg_ptr sg_remove_sg_from_set(const subgraph *sg, sg_set *s) {
-  const int index = sg_set_find(s, sg);
-  assert(index != -1);
-  sg_ptr removed(sg_set_get(s, index));
-  ksstack_remove_at(s, index);
-  return removed;
 }
 
 void sg_set_clear(sg_set *s) { s->count = 0; }

@@ -1,6 +1,7 @@
 // One level of the search: an ordered array of pattern records.
 #pragma once
 
+#include "base/interruption.h"
 #include "mining/subgraph.h"
 
 namespace kestro {
@@ -21,15 +22,12 @@ using sg_set_ptr = std::unique_ptr<sg_set, sg_set_deleter>;
 int sg_set_size(const sg_set *s);
 // Record i; dies with "invalid index" for i >= size.
 subgraph *sg_set_get(const sg_set *s, int i);
-// Appends, or inserts after equal records; the set owns sg from then on.
+// Appends; the set owns sg from then on.
 void sg_set_push(sg_set *s, sg_ptr sg);
-void sg_set_insert(sg_set *s, sg_ptr sg);
-void sg_set_sort(sg_set *s);
-// By binary search: the position of an equal record or -1; the record or null.
+// Throws interrupted, with s as it was, when stop says so.
+void sg_set_sort(sg_set *s, const interruption *stop = nullptr);
+// By binary search: the position of an equal record or -1.
 int sg_set_find(const sg_set *s, const subgraph *sg);
-subgraph *sg_set_find_record(const sg_set *s, const subgraph *sg);
-// Takes the record equal to sg out of the set, which closes the gap.
-sg_ptr sg_remove_sg_from_set(const subgraph *sg, sg_set *s);
 // Empties the set without touching the records, which have moved elsewhere.
 void sg_set_clear(sg_set *s);
 

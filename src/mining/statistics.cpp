@@ -17,11 +17,6 @@ void stats_init(statistics *s) {
     counters.assign(first_sizes, 0);
 }
 
-void stats_free(statistics *s) {
-  for (xvector<int> &counters : s->counters)
-    counters = xvector<int>();
-}
-
 void stats_set(statistics *s, int kind, int size, int value) {
   xvector<int> &counters = s->counters[kind];
   if (size < 0)

@@ -16,9 +16,8 @@ struct statistics {
                                  // depend on the order of vertices
 };
 
-// Zeroes sizes 0 to 127, the table's first ones; leaves no table.
+// Zeroes sizes 0 to 127, the table's first ones.
 void stats_init(statistics *s);
-void stats_free(statistics *s);
 
 void stats_set(statistics *s, int kind, int size, int value);
 void stats_increment(statistics *s, int kind, int size);

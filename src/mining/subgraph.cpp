@@ -145,8 +145,6 @@ void sg_free(subgraph *sg) {
   xfree(sg);
 }
 
-int sg_support(const subgraph *sg) { return sg_tid_size(sg); }
-
 // Difference of the pairs (a[i], b[i]) of two graphs, i below n.
 static int compare_interleaved(const int *xa, const int *xb, const int *ya,
                                const int *yb, int n) {
@@ -196,7 +194,6 @@ static void add_id(ksstack **set, int id) {
 int sg_child_size(const subgraph *sg) { return size_of(sg->child); }
 int sg_child_at(const subgraph *sg, int i) { return id_at(sg->child, i); }
 void sg_add_child(subgraph *sg, int id) { add_id(&sg->child, id); }
-void sg_clear_child(subgraph *sg) { clear(sg->child); }
 
 int sg_pid_size(const subgraph *sg) { return size_of(sg->pid); }
 int sg_pid_at(const subgraph *sg, int i) { return id_at(sg->pid, i); }
@@ -205,25 +202,11 @@ void sg_clear_pid(subgraph *sg) { clear(sg->pid); }
 
 int sg_tid_size(const subgraph *sg) { return size_of(sg->tid); }
 int sg_tid_at(const subgraph *sg, int i) { return id_at(sg->tid, i); }
-void sg_add_tid(subgraph *sg, int tid) { add_id(&sg->tid, tid); }
 void sg_append_tid(subgraph *sg, int tid) {
   if (!sg->tid)
     sg->tid = ksstack_new(1, int_bytes);
   ksstack_push(&tid, sg->tid);
 }
-void sg_clear_tid(subgraph *sg) { clear(sg->tid); }
-
-int sg_cover_size(const subgraph *sg) { return size_of(sg->cover); }
-int sg_cover_at(const subgraph *sg, int i) { return id_at(sg->cover, i); }
-void sg_add_cover(subgraph *sg, int id) { add_id(&sg->cover, id); }
-bool sg_in_cover(const subgraph *sg, int id) {
-  return sg->cover && ksstack_bsearch(&id, sg->cover, compar_int) != nullptr;
-}
-void sg_remove_cover(subgraph *sg, int id) {
-  if (sg->cover)
-    ksstack_remove_sorted(&id, sg->cover, compar_int);
-}
-void sg_clear_cover(subgraph *sg) { clear(sg->cover); }
 
 int sg_parent_size(const subgraph *sg) { return size_of(sg->parent); }
 sg_parent *sg_parent_at(const subgraph *sg, int i) {

@@ -65,9 +65,6 @@ struct sg_deleter {
 };
 using sg_ptr = std::unique_ptr<subgraph, sg_deleter>;
 
-// Transactions in tid.
-int sg_support(const subgraph *sg);
-
 // Order of records by their graphs: slots, vertices, key as a signed number,
 // then offset and label of each vertex, then neighbour and label of each slot.
 // Equal exactly when the canonical graphs are.
@@ -77,7 +74,6 @@ int sg_compare(const subgraph *x, const subgraph *y);
 int sg_child_size(const subgraph *sg);
 int sg_child_at(const subgraph *sg, int i);
 void sg_add_child(subgraph *sg, int id);
-void sg_clear_child(subgraph *sg);
 
 int sg_pid_size(const subgraph *sg);
 int sg_pid_at(const subgraph *sg, int i);
@@ -86,16 +82,7 @@ void sg_clear_pid(subgraph *sg);
 
 int sg_tid_size(const subgraph *sg);
 int sg_tid_at(const subgraph *sg, int i);
-void sg_add_tid(subgraph *sg, int tid);
 void sg_append_tid(subgraph *sg, int tid); // tid is above all present
-void sg_clear_tid(subgraph *sg);
-
-int sg_cover_size(const subgraph *sg);
-int sg_cover_at(const subgraph *sg, int i);
-void sg_add_cover(subgraph *sg, int id);
-bool sg_in_cover(const subgraph *sg, int id);
-void sg_remove_cover(subgraph *sg, int id); // if present
-void sg_clear_cover(subgraph *sg);
 
 // The parent entries: how many, the i-th, and the index of the one of a pid or
 // -1.

@@ -17,20 +17,9 @@
 #include "mining/embeddings.h"
 #include "mining/links.h"
 #include "mining/occurrences.h"
-#include "mining/parents.h"
 #include "mining/tid_lists.h"
 
 namespace kestro {
-
-void sg_intersect_parent_tids(subgraph *sg, const sg_set *prev,
-                              const ksstack *transactions) {
-  if (!sg->pid)
-    die("subgraph.c", "null pid\n");
-  tid_lists::workspace work;
-  for (const int tid :
-       tid_lists(prev, transactions->count).common_to_parents(sg, 0, &work))
-    sg_append_tid(sg, tid);
-}
 
 // Moves the records of a set out of it, in order.
 static xvector<sg_ptr> take_records(sg_set *s) {
@@ -52,11 +41,14 @@ static void set_tids(subgraph *sg, const xvector<int> &tids) {
 
 void sg_filter_candidates_by_support(sg_set *cand, const sg_set *prev,
                                      const ksstack *transactions, int minsup,
-                                     int jobs) {
+                                     int jobs, const interruption *stop,
+                                     work_watcher *watcher) {
   const int old = sg_set_size(cand);
-  const tid_lists lists(prev, transactions->count);
+  const tid_lists lists(prev, transactions->count, stop);
   xvector<tid_lists::workspace> work(
       static_cast<size_t>(worker_count(jobs, old)));
+  for (tid_lists::workspace &w : work)
+    w.poll = interruption_poll(stop, 1 << 16);
   xvector<sg_ptr> records = take_records(cand);
   parallel_for(
       jobs, old,
@@ -69,24 +61,17 @@ void sg_filter_candidates_by_support(sg_set *cand, const sg_set *prev,
         else
           sg.reset();
       },
-      [](int) {});
+      [](int) {}, watcher);
   for (sg_ptr &sg : records)
     if (sg)
       sg_set_push(cand, std::move(sg));
   assert(old >= sg_set_size(cand));
 }
 
-support_counter::support_counter(const ksstack *transactions, int jobs)
-    : jobs_(jobs), profiles_(transactions), budget_(transactions) {}
-
-int support_counter::count(subgraph *sg, const sg_set *prev, int minsup) const {
-  return occurrence_finder(&profiles_).find(sg, prev, minsup);
-}
-
-int sg_count_support(subgraph *sg, const sg_set *prev,
-                     const ksstack *transactions) {
-  return support_counter(transactions, 1).count(sg, prev, 0);
-}
+support_counter::support_counter(const ksstack *transactions, int jobs,
+                                 const interruption *stop)
+    : jobs_(jobs), stop_(stop), profiles_(transactions, stop),
+      budget_(transactions) {}
 
 // Counts one candidate; frees it if it is not frequent.
 static void count_candidate(sg_ptr *cand, const sg_set *prev, int minsup,
@@ -109,7 +94,8 @@ static void count_candidate(sg_ptr *cand, const sg_set *prev, int minsup,
   cand->reset();
 }
 
-void support_counter::count_all(sg_set *cand, const sg_set *prev, int minsup) {
+void support_counter::count_all(sg_set *cand, const sg_set *prev, int minsup,
+                                work_watcher *watcher) {
   embedding_budget budget(budget_);
   for (int i = 0; i < sg_set_size(prev); i++) {
     budget.add_pattern();
@@ -119,26 +105,18 @@ void support_counter::count_all(sg_set *cand, const sg_set *prev, int minsup) {
   const int count = static_cast<int>(records.size());
   xvector<occurrence_finder> finders(
       static_cast<size_t>(worker_count(jobs_, count)),
-      occurrence_finder(&profiles_));
+      occurrence_finder(&profiles_, stop_));
   parallel_for(
       jobs_, count,
       [&](int worker, int i) {
         count_candidate(&records[static_cast<size_t>(i)], prev, minsup,
                         &finders[static_cast<size_t>(worker)], &budget);
       },
-      [](int) {});
+      [](int) {}, watcher);
   for (sg_ptr &sg : records)
     if (sg)
       sg_set_push(cand, std::move(sg));
   KESTRO_STRUCTURE(sg_set_check(cand));
-}
-
-sg_set *sg_count_frequents(sg_set *cand, sg_set *prev,
-                           const ksstack *transactions, int minsup) {
-  sg_set_ptr level(cand);
-  support_counter(transactions, 1).count_all(cand, prev, minsup);
-  sg_register_children(cand, prev);
-  return level.release();
 }
 
 } // namespace kestro

@@ -25,21 +25,26 @@ static void check_order(const subgraph *sg) {
       die("subgraph.c", "something wrong\n");
 }
 
-tid_lists::tid_lists(const sg_set *level, int transactions)
+tid_lists::tid_lists(const sg_set *level, int transactions,
+                     const interruption *stop)
     : level_(level), words_((static_cast<size_t>(transactions) + 63) / 64) {
   const size_t lists = static_cast<size_t>(sg_set_size(level));
+  interruption_poll poll(stop, 1 << 18);
   size_t held = 0;
   for (size_t i = 0; i < lists; i++) {
     const subgraph *sg = sg_set_get(level, static_cast<int>(i));
     check_order(sg);
+    poll.step(sg_tid_size(sg) + 16);
     held += static_cast<size_t>(sg_tid_size(sg));
   }
   if (lists * words_ * sizeof(uint64_t) > 2 * held * sizeof(int))
     return;
-  bits_.resize(lists * words_, 0);
+  bits_.reserve(lists * words_);
   for (size_t i = 0; i < lists; i++) {
+    bits_.resize((i + 1) * words_, 0);
     const subgraph *sg = sg_set_get(level, static_cast<int>(i));
     uint64_t *bits = bits_.data() + i * words_;
+    poll.step(sg_tid_size(sg) + static_cast<int64_t>(words_));
     for (int j = 0; j < sg_tid_size(sg); j++) {
       const size_t tid = static_cast<size_t>(ksstack_array<int>(sg->tid)[j]);
       bits[tid / 64] |= uint64_t{1} << tid % 64;
@@ -51,6 +56,8 @@ tid_lists::tid_lists(const sg_set *level, int transactions)
 bool tid_lists::narrow(int pid, bool is_first, int minsup,
                        workspace *work) const {
   const subgraph *parent = sg_set_get(level_, pid);
+  work->poll.step(bits_.empty() ? sg_tid_size(parent)
+                                : static_cast<int64_t>(words_));
   if (bits_.empty()) {
     const int *tids = ksstack_array<int>(parent->tid);
     const int *end = tids + sg_tid_size(parent);

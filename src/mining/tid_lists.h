@@ -3,6 +3,7 @@
 
 #include <cstdint>
 
+#include "base/interruption.h"
 #include "base/xmalloc.h"
 #include "mining/sg_set.h"
 
@@ -11,13 +12,16 @@ namespace kestro {
 class tid_lists {
 public:
   // Borrows level; dies with "something wrong" when a list is out of order.
-  tid_lists(const sg_set *level, int transactions);
+  // Throws interrupted when stop, which may be null, says so.
+  tid_lists(const sg_set *level, int transactions,
+            const interruption *stop = nullptr);
 
   // Memory that intersections use one after another.
   struct workspace {
     xvector<int> common;
     xvector<int> narrowed;
     xvector<uint64_t> bits;
+    interruption_poll poll; // a step costs the words or ids that it passes
   };
 
   // The transactions common to all parents of sg in the level, ascending, in

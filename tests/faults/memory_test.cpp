@@ -98,7 +98,6 @@ static void redirect(int fd, const char *file) {
   const int status =
       run_command(static_cast<int>(words.size()), argv.data(), s.jobs);
   told->asked = refuse_no_allocation();
-  free_work_areas();
   fclose(stdout); // and its buffer
   told->left = live_blocks() - before;
   _exit(status);

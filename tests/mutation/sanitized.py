@@ -26,7 +26,7 @@ class SanitizedWorkshop(Workshop):
     def prepare(self) -> None:
         configure = ["cmake", "--preset", "dev"]
         subprocess.run(configure, cwd=TREE, check=True, stdout=subprocess.DEVNULL)
-        self.make("kestro_core", "kestro", "kestro_stepwise")
+        self.make("kestro_core", "kestro", "kestro_reference")
         self.read_commands()
 
     def stages(self, file: str) -> list[Stage]:
@@ -34,8 +34,8 @@ class SanitizedWorkshop(Workshop):
         folder = Path("tests/CMakeFiles/kestro_unit.dir")
         tests = [f"{folder}/{source}.o" for source in sources]
         self.make(*tests)
-        stepwise = (self.build / "tests/CMakeFiles/kestro_stepwise.dir").rglob("*.o")
-        self.test_objects = [*(self.build / test for test in tests), *stepwise]
+        reference = self.build / "reference/libkestro_reference.a"
+        self.test_objects = [*(self.build / test for test in tests), reference]
         program = str(self.scratch / "kestro")
         golden = [sys.executable, str(HERE / "golden_until_failure.py"), program]
         unit = [str(self.scratch / "kestro_unit"), "--gtest_fail_fast"]

@@ -6,7 +6,7 @@
 
 #include <gtest/gtest.h>
 
-#include "support/canonical_calls.h"
+#include "reference/cl/canonical_calls.h"
 #include "support/engine_comparison.h"
 
 namespace kestro {

@@ -121,24 +121,18 @@ TEST_F(Concurrency, RunsOneAfterTheOtherEqualProcesses) {
     EXPECT_EQ(lists.collect(lists.run_here()), lists.expected);
     EXPECT_EQ(maximal.collect(maximal.run_here()), maximal.expected);
   }
-  free_work_areas();
 }
 
 TEST_F(Concurrency, RunsAtOnceEqualProcesses) {
   expect_deep_runs();
   for (int round = 0; round < 4; round++) {
     std::string report;
-    std::thread other([&] {
-      report = maximal.run_here();
-      if (round % 2)
-        free_work_areas();
-    });
+    std::thread other([&] { report = maximal.run_here(); });
     const std::string own = lists.run_here();
     other.join();
     EXPECT_EQ(lists.collect(own), lists.expected) << "round " << round;
     EXPECT_EQ(maximal.collect(report), maximal.expected) << "round " << round;
   }
-  free_work_areas();
 }
 
 // The failure of one run stays its own.
@@ -157,13 +151,11 @@ TEST_F(Concurrency, FailingRunLeavesTheOtherAlone) {
         failures++;
       }
     }
-    free_work_areas();
   });
   const std::string own = lists.run_here();
   other.join();
   EXPECT_EQ(failures, 50);
   EXPECT_EQ(lists.collect(own), lists.expected);
-  free_work_areas();
 }
 
 namespace {
@@ -223,7 +215,6 @@ TEST_P(Threads, DoNotShowInAnyOutput) {
             << "seed " << GetParam() << ", " << jobs << " jobs\n"
             << database;
     }
-  free_work_areas();
 }
 
 INSTANTIATE_TEST_SUITE_P(Seeds, Threads, testing::Range(0U, 6U));

@@ -8,9 +8,10 @@
 
 #include <gtest/gtest.h>
 
-#include "base/ksistack.h"
 #include "base/ksstack.h"
-#include "base/rbtree.h"
+#include "reference/base/ksistack.h"
+#include "reference/base/ksstack.h"
+#include "reference/base/rbtree.h"
 #include "support/graphs.h"
 
 namespace kestro {

@@ -15,12 +15,13 @@
 
 #include <gtest/gtest.h>
 
-#include "support/canonical_calls.h"
+#include "reference/cl/canonical.h"
+#include "reference/cl/canonical_calls.h"
+#include "reference/graph/graph.h"
 #include "support/mined_levels.h"
 #include "support/plain_generation.h"
 #include "support/random_database.h"
 #include "support/records.h"
-#include "support/stepwise/canonical.h"
 #include "support/threshold_scope.h"
 
 namespace kestro {

@@ -11,7 +11,9 @@
 #include <set>
 #include <tuple>
 
-#include "support/canonical_calls.h"
+#include "reference/base/utils.h"
+#include "reference/cl/canonical_calls.h"
+#include "reference/graph/graph.h"
 #include "support/exact_form.h"
 #include "support/graph_families.h"
 #include "support/threshold_scope.h"

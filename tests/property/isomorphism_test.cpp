@@ -5,7 +5,7 @@
 // one in the order of its vertices, since that is what trying targets in
 // ascending number gives; listings must be complete and free of repeats.
 
-#include "cl/subgraph_isomorphism.h"
+#include "reference/cl/subgraph_isomorphism.h"
 
 #include <algorithm>
 #include <string>
@@ -15,6 +15,7 @@
 
 #include "base/error.h"
 #include "cl/next_isomorphism.h"
+#include "reference/cl/isomorphism_calls.h"
 #include "support/graphs.h"
 #include "support/plain_graph.h"
 

@@ -15,6 +15,7 @@
 #include "mining/embeddings.h"
 #include "mining/first_levels.h"
 #include "mining/parents.h"
+#include "support/count_level.h"
 #include "support/records.h"
 
 namespace kestro {
@@ -114,7 +115,7 @@ void mine(const ksstack *transactions, int minsup, test_rng &rng,
     sg_filter_candidates_by_support(cand.get(), level.get(), transactions,
                                     minsup);
     sg_set_ptr next(
-        sg_count_frequents(cand.release(), level.get(), transactions, minsup));
+        count_level(cand.release(), level.get(), transactions, minsup));
     ASSERT_EQ(sg_set_size(next.get()), frequent);
     check_level(next.get(), transactions, counts);
     cores = std::move(level);

@@ -9,10 +9,10 @@
 #include <gtest/gtest.h>
 
 #include "base/file_text.h"
-#include "driver/level_loop.h"
-#include "driver/transaction_counter.h"
 #include "graph/label_set.h"
 #include "graph/transactions.h"
+#include "mining/level_loop.h"
+#include "mining/transaction_counter.h"
 #include "support/mined_levels.h"
 #include "support/plain_generation.h"
 #include "support/random_database.h"
@@ -56,7 +56,7 @@ mined_pattern pattern_of(const subgraph *sg) {
 }
 
 // Takes down a run; teaches what it receives, if there is someone to learn it.
-class scribe : public level_receiver, public progress_listener {
+class scribe : public level_receiver {
 public:
   explicit scribe(table_counter *pupil) : pupil_(pupil) {}
 
@@ -66,11 +66,8 @@ public:
       forms.push_back(form_as_is(sg_set_get(set, i)->g));
     mined.candidates.push_back(std::move(forms));
   }
-  // An empty level is told only where some candidates have passed the bound.
-  void level(const sg_set *set) override {
+  bool level(const sg_set *set) override {
     sg_set_check(set);
-    if (sg_set_size(set) == 0)
-      return;
     std::vector<mined_pattern> patterns;
     for (int i = 0; i < sg_set_size(set); i++)
       patterns.push_back(pattern_of(sg_set_get(set, i)));
@@ -79,9 +76,9 @@ public:
       pupil_->learn(set);
     else
       expect_no_tids(set);
+    return true;
   }
-  void candidates(int) override {}
-  void level(int) override {}
+  void advanced(const progress &) override {}
 
   mined_levels mined;
 
@@ -98,8 +95,8 @@ mined_levels mine(candidate_counter *counter, table_counter *pupil) {
   scribe notes(pupil);
   statistics stats;
   stats_init(&stats);
-  const mining_run run = {1, INT_MAX, {}, &notes, counter, &notes, &stats};
-  notes.mined.last = mine_levels(&run);
+  const mining_run run = {1, INT_MAX, {}, &notes, counter, &stats};
+  notes.mined.last = mine_levels(&run).last;
   for (int size = 0; size <= notes.mined.last; size++) {
     notes.mined.candidate_counts.push_back(
         stats_get(&stats, stats_candidates, size));
@@ -170,9 +167,9 @@ TEST(TableCounter, DrivesTheSearchAsTransactionsDo) {
 
 TEST(TableCounter, DrivesTheSearchOfTheExample) {
   const label_set_ptr ls(label_set_create());
-  label_set_build(KESTRO_EXAMPLE, ls.get());
-  const graph_list_ptr transactions(
-      graph_read_transactions(KESTRO_EXAMPLE, ls.get()));
+  const file_text text = read_file(KESTRO_EXAMPLE);
+  label_set_build(text, ls.get());
+  const graph_list_ptr transactions(graph_read_transactions(text, ls.get()));
   for (const int per_cent : {20, 50}) {
     size_t levels = 0;
     EXPECT_EQ(difference(transactions.get(), label_set_edge_labels(ls.get()),

@@ -5,9 +5,10 @@
 
 #include "support/engine_comparison.h"
 
-#include "support/canonical_calls.h"
-#include "support/stepwise/canonical.h"
-#include "support/stepwise/canonical_search.h"
+#include "reference/cl/canonical.h"
+#include "reference/cl/canonical_calls.h"
+#include "reference/cl/canonical_search.h"
+#include "reference/graph/graph.h"
 
 namespace kestro {
 

@@ -12,7 +12,8 @@
 #include "mining/first_levels.h"
 #include "mining/parents.h"
 #include "mining/support.h"
-#include "support/canonical_calls.h"
+#include "reference/cl/canonical_calls.h"
+#include "support/count_level.h"
 #include "support/graphs.h"
 #include "support/plain_graph.h"
 
@@ -93,8 +94,8 @@ inline void go_up(two_levels *levels, sg_set_ptr made,
   sg_filter_candidates_by_support(made.get(), levels->children.get(),
                                   transactions, minsup);
   levels->cores = std::move(levels->children);
-  levels->children.reset(sg_count_frequents(made.release(), levels->cores.get(),
-                                            transactions, minsup));
+  levels->children.reset(
+      count_level(made.release(), levels->cores.get(), transactions, minsup));
 }
 
 // Mines the patterns in minsup transactions and calls visit(levels, candidates)

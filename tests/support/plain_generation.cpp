@@ -11,7 +11,9 @@
 #include <algorithm>
 #include <set>
 
-#include "support/stepwise/canonical.h"
+#include "reference/cl/canonical.h"
+#include "reference/graph/graph.h"
+#include "reference/mining/subgraph.h"
 
 namespace kestro {
 

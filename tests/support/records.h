@@ -7,7 +7,8 @@
 
 #include "graph/graph_list.h"
 #include "mining/sg_set.h"
-#include "support/canonical_calls.h"
+#include "reference/cl/canonical_calls.h"
+#include "reference/mining/subgraph.h"
 #include "support/graphs.h"
 
 namespace kestro {

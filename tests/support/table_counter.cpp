@@ -69,9 +69,9 @@ sg_set_ptr table_counter::double_edges(const sg_set *edges) {
   return level;
 }
 
-void table_counter::bound(sg_set *, const sg_set *) {}
+void table_counter::bound(sg_set *, const sg_set *, work_watcher *) {}
 
-void table_counter::count(sg_set *cand, const sg_set *) {
+void table_counter::count(sg_set *cand, const sg_set *, work_watcher *) {
   std::vector<sg_ptr> records;
   for (int i = 0; i < sg_set_size(cand); i++)
     records.emplace_back(sg_set_get(cand, i));

@@ -4,7 +4,7 @@
 
 #include <map>
 
-#include "driver/seams.h"
+#include "mining/seams.h"
 #include "support/plain_generation.h"
 
 namespace kestro {
@@ -17,8 +17,9 @@ public:
 
   sg_set_ptr edges() override;
   sg_set_ptr double_edges(const sg_set *edges) override;
-  void bound(sg_set *cand, const sg_set *prev) override; // drops nothing
-  void count(sg_set *cand, const sg_set *prev) override;
+  // Drops nothing.
+  void bound(sg_set *cand, const sg_set *prev, work_watcher *) override;
+  void count(sg_set *cand, const sg_set *prev, work_watcher *) override;
 
 private:
   std::map<graph_form, int> supports_; // by the arrays of canonical graphs

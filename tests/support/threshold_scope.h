@@ -1,8 +1,8 @@
 // The threshold of canonical labelling, set for one scope.
 #pragma once
 
-#include "support/canonical_calls.h"
-#include "support/stepwise/canonical.h"
+#include "reference/cl/canonical.h"
+#include "reference/cl/canonical_calls.h"
 
 namespace kestro {
 

@@ -1,4 +1,4 @@
-#include "cl/adjmat_print.h"
+#include "reference/cl/adjmat_print.h"
 
 #include <gtest/gtest.h>
 

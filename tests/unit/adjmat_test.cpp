@@ -1,4 +1,4 @@
-#include "cl/adjmat.h"
+#include "reference/cl/adjmat.h"
 
 #include <gtest/gtest.h>
 

@@ -8,6 +8,8 @@
 #include "mining/first_levels.h"
 #include "mining/parents.h"
 #include "mining/support.h"
+#include "reference/mining/subgraph.h"
+#include "support/count_level.h"
 #include "support/plain_joins.h"
 #include "support/records.h"
 
@@ -151,7 +153,7 @@ TEST_F(Candidates, EveryAttemptHasOneOutcome) {
       sg_filter_candidates_by_support(out.get(), children.get(), database.get(),
                                       1, 1);
       sg_set_ptr level(
-          sg_count_frequents(out.release(), children.get(), database.get(), 1));
+          count_level(out.release(), children.get(), database.get(), 1));
       cores = std::exchange(children, std::move(level));
     }
   }

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "reference/base/utils.h"
 #include "support/graphs.h"
 #include "support/triangle.h"
 
@@ -23,7 +24,7 @@ struct searched {
     return *this;
   }
   ints exhaustively() {
-    search_exhaustively(&c, g_, cells);
+    search_exhaustively(&c, g_, cells, &work_.poll);
     return order();
   }
   ints by_stabilizer() {
@@ -110,9 +111,10 @@ TEST(ExhaustiveSearch, CellPassedOverIsSearchedForTheGreatest) {
   // Position 1 is that of the path's ends, and vertex 1 has no edges.
   const graph_ptr g = make_graph({0, 0, 0, 0}, {{2, 0}, {2, 3}});
   searched s(g);
-  EXPECT_FALSE(search_exhaustively(&s.c, g.get(), s.cells));
+  interruption_poll poll;
+  EXPECT_FALSE(search_exhaustively(&s.c, g.get(), s.cells, &poll));
   searched whole(g);
-  search_greatest(&whole.c, g.get(), whole.cells);
+  search_greatest(&whole.c, g.get(), whole.cells, &poll);
   EXPECT_EQ(triangle(g.get(), whole.order()),
             greatest_triangle(g.get(), whole.c));
 }

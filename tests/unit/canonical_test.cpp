@@ -4,7 +4,8 @@
 
 #include <climits>
 
-#include "support/canonical_calls.h"
+#include "reference/cl/canonical_calls.h"
+#include "reference/graph/graph.h"
 #include "support/graphs.h"
 
 namespace kestro {

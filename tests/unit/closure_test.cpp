@@ -4,6 +4,8 @@
 
 #include "graph/compacted.h"
 #include "graph/edge_marks.h"
+#include "reference/graph/edge_marks.h"
+#include "reference/mining/sg_set.h"
 #include "support/graphs.h"
 #include "support/records.h"
 

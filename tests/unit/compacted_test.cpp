@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include "graph/edge_marks.h"
+#include "reference/graph/edge_marks.h"
+#include "reference/graph/graph.h"
 #include "support/graphs.h"
 
 namespace kestro {

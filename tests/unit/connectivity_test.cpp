@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include "reference/graph/connectivity.h"
 #include "support/graphs.h"
 
 namespace kestro {

@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include "reference/graph/edge_marks.h"
 #include "support/graphs.h"
 
 namespace kestro {

@@ -6,7 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "graph/edge_marks.h"
-#include "graph/merge.h"
+#include "reference/graph/merge.h"
 #include "support/graphs.h"
 
 namespace kestro {

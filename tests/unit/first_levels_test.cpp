@@ -7,6 +7,7 @@
 #include "mining/embeddings.h"
 #include "mining/links.h"
 #include "mining/parents.h"
+#include "reference/mining/sg_set.h"
 #include "support/records.h"
 
 namespace kestro {

@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include "base/fgetl.h"
+#include "reference/graph/graph_line.h"
 #include "support/fatal.h"
 #include "support/graphs.h"
 

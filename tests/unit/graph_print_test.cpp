@@ -1,4 +1,4 @@
-#include "graph/graph_print.h"
+#include "reference/graph/graph_print.h"
 
 #include <string>
 

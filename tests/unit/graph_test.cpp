@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include "reference/graph/graph.h"
 #include "support/fatal.h"
 #include "support/graphs.h"
 

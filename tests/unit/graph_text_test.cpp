@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "graph/transactions.h"
+#include "reference/graph/transactions.h"
 #include "support/fatal.h"
 #include "support/graphs.h"
 #include "support/label_sets.h"

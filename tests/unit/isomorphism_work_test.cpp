@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include "base/error.h"
+#include "reference/cl/isomorphism.h"
+#include "reference/cl/isomorphism_calls.h"
 #include "support/fatal.h"
 #include "support/graphs.h"
 
@@ -44,7 +46,7 @@ TEST(IsomorphismWork, FreedMatrixComesBackClean) {
 TEST(IsomorphismWork, CallEndsWithACleanMatrix) {
   const graph_ptr g = complete_graph(4);
   {
-    const isomorphism_call call(g.get(), g.get());
+    const shared_call call(g.get(), g.get());
     setup_isomorphism_work_area(&call.work);
     EXPECT_EQ(call.work.label_matrix[1][2], 0);
   }
@@ -55,7 +57,7 @@ TEST(IsomorphismWork, CallCleansUpWhenACheckUnwinds) {
   const graph_ptr g1 = make_graph({0, 0, 0, 0}, {{0, 1}, {2, 3}});
   const graph_ptr g2 = complete_graph(5);
   const auto search = [&] {
-    const isomorphism_call call(g1.get(), g2.get());
+    const shared_call call(g1.get(), g2.get());
     setup_isomorphism_work_area(&call.work);
     isomorphism_and_order(&call.work, 0, 0);
   };
@@ -67,12 +69,12 @@ TEST(IsomorphismWork, CallUsesGivenArraysAndHasItsOwn) {
   const graph_ptr g = path_graph(3);
   int map[3];
   int order[3];
-  const isomorphism_call call(g.get(), g.get(), map, order);
+  const shared_call call(g.get(), g.get(), map, order);
   EXPECT_EQ(call.work.map, map);
   EXPECT_EQ(call.work.order, order);
   EXPECT_EQ(std::vector<int>(call.work.active, call.work.active + 3),
             (std::vector<int>{0, 0, 0}));
-  const isomorphism_call other(g.get(), g.get());
+  const shared_call other(g.get(), g.get());
   EXPECT_NE(other.work.map, map);
   const isomorphism_work &own = other.work;
   std::fill_n(own.map, 3, 1);
@@ -90,10 +92,10 @@ TEST(IsomorphismWork, CallUsesGivenArraysAndHasItsOwn) {
 TEST(IsomorphismWork, ActiveIsClearedForEveryCall) {
   const graph_ptr g = path_graph(3);
   {
-    const isomorphism_call call(g.get(), g.get());
+    const shared_call call(g.get(), g.get());
     std::fill_n(call.work.active, 3, 1);
   }
-  const isomorphism_call call(g.get(), g.get());
+  const shared_call call(g.get(), g.get());
   EXPECT_EQ(call.work.active[1], 0);
 }
 
@@ -101,7 +103,7 @@ TEST(IsomorphismWork, LargerPatternDies) {
   const graph_ptr g1 = path_graph(3);
   const graph_ptr g2 = path_graph(2);
   const uint64_t calls = graph_isomorphism_calls();
-  EXPECT_EQ(fatal_text([&] { isomorphism_call(g1.get(), g2.get()); }),
+  EXPECT_EQ(fatal_text([&] { shared_call(g1.get(), g2.get()); }),
             "isomorphism.c:N: g1 must be smaller than g2\n");
   EXPECT_EQ(graph_isomorphism_calls() - calls, 1u);
   expect_clean_matrix(4);
@@ -111,7 +113,7 @@ TEST(IsomorphismWork, DisabledVerticesDoNotCountTowardsTheSize) {
   const graph_ptr g1 = path_graph(3);
   const graph_ptr g2 = path_graph(2);
   graph_toggle(&g1->v[2]);
-  EXPECT_NO_THROW(isomorphism_call(g1.get(), g2.get()));
+  EXPECT_NO_THROW(shared_call(g1.get(), g2.get()));
 }
 
 } // namespace kestro

@@ -1,4 +1,4 @@
-#include "base/ksistack.h"
+#include "reference/base/ksistack.h"
 
 #include <functional>
 #include <vector>

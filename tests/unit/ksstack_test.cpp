@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include "base/xmalloc.h"
+#include "reference/base/ksstack.h"
 #include "support/fatal.h"
 
 namespace kestro {

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "reference/graph/label_set.h"
 #include "support/fatal.h"
 #include "support/label_sets.h"
 #include "support/temp_file.h"
@@ -18,7 +19,7 @@ static label_set_ptr loaded(const std::string &text) {
 static label_set_ptr built(const std::string &text) {
   const temp_file file(text);
   label_set_ptr ls(label_set_create());
-  label_set_build(file.path(), ls.get());
+  label_set_build(read_file(file.path()), ls.get());
   return ls;
 }
 
@@ -131,7 +132,7 @@ TEST(LabelSetBuild, EmptyFileGivesAnEmptySet) {
 TEST(LabelSetBuild, AddsToWhatTheSetHolds) {
   const temp_file file("v 0 b\n");
   const label_set_ptr ls = label_set_of({}, {"a", "c"});
-  label_set_build(file.path(), ls.get());
+  label_set_build(read_file(file.path()), ls.get());
   EXPECT_EQ(vertex_labels_of(ls), (strings{"a", "b", "c"}));
 }
 
@@ -271,8 +272,9 @@ TEST(LabelSet, BuildOfManyLabelsIsSorted) {
 TEST(LabelSetFatal, FailedBuildLeavesTheSetAsItWas) {
   const temp_file file("v 0 b\nx\n");
   const label_set_ptr ls = label_set_of({}, {"a"});
-  EXPECT_EQ(fatal_text([&] { label_set_build(file.path(), ls.get()); }),
-            "graph.c:N: invalid input line 'x'\n");
+  EXPECT_EQ(
+      fatal_text([&] { label_set_build(read_file(file.path()), ls.get()); }),
+      "graph.c:N: invalid input line 'x'\n");
   EXPECT_EQ(vertex_labels_of(ls), (std::vector<std::string>{"a"}));
 }
 

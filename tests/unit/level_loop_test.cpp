@@ -1,4 +1,4 @@
-#include "driver/level_loop.h"
+#include "mining/level_loop.h"
 
 #include <climits>
 #include <functional>
@@ -8,9 +8,10 @@
 
 #include <gtest/gtest.h>
 
-#include "driver/transaction_counter.h"
 #include "graph/graph_list.h"
 #include "mining/statistics.h"
+#include "mining/transaction_counter.h"
+#include "reference/mining/subgraph.h"
 #include "support/graphs.h"
 
 namespace kestro {
@@ -25,10 +26,8 @@ std::string of_size(const sg_set *set) {
          std::to_string(sg_set_get(set, 0)->g->es / 2);
 }
 
-// All three seams in one log; what is not logged goes on to the real counter.
-class recorder : public level_receiver,
-                 public candidate_counter,
-                 public progress_listener {
+// Both seams in one log; what is not logged goes on to the real counter.
+class recorder : public level_receiver, public candidate_counter {
 public:
   recorder(const ksstack *transactions, int minsup, int jobs = 1)
       : counter_(transactions, 1, 1, minsup, jobs) {}
@@ -36,8 +35,9 @@ public:
   void candidates(const sg_set *set) override {
     log.push_back("receive candidates: " + of_size(set));
   }
-  void level(const sg_set *set) override {
+  bool level(const sg_set *set) override {
     log.push_back("receive level: " + of_size(set));
+    return sg_set_get(set, 0)->g->es / 2 < enough;
   }
   sg_set_ptr edges() override {
     log.push_back("edges");
@@ -47,27 +47,30 @@ public:
     log.push_back("double edges of " + of_size(edges));
     return counter_.double_edges(edges);
   }
-  void bound(sg_set *cand, const sg_set *prev) override {
+  void bound(sg_set *cand, const sg_set *prev, work_watcher *watcher) override {
     log.push_back("bound " + of_size(cand) + " by " + of_size(prev));
     if (drop_all) {
       sg_set_free(sg_set_create_from(cand));
       return;
     }
-    counter_.bound(cand, prev);
+    counter_.bound(cand, prev, watcher);
   }
-  void count(sg_set *cand, const sg_set *prev) override {
+  void count(sg_set *cand, const sg_set *prev, work_watcher *watcher) override {
     log.push_back("count " + of_size(cand) + " by " + of_size(prev));
-    counter_.count(cand, prev);
+    counter_.count(cand, prev, watcher);
   }
-  void candidates(int size) override {
-    log.push_back("progress: candidates of " + std::to_string(size));
-  }
-  void level(int size) override {
-    log.push_back("progress: level " + std::to_string(size));
+  void advanced(const progress &now) override {
+    if (now.at == progress::step::complete)
+      log.push_back("progress: level " + std::to_string(now.size));
+    else if (now.at == progress::step::counting && now.done == 0)
+      log.push_back("progress: candidates of " + std::to_string(now.size));
+    steps.push_back(now);
   }
 
   events log;
+  std::vector<progress> steps;
   bool drop_all = false; // let no candidate pass the bound
+  int enough = INT_MAX;  // the size with which the run is to end
 
 private:
   // A set with the records of s, which is left empty.
@@ -91,12 +94,12 @@ protected:
   int mine(int minsup, int minsize = 1, int maxsize = INT_MAX) {
     recorder r(transactions.get(), minsup, jobs);
     r.drop_all = drop_all;
-    const int last = mine_with(&r, minsize, maxsize);
+    const search_end end = mine_with(&r, minsize, maxsize);
     log = r.log;
-    return last;
+    return end.last;
   }
-  int mine_with(recorder *r, int minsize = 1, int maxsize = INT_MAX) {
-    const mining_run run = {minsize, maxsize, {.jobs = jobs}, r, r, r, &stats};
+  search_end mine_with(recorder *r, int minsize = 1, int maxsize = INT_MAX) {
+    const mining_run run = {minsize, maxsize, {.jobs = jobs}, r, r, &stats};
     return mine_levels(&run);
   }
 
@@ -147,17 +150,17 @@ TEST_F(LevelLoop, NoProgressWhenAllCandidatesFailTheBound) {
   EXPECT_EQ(stats_get(&stats, stats_frequent, 3), 0);
 }
 
-TEST_F(LevelLoop, EmptyLevelIsReceivedWhenCandidatesPassedTheBound) {
+TEST_F(LevelLoop, EmptyLevelIsCompleteButNotHandedOver) {
   add(ring_graph(3));
   add(star_graph(4));
   add(path_graph(4));
   EXPECT_EQ(mine(3), 3);
-  EXPECT_EQ(log, (edge_level + path_level +
-                  events{"receive candidates: 3 of size 3",
-                         "bound 3 of size 3 by 1 of size 2",
-                         "progress: candidates of 3",
-                         "count 3 of size 3 by 1 of size 2",
-                         "receive level: none", "progress: level 3"}));
+  EXPECT_EQ(
+      log,
+      (edge_level + path_level +
+       events{"receive candidates: 3 of size 3",
+              "bound 3 of size 3 by 1 of size 2", "progress: candidates of 3",
+              "count 3 of size 3 by 1 of size 2", "progress: level 3"}));
 }
 
 TEST_F(LevelLoop, NothingHappensWithoutAFrequentEdge) {
@@ -175,6 +178,34 @@ TEST_F(LevelLoop, EmptySecondLevelIsTriedButNotTold) {
   add(path_graph(2));
   EXPECT_EQ(mine(1), 2);
   EXPECT_EQ(log, edge_level + paths);
+}
+
+TEST_F(LevelLoop, EndsWithTheLevelThatIsEnough) {
+  add(complete_graph(4));
+  for (int size = 1; size <= 5; size++) {
+    recorder r(transactions.get(), 1);
+    r.enough = size;
+    const search_end end = mine_with(&r);
+    EXPECT_EQ(end.last, size);
+    EXPECT_TRUE(end.more);
+    EXPECT_EQ(r.log.back(), "progress: level " + std::to_string(size));
+  }
+}
+
+TEST_F(LevelLoop, SaysWhetherLargerPatternsMayExist) {
+  add(complete_graph(4)); // six edges
+  const auto more = [this](int maxsize) {
+    recorder r(transactions.get(), 1);
+    return mine_with(&r, 1, maxsize).more;
+  };
+  EXPECT_TRUE(more(0));
+  for (int maxsize = 1; maxsize <= 6; maxsize++)
+    EXPECT_TRUE(more(maxsize));
+  EXPECT_FALSE(more(7));
+  EXPECT_FALSE(more(INT_MAX));
+  transactions.reset(graph_list_new());
+  EXPECT_TRUE(more(0));
+  EXPECT_FALSE(more(1));
 }
 
 TEST_F(LevelLoop, MaxsizeBelowOneMinesNothing) {
@@ -210,37 +241,38 @@ TEST_F(LevelLoop, MaxsizeThreeGeneratesCandidatesOnce) {
                          "receive level: 1 of size 3", "progress: level 3"}));
 }
 
-TEST_F(LevelLoop, SizesBelowMinsizeAreMinedButNotTold) {
+TEST_F(LevelLoop, SizesBelowMinsizeAreMinedButNotHandedOver) {
   add(ring_graph(3));
   EXPECT_EQ(mine(1, 2, 2), 2);
-  EXPECT_EQ(log, events{"edges"} + path_level);
+  EXPECT_EQ(log, (events{"edges", "progress: level 1"} + path_level));
   EXPECT_EQ(stats_get(&stats, stats_frequent, 1), 1);
 }
 
-TEST_F(LevelLoop, CandidatesBelowMinsizeAreReceivedWithoutProgress) {
+TEST_F(LevelLoop, CandidatesBelowMinsizeAreHandedOver) {
   add(ring_graph(3));
   EXPECT_EQ(mine(1, 4, 4), 4);
-  EXPECT_EQ(log,
-            (events{"edges", "double edges of 1 of size 1",
-                    "receive candidates: 3 of size 3",
-                    "bound 3 of size 3 by 1 of size 2",
-                    "count 3 of size 3 by 1 of size 2",
-                    "receive candidates: none", "bound none by 1 of size 3"}));
+  EXPECT_EQ(
+      log,
+      (events{"edges", "progress: level 1", "double edges of 1 of size 1",
+              "progress: level 2", "receive candidates: 3 of size 3",
+              "bound 3 of size 3 by 1 of size 2", "progress: candidates of 3",
+              "count 3 of size 3 by 1 of size 2", "progress: level 3",
+              "receive candidates: none", "bound none by 1 of size 3"}));
   EXPECT_EQ(stats_get(&stats, stats_frequent, 3), 1);
 }
 
-TEST_F(LevelLoop, FirstSizeToldIsMinsize) {
+TEST_F(LevelLoop, FirstSizeHandedOverIsMinsize) {
   add(complete_graph(4));
   const auto is_level = [](const std::string &event) {
-    return event.find("level") != std::string::npos;
+    return event.find("receive level") != std::string::npos;
   };
   EXPECT_EQ(mine(1, 3, 4), 4);
   std::erase_if(log, std::not_fn(is_level));
-  EXPECT_EQ(log, (events{"receive level: 3 of size 3", "progress: level 3",
-                         "receive level: 2 of size 4", "progress: level 4"}));
+  EXPECT_EQ(log, (events{"receive level: 3 of size 3",
+                         "receive level: 2 of size 4"}));
   EXPECT_EQ(mine(1, 4, 4), 4);
   std::erase_if(log, std::not_fn(is_level));
-  EXPECT_EQ(log, (events{"receive level: 2 of size 4", "progress: level 4"}));
+  EXPECT_EQ(log, events{"receive level: 2 of size 4"});
 }
 
 TEST_F(LevelLoop, MinsizeBelowOneReportsFromOneOn) {
@@ -252,9 +284,8 @@ TEST_F(LevelLoop, MinsizeBelowOneReportsFromOneOn) {
 TEST_F(LevelLoop, LevelsArriveSortedWithSupportsAndParents) {
   class checker : public recorder {
   public:
-    using recorder::level;
     using recorder::recorder;
-    void level(const sg_set *set) override {
+    bool level(const sg_set *set) override {
       sg_set_check(set);
       for (int i = 0; i < sg_set_size(set); i++) {
         const subgraph *sg = sg_set_get(set, i);
@@ -263,13 +294,14 @@ TEST_F(LevelLoop, LevelsArriveSortedWithSupportsAndParents) {
         EXPECT_EQ(sg_pid_size(sg) > 0, sg->g->es > 2);
         patterns++;
       }
+      return true;
     }
     int patterns = 0;
   };
   add(complete_graph(4));
   add(complete_graph(4));
   checker c(transactions.get(), 2);
-  EXPECT_EQ(mine_with(&c), 7);
+  EXPECT_EQ(mine_with(&c).last, 7);
   // The connected graphs on up to four vertices by edges: 1, 1, 3, 2, 1, 1.
   EXPECT_EQ(c.patterns, 9);
 }
@@ -314,25 +346,24 @@ namespace {
 // A level as it is when it is told, and the one below it.
 class two_level_checker : public recorder {
 public:
-  using recorder::level;
   using recorder::recorder;
   sg_set_ptr double_edges(const sg_set *edges) override {
     below = edges;
     return recorder::double_edges(edges);
   }
-  void count(sg_set *cand, const sg_set *prev) override {
+  void count(sg_set *cand, const sg_set *prev, work_watcher *watcher) override {
     expect_children(prev, 0); // of candidates there are none yet
     below = prev;
     for (int i = 0; i < sg_set_size(prev); i++) {
       const subgraph *sg = sg_set_get(prev, i);
       EXPECT_TRUE(sg->rows && sg->links && sg->tid);
     }
-    recorder::count(cand, prev);
+    recorder::count(cand, prev, watcher);
     expect_children(prev, 0);
   }
-  void level(const sg_set *set) override {
+  bool level(const sg_set *set) override {
     if (!below)
-      return;
+      return true;
     // Every pattern stands under the parents that it keeps, and nowhere else.
     int kept = 0;
     for (int id = 0; id < sg_set_size(set); id++) {
@@ -348,6 +379,7 @@ public:
         EXPECT_FALSE(sg->rows || sg->links || sg->tid);
       }
     levels++;
+    return true;
   }
   const sg_set *below = nullptr;
   int levels = 0;
@@ -373,7 +405,7 @@ TEST_F(LevelLoop, ChildrenAreRegisteredAndWhatCountingNeedsIsFreed) {
   add(complete_graph(4));
   add(complete_graph(4));
   two_level_checker c(transactions.get(), 2);
-  EXPECT_EQ(mine_with(&c), 7);
+  EXPECT_EQ(mine_with(&c).last, 7);
   EXPECT_EQ(c.levels, 5); // of sizes 2 to 6
 }
 

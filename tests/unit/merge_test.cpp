@@ -1,8 +1,10 @@
-#include "graph/merge.h"
+#include "reference/graph/merge.h"
 
 #include <gtest/gtest.h>
 
 #include "graph/edge_marks.h"
+#include "reference/graph/edge_marks.h"
+#include "reference/graph/graph.h"
 #include "support/fatal.h"
 #include "support/graphs.h"
 

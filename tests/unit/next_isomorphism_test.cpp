@@ -3,8 +3,8 @@
 #include <gtest/gtest.h>
 
 #include "base/error.h"
-#include "cl/isomorphism_work.h"
 #include "graph/connectivity.h"
+#include "reference/cl/isomorphism_calls.h"
 #include "support/fatal.h"
 #include "support/graphs.h"
 

@@ -6,6 +6,7 @@
 #include "mining/first_levels.h"
 #include "mining/parents.h"
 #include "mining/support.h"
+#include "reference/mining/sg_set.h"
 #include "support/records.h"
 
 namespace kestro {

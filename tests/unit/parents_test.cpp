@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include "reference/base/utils.h"
 #include "support/records.h"
 
 namespace kestro {

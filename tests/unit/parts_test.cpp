@@ -1,10 +1,11 @@
-#include "graph/parts.h"
+#include "reference/graph/parts.h"
 
 #include <vector>
 
 #include <gtest/gtest.h>
 
 #include "graph/connectivity.h"
+#include "reference/graph/connectivity.h"
 #include "support/fatal.h"
 #include "support/graphs.h"
 

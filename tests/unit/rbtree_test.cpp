@@ -1,4 +1,4 @@
-#include "base/rbtree.h"
+#include "reference/base/rbtree.h"
 
 #include <algorithm>
 #include <set>

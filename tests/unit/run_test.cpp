@@ -55,62 +55,62 @@ protected:
 } // namespace
 
 TEST(MinSupportCount, SupportOfZeroIsOneTransaction) {
-  EXPECT_EQ(min_support_count(0.0, 1000), 1);
+  EXPECT_EQ(clamped_support(0.0).graphs(1000), 1);
 }
 
 TEST(MinSupportCount, NegativeSupportIsOneTransaction) {
-  EXPECT_EQ(min_support_count(-7.5, 1000), 1);
-  EXPECT_EQ(min_support_count(-1e300, 1000), 1);
+  EXPECT_EQ(clamped_support(-7.5).graphs(1000), 1);
+  EXPECT_EQ(clamped_support(-1e300).graphs(1000), 1);
 }
 
 TEST(MinSupportCount, SupportAboveHundredIsAllTransactions) {
-  EXPECT_EQ(min_support_count(100.1, 1000), 1000);
-  EXPECT_EQ(min_support_count(1e300, 1000), 1000);
-  EXPECT_EQ(min_support_count(100.0, 1000), 1000);
+  EXPECT_EQ(clamped_support(100.1).graphs(1000), 1000);
+  EXPECT_EQ(clamped_support(1e300).graphs(1000), 1000);
+  EXPECT_EQ(clamped_support(100.0).graphs(1000), 1000);
 }
 
 TEST(MinSupportCount, TwoAndAHalfPerCentOfAThousandIsTwentyFive) {
-  EXPECT_EQ(min_support_count(2.5, 1000), 25);
+  EXPECT_EQ(clamped_support(2.5).graphs(1000), 25);
 }
 
 TEST(MinSupportCount, HalvesRoundUp) {
-  EXPECT_EQ(min_support_count(37.5, 4), 2);  // 1.5
-  EXPECT_EQ(min_support_count(62.5, 4), 3);  // 2.5
-  EXPECT_EQ(min_support_count(37.25, 4), 1); // 1.49
+  EXPECT_EQ(clamped_support(37.5).graphs(4), 2);  // 1.5
+  EXPECT_EQ(clamped_support(62.5).graphs(4), 3);  // 2.5
+  EXPECT_EQ(clamped_support(37.25).graphs(4), 1); // 1.49
 }
 
 TEST(MinSupportCount, BelowHalfATransactionIsOne) {
-  EXPECT_EQ(min_support_count(5.0, 1), 1);
-  EXPECT_EQ(min_support_count(0.01, 1000), 1);
+  EXPECT_EQ(clamped_support(5.0).graphs(1), 1);
+  EXPECT_EQ(clamped_support(0.01).graphs(1000), 1);
 }
 
 TEST(MinSupportCount, NanIsOneTransaction) {
-  EXPECT_EQ(min_support_count(std::nan(""), 1000), 1);
-  EXPECT_EQ(min_support_count(-std::nan(""), 1000), 1);
+  EXPECT_EQ(clamped_support(std::nan("")).graphs(1000), 1);
+  EXPECT_EQ(clamped_support(-std::nan("")).graphs(1000), 1);
 }
 
 TEST(MinSupportCount, InfiniteSupportIsAllTransactions) {
   const double infinity = std::numeric_limits<double>::infinity();
-  EXPECT_EQ(min_support_count(infinity, 1000), 1000);
-  EXPECT_EQ(min_support_count(-infinity, 1000), 1);
+  EXPECT_EQ(clamped_support(infinity).graphs(1000), 1000);
+  EXPECT_EQ(clamped_support(-infinity).graphs(1000), 1);
 }
 
 TEST(MinSupportCount, WithoutTransactionsItIsOne) {
-  EXPECT_EQ(min_support_count(5.0, 0), 1);
-  EXPECT_EQ(min_support_count(std::numeric_limits<double>::infinity(), 0), 1);
+  EXPECT_EQ(clamped_support(5.0).graphs(0), 1);
+  EXPECT_EQ(clamped_support(std::numeric_limits<double>::infinity()).graphs(0), 1);
 }
 
 // 0.3 is stored a little below its value and 0.1 a little above.  Of 500
 // transactions they are 1.5 and 0.5, less or more by 6e-17: an error that the
 // rounding of a double would swallow.
 TEST(MinSupportCount, ExtendedPrecisionDecidesBorderlineSupports) {
-  EXPECT_EQ(min_support_count(0.3, 500), 1);
-  EXPECT_EQ(min_support_count(0.1, 1500), 2);
+  EXPECT_EQ(clamped_support(0.3).graphs(500), 1);
+  EXPECT_EQ(clamped_support(0.1).graphs(1500), 2);
 }
 
 TEST(MinSupportCount, LargestTransactionCountIsNotExceeded) {
-  EXPECT_EQ(min_support_count(100.0, INT_MAX), INT_MAX);
-  EXPECT_EQ(min_support_count(200.0, INT_MAX), INT_MAX);
+  EXPECT_EQ(clamped_support(100.0).graphs(INT_MAX), INT_MAX);
+  EXPECT_EQ(clamped_support(200.0).graphs(INT_MAX), INT_MAX);
 }
 
 TEST_F(Run, NameWithANewlineIsRefused) {
@@ -398,15 +398,6 @@ TEST_F(Run, BadInputLeavesNoOutputs) {
   folder.write("db.g", "t\nv 0 A\nu 0 0 s\n");
   EXPECT_EQ(fatal_text([&] { run(); }), "graph.c:N: something wrong\n");
   EXPECT_EQ(folder.files().size(), 1u);
-}
-
-TEST_F(Run, WorkAreasMayBeFreedBetweenRuns) {
-  o.support = 30;
-  const std::string first = masked_time(run());
-  free_work_areas();
-  free_work_areas();
-  EXPECT_EQ(masked_time(run()), first);
-  free_work_areas();
 }
 
 TEST_F(Run, ThreadsDoNotShow) {

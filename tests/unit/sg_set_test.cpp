@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "reference/mining/sg_set.h"
 #include "support/fatal.h"
 #include "support/records.h"
 

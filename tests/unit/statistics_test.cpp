@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include "reference/mining/statistics.h"
 #include "support/fatal.h"
 
 namespace kestro {

@@ -1,4 +1,4 @@
-#include "support/stepwise/refine.h"
+#include "reference/cl/refine.h"
 
 #include <gtest/gtest.h>
 

@@ -1,10 +1,12 @@
-#include "support/stepwise/canonical_search.h"
+#include "reference/cl/canonical_search.h"
 
 #include <gtest/gtest.h>
 
+#include "reference/base/utils.h"
+#include "reference/cl/canonical.h"
+#include "reference/cl/refine.h"
+#include "reference/graph/graph.h"
 #include "support/graphs.h"
-#include "support/stepwise/canonical.h"
-#include "support/stepwise/refine.h"
 
 namespace kestro::stepwise {
 
@@ -172,23 +174,27 @@ TEST(StepwiseSearch, IsolatedRecordAtThePositionSkipsThePart) {
 
 TEST(StepwiseSearch, FixedVertexGoesAheadAndRefines) {
   const adjmat_ptr m = refined(ring_graph(4).get());
-  std::vector<int> saved(4);
-  fix_vertex(m.get(), 2, saved.data());
+  const std::vector<int> before = perm_of(m.get());
+  const std::vector<int> before_inverse(m->iperm, m->iperm + 4);
+  std::vector<int> perm(4), iperm(4), saved(4);
+  fix_vertex(m.get(), 2, perm.data(), iperm.data(), saved.data());
   EXPECT_EQ(m->parts, 3);
   EXPECT_EQ(perm_of(m.get()), (std::vector<int>{2, 1, 3, 0}));
   EXPECT_EQ(m->vertex[2].part, 0);
   EXPECT_EQ(m->vertex[3].part, 1);
   EXPECT_EQ(m->vertex[0].part, 2);
+  EXPECT_EQ(perm, before);
+  EXPECT_EQ(iperm, before_inverse);
   EXPECT_EQ(saved, (std::vector<int>{0, 0, 0, 0}));
 }
 
 TEST(StepwiseSearch, UnfixedPartitionReturnsAndTheOrderStays) {
   const adjmat_ptr m = refined(path_graph(5).get()); // 2 | 1 3 | 0 4
-  std::vector<int> saved(5);
-  fix_vertex(m.get(), 3, saved.data());
+  std::vector<int> perm(5), iperm(5), saved(5);
+  fix_vertex(m.get(), 3, perm.data(), iperm.data(), saved.data());
   EXPECT_EQ(m->parts, 5);
   EXPECT_EQ(perm_of(m.get()), (std::vector<int>{2, 3, 1, 4, 0}));
-  unfix_vertex(m.get(), saved.data());
+  unfix_vertex(m.get(), 3, perm.data(), iperm.data(), saved.data());
   EXPECT_EQ(m->parts, 3);
   EXPECT_EQ(std::vector<int>(m->part, m->part + 4),
             (std::vector<int>{0, 1, 3, 5}));
@@ -200,8 +206,9 @@ TEST(StepwiseSearch, UnfixedPartitionReturnsAndTheOrderStays) {
 TEST(StepwiseSearchDeathTest, FixedVertexMustStandInItsPart) {
   const adjmat_ptr m = refined(path_graph(3).get()); // 1 | 0 2
   m->vertex[1].part = 1;
-  std::vector<int> saved(3);
-  EXPECT_DEATH(fix_vertex(m.get(), 1, saved.data()), "hit");
+  std::vector<int> perm(3), iperm(3), saved(3);
+  EXPECT_DEATH(fix_vertex(m.get(), 1, perm.data(), iperm.data(), saved.data()),
+               "hit");
 }
 
 TEST(StepwiseSearch, OpenPartsAreFoundFromAPartOn) {

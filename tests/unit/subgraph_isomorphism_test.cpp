@@ -1,4 +1,4 @@
-#include "cl/subgraph_isomorphism.h"
+#include "reference/cl/subgraph_isomorphism.h"
 
 #include <gtest/gtest.h>
 
@@ -6,6 +6,8 @@
 
 #include "base/error.h"
 #include "graph/edge_marks.h"
+#include "reference/cl/isomorphism_calls.h"
+#include "reference/graph/edge_marks.h"
 #include "support/fatal.h"
 #include "support/graphs.h"
 

@@ -1,8 +1,9 @@
-#include "mining/subgraph_print.h"
+#include "reference/mining/subgraph_print.h"
 
 #include <gtest/gtest.h>
 
-#include "graph/graph_print.h"
+#include "reference/graph/graph_print.h"
+#include "reference/mining/subgraph.h"
 #include "support/records.h"
 #include "support/streams.h"
 

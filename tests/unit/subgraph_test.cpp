@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "mining/links.h"
+#include "reference/mining/subgraph.h"
 #include "support/fatal.h"
 #include "support/records.h"
 

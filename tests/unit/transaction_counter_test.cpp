@@ -1,4 +1,4 @@
-#include "driver/transaction_counter.h"
+#include "mining/transaction_counter.h"
 
 #include <vector>
 
@@ -8,6 +8,7 @@
 #include "mining/candidates.h"
 #include "mining/first_levels.h"
 #include "mining/parents.h"
+#include "reference/mining/subgraph.h"
 #include "support/graphs.h"
 
 namespace kestro {

@@ -4,6 +4,8 @@
 
 #include <utility>
 
+#include "reference/graph/graph.h"
+#include "reference/graph/transactions.h"
 #include "support/fatal.h"
 #include "support/graphs.h"
 #include "support/label_sets.h"
@@ -18,9 +20,21 @@ static const label_set *labels() {
   return ls.get();
 }
 
+static bool same_graphs(const ksstack *x, const ksstack *y) {
+  bool same = x->count == y->count;
+  for (int i = 0; same && i < x->count; i++)
+    same = same_structure(graph_list_at(x, i), graph_list_at(y, i));
+  return same;
+}
+
+// Read out of a text in memory, and pass by pass out of a stream.
 static graph_list_ptr read(const std::string &text) {
   const temp_file file(text);
-  return graph_list_ptr(graph_read_transactions(file.path(), labels()));
+  graph_list_ptr list(
+      graph_read_transactions(read_file(file.path()), labels()));
+  const graph_list_ptr plain(graph_read_transactions(file.path(), labels()));
+  EXPECT_TRUE(same_graphs(list.get(), plain.get())) << text;
+  return list;
 }
 
 // The only transaction of a text.
@@ -34,7 +48,13 @@ static graph_ptr read_one(const std::string &text) {
 }
 
 static std::string failure_of(const std::string &text) {
-  return fatal_text([&] { read(text); });
+  const temp_file file(text);
+  const std::string failure = fatal_text(
+      [&] { graph_read_transactions(read_file(file.path()), labels()); });
+  EXPECT_EQ(fatal_text([&] { graph_read_transactions(file.path(), labels()); }),
+            failure)
+      << text;
+  return failure;
 }
 
 static std::vector<int> vids_of(const graph *g) {
@@ -319,6 +339,10 @@ TEST(TransactionsFatal, DuplicateWhoseFirstIsTheLastRecordShowsLabelZero) {
 TEST(TransactionsFatal, DuplicateWhoseLabelIdDoesNotExist) {
   const label_set_ptr ls = label_set_of({"only"}, {"C"});
   const temp_file file("t\nv 0 C\nv 1 C\nu 0 1 only\nu 0 1 only\n");
+  EXPECT_EQ(fatal_text([&] {
+              graph_read_transactions(read_file(file.path()), ls.get());
+            }),
+            "stack.c:N: invalid index\n");
   EXPECT_EQ(fatal_text([&] { graph_read_transactions(file.path(), ls.get()); }),
             "stack.c:N: invalid index\n");
 }

@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include "reference/base/utils.h"
 #include "support/fatal.h"
 
 namespace kestro {

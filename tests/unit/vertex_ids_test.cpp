@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include "reference/graph/graph.h"
 #include "support/fatal.h"
 
 namespace kestro {

@@ -24,7 +24,8 @@ static graph_ptr edge_with_label(int label) {
 
 int main() {
   const graph_ptr g = edge_with_label(0);
-  const graph_ptr same(kestro::graph_copy(g.get()));
+  const graph_ptr same(kestro::graph_create(g->es, g->vs));
+  kestro::graph_copy_into(g.get(), same.get());
   const graph_ptr other = edge_with_label(1);
   const uint32_t key = kestro::graph_key(g.get());
   const bool equal = kestro::graph_key(same.get()) == key;

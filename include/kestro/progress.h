@@ -1,0 +1,22 @@
+// How far a run is.
+#pragma once
+
+namespace kestro {
+
+// How far a run is within one size of patterns.
+struct progress {
+  enum class step {
+    joining,  // items are the patterns whose children are joined
+    bounding, // items are candidates, here and in the next
+    counting,
+    complete, // items are the patterns found; told once, after they have been
+              // handed over
+  };
+  int size; // edges of what is being found; 1 and 2 only when complete
+  step at;
+  long long done;       // items
+  long long known;      // items of this step and size
+  long long candidates; // of this size, 0 while joining
+};
+
+} // namespace kestro

@@ -1,0 +1,24 @@
+// The id sets of pattern records, further: covers, and what the others go
+// without.
+#pragma once
+
+#include "mining/subgraph.h"
+
+namespace kestro {
+
+// Transactions in tid.
+int sg_support(const subgraph *sg);
+
+// add inserts unless present; clear keeps the memory.
+void sg_clear_child(subgraph *sg);
+void sg_add_tid(subgraph *sg, int tid);
+void sg_clear_tid(subgraph *sg);
+
+int sg_cover_size(const subgraph *sg);
+int sg_cover_at(const subgraph *sg, int i);
+void sg_add_cover(subgraph *sg, int id);
+bool sg_in_cover(const subgraph *sg, int id);
+void sg_remove_cover(subgraph *sg, int id); // if present
+void sg_clear_cover(subgraph *sg);
+
+} // namespace kestro

@@ -1,0 +1,144 @@
+// Mining a database level by level.
+//
+// The search is run over the database's transactions; what it finds is shown
+// to the listener as it lies in the search's memory.  A request to stop and the
+// time limit unwind the search; whatever was complete has been handed over.
+
+#include <kestro/mine.h>
+
+#include <algorithm>
+#include <climits>
+#include <optional>
+#include <string>
+
+#include <kestro/error.h>
+
+#include "base/interruption.h"
+#include "library/access.h"
+#include "library/level_data.h"
+#include "mining/level_loop.h"
+#include "mining/statistics.h"
+#include "mining/transaction_counter.h"
+
+namespace kestro {
+
+namespace {
+
+// Hands what the search finds on to a listener.
+class relay : public level_receiver {
+public:
+  relay(const database &db, const mine_options &options,
+        const interruption *stop, listener *to)
+      : transactions_(access::transactions(db)), labels_(access::label_set(db)),
+        options_(options), stop_(stop), to_(to) {}
+
+  void candidates(const sg_set *set) override {
+    if (sg_set_size(set) == 0 || !to_->wants_candidates())
+      return;
+    const level_data shown = look_at(set);
+    to_->on_candidates(access::level_of(&shown));
+  }
+
+  bool level(const sg_set *set) override {
+    level_data shown = look_at(set);
+    if (options_.keep_embeddings)
+      add_embeddings(&shown, transactions_, options_.jobs, stop_);
+    to_->on_level(access::level_of(&shown));
+    patterns_ += shown.count();
+    return patterns_ <= options_.pattern_limit.value_or(LLONG_MAX);
+  }
+
+  void advanced(const progress &now) override {
+    if (now.at == progress::step::complete)
+      last_complete_ = now.size;
+    to_->on_progress(now);
+  }
+
+  int last_complete() const { return last_complete_; }
+
+private:
+  level_data look_at(const sg_set *set) const {
+    return kestro::look_at(set, sg_set_get(set, 0)->g->es / 2, labels_);
+  }
+
+  const ksstack *transactions_;
+  const label_set *labels_;
+  const mine_options &options_;
+  const interruption *stop_;
+  listener *to_;
+  long long patterns_ = 0; // handed over
+  int last_complete_ = 0;  // size
+};
+
+} // namespace
+
+static void check(const mine_options &options) {
+  if (options.jobs < 1)
+    throw error("jobs must be at least 1, not " + std::to_string(options.jobs));
+  if (options.pattern_limit && *options.pattern_limit < 0)
+    throw error("the pattern limit must not be negative");
+  // Written so that a number that is none fails.
+  if (options.time_limit && !(options.time_limit->count() >= 0))
+    throw error("the time limit must be a number of seconds from 0 on");
+}
+
+static interruption interruption_of(const mine_options &options) {
+  using clock = std::chrono::steady_clock;
+  if (!options.time_limit)
+    return interruption(options.stop);
+  const clock::time_point now = clock::now();
+  // What lies beyond the clock's reach is no limit.
+  if (*options.time_limit >= clock::time_point::max() - now)
+    return interruption(options.stop);
+  return interruption(
+      options.stop,
+      now + std::chrono::duration_cast<clock::duration>(*options.time_limit));
+}
+
+static void add_counts(const statistics &stats, mining_summary *summary) {
+  for (int size = 0; size <= summary->last_size; size++)
+    summary->sizes.push_back({stats_get(&stats, stats_candidates, size),
+                              stats_get(&stats, stats_frequent, size)});
+  summary->order_dependent = stats.order_dependent;
+}
+
+mining_summary mine(const database &db, const mine_options &options,
+                    listener &to) {
+  check(options);
+  const interruption stop = interruption_of(options);
+  const label_set *const labels = access::label_set(db);
+  mining_summary summary;
+  summary.min_support = options.support.graphs(db.size());
+  statistics stats;
+  stats_init(&stats);
+  relay receiver(db, options, &stop, &to);
+  transaction_counter counter(access::transactions(db),
+                              label_set_edge_labels(labels),
+                              label_set_vertex_labels(labels),
+                              summary.min_support, options.jobs, &stop);
+  const int max_size = options.max_size.value_or(INT_MAX);
+  const mining_run run = {
+      options.min_size,
+      max_size,
+      {options.jobs, options.stabilizer_threshold, options.kind},
+      &receiver,
+      &counter,
+      &stats,
+      &stop};
+  try {
+    const search_end end = mine_levels(&run);
+    summary.last_size = end.last;
+    if (end.more)
+      summary.why =
+          end.last < max_size ? ending::pattern_limit : ending::max_size;
+  } catch (const interrupted &e) {
+    summary.last_size = receiver.last_complete();
+    summary.why = e.cause() == interruption_cause::stop_requested
+                      ? ending::stopped
+                      : ending::time_limit;
+  }
+  add_counts(stats, &summary);
+  return summary;
+}
+
+} // namespace kestro

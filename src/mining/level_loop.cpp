@@ -1,0 +1,147 @@
+// The level-wise search.
+//
+// Two levels are alive at a time: size k-2, whose child lists say which
+// patterns to join, and size k-1, the patterns themselves.  Each round turns
+// them into candidates of size k, drops most of these by the bound on their
+// transactions, counts the rest, and frees the older level.
+
+#include "mining/level_loop.h"
+
+#include <utility>
+
+#include "mining/links.h"
+#include "mining/parents.h"
+
+namespace kestro {
+
+namespace {
+
+// The two newest levels; null when not mined.
+struct level_pair {
+  sg_set_ptr prev;
+  sg_set_ptr cur;
+};
+
+} // namespace
+
+static int patterns_in(const sg_set_ptr &level) {
+  return level ? sg_set_size(level.get()) : 0;
+}
+
+// False when the receiver has enough.
+static bool report_level(const mining_run *run, const sg_set *level, int size,
+                         int candidates) {
+  const int n = sg_set_size(level);
+  bool more = true;
+  if (n > 0 && size >= run->minsize)
+    more = run->receiver->level(level);
+  run->receiver->advanced({size, progress::step::complete, n, n, candidates});
+  return more;
+}
+
+static void count_level(const mining_run *run, const sg_set *level, int size) {
+  stats_set(run->stats, stats_frequent, size, sg_set_size(level));
+}
+
+// Sizes 1 and 2, as far as there are patterns; returns the last one tried.
+// wanted becomes false when the receiver has enough.
+static int mine_first_levels(const mining_run *run, level_pair *levels,
+                             bool *wanted) {
+  if (run->maxsize < 1)
+    return 0;
+  check_interruption(run->stop);
+  levels->prev = run->counter->edges();
+  count_level(run, levels->prev.get(), 1);
+  if (patterns_in(levels->prev) == 0)
+    return 0;
+  *wanted = report_level(run, levels->prev.get(), 1, 0);
+  if (!*wanted || run->maxsize < 2)
+    return 1;
+  check_interruption(run->stop);
+  levels->cur = run->counter->double_edges(levels->prev.get());
+  count_level(run, levels->cur.get(), 2);
+  sg_register_children(levels->cur.get(), levels->prev.get(), run->stop);
+  if (patterns_in(levels->cur) > 0)
+    *wanted = report_level(run, levels->cur.get(), 2, 0);
+  return 2;
+}
+
+// Frees what is of no use to a level once the size above it has been counted:
+// the ways to its parents and where it occurs.
+static void free_after_use(sg_set *level, const interruption *stop) {
+  interruption_poll poll(stop);
+  for (int i = 0; i < sg_set_size(level); i++) {
+    poll.step();
+    subgraph *sg = sg_set_get(level, i);
+    sg_free_links(sg);
+    ksstack_free(std::exchange(sg->rows, nullptr));
+    ksstack_free(std::exchange(sg->tid, nullptr));
+  }
+}
+
+namespace {
+
+// Passes on how far one step of one size is.
+class step_watcher : public work_watcher {
+public:
+  step_watcher(level_receiver *to, const progress &start)
+      : to_(to), now_(start) {}
+  void advanced(int taken, int count) override {
+    now_.done = taken;
+    now_.known = count;
+    to_->advanced(now_);
+  }
+
+private:
+  level_receiver *to_;
+  progress now_;
+};
+
+} // namespace
+
+// Size k: moves the pair one level up; cur is null when no candidate is left.
+// False when the receiver has enough.
+static bool mine_level(const mining_run *run, int k, level_pair *levels) {
+  level_receiver *const to = run->receiver;
+  generation_options options = run->generation;
+  options.stop = run->stop;
+  step_watcher joining(to, {k, progress::step::joining, 0, 0, 0});
+  options.watcher = &joining;
+  generation made =
+      sg_generate_candidates(levels->cur.get(), levels->prev.get(), options);
+  run->stats->order_dependent += made.order_dependent;
+  sg_set_ptr cand = std::move(made.candidates);
+  const int generated = sg_set_size(cand.get());
+  stats_set(run->stats, stats_candidates, k, generated);
+  to->candidates(cand.get());
+  check_interruption(run->stop);
+  step_watcher bounding(to, {k, progress::step::bounding, 0, 0, generated});
+  run->counter->bound(cand.get(), levels->cur.get(), &bounding);
+  levels->prev = std::move(levels->cur);
+  const int bounded = sg_set_size(cand.get());
+  if (bounded == 0)
+    return true;
+  step_watcher counting(to, {k, progress::step::counting, 0, 0, generated});
+  counting.advanced(0, bounded);
+  check_interruption(run->stop);
+  run->counter->count(cand.get(), levels->prev.get(), &counting);
+  free_after_use(levels->prev.get(), run->stop);
+  sg_register_children(cand.get(), levels->prev.get(), run->stop);
+  count_level(run, cand.get(), k);
+  levels->cur = std::move(cand);
+  return report_level(run, levels->cur.get(), k, generated);
+}
+
+search_end mine_levels(const mining_run *run) {
+  level_pair levels;
+  bool wanted = true;
+  int last = mine_first_levels(run, &levels, &wanted);
+  while (wanted && last < run->maxsize && patterns_in(levels.cur) > 0) {
+    check_interruption(run->stop);
+    wanted = mine_level(run, ++last, &levels);
+  }
+  const sg_set_ptr &newest = last < 2 ? levels.prev : levels.cur;
+  return {last, run->maxsize < 1 || patterns_in(newest) > 0};
+}
+
+} // namespace kestro
