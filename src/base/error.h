@@ -69,8 +69,8 @@ std::string message_text(place at, const char *format, ...)
 
 } // namespace kestro
 
-// Runs a whole-structure checker (graph_check, sg_set_check) in
-// builds that ask for it; they cost more than what they check.
+// Runs a whole-structure checker (graph_check, sg_set_check) in builds that ask
+// for it; they cost more than what they check.
 #if KESTRO_CHECKERS
 #define KESTRO_STRUCTURE(checker) checker
 #else

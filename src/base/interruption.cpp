@@ -25,7 +25,7 @@ void interruption::check() const {
 }
 
 void interruption_poll::look() {
-  left_ = interval_;
+  left_ = interval_ - 1;
   check_interruption(stop_);
 }
 

@@ -68,12 +68,11 @@ public:
   // takes about a millisecond at most.
   explicit interruption_poll(const interruption *stop = nullptr,
                              int64_t interval = 1024)
-      : left_(interval), interval_(interval), stop_(stop) {}
+      : left_(interval - 1), interval_(interval), stop_(stop) {}
 
   // One more step; throws interrupted.
   void step(int64_t cost = 1) {
-    left_ -= cost;
-    if (left_ <= 0)
+    if ((left_ -= cost) < 0)
       look();
   }
 
@@ -82,7 +81,7 @@ public:
 private:
   void look();
 
-  int64_t left_; // until the next look
+  int64_t left_; // until the next look; the sign tells, in two instructions
   int64_t interval_;
   const interruption *stop_;
 };

@@ -32,8 +32,6 @@ static int advance(const isomorphism_work *work, int depth,
                    interruption_poll *poll) {
   if (depth == work->g1->vs)
     return 0;
-  if (poll)
-    poll->step(work->g2->vs);
   const int u = work->order[depth];
   const int image = work->map[u];
   if (image != -1 && advance(work, depth + 1, poll))
@@ -48,6 +46,8 @@ static int advance(const isomorphism_work *work, int depth,
       return 1;
     isomorphism_unmap_vertex(work, u);
   }
+  if (poll)
+    poll->step(work->g2->vs);
   return 0;
 }
 

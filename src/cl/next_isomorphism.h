@@ -14,7 +14,7 @@ namespace kestro {
 // map should be all -1 or a mapping, at most one vertex of which is unmapped;
 // else "irregular reentry" is printed on standard error, and the search goes on
 // from what is mapped.  Dies like every isomorphism call when g1 is larger than
-// g2.  poll, which may be null, has a step for each vertex advanced.
+// g2.  poll, which may be null, has a step for each dead end.
 int graph_next_isomorphism(isomorphism_arrays *arrays, const graph *g1,
                            const graph *g2, const int *order, int *map,
                            interruption_poll *poll = nullptr);

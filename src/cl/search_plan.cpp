@@ -165,9 +165,10 @@ void search_plan::set_rarest_first(const graph *pattern,
 // What is searched, with its arrays at hand.
 struct search_plan::target {
   target(const graph *t, const vertex_profile *p, search_memory *memory)
-      : v(t->v), e(t->e), elabel(t->elabel), vlabel(t->vlabel), profiles(p),
-        used(memory->used.data()), image(memory->image.data()) {}
+      : v(t->v), e(t->e), elabel(t->elabel), vlabel(t->vlabel), slots(t->es),
+        profiles(p), used(memory->used.data()), image(memory->image.data()) {}
   const int *v, *e, *elabel, *vlabel; // of the graph
+  int slots;                          // of the graph
   const vertex_profile *profiles;     // by vertex, or null
   char *used;                         // by vertex: 1 for images
   const int *image;                   // per depth
@@ -216,16 +217,6 @@ inline bool search_plan::fits(const plan_step &step, const target &to,
   return true;
 }
 
-// A step that leaves no vertex in use when it throws.
-static inline void count_step(search_memory *memory) {
-  try {
-    memory->poll.step();
-  } catch (const interrupted &) {
-    std::fill(memory->used.begin(), memory->used.end(), 0);
-    throw;
-  }
-}
-
 bool search_plan::find(const graph *t, int *image) {
   return find(t, &memory_, image);
 }
@@ -244,9 +235,10 @@ bool search_plan::find(const graph_profiles &profiles, int i, int *image) {
   return find(t, profiles.of(i), roots, count, &memory_, image);
 }
 
-// Makes room for a search of t.
+// Makes room for a search of t from the first root on.
 static void prepare(search_memory *memory, int vs, const graph *t) {
   memory->at.resize(static_cast<size_t>(vs));
+  memory->at[0] = 0;
   memory->image.resize(static_cast<size_t>(vs));
   if (memory->used.size() < static_cast<size_t>(t->vs))
     memory->used.resize(static_cast<size_t>(t->vs), 0);
@@ -259,7 +251,6 @@ bool search_plan::find(const graph *t, const vertex_profile *profiles,
                        int *image) const {
   prepare(memory, pattern_->vs, t);
   const target to(t, profiles, memory);
-  memory->at[0] = 0;
   if (!search(to, roots, root_count, 0, twin_images::ascending, memory))
     return false;
   write_image(*memory, image);
@@ -274,7 +265,6 @@ bool search_plan::first(const graph *t, twin_images twins,
     return false;
   prepare(memory, pattern_->vs, t);
   const target to(t, nullptr, memory);
-  memory->at[0] = 0;
   if (!search(to, nullptr, t->vs, 0, twins, memory))
     return false;
   write_image(*memory, image);
@@ -302,51 +292,101 @@ int search_plan::twins_up_to(int depth) const {
   return twins;
 }
 
-// Goes on at a depth until a mapping is complete, whose last image is not
-// marked as used, or, with none marked, until all have been tried.
-bool search_plan::search(const target &to, const int *roots, int root_count,
-                         int depth, twin_images twins,
-                         search_memory *memory) const {
-  const int last = pattern_->vs - 1;
-  char *const used = memory->used.data();
+// Goes on with the search below a root, from that depth on, until vertices have
+// been unmapped *left times, which it counts down.  Returns the depth that it
+// has come to: 0 when there is no mapping, the number of steps when all are
+// mapped.  Making no calls, it keeps all it needs in registers.
+template <twin_images Twins>
+int search_plan::walk(const target &to, int depth, int *left,
+                      search_memory *memory) const {
+  const int last = static_cast<int>(steps_.size()) - 1;
+  char *const used = to.used;
   int *const mapped = memory->image.data();
   int *const next_at = memory->at.data();
   const plan_step *const steps = steps_.data();
+  int count = *left;
   for (;;) {
     const plan_step &step = steps[depth];
     int at = next_at[depth];
     int w = -1; // the image found
-    if (step.anchor == -1) {
-      for (; at < root_count && w == -1; at++)
-        if (const int root = roots ? roots[at] : at;
-            to.vlabel[root] == step.vlabel && fits(step, to, root))
-          w = root;
-    } else {
-      const int end = to.v[mapped[step.anchor] + 1];
-      for (; at < end && w == -1; at++)
-        if (to.elabel[at] == step.anchor_label &&
-            to.vlabel[to.e[at]] == step.vlabel && fits(step, to, to.e[at]))
-          w = to.e[at];
-    }
+    const int end = to.v[mapped[step.anchor] + 1];
+    for (; at < end && w == -1; at++)
+      if (to.elabel[at] == step.anchor_label &&
+          to.vlabel[to.e[at]] == step.vlabel && fits(step, to, to.e[at]))
+        w = to.e[at];
     next_at[depth] = at;
     if (w == -1) {
-      if (depth == 0)
-        return false;
+      count--;
       depth--;
       used[mapped[depth]] = 0;
-      count_step(memory);
+      if (depth == 0 || count == 0)
+        break;
       continue;
     }
     mapped[depth] = w;
-    if (depth == last)
-      return true;
+    if (depth == last) {
+      depth++;
+      break;
+    }
     used[w] = 1;
     depth++;
     const plan_step &next = steps[depth];
     // The slots before a twin's image were tried for the twin.
-    next_at[depth] = next.twin != -1 && twins == twin_images::ascending
+    next_at[depth] = Twins == twin_images::ascending && next.twin != -1
                          ? next_at[next.twin]
                          : to.v[mapped[next.anchor]];
+  }
+  *left = count;
+  return depth;
+}
+
+// A look at the request that leaves no vertex in use when it throws.
+void search_plan::look(search_memory *memory) const {
+  try {
+    check_interruption(stop_);
+  } catch (const interrupted &) {
+    std::fill(memory->used.begin(), memory->used.end(), 0);
+    throw;
+  }
+}
+
+// Goes on at a depth, at 0 with the next root, until a mapping is complete,
+// whose last image is not marked as used, or, with none marked, until all have
+// been tried.
+bool search_plan::search(const target &to, const int *roots, int root_count,
+                         int depth, twin_images twins,
+                         search_memory *memory) const {
+  const int vs = pattern_->vs;
+  int *const next_at = memory->at.data();
+  const auto below = twins == twin_images::ascending
+                         ? &search_plan::walk<twin_images::ascending>
+                         : &search_plan::walk<twin_images::any>;
+  // No step looks at more than a few times the slots of the graph.
+  const int between_looks = 1 + (1 << 22) / (1 + to.slots);
+  int left = between_looks;
+  for (;;) {
+    while (0 < depth && depth < vs) {
+      depth = (this->*below)(to, depth, &left, memory);
+      if (left == 0) {
+        look(memory);
+        left = between_looks;
+      }
+    }
+    if (depth == vs)
+      return true;
+    int root = -1;
+    for (int &at = next_at[0]; at < root_count && root == -1; at++)
+      if (const int w = roots ? roots[at] : at;
+          to.vlabel[w] == steps_[0].vlabel && fits(steps_[0], to, w))
+        root = w;
+    if (root == -1)
+      return false;
+    memory->image[0] = root;
+    depth = 1;
+    if (vs > 1) {
+      to.used[root] = 1;
+      next_at[1] = to.v[root];
+    }
   }
 }
 

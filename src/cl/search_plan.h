@@ -37,14 +37,9 @@ struct plan_need {
 
 // What a search remembers on its way; kept from one to the next.
 struct search_memory {
-  // Searches throw interrupted when stop, which may be null, says so.
-  explicit search_memory(const interruption *stop = nullptr)
-      : poll(stop, 4096) {}
-
-  xvector<int> at;    // per depth: slot, or vertex at depth 0, looked at next
+  xvector<int> at;    // per depth: slot, or root at depth 0, looked at next
   xvector<int> image; // per depth: the vertex mapped to
   xvector<char> used; // by vertex: 1 for images, 0 between searches
-  interruption_poll poll; // a step is a vertex unmapped
 };
 
 // Which mappings are walked: all, or those in which the images of twins ascend,
@@ -55,8 +50,8 @@ enum class twin_images { any, ascending };
 // pattern is borrowed and must be without marks.
 class search_plan {
 public:
-  // Stop is for the searches that are given no memory.
-  explicit search_plan(const interruption *stop = nullptr) : memory_(stop) {}
+  // Searches throw interrupted when stop, which may be null, says so.
+  explicit search_plan(const interruption *stop = nullptr) : stop_(stop) {}
   // order lists the vertices such that each but the first has a neighbour
   // before it.
   search_plan(const graph *pattern, const int *order,
@@ -97,6 +92,9 @@ private:
             int root_count, search_memory *memory, int *image) const;
   bool search(const target &to, const int *roots, int root_count, int depth,
               twin_images twins, search_memory *memory) const;
+  template <twin_images Twins>
+  int walk(const target &to, int depth, int *left, search_memory *memory) const;
+  void look(search_memory *memory) const;
   void write_image(const search_memory &memory, int *image) const;
 
   // A vertex of the pattern while its place in the order is looked for.
@@ -109,6 +107,7 @@ private:
   int first_in_order(const graph_profiles &profiles) const;
   int next_in_order() const;
 
+  const interruption *stop_;
   const graph *pattern_ = nullptr;
   xvector<plan_step> steps_;
   xvector<plan_edge> closing_;

@@ -46,11 +46,13 @@ static void walk_edges(const graph *t, interruption_poll *poll, Visit visit) {
 
 // Calls visit once for every path of two edges, with its key and its vertices:
 // centre, va's end, vb's end.
-template <class Visit>
-static void walk_paths(const graph *t, interruption_poll *poll, Visit visit) {
+template <bool looks_within, class Visit>
+static void walk_paths_in(const graph *t, interruption_poll *poll,
+                          Visit visit) {
   for (int w = 0; w < t->vs; w++) {
     for (int j = t->v[w]; j < t->v[w + 1]; j++) {
-      poll->step(t->v[w + 1] - j);
+      if constexpr (looks_within)
+        poll->step(t->v[w + 1] - j);
       for (int k = j + 1; k < t->v[w + 1]; k++) {
         path_ends ends = {w, t->e[j], t->e[k]};
         path_key key = {t->vlabel[ends.a], t->vlabel[ends.b], t->vlabel[w],
@@ -64,6 +66,15 @@ static void walk_paths(const graph *t, interruption_poll *poll, Visit visit) {
       }
     }
   }
+}
+
+template <class Visit>
+static void walk_paths(const graph *t, interruption_poll *poll, Visit visit) {
+  poll->step(t->es);
+  if (t->es <= poll_interval / 64)
+    walk_paths_in<false>(t, poll, visit);
+  else
+    walk_paths_in<true>(t, poll, visit);
 }
 
 // The layout of a one-edge pattern, la <= lb.

@@ -12,6 +12,8 @@
 
 namespace kestro {
 
+static constexpr int search_cost = 16; // in edges placed, of a short search
+
 static size_t index(int i) { return static_cast<size_t>(i); }
 
 // The index of the parent's row for transaction tid, which its list holds.
@@ -55,8 +57,9 @@ template <class Image> int occurrence_finder::find_all(int minsup) {
   const int n = sg_tid_size(sg_);
   bool all_found = true;
   for (int i = 0; i < n;) {
-    poll_.step();
-    for (const int end = std::min(n, i + 32); i < end; i++) {
+    static constexpr int block = 256;
+    poll_.step(block);
+    for (const int end = std::min(n, i + block); i < end; i++) {
       found_[index(i)] = extend(i, row_of<Image>(i));
       all_found &= found_[index(i)];
     }
@@ -103,6 +106,7 @@ template <class Image> bool occurrence_finder::search(int i, Image *row) {
   const int tid = tids_[i];
   if (sg_->g->es > profiles_->graph_at(tid)->es)
     return false;
+  poll_.step(search_cost);
   if (!is_planned_)
     plan_.set_rarest_first(sg_->g, *profiles_);
   is_planned_ = true;

@@ -14,7 +14,7 @@ public:
   // stop, which may be null, says so.
   explicit occurrence_finder(const graph_profiles *profiles,
                              const interruption *stop = nullptr)
-      : profiles_(profiles), plan_(stop), poll_(stop, 8) {}
+      : profiles_(profiles), plan_(stop), poll_(stop, 2048) {}
 
   // Turns sg's tid from a bound into the transactions that sg occurs in, and
   // returns their number; prev holds sg's parents.  Fills sg's rows where sg
@@ -48,7 +48,7 @@ private:
   xvector<char> found_;     // by position in the bound
   xvector<int> image_;
   xvector<uint16_t> row_;  // for a row that is not kept
-  interruption_poll poll_; // a step is a few tens of transactions
+  interruption_poll poll_; // a step is an edge placed
 };
 
 } // namespace kestro

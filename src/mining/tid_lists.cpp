@@ -29,7 +29,7 @@ tid_lists::tid_lists(const sg_set *level, int transactions,
                      const interruption *stop)
     : level_(level), words_((static_cast<size_t>(transactions) + 63) / 64) {
   const size_t lists = static_cast<size_t>(sg_set_size(level));
-  interruption_poll poll(stop, 1 << 18);
+  interruption_poll poll(stop, 1 << 14);
   size_t held = 0;
   for (size_t i = 0; i < lists; i++) {
     const subgraph *sg = sg_set_get(level, static_cast<int>(i));

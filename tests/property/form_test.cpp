@@ -16,6 +16,7 @@
 #include <gtest/gtest.h>
 
 #include "driver/options.h"
+#include "reference/graph/graph.h"
 #include "support/graph_families.h"
 #include "support/program.h"
 #include "support/random_database.h"
@@ -53,8 +54,9 @@ outcome mine(const std::string &text, form kind, int jobs = 1,
   o.maxsize = maxsize;
   o.jobs = jobs;
   o.tid_list = o.parent_children_list = o.candidates = 1;
-  run_here(&o);
-  outcome found{"", folder.read("db.tid"), o.order_dependent, 0};
+  long long order_dependent;
+  run_here(&o, &order_dependent);
+  outcome found{"", folder.read("db.tid"), order_dependent, 0};
   // The head has the folder's name.
   const std::string patterns = folder.read("db.fp");
   const size_t first = patterns.find("\nt #");

@@ -16,6 +16,7 @@
 
 #include "driver/options.h"
 #include "subsets/certificate.h"
+#include "reference/graph/graph.h"
 #include "support/graph_families.h"
 #include "support/program.h"
 #include "support/run_files.h"

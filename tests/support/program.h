@@ -41,9 +41,11 @@ inline program_result run_program(const scratch_folder &folder,
 }
 
 // The report of a run in this process, which may fail as it likes.
-inline std::string run_here(options *o) {
+inline std::string run_here(options *o, long long *order_dependent = nullptr) {
   const file_ptr out(tmpfile());
-  run_kestro(o, out.get());
+  const mining_summary found = run_kestro(o, out.get());
+  if (order_dependent)
+    *order_dependent = found.order_dependent;
   std::string report(static_cast<size_t>(ftell(out.get())), '\0');
   rewind(out.get());
   report.resize(fread(report.data(), 1, report.size(), out.get()));

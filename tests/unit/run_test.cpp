@@ -18,7 +18,7 @@ namespace kestro {
 namespace {
 
 // Two triangles C-C-O and an edge C-C, single bonds but for one double bond.
-const char database[] = "t # 0\n"
+const char database_text[] = "t # 0\n"
                         "v 0 C\n"
                         "v 1 C\n"
                         "v 2 O\n"
@@ -41,7 +41,7 @@ const char database[] = "t # 0\n"
 class Run : public testing::Test {
 protected:
   Run() : input(folder.name("db.g")) {
-    folder.write("db.g", database);
+    folder.write("db.g", database_text);
     o.input_file = input.c_str();
   }
   // Its report.
@@ -115,7 +115,7 @@ TEST(MinSupportCount, LargestTransactionCountIsNotExceeded) {
 
 TEST_F(Run, NameWithANewlineIsRefused) {
   const std::string name = folder.name("db\nt # 1-0, 9.g");
-  folder.write("db\nt # 1-0, 9.g", database);
+  folder.write("db\nt # 1-0, 9.g", database_text);
   o.input_file = name.c_str();
   for (const int save_labels : {0, 1}) {
     o.save_labels = save_labels;
@@ -127,7 +127,7 @@ TEST_F(Run, NameWithANewlineIsRefused) {
 
 TEST_F(Run, NameMayHoldOtherControlCharacters) {
   const std::string name = folder.name("d\tb\r.g");
-  folder.write("d\tb\r.g", database);
+  folder.write("d\tb\r.g", database_text);
   o.input_file = name.c_str();
   EXPECT_NE(run().find(name), std::string::npos);
   EXPECT_TRUE(folder.has("d\tb\r.fp"));
@@ -361,7 +361,7 @@ TEST_F(Run, LabelFileThatIsTheInputIsFatal) {
   o.save_labels_file = input.c_str();
   EXPECT_EQ(fatal_text([&] { run(); }),
             "can't write a file '" + input + "': it is the input\n");
-  EXPECT_EQ(folder.read("db.g"), database);
+  EXPECT_EQ(folder.read("db.g"), database_text);
   // Also where other labels are loaded, so that the input is not read.
   const std::string labels = folder.name("labels");
   folder.write("labels", "V a\n");
@@ -369,7 +369,7 @@ TEST_F(Run, LabelFileThatIsTheInputIsFatal) {
   o.load_labels_file = labels.c_str();
   EXPECT_EQ(fatal_text([&] { run(); }),
             "can't write a file '" + input + "': it is the input\n");
-  EXPECT_EQ(folder.read("db.g"), database);
+  EXPECT_EQ(folder.read("db.g"), database_text);
 }
 
 TEST_F(Run, LabelFileThatCannotBeWrittenIsFatal) {

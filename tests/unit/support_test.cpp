@@ -342,6 +342,42 @@ TEST(CountFrequents, KeepsFrequentOnesWithExactCounts) {
   EXPECT_EQ(ids_of(sg_set_get(prev.get(), 0)->child), (ints{0, 1}));
 }
 
+TEST(CountFrequents, AgreesWithThePlainWay) {
+  int kept = 0;
+  for (unsigned seed = 0; seed < 20; seed++) {
+    test_rng rng(seed);
+    graph_list_ptr database(graph_list_new());
+    for (int tid = 0; tid < 8; tid++)
+      graph_list_push(random_graph(rng, {7, 9, 2, 1, true}), database.get());
+    const sg_set_ptr prev = level_with_tids({identity_of(8)});
+    const sg_set_ptr plain_prev = level_with_tids({identity_of(8)});
+    sg_set *cand = sg_set_create();
+    sg_set *plain_cand = sg_set_create();
+    for (int i = 0; i < 12; i++) {
+      const graph_ptr g = random_graph(rng, {4, 1, 2, 1, true});
+      if (sg_set_find(cand, canonical_record(g).get()) != -1)
+        continue;
+      sg_set_insert(cand, bounded(g, identity_of(8), {0}, prev));
+      sg_set_insert(plain_cand, bounded(g, identity_of(8), {0}, plain_prev));
+    }
+    const sg_set_ptr level(count_level(cand, prev.get(), database.get(), 3));
+    const sg_set_ptr plain(
+        sg_count_frequents(plain_cand, plain_prev.get(), database.get(), 3));
+    ASSERT_EQ(sg_set_size(level.get()), sg_set_size(plain.get()));
+    for (int id = 0; id < sg_set_size(plain.get()); id++) {
+      const subgraph *sg = sg_set_get(level.get(), id);
+      const subgraph *expected = sg_set_get(plain.get(), id);
+      EXPECT_EQ(sg_compare(sg, expected), 0);
+      EXPECT_EQ(sg->count, expected->count);
+      EXPECT_EQ(ids_of(sg->tid), ids_of(expected->tid)) << "seed " << seed;
+    }
+    EXPECT_EQ(ids_of(sg_set_get(prev.get(), 0)->child),
+              ids_of(sg_set_get(plain_prev.get(), 0)->child));
+    kept += sg_set_size(plain.get());
+  }
+  EXPECT_GT(kept, 20);
+}
+
 TEST(CountFrequents, ChildrenAreRegisteredUnderTheKeptParentsOnly) {
   const graph_list_ptr database = database_of(path_graph(4));
   const sg_set_ptr prev = level_with_tids({{0, 1, 2}, {0}, {0, 1}});
