@@ -15,9 +15,9 @@
 // the database that contain a pattern.  Vertices and graphs are numbered from
 // 0.
 //
-// Everything fails by throwing kestro::error, or std::bad_alloc where memory
-// runs out; nothing is printed.  Databases, results and matchers may be used by
-// any number of threads at once.
+// Everything fails by throwing kestro::error; memory that runs out may come as
+// std::bad_alloc, too.  Nothing is printed.  Databases, results and matchers
+// may be used by any number of threads at once.
 #pragma once
 
 #include <kestro/database.h>

@@ -1,4 +1,4 @@
-// Graphs: a copy of its own, and vertices looked up one by one.
+// Graphs: vertices looked up one by one.
 #pragma once
 
 #include "graph/graph.h"

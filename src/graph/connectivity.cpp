@@ -7,7 +7,7 @@
 
 namespace kestro {
 
-void graph_bfs_order(const graph *g, int *order) {
+int graph_bfs_order(const graph *g, int *order) {
   xvector<char> seen(static_cast<size_t>(g->vs), 0);
   int queued = 0;
   const auto append = [&](int u) {
@@ -24,6 +24,7 @@ void graph_bfs_order(const graph *g, int *order) {
       if (!seen[static_cast<size_t>(g->e[j])])
         append(g->e[j]);
   }
+  return queued;
 }
 
 } // namespace kestro

@@ -41,6 +41,12 @@ graph *graph_create(int es, int vs) {
   return graph_init(xmalloc(graph_size(es, vs)), es, vs);
 }
 
+graph *graph_copy(const graph *g) {
+  graph *copy = graph_create(g->es, g->vs);
+  graph_copy_into(g, copy);
+  return copy;
+}
+
 static void copy_ints(const int *from, int count, int *to) {
   memcpy(to, from, ints(count) * sizeof(int));
 }

@@ -81,7 +81,8 @@ struct prepared_pattern {
         vertex_labels(g->vlabel, g->vs, ls->vertex_labels),
         edge_labels(g->elabel, g->es, ls->edge_labels),
         order(static_cast<size_t>(g->vs)) {
-    graph_bfs_order(g, order.data());
+    if (graph_bfs_order(g, order.data()) < g->vs)
+      throw error("the pattern is not connected");
     plan.set(pattern.get(), order.data());
   }
 
@@ -160,8 +161,11 @@ matcher::matcher(graph_view pattern) {
   const graph *g = access::graph_of(pattern);
   if (g->vs == 0)
     throw error("the pattern has no vertex");
+<<<<<<< HEAD
   if (!is_connected(g))
     throw error("the pattern is not connected");
+=======
+>>>>>>> face
   state_ = std::make_shared<const state>(g, access::label_set(pattern));
 }
 

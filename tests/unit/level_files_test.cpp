@@ -8,6 +8,8 @@
 #include <gtest/gtest.h>
 
 #include "graph/graph_list.h"
+#include "library/access.h"
+#include "library/level_data.h"
 #include "mining/first_levels.h"
 #include "support/fatal.h"
 #include "support/graphs.h"
@@ -42,6 +44,14 @@ protected:
   void open_all() {
     locks.clear();
     locks = open_outputs(&o, report);
+  }
+  void write_level(sg_set_ptr set) {
+    const level_data shown = look_at(set.get(), 1, ls.get());
+    level_files(&o).write_level(access::level_of(&shown));
+  }
+  void write_candidates(sg_set_ptr set) {
+    const level_data shown = look_at(set.get(), 1, ls.get());
+    level_files(&o).write_candidates(access::level_of(&shown));
   }
   // The text of the failure to open the outputs.
   std::string refusal() {
@@ -255,7 +265,7 @@ TEST_F(LevelFiles, LevelThatCannotBeWrittenIsFatal) {
   std::filesystem::create_symlink("/dev/full", folder.name("db.fp"));
   open_all();
   EXPECT_EQ(fatal_text([&] {
-              level_files(&o, ls.get()).level(one_edge_level().get());
+              write_level(one_edge_level());
             }),
             "can't write a file '" + folder.name("db.fp") + "'\n");
 }
@@ -267,9 +277,8 @@ TEST_F(LevelFiles, EveryListIsCheckedUnderItsName) {
     std::filesystem::create_symlink("/dev/full", folder.name(file));
     open_all();
     EXPECT_EQ(fatal_text([&] {
-                level_files files(&o, ls.get());
-                files.candidates(one_edge_level().get());
-                files.level(one_edge_level().get());
+                write_candidates(one_edge_level());
+                write_level(one_edge_level());
               }),
               "can't write a file '" + folder.name(file) + "'\n");
     std::filesystem::remove(folder.name(file));
@@ -294,7 +303,7 @@ TEST_F(LevelFiles, ClosingTellsOfWhatIsNotWritten) {
 TEST_F(LevelFiles, LevelGoesToEveryListThatIsOpen) {
   o.candidates = o.parent_children_list = o.tid_list = 1;
   open_all();
-  level_files(&o, ls.get()).level(one_edge_level().get());
+  write_level(one_edge_level());
   EXPECT_EQ(folder.read("db.fp"), edge_pattern);
   EXPECT_EQ(folder.read("db.tid"), "1-0 0 1\n");
   EXPECT_EQ(folder.read("db.pc"), "1-0\n");
@@ -303,7 +312,7 @@ TEST_F(LevelFiles, LevelGoesToEveryListThatIsOpen) {
 
 TEST_F(LevelFiles, LevelGoesToThePatternFileAlone) {
   open_all();
-  level_files(&o, ls.get()).level(one_edge_level().get());
+  write_level(one_edge_level());
   EXPECT_EQ(folder.read("db.fp"), edge_pattern);
   EXPECT_EQ(folder.files().size(), 1u);
 }
@@ -311,14 +320,14 @@ TEST_F(LevelFiles, LevelGoesToThePatternFileAlone) {
 TEST_F(LevelFiles, CandidatesGoToTheCandidateFile) {
   o.candidates = 1;
   open_all();
-  level_files(&o, ls.get()).candidates(one_edge_level().get());
+  write_candidates(one_edge_level());
   EXPECT_EQ(folder.read("db.c.g"), edge_pattern);
   EXPECT_EQ(folder.read("db.fp"), "");
 }
 
 TEST_F(LevelFiles, CandidatesAreDroppedWithoutACandidateFile) {
   open_all();
-  level_files(&o, ls.get()).candidates(one_edge_level().get());
+  write_candidates(one_edge_level());
   close_outputs(&o);
   EXPECT_EQ(folder.files().size(), 1u);
   EXPECT_EQ(folder.read("db.fp"), "");
@@ -327,8 +336,7 @@ TEST_F(LevelFiles, CandidatesAreDroppedWithoutACandidateFile) {
 TEST_F(LevelFiles, EmptyLevelWritesNothing) {
   o.parent_children_list = o.tid_list = 1;
   open_all();
-  const sg_set_ptr empty(sg_set_create());
-  level_files(&o, ls.get()).level(empty.get());
+  write_level(sg_set_ptr(sg_set_create()));
   close_outputs(&o);
   EXPECT_EQ(folder.read("db.fp") + folder.read("db.pc") + folder.read("db.tid"),
             "");
@@ -336,16 +344,7 @@ TEST_F(LevelFiles, EmptyLevelWritesNothing) {
 
 TEST_F(LevelFiles, LevelWithoutAPatternFileIsFatal) {
   EXPECT_EQ(fatal_text([&] {
-              level_files(&o, ls.get()).level(one_edge_level().get());
-            }),
-            "subgraph.c:N: no output file specified\n");
-}
-
-TEST_F(LevelFiles, LevelWithoutAnAskedListIsFatal) {
-  open_all();
-  o.tid_list = 1;
-  EXPECT_EQ(fatal_text([&] {
-              level_files(&o, ls.get()).level(one_edge_level().get());
+              write_level(one_edge_level());
             }),
             "subgraph.c:N: no output file specified\n");
 }

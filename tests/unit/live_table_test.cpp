@@ -4,78 +4,98 @@
 
 #include <gtest/gtest.h>
 
-#include "mining/statistics.h"
 #include "support/streams.h"
 
 namespace kestro {
 namespace {
 
+progress counting(int size, long long candidates) {
+  return {size, progress::step::counting, 0, candidates - 1, candidates};
+}
+
+progress complete(int size, long long patterns) {
+  return {size, progress::step::complete, patterns, patterns, 120};
+}
+
 class LiveTable : public testing::Test {
 protected:
-  LiveTable() {
-    stats_init(&stats);
-    stats_set(&stats, stats_frequent, 1, 4);
-    stats_set(&stats, stats_frequent, 2, 12);
-    stats_set(&stats, stats_candidates, 3, 120);
-    stats_set(&stats, stats_frequent, 3, 7);
-  }
-
   template <class Callable> std::string shown(Callable tell) const {
     return written_text([&](FILE *out) {
-      live_table table(out, false, &stats);
+      live_table table(&o, out);
       tell(table);
     });
   }
 
-  statistics stats;
+  options o;
 };
 
 } // namespace
 
 TEST_F(LiveTable, FirstRowBringsTheHeading) {
-  EXPECT_EQ(shown([](live_table &t) { t.level(1); }),
+  EXPECT_EQ(shown([](live_table &t) { t.show(complete(1, 4)); }),
             "  Size Candidates Frequent Patterns \n"
             "  1               4                 \n");
 }
 
 TEST_F(LiveTable, SecondRowHasNoHeading) {
-  EXPECT_EQ(shown([](live_table &t) { t.level(2); }),
+  EXPECT_EQ(shown([](live_table &t) { t.show(complete(2, 12)); }),
             "  2               12                \n");
 }
 
 TEST_F(LiveTable, LaterRowsComeInTwoHalves) {
-  EXPECT_EQ(shown([](live_table &t) { t.candidates(3); }),
+  EXPECT_EQ(shown([](live_table &t) { t.show(counting(3, 120)); }),
             "  3    120        ");
-  EXPECT_EQ(shown([](live_table &t) { t.level(3); }), "7                 \n");
+  EXPECT_EQ(shown([](live_table &t) { t.show(complete(3, 7)); }),
+            "7                 \n");
 }
 
 TEST_F(LiveTable, FrequentHalfOfAnEmptyLevelShowsZero) {
-  stats_set(&stats, stats_frequent, 3, 0);
   EXPECT_EQ(shown([](live_table &t) {
-              t.candidates(3);
-              t.level(3);
+              t.show(counting(3, 120));
+              t.show(complete(3, 0));
             }),
             "  3    120        0                 \n");
+}
+
+TEST_F(LiveTable, StepsWithinASizeAreNotShown) {
+  EXPECT_EQ(shown([](live_table &t) {
+              t.show({3, progress::step::joining, 1, 2, 0});
+              t.show({3, progress::step::bounding, 1, 130, 130});
+              t.show(counting(3, 120));
+              t.show({3, progress::step::counting, 1, 119, 120});
+              t.show(complete(3, 7));
+            }),
+            "  3    120        7                 \n");
+}
+
+TEST_F(LiveTable, SizesThatAreNotReportedAreNotShown) {
+  o.minsize = 4;
+  EXPECT_EQ(shown([](live_table &t) {
+              t.show(complete(1, 4));
+              t.show(counting(3, 120));
+              t.show(complete(3, 7));
+              t.show(counting(4, 5));
+            }),
+            "  4    5          ");
 }
 
 TEST_F(LiveTable, HalvesAreFlushedAtOnce) {
   char *text = nullptr;
   size_t length = 0;
   FILE *out = open_memstream(&text, &length);
-  live_table table(out, false, &stats);
-  table.candidates(3);
+  live_table table(&o, out);
+  table.show(counting(3, 120));
   EXPECT_EQ(std::string(text, length), "  3    120        ");
   fclose(out);
   free(text);
 }
 
-TEST_F(LiveTable, SilentTableShowsNothing) {
-  EXPECT_EQ(written_text([&](FILE *out) {
-              live_table table(out, true, &stats);
-              table.level(1);
-              table.level(2);
-              table.candidates(3);
-              table.level(3);
+TEST_F(LiveTable, RunForMaximalPatternsShowsNothing) {
+  o.maximal = 1;
+  EXPECT_EQ(shown([](live_table &t) {
+              t.show(complete(1, 4));
+              t.show(counting(3, 120));
+              t.show(complete(3, 7));
             }),
             "");
 }

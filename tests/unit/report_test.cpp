@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include "graph/graph_list.h"
+#include "library/access.h"
 #include "mining/statistics.h"
 #include "support/graphs.h"
 #include "support/streams.h"
@@ -22,19 +23,28 @@ xptr<char> file_name(const char *input, const char *suffix) {
 // an edge.
 class Header : public testing::Test {
 protected:
-  Header() : list(graph_list_new()), ls(label_set_create()) {
+  Header() {
     o.input_file = "db.g";
     o.min_support_count = 2;
     o.pattern_file = file_name("db.g", ".fp");
+  }
+
+  void add(graph_ptr g) { graphs.push_back(std::move(g)); }
+  // The graphs, with three vertex labels and one edge label.
+  database transactions() const {
+    label_set_ptr ls(label_set_create());
     for (const char *label : {"A", "B", "C"})
       label_set_add_vertex_label(ls.get(), label);
     label_set_add_edge_label(ls.get(), "s");
+    graph_list_ptr list(graph_list_new());
+    for (const graph_ptr &g : graphs)
+      graph_list_push(graph_ptr(graph_copy(g.get())), list.get());
+    return access::make_database(std::move(list),
+                                 access::make_labels(std::move(ls)));
   }
-
-  void add(graph_ptr g) { graph_list_push(std::move(g), list.get()); }
   std::string text(const char *prefix = "") const {
     return written_text([&](FILE *out) {
-      print_header(&o, list.get(), ls.get(), out, prefix);
+      print_header(&o, transactions(), out, prefix);
     });
   }
   // The value shown behind name.
@@ -48,8 +58,7 @@ protected:
   }
 
   options o;
-  graph_list_ptr list;
-  label_set_ptr ls;
+  std::vector<graph_ptr> graphs;
 };
 
 class Table : public testing::Test {
