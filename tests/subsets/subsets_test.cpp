@@ -15,8 +15,8 @@
 #include <gtest/gtest.h>
 
 #include "driver/options.h"
-#include "subsets/certificate.h"
 #include "reference/graph/graph.h"
+#include "subsets/certificate.h"
 #include "support/graph_families.h"
 #include "support/program.h"
 #include "support/run_files.h"

@@ -264,9 +264,7 @@ TEST_F(LevelFiles, InputAndOutputMayBeOneDevice) {
 TEST_F(LevelFiles, LevelThatCannotBeWrittenIsFatal) {
   std::filesystem::create_symlink("/dev/full", folder.name("db.fp"));
   open_all();
-  EXPECT_EQ(fatal_text([&] {
-              write_level(one_edge_level());
-            }),
+  EXPECT_EQ(fatal_text([&] { write_level(one_edge_level()); }),
             "can't write a file '" + folder.name("db.fp") + "'\n");
 }
 
@@ -343,9 +341,7 @@ TEST_F(LevelFiles, EmptyLevelWritesNothing) {
 }
 
 TEST_F(LevelFiles, LevelWithoutAPatternFileIsFatal) {
-  EXPECT_EQ(fatal_text([&] {
-              write_level(one_edge_level());
-            }),
+  EXPECT_EQ(fatal_text([&] { write_level(one_edge_level()); }),
             "subgraph.c:N: no output file specified\n");
 }
 

@@ -43,9 +43,8 @@ protected:
                                  access::make_labels(std::move(ls)));
   }
   std::string text(const char *prefix = "") const {
-    return written_text([&](FILE *out) {
-      print_header(&o, transactions(), out, prefix);
-    });
+    return written_text(
+        [&](FILE *out) { print_header(&o, transactions(), out, prefix); });
   }
   // The value shown behind name.
   std::string value(const std::string &name) const {

@@ -19,23 +19,23 @@ namespace {
 
 // Two triangles C-C-O and an edge C-C, single bonds but for one double bond.
 const char database_text[] = "t # 0\n"
-                        "v 0 C\n"
-                        "v 1 C\n"
-                        "v 2 O\n"
-                        "u 0 1 s\n"
-                        "u 1 2 s\n"
-                        "u 0 2 s\n"
-                        "t # 1\n"
-                        "v 0 C\n"
-                        "v 1 C\n"
-                        "v 2 O\n"
-                        "u 0 1 d\n"
-                        "u 1 2 s\n"
-                        "u 0 2 s\n"
-                        "t # 2\n"
-                        "v 0 C\n"
-                        "v 1 C\n"
-                        "u 0 1 s\n";
+                             "v 0 C\n"
+                             "v 1 C\n"
+                             "v 2 O\n"
+                             "u 0 1 s\n"
+                             "u 1 2 s\n"
+                             "u 0 2 s\n"
+                             "t # 1\n"
+                             "v 0 C\n"
+                             "v 1 C\n"
+                             "v 2 O\n"
+                             "u 0 1 d\n"
+                             "u 1 2 s\n"
+                             "u 0 2 s\n"
+                             "t # 2\n"
+                             "v 0 C\n"
+                             "v 1 C\n"
+                             "u 0 1 s\n";
 
 // A run of the library on FILE "db.g" in a folder of its own.
 class Run : public testing::Test {
@@ -97,7 +97,8 @@ TEST(MinSupportCount, InfiniteSupportIsAllTransactions) {
 
 TEST(MinSupportCount, WithoutTransactionsItIsOne) {
   EXPECT_EQ(clamped_support(5.0).graphs(0), 1);
-  EXPECT_EQ(clamped_support(std::numeric_limits<double>::infinity()).graphs(0), 1);
+  EXPECT_EQ(clamped_support(std::numeric_limits<double>::infinity()).graphs(0),
+            1);
 }
 
 // 0.3 is stored a little below its value and 0.1 a little above.  Of 500
