@@ -62,12 +62,6 @@ void graph_copy_into(const graph *src, graph *dst) {
   copy_ints(src->vlabel, src->vs, dst->vlabel);
 }
 
-graph *graph_copy(const graph *g) {
-  graph *copy = graph_create(g->es, g->vs);
-  graph_copy_into(g, copy);
-  return copy;
-}
-
 void graph_free(graph *g) {
   if (!g)
     return;

@@ -38,11 +38,7 @@ size_t graph_size(int es, int vs);
 graph *graph_init(void *memory, int es, int vs);
 // The same in a new block; freed with graph_free.
 graph *graph_create(int es, int vs);
-<<<<<<< HEAD
-// A new block with the same contents; freed likewise.
-=======
 // A new graph with all that g holds; likewise.
->>>>>>> face
 graph *graph_copy(const graph *g);
 // Copies src into the arrays of dst, which must have room for them.
 void graph_copy_into(const graph *src, graph *dst);

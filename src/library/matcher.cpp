@@ -139,20 +139,6 @@ private:
 
 } // namespace
 
-// Whether all vertices of g, which has one, can be reached from the first.
-static bool is_connected(const graph *g) {
-  std::vector<char> seen(static_cast<size_t>(g->vs), 0);
-  std::vector<int> reached = {0};
-  seen[0] = 1;
-  for (size_t i = 0; i < reached.size(); i++)
-    for (int j = g->v[reached[i]]; j < g->v[reached[i] + 1]; j++)
-      if (char &s = seen[static_cast<size_t>(g->e[j])]; !s) {
-        s = 1;
-        reached.push_back(g->e[j]);
-      }
-  return reached.size() == seen.size();
-}
-
 struct matcher::state : prepared_pattern {
   using prepared_pattern::prepared_pattern;
 };
@@ -161,11 +147,6 @@ matcher::matcher(graph_view pattern) {
   const graph *g = access::graph_of(pattern);
   if (g->vs == 0)
     throw error("the pattern has no vertex");
-<<<<<<< HEAD
-  if (!is_connected(g))
-    throw error("the pattern is not connected");
-=======
->>>>>>> face
   state_ = std::make_shared<const state>(g, access::label_set(pattern));
 }
 
