@@ -40,8 +40,9 @@ TEST(LibraryDatabase, ReadsWhatTheProgramReads) {
   const temp_file file(untidy);
   const database db = database::read(file.path());
   label_set_ptr ls(label_set_create());
-  label_set_build(file.path(), ls.get());
-  const graph_list_ptr graphs(graph_read_transactions(file.path(), ls.get()));
+  label_set_build(read_file(file.path()), ls.get());
+  const graph_list_ptr graphs(
+      graph_read_transactions(read_file(file.path()), ls.get()));
   ASSERT_EQ(db.size(), graphs->count);
   ASSERT_EQ(db.size(), 2);
   for (int tid = 0; tid < db.size(); tid++)

@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-#include "driver/run.h"
+#include "mining/min_support.h"
 #include "support/library_error.h"
 
 namespace kestro {
@@ -38,7 +38,7 @@ TEST(LibraryMinimumSupport, PercentagesAreTheProgramsOwn) {
   for (int tenth = 0; tenth <= 1000; tenth++)
     for (const int n : {0, 1, 3, 7, 40, 422, 1000, 98765})
       ASSERT_EQ(minimum_support::percentage(tenth / 10.0).graphs(n),
-                min_support_count(tenth / 10.0, n))
+                min_support_of_share(tenth / 10.0 / 100.0L, n))
           << tenth << " of " << n;
 }
 
