@@ -1,6 +1,6 @@
-# What `cmake --install` lays down: the program, the library with its headers
-# under include/kestro, the CMake package of find_package(kestro), the man page,
-# the shell completions and the papers.
+# What `cmake --install` lays down: the program, the library with its public
+# headers, the CMake package of find_package(kestro), the man page, the shell
+# completions and the papers.
 
 include(CMakePackageConfigHelpers)
 
@@ -10,8 +10,7 @@ if(TARGET kestro)
   install(TARGETS kestro)
 endif()
 install(TARGETS kestro_core EXPORT kestro_targets)
-install(DIRECTORY src/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/kestro
-        FILES_MATCHING PATTERN "*.h")
+install(DIRECTORY include/kestro DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 
 install(EXPORT kestro_targets NAMESPACE kestro:: DESTINATION ${package_dir}
         FILE kestro-targets.cmake)

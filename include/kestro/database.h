@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 
+#include <kestro/export.h>
 #include <kestro/graph_view.h>
 #include <kestro/labels.h>
 
@@ -14,7 +15,7 @@ namespace kestro {
 
 // Graphs with their labels.  Immutable; copies share the graphs, and any number
 // of threads may use them.
-class database {
+class KESTRO_API database {
 public:
   database();                           // no graphs
   database(const database &) = default; // and no move, as for labels
@@ -53,7 +54,7 @@ struct labelled_edge {
 
 // Builds a database in memory, graph by graph.  What has been moved from can
 // only be assigned to or destroyed.
-class database_builder {
+class KESTRO_API database_builder {
 public:
   database_builder();
   // With the labels given, which must hold all that are added.

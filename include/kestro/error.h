@@ -5,12 +5,14 @@
 #include <memory>
 #include <string>
 
+#include <kestro/export.h>
+
 namespace kestro {
 
 // Bad input, a file that can't be read or written, an argument that makes no
 // sense, memory that has run out.  what() is the whole text, without a newline
 // at its end.
-class error : public std::exception {
+class KESTRO_API error : public std::exception {
 public:
   // The text, and where it happened: a file's path, empty for none, and the
   // number of the line in it from 1 on, 0 for none.

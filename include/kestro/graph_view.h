@@ -6,6 +6,8 @@
 #include <span>
 #include <string_view>
 
+#include <kestro/export.h>
+
 namespace kestro {
 
 struct graph;
@@ -21,7 +23,7 @@ struct edge {
 // Borrows a graph of a database or of a result, and its labels; valid as long
 // as a copy of that database or result is.  Functions throw error for a vertex
 // or an id out of range.
-class graph_view {
+class KESTRO_API graph_view {
 public:
   class edge_iterator;
   class edge_range;
@@ -47,7 +49,7 @@ private:
 
 // Walks the edges of a graph; to its end that costs a step per vertex and two
 // per edge.
-class graph_view::edge_iterator {
+class KESTRO_API graph_view::edge_iterator {
 public:
   using value_type = edge;
   using difference_type = std::ptrdiff_t;

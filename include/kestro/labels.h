@@ -6,11 +6,13 @@
 #include <string>
 #include <string_view>
 
+#include <kestro/export.h>
+
 namespace kestro {
 
 // Vertex labels and edge labels, each kind in ascending byte order without
 // repeats; a label's id is its position.  Immutable; copies share one set.
-class labels {
+class KESTRO_API labels {
 public:
   labels();                         // none
   labels(const labels &) = default; // and no move: what was copied from stays

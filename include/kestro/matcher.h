@@ -6,6 +6,7 @@
 #include <vector>
 
 #include <kestro/database.h>
+#include <kestro/export.h>
 #include <kestro/graph_view.h>
 #include <kestro/mine.h>
 
@@ -20,7 +21,7 @@ using embedding = std::vector<int>;
 // vertices of the same label, and edges onto edges of the same label; the graph
 // may have further edges between them.  Embeddings come in lexicographic order
 // along order().
-class matcher {
+class KESTRO_API matcher {
 public:
   // Copies the pattern.  Throws error when it is not connected or has no
   // vertex.
@@ -46,7 +47,7 @@ private:
 
 // Many patterns at once: those of a result.  A pattern is not looked for where
 // one of its parents is missing.
-class lattice_matcher {
+class KESTRO_API lattice_matcher {
 public:
   explicit lattice_matcher(const result &patterns);
   lattice_matcher(const lattice_matcher &) = default;

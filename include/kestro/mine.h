@@ -12,6 +12,7 @@
 #include <vector>
 
 #include <kestro/database.h>
+#include <kestro/export.h>
 #include <kestro/form.h>
 #include <kestro/graph_view.h>
 #include <kestro/minimum_support.h>
@@ -51,7 +52,7 @@ struct level_data;
 
 // One pattern of a level.  Borrows from what it came from: a level, which
 // lasts for a call, or a result.
-class pattern {
+class KESTRO_API pattern {
 public:
   int size() const; // edges
   int id() const;   // number in its level; the program calls it size-id
@@ -77,7 +78,7 @@ private:
 };
 
 // All patterns of one size, in the order of their ids.
-class level {
+class KESTRO_API level {
 public:
   int size() const;     // edges of each
   int patterns() const; // how many
@@ -91,7 +92,7 @@ private:
 
 // Who receives what a run finds, as it finds it.  All calls come from the
 // thread that called mine; what they throw ends the run and comes out of it.
-class listener {
+class KESTRO_API listener {
 public:
   virtual ~listener() = default;
   // A complete level of at least min_size, not empty; valid for the call.
@@ -125,13 +126,13 @@ struct mining_summary {
 
 // Mines and hands over level by level; only what the newest levels need is in
 // memory.  Throws error for options out of range.
-mining_summary mine(const database &db, const mine_options &options,
-                    listener &to);
+KESTRO_API mining_summary mine(const database &db, const mine_options &options,
+                               listener &to);
 
 struct result_data;
 
 // All patterns of a run, in memory.  Copies share them.
-class result {
+class KESTRO_API result {
 public:
   class iterator;
 
@@ -163,7 +164,7 @@ private:
 };
 
 // Mines into memory.
-result mine(const database &db, const mine_options &options = {});
+KESTRO_API result mine(const database &db, const mine_options &options = {});
 
 // Over the patterns of a result.
 class result::iterator {

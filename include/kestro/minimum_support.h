@@ -1,10 +1,12 @@
 // In how many graphs a pattern must occur.
 #pragma once
 
+#include <kestro/export.h>
+
 namespace kestro {
 
 // A number of graphs, or a share of those of the database.
-class minimum_support {
+class KESTRO_API minimum_support {
 public:
   // At least this many graphs, 1 or more.
   static minimum_support count(int graphs);
