@@ -237,9 +237,11 @@ bool search_plan::find(const graph_profiles &profiles, int i, int *image) {
 
 // Makes room for a search of t from the first root on.
 static void prepare(search_memory *memory, int vs, const graph *t) {
-  memory->at.resize(static_cast<size_t>(vs));
+  if (memory->at.size() != static_cast<size_t>(vs)) {
+    memory->at.resize(static_cast<size_t>(vs));
+    memory->image.resize(static_cast<size_t>(vs));
+  }
   memory->at[0] = 0;
-  memory->image.resize(static_cast<size_t>(vs));
   if (memory->used.size() < static_cast<size_t>(t->vs))
     memory->used.resize(static_cast<size_t>(t->vs), 0);
 }
@@ -253,9 +255,11 @@ bool search_plan::find(const graph *t, const vertex_profile *profiles,
   const target to(t, profiles, memory);
   if (!search(to, roots, root_count, 0, twin_images::ascending, memory))
     return false;
-  write_image(*memory, image);
-  for (const int w : memory->image)
-    memory->used[static_cast<size_t>(w)] = 0;
+  const int *const mapped = memory->image.data();
+  for (int d = 0; d < pattern_->vs; d++) {
+    image[steps_[static_cast<size_t>(d)].u] = mapped[d];
+    to.used[mapped[d]] = 0;
+  }
   return true;
 }
 
@@ -358,15 +362,14 @@ bool search_plan::search(const target &to, const int *roots, int root_count,
                          search_memory *memory) const {
   const int vs = pattern_->vs;
   int *const next_at = memory->at.data();
-  const auto below = twins == twin_images::ascending
-                         ? &search_plan::walk<twin_images::ascending>
-                         : &search_plan::walk<twin_images::any>;
   // No step looks at more than a few times the slots of the graph.
   const int between_looks = 1 + (1 << 22) / (1 + to.slots);
   int left = between_looks;
   for (;;) {
     while (0 < depth && depth < vs) {
-      depth = (this->*below)(to, depth, &left, memory);
+      depth = twins == twin_images::ascending
+                  ? walk<twin_images::ascending>(to, depth, &left, memory)
+                  : walk<twin_images::any>(to, depth, &left, memory);
       if (left == 0) {
         look(memory);
         left = between_looks;
