@@ -1,5 +1,6 @@
 #include "base/open_table.h"
 
+#include <bit>
 #include <stop_token>
 #include <unordered_map>
 
@@ -78,6 +79,8 @@ template <class Hash> void compare_with_standard_map(int steps, int keys) {
 
 } // namespace
 
+// Of the last word the highest bit can reach one bit only; the others are
+// spread.
 TEST(Mixed, EveryBitOfEveryWordReachesTheUpperHalf) {
   const uint64_t words[] = {3, 0, 0x123456789abcdef};
   const auto upper_half = [&](int word, int bit) {
@@ -89,7 +92,8 @@ TEST(Mixed, EveryBitOfEveryWordReachesTheUpperHalf) {
   const uint64_t plain = upper_half(3, 0);
   for (int word = 0; word < 3; word++)
     for (int bit = 0; bit < 64; bit++)
-      EXPECT_NE(upper_half(word, bit), plain) << word << ' ' << bit;
+      EXPECT_GE(std::popcount(upper_half(word, bit) ^ plain), word < 2 ? 4 : 1)
+          << word << ' ' << bit;
 }
 
 TEST(Mixed, OrderOfWordsCounts) {
