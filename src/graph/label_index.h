@@ -1,11 +1,12 @@
 // Finding the number of a label by hashing.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string_view>
 
 #include "base/ksstack.h"
-#include "base/xmalloc.h"
+#include "base/open_table.h"
 
 namespace kestro {
 
@@ -13,12 +14,12 @@ namespace kestro {
 // are.
 class label_index {
 public:
-  label_index();
+  label_index() = default;
   // The labels of a stack of strings, numbered by their positions.
   explicit label_index(const ksstack *labels);
 
   // The number of a word, or -1.
-  int find(std::string_view word) const { return slots_[slot_of(word)].number; }
+  int find(std::string_view word) const;
   // Gives a new word its number.  Where memory ends, all is as it was.
   void add(std::string_view word, int number);
 
@@ -27,42 +28,39 @@ private:
     const char *word = nullptr;
     size_t length = 0;
     int number = -1; // of a free slot
+
+    bool in_use() const { return number != -1; }
+    uint64_t hash() const { return hash_of({word, length}); }
+    bool holds(std::string_view other) const;
   };
 
-  static size_t hash_of(std::string_view word);
-  static bool holds(const slot &s, std::string_view word);
-  size_t slot_of(std::string_view word) const;
-  void enlarge();
+  static uint64_t hash_of(std::string_view word);
 
-  xvector<slot> slots_; // a power of two of them, at most half in use
-  size_t used_ = 0;
+  open_table<slot> table_;
 };
 
-inline size_t label_index::hash_of(std::string_view word) {
-  uint64_t h = word.size();
+inline uint64_t label_index::hash_of(std::string_view word) {
+  uint64_t hash = word.size();
   for (const char c : word)
-    h = (h ^ static_cast<unsigned char>(c)) * 0x9e3779b97f4a7c15;
-  return static_cast<size_t>(h ^ (h >> 32));
+    hash = mixed(hash, static_cast<unsigned char>(c));
+  return hash;
 }
 
 // Labels are too short for a call of memcmp.
-inline bool label_index::holds(const slot &s, std::string_view word) {
-  if (s.length != word.size())
+inline bool label_index::slot::holds(std::string_view other) const {
+  if (length != other.size())
     return false;
-  for (size_t i = 0; i < s.length; i++)
-    if (s.word[i] != word[i])
+  for (size_t i = 0; i < length; i++)
+    if (word[i] != other[i])
       return false;
   return true;
 }
 
-// Where the word is, or the free slot where it belongs.
-[[gnu::always_inline]] inline size_t
-label_index::slot_of(std::string_view word) const {
-  const size_t mask = slots_.size() - 1;
-  size_t i = hash_of(word) & mask;
-  while (slots_[i].number != -1 && !holds(slots_[i], word))
-    i = (i + 1) & mask;
-  return i;
+[[gnu::always_inline]] inline int
+label_index::find(std::string_view word) const {
+  return table_
+      .look_up(hash_of(word), [&](const slot &s) { return s.holds(word); })
+      .number;
 }
 
 } // namespace kestro

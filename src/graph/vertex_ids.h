@@ -1,7 +1,9 @@
 // Finding the vertex of an id.
 #pragma once
 
-#include "base/xmalloc.h"
+#include <cstdint>
+
+#include "base/open_table.h"
 #include "graph/graph.h"
 
 namespace kestro {
@@ -23,13 +25,22 @@ public:
   }
 
 private:
-  size_t slot_of(int id) const;
+  struct slot {
+    int id = 0;
+    int vertex = -1; // in a free slot
+
+    bool in_use() const { return vertex != -1; }
+    uint64_t hash() const { return hash_of(id); }
+  };
+
+  static uint64_t hash_of(int id) {
+    return mixed(0, static_cast<uint32_t>(id));
+  }
   int find_hashed(int id) const;
 
   const graph *g_ = nullptr;
   bool in_order_ = true; // every vid is its vertex
-  xvector<int> slots_;   // vertices, -1 in a free slot; a power of two of them,
-                         // at most half in use
+  open_table<slot> table_;
 };
 
 } // namespace kestro

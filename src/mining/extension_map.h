@@ -1,10 +1,10 @@
 // Tables keyed by extensions: a pattern and where an edge is built onto it.
 #pragma once
 
-#include <algorithm>
+#include <cstddef>
 #include <cstdint>
 
-#include "base/interruption.h"
+#include "base/open_table.h"
 #include "base/xmalloc.h"
 
 namespace kestro {
@@ -45,87 +45,46 @@ inline extension image_of(const extension &x, const int *perm) {
              : closing_extension(x.pattern, perm[x.from], perm[x.to], x.elabel);
 }
 
-inline uint32_t hash_extension(const extension &x) {
-  uint64_t h = static_cast<uint32_t>(x.pattern);
-  h = h << 32 ^ static_cast<uint32_t>(x.from) << 16 ^
-      static_cast<uint16_t>(x.to);
-  h = (h ^ static_cast<uint64_t>(static_cast<uint32_t>(x.elabel)) << 20) *
-      0x9e3779b97f4a7c15;
-  h = (h ^ h >> 32 ^ static_cast<uint32_t>(x.vlabel)) * 0xc2b2ae3d27d4eb4f;
-  return static_cast<uint32_t>(h >> 32);
+inline uint64_t hash_of(const extension &x) {
+  const uint64_t place = uint64_t{static_cast<uint32_t>(x.pattern)} << 32 |
+                         uint32_t{static_cast<uint16_t>(x.from)} << 16 |
+                         static_cast<uint16_t>(x.to);
+  const uint64_t labels = uint64_t{static_cast<uint32_t>(x.elabel)} << 32 |
+                          static_cast<uint32_t>(x.vlabel);
+  return mixed(mixed(0, place), labels);
 }
 
-// A map in a table with open addressing, which is at most four fifths full and
-// grows by half.
+// Extensions with a value each, in a hash table.
 template <class Value> class extension_map {
 public:
   // Growing throws interrupted, and changes nothing, when stop says so.
-  explicit extension_map(const interruption *stop = nullptr) : stop_(stop) {}
+  explicit extension_map(const interruption *stop = nullptr) : table_(stop) {}
 
   // Makes room for n extensions at once.
-  void reserve(size_t n) {
-    if (5 * n >= 4 * table_.size())
-      resize(n + n / 4 + smallest);
-  }
+  void reserve(size_t n) { table_.reserve(n); }
 
   // Adds x; false, and nothing is changed, when it is there already.
   bool insert(const extension &x, const Value &value = {}) {
-    if (5 * count_ >= 4 * table_.size())
-      resize(table_.size() + table_.size() / 2 + smallest);
-    place &p = table_[place_of(x, table_)];
-    if (p.key.pattern != -1)
-      return false;
-    p = {x, value};
-    count_++;
-    return true;
+    return table_.insert({x, value}, [&](const slot &s) { return s.key == x; });
   }
 
   // x's value, null when it is not there.
   const Value *find(const extension &x) const {
-    if (count_ == 0)
-      return nullptr;
-    const place &p = table_[place_of(x, table_)];
-    return p.key.pattern == -1 ? nullptr : &p.value;
+    const slot &found =
+        table_.look_up(hash_of(x), [&](const slot &s) { return s.key == x; });
+    return found.in_use() ? &found.value : nullptr;
   }
 
 private:
-  static constexpr size_t smallest = 16; // so that some place is always free
-
-  struct place {
+  struct slot {
     extension key; // pattern -1: free
     [[no_unique_address]] Value value = {};
+
+    bool in_use() const { return key.pattern != -1; }
+    uint64_t hash() const { return hash_of(key); }
   };
 
-  // Where x is, or the free place where it belongs.
-  static size_t place_of(const extension &x, const xvector<place> &table) {
-    // The hash as a fraction of 2^32 tells where to start.
-    size_t i = hash_extension(x) * table.size() >> 32;
-    while (table[i].key.pattern != -1 && !(table[i].key == x))
-      i = i + 1 < table.size() ? i + 1 : 0;
-    return i;
-  }
-
-  // Large tables take a while: they are laid out and filled piece by piece.
-  void resize(size_t places) {
-    static constexpr size_t piece = 16384;
-    xvector<place> larger;
-    larger.reserve(places);
-    while (larger.size() < places) {
-      larger.resize(std::min(places, larger.size() + piece));
-      check_interruption(stop_);
-    }
-    for (size_t i = 0; i < table_.size();) {
-      for (const size_t end = std::min(table_.size(), i + piece); i < end; i++)
-        if (table_[i].key.pattern != -1)
-          larger[place_of(table_[i].key, larger)] = table_[i];
-      check_interruption(stop_);
-    }
-    table_.swap(larger);
-  }
-
-  const interruption *stop_;
-  xvector<place> table_;
-  size_t count_ = 0;
+  open_table<slot> table_;
 };
 
 struct no_value {};

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "base/open_table.h"
 #include "base/xmalloc.h"
 
 namespace kestro {
@@ -70,8 +71,15 @@ private:
   }
   static size_t index(int label) { return static_cast<size_t>(label); }
   counter &sparse_counter_of(const Key &key);
-  uint32_t &slot_of(const Key &key);
-  void enlarge();
+
+  struct slot {
+    uint32_t upper = 0;  // half of the key's hash, which spares most looks at
+                         // keys and numbers more slots than there can be
+    uint32_t number = 0; // position in keys_ + 1, 0 in a free slot
+
+    bool in_use() const { return number != 0; }
+    uint64_t hash() const { return uint64_t{upper} << 32; }
+  };
 
   size_t nel_;
   size_t nvl_;
@@ -79,10 +87,9 @@ private:
   // A counter per combination; pages that nothing touches take no memory.
   // Null when the table is sparse.
   xptr<counter> dense_;
-  // By position in keys_, and the hash table: positions + 1 in a power of two
-  // of slots, at most half in use, 0 in a free one.
+  // By position in keys_, and where each key is.
   xvector<counter> sparse_;
-  xvector<uint32_t> slots_;
+  open_table<slot> positions_;
 };
 
 using edge_table = label_table<edge_key>;

@@ -1,38 +1,37 @@
 // Records found again by their graphs.
 #pragma once
 
-#include "base/interruption.h"
-#include "base/xmalloc.h"
+#include <cstdint>
+
+#include "base/open_table.h"
 #include "mining/subgraph.h"
 
 namespace kestro {
 
-// Borrowed records in a hash table by key, with open addressing, at most three
-// quarters full.
+// Borrowed records in a hash table by key.
 class record_table {
 public:
   // Growing throws interrupted, and changes nothing, when stop says so.
-  explicit record_table(const interruption *stop = nullptr) : stop_(stop) {}
+  explicit record_table(const interruption *stop = nullptr) : table_(stop) {}
 
   // The record with an equal graph, or null.
   const subgraph *find(const subgraph *sg) const;
   // sg's graph is in canonical form and not in yet.
   void insert(const subgraph *sg);
-  void clear();
-  int size() const { return count_; }
+  void clear() { table_.clear(); }
+  int size() const { return static_cast<int>(table_.size()); }
 
 private:
-  struct place {
+  struct slot {
     uint32_t key = 0;             // of the record's graph
-    const subgraph *sg = nullptr; // null for a free place
+    const subgraph *sg = nullptr; // null for a free slot
+
+    bool in_use() const { return sg != nullptr; }
+    uint64_t hash() const { return mixed(0, key); }
+    bool holds(const subgraph *other) const;
   };
 
-  size_t place_of(const subgraph *sg) const;
-  void grow();
-
-  xvector<place> places_; // a power of two, or none
-  int count_ = 0;
-  const interruption *stop_;
+  open_table<slot> table_;
 };
 
 } // namespace kestro

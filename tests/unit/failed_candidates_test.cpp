@@ -87,7 +87,7 @@ TEST(FailedCandidatesDeath, InsertTwice) {
   failed_candidates failed;
   const sg_ptr sg = canonical_record(path_graph(4));
   failed.insert(sg.get());
-  EXPECT_DEATH(failed.insert(sg.get()), "Assertion `!p.sg' failed");
+  EXPECT_DEATH(failed.insert(sg.get()), "Assertion `is_new' failed");
 }
 
 } // namespace kestro
