@@ -5,6 +5,7 @@
 
 #include "graph/transactions.h"
 
+#include "base/fgetl.h"
 #include "graph/graph_text.h"
 #include "inputs.h"
 #include "support/graphs.h"

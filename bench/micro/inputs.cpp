@@ -14,7 +14,6 @@
 #include <unistd.h>
 
 #include "base/error.h"
-#include "base/utils.h"
 #include "graph/transactions.h"
 #include "mining/candidates.h"
 #include "mining/first_levels.h"

@@ -11,7 +11,7 @@
 
 #include "base/error.h"
 #include "base/fgetl.h"
-#include "base/utils.h"
+#include "base/open_file.h"
 #include "base/xmalloc.h"
 #include "graph/graph_line.h"
 #include "graph/graph_list.h"

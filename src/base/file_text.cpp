@@ -9,7 +9,7 @@
 
 #include <sys/stat.h>
 
-#include "base/utils.h"
+#include "base/open_file.h"
 
 namespace kestro {
 

@@ -3,7 +3,7 @@
 
 #include <cstdio>
 
-#include "base/utils.h"
+#include "base/open_file.h"
 
 namespace kestro {
 

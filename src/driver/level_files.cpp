@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "base/error.h"
+#include "base/open_file.h"
 #include "base/output_file.h"
 #include "library/access.h"
 #include "library/level_data.h"

@@ -11,8 +11,10 @@
 #include <cstring>
 #include <utility>
 
+#include "base/cpu_time.h"
 #include "base/error.h"
 #include "base/file_identity.h"
+#include "base/open_file.h"
 #include "base/output_file.h"
 #include "base/output_lock.h"
 #include "driver/level_files.h"

@@ -16,6 +16,7 @@
 #include <numeric>
 
 #include "base/error.h"
+#include "base/fgetl.h"
 #include "base/xmalloc.h"
 
 namespace kestro {

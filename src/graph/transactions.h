@@ -1,7 +1,7 @@
 // Reading transaction files: text in, graphs with label ids out.
 #pragma once
 
-#include "base/fgetl.h"
+#include "base/text_lines.h"
 #include "graph/graph_line.h"
 #include "graph/graph_list.h"
 #include "graph/label_index.h"

@@ -11,9 +11,12 @@
 #include <string>
 #include <utility>
 
+#include "base/comparators.h"
 #include "base/error.h"
 #include "base/fgetl.h"
+#include "base/open_file.h"
 #include "base/output_file.h"
+#include "base/text_lines.h"
 #include "graph/graph_text.h"
 #include "graph/transactions.h"
 
