@@ -15,7 +15,7 @@ namespace kestro {
 
 static constexpr size_t first_capacity = 65536; // bytes
 
-// Bytes from the stream's position to its end, as far as can be told.
+// Bytes from the stream's position to its end, as far as the system knows.
 static size_t expected_size(FILE *stream) {
   struct stat status;
   const off_t position = ftello(stream);

@@ -1,4 +1,4 @@
-// Opening files, and telling whether they were read to the end.
+// Opening files, and checking that they were read to the end.
 #pragma once
 
 #include <cstdio>

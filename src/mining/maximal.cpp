@@ -1,7 +1,7 @@
 // Selection of maximal patterns.
 //
 // The PC-list file names every pattern with all its parents, so one pass over
-// it tells which patterns are contained in a larger one.  The files are then
+// it shows which patterns are contained in a larger one.  The files are then
 // rewritten through a temporary file; nothing else may use them meanwhile.
 
 #include "mining/maximal.h"
