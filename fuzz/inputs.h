@@ -16,6 +16,7 @@
 #include "base/error.h"
 #include "base/fgetl.h"
 #include "base/file_text.h"
+#include "base/text_lines.h"
 
 // Called by libFuzzer with every input; returns 0.
 // NOLINTNEXTLINE(readability-identifier-naming): the name is libFuzzer's

@@ -5,6 +5,8 @@
 
 #include "graph/transactions.h"
 
+#include "base/fgetl.h"
+#include "base/open_file.h"
 #include "graph/graph_text.h"
 #include "inputs.h"
 #include "support/graphs.h"
@@ -21,7 +23,7 @@ static std::vector<std::string> stream_lines_of(std::string_view bytes) {
   return found;
 }
 
-static std::string written(const ksstack *graphs, const label_set *ls) {
+static std::string written(const graph_list *graphs, const label_set *ls) {
   const memory_file file;
   {
     const file_ptr stream(open_file(file.name(), "w"));
@@ -34,7 +36,7 @@ static std::string written(const ksstack *graphs, const label_set *ls) {
   return file.bytes();
 }
 
-static void read_again(const ksstack *graphs, const label_set *ls) {
+static void read_again(const graph_list *graphs, const label_set *ls) {
   const std::string bytes = written(graphs, ls);
   if (!has_short_lines(bytes))
     return;

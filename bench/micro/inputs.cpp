@@ -14,7 +14,6 @@
 #include <unistd.h>
 
 #include "base/error.h"
-#include "base/utils.h"
 #include "graph/transactions.h"
 #include "mining/candidates.h"
 #include "mining/first_levels.h"
@@ -219,7 +218,7 @@ loaded_file::~loaded_file() {
 }
 
 search_levels mine_until(const loaded_file &db, int k) {
-  const ksstack *transactions = db.transactions();
+  const graph_list *transactions = db.transactions();
   const int minsup = std::max(1, transactions->count / 10);
   const int edge_labels = label_set_edge_labels(db.labels());
   const int vertex_labels = label_set_vertex_labels(db.labels());

@@ -57,7 +57,7 @@ public:
 
   const std::string &file() const { return file_; }
   const label_set *labels() const { return labels_.get(); }
-  const ksstack *transactions() const { return transactions_.get(); }
+  const graph_list *transactions() const { return transactions_.get(); }
 
 private:
   std::string file_;

@@ -23,7 +23,7 @@ struct tally {
 
 } // namespace
 
-static void search_all(const graph *pattern, const ksstack *transactions,
+static void search_all(const graph *pattern, const graph_list *transactions,
                        bool follow, tally *sum) {
   const auto vs = static_cast<size_t>(pattern->vs);
   xvector<int> map(vs);

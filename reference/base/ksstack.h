@@ -2,6 +2,7 @@
 // front, removal by value, the elements as a plain array.
 #pragma once
 
+#include "base/comparators.h"
 #include "base/ksstack.h"
 
 namespace kestro {

@@ -11,9 +11,8 @@
 #include <cstring>
 #include <type_traits>
 
-#include "base/utils.h"
 #include "base/xmalloc.h"
-#include "reference/base/utils.h"
+#include "reference/base/exchange.h"
 
 namespace kestro {
 

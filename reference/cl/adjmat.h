@@ -1,4 +1,5 @@
-// The working form of a small graph while it is brought into canonical order.
+// The working form of a small graph in the step-by-step canonical labelling,
+// with which the tests compare the labeller of cl/canonical.h.
 #pragma once
 
 #include <cstddef>
@@ -35,8 +36,8 @@ struct cl_vertex {
 //   | adj of vertex 0: vs | adj of vertex 1: vs | ... |
 //   | vertex_scratch: vs | edge_scratch: vs |
 //
-// Cells never move: which vertex stands where is told by perm, and every
-// reading goes through it.  The vertices at positions part[k] .. part[k + 1]-1
+// Cells never move: perm says which vertex stands where, and cells are read
+// through it.  The vertices at positions part[k] .. part[k + 1]-1
 // are those whose part is k.  After every sort, sorted[i] is
 // &vertex[perm[i]] and iperm is the inverse of perm.
 //
@@ -63,8 +64,8 @@ struct adjmat {
 // Bytes of the block of an adjmat of n vertices.
 size_t cl_adjmat_size(int n);
 // Lays an adjmat of n vertices out in caller memory of cl_adjmat_size(n) bytes:
-// every vertex at its own position, in one part.  Cells and what the graph
-// tells of the vertices are left as they are.
+// every vertex at its own position, in one part.  Cells and the fields of
+// the vertices that come from a graph are left as they are.
 void cl_init_adjmat(adjmat *m, int n);
 // The same in a new block; freed with cl_free_adjmat.
 adjmat *cl_new_adjmat(int n);
@@ -81,7 +82,8 @@ struct adjmat_deleter {
 using adjmat_ptr = std::unique_ptr<adjmat, adjmat_deleter>;
 
 // Copies between adjmats of equal vs: everything; perm and iperm alone; the
-// partition alone, but for parts, which dst keeps.
+// partition alone, but for parts, which dst keeps.  The 2 stands for the two
+// adjmats that must exist, where cl_dup_adjmat makes a new one.
 void cl_copy_adjmat2(const adjmat *src, adjmat *dst);
 void copy_adjmat_perm(const adjmat *src, adjmat *dst);
 void copy_adjmat_partitioning(const adjmat *src, adjmat *dst);

@@ -14,7 +14,7 @@ void cl_set_stabilizer_threshold(int n);
 int cl_get_stabilizer_threshold();
 
 // Puts the vertices of g, a graph without marks, into canonical order in place,
-// vid along with them: vid[i] tells which vertex came to position i.  Stores
+// vid along with them: vid[i] is the vertex that came to position i.  Stores
 // the new key in g and returns it.
 uint32_t cl_canonicalize_graph(graph *g);
 

@@ -18,9 +18,8 @@
 #include <cassert>
 #include <cstring>
 
-#include "base/utils.h"
 #include "base/xmalloc.h"
-#include "reference/base/utils.h"
+#include "reference/base/enumeration.h"
 #include "reference/cl/refine.h"
 
 namespace kestro::stepwise {

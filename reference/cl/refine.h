@@ -21,7 +21,7 @@ void cl_sort_vertices(adjmat *m);
 
 // Splits parts until the vertices of each part are equal in compare_vertices.
 // Parts are numbered in that order; a split never merges or reorders them.
-// Leaves m sorted; part fields, part and parts tell the result.
+// Leaves m sorted; part fields, part and parts hold the result.
 void cl_refine(adjmat *m);
 
 } // namespace kestro::stepwise

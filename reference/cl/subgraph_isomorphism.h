@@ -1,5 +1,5 @@
-// Whether and how a pattern g1 occurs in a graph g2: in a transaction, in
-// another pattern or in itself.
+// Whether and how a graph g1 occurs in a graph g2, by plain searches: the tests
+// compare the search plan and the automorphisms of src/ with them.
 //
 // g1's edges are required in g2 with equal labels; g2 may have more.  Every
 // function dies with "g1 must be smaller than g2" when g1 has more enabled

@@ -10,8 +10,8 @@ namespace kestro {
 // it is the only enabled edge or its removal splits the graph.
 // u-w must be an edge of a graph in which neither is marked.
 int graph_disable_edge_between(graph *g, int u, int w);
-// Disables the edge of slot x and tells its ends; 0 as above or when x is no
-// slot of g.
+// Disables the edge of slot x and stores its ends in *u and *w; 0 as above or
+// when x is no slot of g.
 int graph_disable_edge(graph *g, int x, int *u, int *w);
 
 } // namespace kestro

@@ -22,6 +22,9 @@ namespace kestro {
 int graph_merge(const graph *g1, const graph *g2, int u, int w, const int *map,
                 graph *result);
 
+// The digit in the two names is the number of ends of the extra edge that lie
+// in the core.
+
 // A new vertex for g1's vertex x outside the core, joined to the image of y.
 void merge_graphs1(const graph *g1, const graph *g2, const int *map, int x,
                    int y, graph *result);

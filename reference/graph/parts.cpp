@@ -36,7 +36,7 @@ static int copy_vertex(const graph *g, int i, graph *part, int u, int es,
   return es;
 }
 
-ksstack *split_components(const graph *g, int c, const int *comp) {
+graph_list *split_components(const graph *g, int c, const int *comp) {
   const size_t parts = static_cast<size_t>(c);
   xvector<int> c_vs(parts, 0);
   xvector<int> c_es(parts, 0);
@@ -104,7 +104,7 @@ graph *graph_remove_edges(const graph *g, const int *keep) {
 }
 
 // Moves the graphs of list out of it, leaving it empty.
-static xvector<graph_ptr> take_graphs(ksstack *list) {
+static xvector<graph_ptr> take_graphs(graph_list *list) {
   xvector<graph_ptr> graphs(static_cast<size_t>(list->count));
   for (size_t i = 0; i < graphs.size(); i++)
     graphs[i].reset(graph_list_at(list, static_cast<int>(i)));
@@ -112,7 +112,7 @@ static xvector<graph_ptr> take_graphs(ksstack *list) {
   return graphs;
 }
 
-void graph_filter_by_slots(ksstack *list, const int *const *keep) {
+void graph_filter_by_slots(graph_list *list, const int *const *keep) {
   xvector<graph_ptr> graphs = take_graphs(list);
   for (size_t i = 0; i < graphs.size(); i++) {
     const int *first = keep[i];
@@ -124,7 +124,7 @@ void graph_filter_by_slots(ksstack *list, const int *const *keep) {
   }
 }
 
-void graph_split_all(ksstack *list) {
+void graph_split_all(graph_list *list) {
   for (graph_ptr &g : take_graphs(list)) {
     if (g->vs == 0)
       continue;

@@ -11,7 +11,7 @@
 
 #include "base/error.h"
 #include "base/fgetl.h"
-#include "base/utils.h"
+#include "base/open_file.h"
 #include "base/xmalloc.h"
 #include "graph/graph_line.h"
 #include "graph/graph_list.h"
@@ -195,7 +195,7 @@ graph *graph_read_transaction_file(const char *name, const label_set *ls) {
   return graph_read_next_transaction(stream.get(), ls);
 }
 
-ksstack *graph_read_transactions(const char *name, const label_set *ls) {
+graph_list *graph_read_transactions(const char *name, const label_set *ls) {
   const file_ptr stream(open_file(name, "r"));
   line_buffer line;
   graph_list_ptr list(graph_list_new());

@@ -3,14 +3,14 @@
 
 #include <cstdio>
 
-#include "base/ksstack.h"
 #include "graph/graph.h"
+#include "graph/graph_list.h"
 #include "graph/label_set.h"
 
 namespace kestro {
 
 // The transactions of a file, as those of its text.
-ksstack *graph_read_transactions(const char *name, const label_set *ls);
+graph_list *graph_read_transactions(const char *name, const label_set *ls);
 
 // A new graph read from a stream that stands at a "t" line; the stream is left
 // at the next one.  The second form reads the first transaction of a file (an

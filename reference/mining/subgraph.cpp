@@ -2,6 +2,7 @@
 
 #include "reference/mining/subgraph.h"
 
+#include "base/comparators.h"
 #include "reference/base/ksstack.h"
 
 namespace kestro {

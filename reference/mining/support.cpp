@@ -17,7 +17,7 @@
 namespace kestro {
 
 void sg_intersect_parent_tids(subgraph *sg, const sg_set *prev,
-                              const ksstack *transactions) {
+                              const graph_list *transactions) {
   if (!sg->pid)
     die("subgraph.c", "null pid\n");
   const int parents = sg_pid_size(sg);
@@ -37,7 +37,7 @@ void sg_intersect_parent_tids(subgraph *sg, const sg_set *prev,
 }
 
 int sg_count_support(subgraph *sg, const sg_set *,
-                     const ksstack *transactions) {
+                     const graph_list *transactions) {
   const graph *g = sg->g;
   xvector<int> map(static_cast<size_t>(g->vs));
   xvector<int> order(map.size());
@@ -62,7 +62,7 @@ int sg_count_support(subgraph *sg, const sg_set *,
 }
 
 sg_set *sg_count_frequents(sg_set *cand, sg_set *prev,
-                           const ksstack *transactions, int minsup) {
+                           const graph_list *transactions, int minsup) {
   const sg_set_ptr candidates(cand);
   sg_set_ptr level(sg_set_create());
   for (int i = 0; i < sg_set_size(cand); i++) {

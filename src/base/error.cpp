@@ -4,8 +4,8 @@
 // A message is finished where it is raised, place included, so that whoever
 // catches it only prints.  Texts live in a shared string, because an exception
 // must be copyable without throwing; the report of exhausted memory uses a
-// fixed buffer, and so that its place in a file can be told without memory the
-// file's path is shared with whoever reads it.
+// fixed buffer.  An error shares the path of the file with the reader of the
+// file, so that its place can be recorded without memory.
 
 #include "base/error.h"
 

@@ -45,8 +45,8 @@ public:
   explicit check_failure(std::string report); // as the text of a fatal_error
 };
 
-// Tells where it happened: the path, null for none, is shared.  Allocates
-// nothing.
+// Records in which file and line an error happened; the path, null for none, is
+// shared.  Allocates nothing.
 void set_error_place(error *e, const std::shared_ptr<const std::string> &path,
                      long long line) noexcept;
 

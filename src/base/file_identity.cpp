@@ -1,4 +1,5 @@
-// Files told apart by device and inode number, which links share.
+// Files are identified by device and inode number, which all links to a file
+// share.
 
 #include "base/file_identity.h"
 

@@ -7,12 +7,14 @@
 
 namespace kestro {
 
-// A regular file as such, whatever names and links lead to it.  Nothing is the
-// same as a device, a pipe, a folder or a file that cannot be reached: what is
-// in a regular file is lost when it is opened for writing.
+// Which regular file a name or a stream leads to.  Two identities of one
+// regular file are the same, whatever names and links lead to it.  Only regular
+// files are compared, because only they lose what they hold when they are
+// opened for writing: a device, a pipe, a folder and a file that cannot be
+// reached are the same as nothing, themselves included.
 class file_identity {
 public:
-  // Dies with "can't open a file" when the system does not tell.
+  // Dies with "can't open a file" when the system refuses to identify the file.
   explicit file_identity(const char *path);
   explicit file_identity(FILE *stream); // of the file behind it, if any
 

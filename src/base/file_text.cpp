@@ -9,13 +9,13 @@
 
 #include <sys/stat.h>
 
-#include "base/utils.h"
+#include "base/open_file.h"
 
 namespace kestro {
 
 static constexpr size_t first_capacity = 65536; // bytes
 
-// Bytes from the stream's position to its end, as far as can be told.
+// Bytes from the stream's position to its end, as far as the system knows.
 static size_t expected_size(FILE *stream) {
   struct stat status;
   const off_t position = ftello(stream);

@@ -81,7 +81,7 @@ public:
 private:
   void look();
 
-  int64_t left_; // until the next look; the sign tells, in two instructions
+  int64_t left_; // cost until the next look, which is due when it is negative
   int64_t interval_;
   const interruption *stop_;
 };

@@ -4,7 +4,7 @@
 
 #include <memory>
 
-#include "base/utils.h"
+#include "base/comparators.h"
 
 namespace kestro {
 

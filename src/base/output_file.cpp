@@ -2,8 +2,8 @@
 //
 // A stream remembers that a write has failed, so the writers need not ask after
 // every piece: it is enough to ask at the end of each block, and at the end of
-// the file.  Some file systems tell only on closing that they could not keep
-// what they had taken.
+// the file.  Some file systems report only on closing that they could not
+// store what was written.
 
 #include "base/output_file.h"
 
@@ -43,7 +43,7 @@ void close_output(file_ptr stream, const char *name) {
 
 void finish_output(FILE *stream, const char *name) {
   flush_output(stream, name);
-  // Closing a second descriptor tells what closing this one would.
+  // Closing a second descriptor reports what closing this one would.
   const int copy = dup(fileno(stream));
   if (copy != -1 && close(copy))
     die_writing(name);

@@ -1,9 +1,9 @@
-// Files being written: no failure is passed over.
+// Files being written: every failure of a write is reported.
 #pragma once
 
 #include <cstdio>
 
-#include "base/utils.h"
+#include "base/open_file.h"
 
 namespace kestro {
 
@@ -25,7 +25,7 @@ void close_output(file_ptr stream, const char *name);
 // The same for a stream that stays open.
 void finish_output(FILE *stream, const char *name);
 
-// A new file for reading and writing that is gone when closed.  Dies with
+// A new file for reading and writing that is deleted when closed.  Dies with
 // "can't open a file 'temporary file'".
 file_ptr open_temporary();
 

@@ -29,7 +29,7 @@ namespace kestro {
 void refuse_pipe(const char *name) {
   struct stat status;
   if (stat(name, &status) != 0)
-    return; // opening it tells what is wrong, if anything
+    return; // opening it reports what is wrong, if anything
   if (S_ISFIFO(status.st_mode))
     refuse(name, "it is a pipe");
   if (S_ISSOCK(status.st_mode))

@@ -9,9 +9,10 @@ namespace kestro {
 // could be read back from it, and it may wait for a reader for ever.
 void refuse_pipe(const char *name);
 
-// Held from before a file is emptied until it is complete, by everybody who
-// writes outputs: two runs that write one file at once would mix their lines,
-// and both end well.  It ends with its owner, also when that is killed.
+// Whoever writes an output holds its lock from before the file is emptied until
+// it is complete.  Otherwise two runs could write one file at once, mix their
+// lines and both report success.  The lock ends with its owner, also when the
+// process is killed.
 class output_lock {
 public:
   // Makes the file unless it is there, and leaves what it holds as it is.  Dies

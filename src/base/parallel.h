@@ -19,11 +19,11 @@ inline int worker_count(int jobs, int count) {
   return std::clamp(std::min(jobs, count), 1, most);
 }
 
-// Who is told how far pieces of work are.
+// Receives how far the pieces of work are.
 class work_watcher {
 public:
   virtual ~work_watcher() = default;
-  // Of count pieces so many have been taken up; the last few may not be done.
+  // taken of count pieces have been started; the last few may not be done.
   virtual void advanced(int taken, int count) = 0;
 };
 
@@ -33,9 +33,10 @@ public:
 // nothing is started and the order is ascending.  Where the system starts fewer
 // threads than that, the workers that there are do all the work.  When none is
 // left each worker calls finish(worker) on its thread, which is the place to
-// give up what belongs to the thread.  A watcher is told on the caller's thread
-// after each piece that this has done.  What is thrown ends the call once all
-// workers have stopped: of several exceptions that of the smallest i comes out.
+// free what belongs to the thread.  watcher->advanced() is called on the
+// caller's thread after each piece that this thread has done.  An exception
+// ends the call once all workers have stopped; of several the one of the
+// smallest i is thrown on.
 template <class Work, class Finish>
 void parallel_for(int jobs, int count, Work work, Finish finish,
                   work_watcher *watcher = nullptr) {

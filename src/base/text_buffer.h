@@ -7,10 +7,11 @@
 
 namespace kestro {
 
-// Collects text for one stream, which gets it in large pieces: when much has
-// come together, on flush(), and at the end of the scope, however that comes,
-// so that what was added before a failure is in the file.  The stream remembers
-// its errors; flush_output() and close_output() ask it for them.
+// Collects text for one stream and hands it over in large pieces: when the
+// buffer is full, on flush(), and at the end of the scope, also when an
+// exception ends it, so that what was added before a failure is in the file.
+// The stream remembers its errors; flush_output() and close_output() ask it for
+// them.
 class text_buffer {
 public:
   explicit text_buffer(FILE *stream) : stream_(stream) {}

@@ -2,9 +2,9 @@
 //
 // Refinement alone settles most graphs.  Where it leaves cells of several
 // vertices, a search picks the order: the exhaustive one when every cell is
-// small, whose result depends on the graph alone, else the individualising one,
-// or for the exact form one whose result does, too.
-// The work arrays only grow.
+// small, whose result depends on the graph alone; else the individualising one,
+// or for the exact form the one of cl/exact_search.h, whose result depends on
+// the graph alone, too.  The work arrays only grow.
 
 #include "cl/canonical.h"
 

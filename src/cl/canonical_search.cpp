@@ -98,8 +98,8 @@ private:
     return cells_.compare_rows(placed_.data(), best_.data(), i, i + 1);
   }
 
-  // Fills the positions from i on; better tells whether those before are above
-  // best_'s already, else they equal them.
+  // Fills the positions from i on.  The rows before i are above those of best_
+  // when better is true, else equal to them.
   void place_from(int i, bool better) {
     if (steps_left_ == 0)
       return;

@@ -13,9 +13,10 @@
 // - for the same reason a vertex is left out when automorphisms that fix what
 //   was set apart before take it to a vertex tried already.  Twins are such
 //   vertices from the start.
-// These bite once the best leaf is known.  So every node is entered by the
-// child from which one path goes furthest; without that, a cell of several
-// orbits at every depth has the walk try their sequences one after another.
+// These cuts take effect once the best leaf is known.  So every node is entered
+// by the child from which one path goes furthest; without that, a cell of
+// several orbits at every depth has the walk try their sequences one after
+// another.
 
 #include "cl/exact_search.h"
 

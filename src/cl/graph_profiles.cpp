@@ -3,9 +3,9 @@
 // The edges at a vertex are put into sixteen groups of two bits, by a hash of
 // the edge's label and the other end's; a group shows one edge, or several.  A
 // mapping sends the edges at u to as many edges with the same labels at w, so
-// each of w's groups has at least the bits of u's.  So it is with the paths of
-// two edges, of which sixty-four bits also show the kinds.  A few instructions
-// compare.
+// each of w's groups has at least the bits of u's.  The same holds for the
+// paths of two edges, of which sixty-four bits also show the kinds.  Comparing
+// two profiles takes a few instructions.
 
 #include "cl/graph_profiles.h"
 
@@ -63,7 +63,8 @@ void graph_profiles::count_edge(int from, int elabel, int to) {
   counter += counter < INT_MAX;
 }
 
-graph_profiles::graph_profiles(const ksstack *graphs, const interruption *stop)
+graph_profiles::graph_profiles(const graph_list *graphs,
+                               const interruption *stop)
     : graphs_(graphs), frequency_(counters, 0) {
   interruption_poll poll(stop, 1 << 17);
   size_t vertices = 0;

@@ -1,10 +1,9 @@
-// What a search can know of the graphs it looks into before it starts.
+// What a search knows of the graphs before it starts.
 #pragma once
 
 #include <cstdint>
 
 #include "base/interruption.h"
-#include "base/ksstack.h"
 #include "base/xmalloc.h"
 #include "graph/graph_list.h"
 
@@ -27,9 +26,8 @@ vertex_profile profile_of(const graph *g, int u);
 // in them.
 class graph_profiles {
 public:
-  // Borrows graphs, a graph list.  Throws interrupted when stop, which may be
-  // null, says so.
-  explicit graph_profiles(const ksstack *graphs,
+  // Borrows graphs.  Throws interrupted when stop, which may be null, says so.
+  explicit graph_profiles(const graph_list *graphs,
                           const interruption *stop = nullptr);
 
   const graph *graph_at(int i) const { return graph_list_at(graphs_, i); }
@@ -54,7 +52,7 @@ private:
   void add_by_label(const graph *g);
   void count_edge(int from, int elabel, int to);
 
-  const ksstack *graphs_;
+  const graph_list *graphs_;
   xvector<vertex_profile> profiles_; // graph after graph
   xvector<size_t> first_;            // per graph, where its vertices start
   xvector<char> small_;              // per graph

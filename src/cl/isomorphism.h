@@ -35,7 +35,7 @@ isomorphism_start setup_isomorphism_work_area(const isomorphism_work *work);
 // Whether u, of that active degree, may be mapped to w.
 bool isomorphism_candidate(const isomorphism_work *work, int u, int degree,
                            int w, int depth);
-// Maps u to w, or unmaps it, and tells the neighbours' counts.
+// Maps u to w, or unmaps it, and updates the neighbours' counts.
 void isomorphism_map_vertex(const isomorphism_work *work, int u, int w);
 void isomorphism_unmap_vertex(const isomorphism_work *work, int u);
 

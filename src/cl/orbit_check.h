@@ -1,4 +1,4 @@
-// Whether the individualisation tree has one leaf but for automorphisms.
+// Whether all leaves of the individualisation tree are images of one another.
 #pragma once
 
 #include "cl/colouring.h"
@@ -7,8 +7,8 @@
 namespace kestro {
 
 // One path of the tree, along which the first vertex of the first open cell is
-// set apart until all are, and whether all other paths are its images.  Refers
-// to what it is given, of which start is refined already.
+// set apart until all are, and whether all other paths are its images.  All
+// arguments are borrowed; start is refined already.
 class orbit_check {
 public:
   orbit_check(const colouring *start, const graph *g, const label_cells &cells,

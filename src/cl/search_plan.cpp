@@ -91,7 +91,8 @@ void search_plan::add_step(int u, int d) {
   int waiting = 0; // neighbours mapped later
   for (const plan_need &need : later_)
     waiting += need.count;
-  // What one neighbour lacks, or one of two kinds, is missed soon enough.
+  // No check for a single later neighbour, or for two of different kinds: where
+  // one of them finds no image, the search fails soon enough.
   if (waiting > static_cast<int>(std::min<size_t>(later_.size(), 2)))
     needs_.insert(needs_.end(), later_.begin(), later_.end());
   step.closing[1] = static_cast<int>(closing_.size());
@@ -99,7 +100,7 @@ void search_plan::add_step(int u, int d) {
   steps_.push_back(step);
 }
 
-// How often slot j of u is seen from u.
+// How often edges like that of slot j, seen from u, occur in the graphs.
 static int frequency(const graph *g, int u, int j,
                      const graph_profiles &profiles) {
   return profiles.frequency(g->vlabel[u], g->elabel[j], g->vlabel[g->e[j]]);

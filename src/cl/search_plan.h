@@ -35,15 +35,16 @@ struct plan_need {
   int count;
 };
 
-// What a search remembers on its way; kept from one to the next.
+// The state of a search; its memory is used again by the next one.
 struct search_memory {
   xvector<int> at;    // per depth: slot, or root at depth 0, looked at next
   xvector<int> image; // per depth: the vertex mapped to
   xvector<char> used; // by vertex: 1 for images, 0 between searches
 };
 
-// Which mappings are walked: all, or those in which the images of twins ascend,
-// each of which stands for as many as twins can be exchanged in it.
+// Which mappings a search visits: all, or only those in which the images of
+// twins ascend.  Each of the latter stands for all mappings that result from it
+// by exchanging twins.
 enum class twin_images { any, ascending };
 
 // The search for a connected pattern along a fixed order of its vertices.  The
@@ -59,7 +60,7 @@ public:
       : search_plan(stop) {
     set(pattern, order);
   }
-  // Becomes the plan of another pattern.
+  // Makes this the plan of another pattern.
   void set(const graph *pattern, const int *order);
   // The same along an order that starts at a rarest edge and goes on with the
   // vertex that has most neighbours mapped, then the rarest edge to one.
@@ -69,7 +70,7 @@ public:
   // to image, by pattern vertex: of all mappings the first in lexicographic
   // order along the plan's.
   bool find(const graph *t, int *image);
-  // The same in graph i of a list, sooner.
+  // The same in graph i of a list, faster with the help of its profiles.
   bool find(const graph_profiles &profiles, int i, int *image);
 
   // The same with a memory of the caller's, so that any number of threads may
@@ -82,7 +83,7 @@ public:
              int *image) const;
   bool next(const graph *t, twin_images twins, search_memory *memory,
             int *image) const;
-  // For the vertex at a depth: how many of it and its twins come so far.
+  // The number of twins up to the vertex at a depth, itself included.
   int twins_up_to(int depth) const;
 
 private:

@@ -16,9 +16,9 @@
 #include <new>
 #include <stdexcept>
 
+#include "base/basename.h"
 #include "base/error.h"
 #include "base/output_file.h"
-#include "base/utils.h"
 #include "driver/options.h"
 #include "driver/run.h"
 

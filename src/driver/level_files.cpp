@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "base/error.h"
+#include "base/open_file.h"
 #include "base/output_file.h"
 #include "library/access.h"
 #include "library/level_data.h"
@@ -57,7 +58,7 @@ static void add_output(const file_identity &found, const char *name,
   files->push_back(found);
 }
 
-// Names the outputs, and refuses those whose files are taken.
+// Names the outputs, and refuses a file that is the input or another output.
 static void name_outputs(const xvector<output> &outputs,
                          const file_identity &report, const options *o) {
   refuse_input(report, standard_output, o);
@@ -72,7 +73,7 @@ static void name_outputs(const xvector<output> &outputs,
   }
 }
 
-// The right to write each of the named outputs, which are there afterwards.
+// The right to write each of the named outputs.  Locking creates their files.
 static xvector<output_lock> lock_outputs(const xvector<output> &outputs,
                                          const file_identity &report) {
   xvector<file_identity> files = {report};
@@ -80,7 +81,8 @@ static xvector<output_lock> lock_outputs(const xvector<output> &outputs,
   locks.reserve(outputs.size());
   for (const output &f : outputs) {
     const char *const name = f.name->get();
-    // Links to one file that was not there lead to one that is, by now.
+    // Checked again: two names may be links to one file that did not exist when
+    // the outputs were named, and that locking the first name has created.
     add_output(file_identity(name), name, &files);
     locks.emplace_back(name);
     files.back() = file_identity(name);

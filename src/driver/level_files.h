@@ -17,11 +17,11 @@ void refuse_input(const file_identity &output, const char *name,
 
 // Names the outputs that o asks for after o->input_file, and opens them; report
 // is the stream of the run's report.  Returns the right to write them, to be
-// held until they are complete.  What outputs hold is lost only once all of
-// them may be written: not when one of them, or the report, is the input; when
-// two outputs are one file ("it is another output"); when another run is
-// writing one, or it is a pipe or socket; nor ("can't read a file") when a run
-// for maximal patterns would have to read back one that is no regular file.
+// held until they are complete.  Dies, and leaves what all outputs hold, when
+// one of them or the report is the input; when two outputs are one file ("it is
+// another output"); when another run is writing an output; when one is a pipe
+// or a socket; and ("can't read a file") when one is no regular file and the
+// run, for maximal patterns, would have to read it back.
 [[nodiscard]] xvector<output_lock> open_outputs(options *o, FILE *report);
 // Dies with "can't write a file" when an output has not been written whole.
 void close_outputs(options *o);

@@ -13,6 +13,8 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "base/basename.h"
+
 namespace kestro {
 
 namespace {

@@ -7,7 +7,7 @@
 
 #include <kestro/form.h>
 
-#include "base/utils.h"
+#include "base/open_file.h"
 #include "base/xmalloc.h"
 
 namespace kestro {

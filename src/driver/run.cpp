@@ -11,8 +11,10 @@
 #include <cstring>
 #include <utility>
 
+#include "base/cpu_time.h"
 #include "base/error.h"
 #include "base/file_identity.h"
+#include "base/open_file.h"
 #include "base/output_file.h"
 #include "base/output_lock.h"
 #include "driver/level_files.h"
@@ -24,7 +26,8 @@
 
 namespace kestro {
 
-// The name asked for, or else input_file's with suffix ".ls".
+// The name the caller asked for; when asked is null, the name of o->input_file
+// with suffix ".ls", stored in *derived.
 static const char *label_file_name(const char *asked, const options *o,
                                    xptr<char> *derived) {
   if (asked)
@@ -66,8 +69,8 @@ minimum_support clamped_support(double per_cent) {
   return minimum_support::percentage(std::clamp(per_cent, 0.0, 100.0));
 }
 
-// A name with a newline would write lines of its own into the head of the
-// pattern file, which are read as patterns.
+// The head of the pattern file holds the name of the input.  A newline in it
+// would begin a line that readers take for part of a pattern.
 static void check_name(const char *name) {
   if (strchr(name, '\n'))
     throw fatal_error("the name of the input holds a newline\n");

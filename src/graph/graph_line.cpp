@@ -15,8 +15,8 @@
 #include <cstring>
 #include <string>
 
+#include "base/chomp_newlines.h"
 #include "base/error.h"
-#include "base/utils.h"
 #include "base/xmalloc.h"
 
 namespace kestro {

@@ -1,14 +1,15 @@
-// Stacks of graph pointers that own what they point at.
+// Stacks of graph pointers that own the graphs.
 
 #include "graph/graph_list.h"
 
 namespace kestro {
 
-ksstack *graph_list_new() {
-  return ksstack_new(128, static_cast<int>(sizeof(graph *)));
+graph_list *graph_list_new() {
+  return static_cast<graph_list *>(
+      ksstack_new(128, static_cast<int>(sizeof(graph *))));
 }
 
-void graph_list_free(ksstack *list) {
+void graph_list_free(graph_list *list) {
   if (!list)
     return;
   for (int i = 0; i < list->count; i++)
@@ -16,7 +17,7 @@ void graph_list_free(ksstack *list) {
   ksstack_free(list);
 }
 
-void graph_list_push(graph_ptr g, ksstack *list) {
+void graph_list_push(graph_ptr g, graph_list *list) {
   graph *address = g.get();
   ksstack_push(&address, list);
   g.release();

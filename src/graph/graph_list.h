@@ -7,20 +7,25 @@
 
 namespace kestro {
 
-// A stack whose elements are graph *, with its graphs.
-ksstack *graph_list_new(); // capacity 128
-void graph_list_free(ksstack *list);
+// A stack of graph *, with its graphs; a type of its own, so that no stack of
+// other elements is taken for one.
+struct graph_list : ksstack {};
+static_assert(sizeof(graph_list) == sizeof(ksstack));
+
+graph_list *graph_list_new(); // empty, capacity 128
+// Frees every graph, then the list; it may be null.
+void graph_list_free(graph_list *list);
 // Appends g, which the list owns from then on.
-void graph_list_push(graph_ptr g, ksstack *list);
+void graph_list_push(graph_ptr g, graph_list *list);
 
 // Graph i, without a check.
-inline graph *graph_list_at(const ksstack *list, int i) {
+inline graph *graph_list_at(const graph_list *list, int i) {
   return ksstack_array<graph *>(list)[i];
 }
 
 struct graph_list_deleter {
-  void operator()(ksstack *list) const { graph_list_free(list); }
+  void operator()(graph_list *list) const { graph_list_free(list); }
 };
-using graph_list_ptr = std::unique_ptr<ksstack, graph_list_deleter>;
+using graph_list_ptr = std::unique_ptr<graph_list, graph_list_deleter>;
 
 } // namespace kestro

@@ -13,9 +13,12 @@
 #include <string_view>
 #include <utility>
 
+#include "base/comparators.h"
 #include "base/error.h"
 #include "base/fgetl.h"
+#include "base/open_file.h"
 #include "base/output_file.h"
+#include "base/text_lines.h"
 #include "base/xmalloc.h"
 #include "graph/graph_line.h"
 #include "graph/label_index.h"

@@ -37,8 +37,8 @@ int label_set_edge_labels(const label_set *ls);
 int label_set_vertex_labels(const label_set *ls);
 
 // Adds the labels of all vertex and edge lines of a transaction text, lines
-// before its first transaction included.  Dies at malformed lines, telling
-// which, with ls as it was.
+// before its first transaction included.  Dies at malformed lines, with ls
+// as it was; the error names the line.
 void label_set_build(const file_text &text, label_set *ls);
 
 // A new set read from a label file, dying as above, and a set written to one.

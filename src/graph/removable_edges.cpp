@@ -1,7 +1,8 @@
 // Which edges a graph can do without.
 //
-// Those to a leaf, and those on a cycle, which one depth-first walk finds: an
-// edge is on none when nothing past it reaches back above it.
+// An edge is removable when one end is a leaf or when it lies on a cycle.  One
+// depth-first walk finds the cycles: an edge lies on none when nothing below it
+// reaches back above it.
 
 #include "graph/removable_edges.h"
 

@@ -16,6 +16,7 @@
 #include <numeric>
 
 #include "base/error.h"
+#include "base/fgetl.h"
 #include "base/xmalloc.h"
 
 namespace kestro {
@@ -84,7 +85,7 @@ static bool walk_transaction(text_lines &lines, Visit visit) {
   return size == line_buffer::first_size;
 }
 
-// The check's text is a message of its own: it tells of over-long lines.
+// The text of the check is part of the output: it reports over-long lines.
 static void set_vertex_ids(const xvector<graph_line> &lines, graph *g) {
   int vertices = 0;
   for (const graph_line &line : lines) {
@@ -307,7 +308,8 @@ static bool seek_transaction(text_lines &lines, int *size) {
   return true;
 }
 
-ksstack *graph_read_transactions(const file_text &text, const label_set *ls) {
+graph_list *graph_read_transactions(const file_text &text,
+                                    const label_set *ls) {
   text_lines lines(text);
   transaction_reader reader(ls);
   int size = line_buffer::first_size;

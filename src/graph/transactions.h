@@ -1,7 +1,7 @@
 // Reading transaction files: text in, graphs with label ids out.
 #pragma once
 
-#include "base/fgetl.h"
+#include "base/text_lines.h"
 #include "graph/graph_line.h"
 #include "graph/graph_list.h"
 #include "graph/label_index.h"
@@ -10,12 +10,12 @@
 
 namespace kestro {
 
-// A new graph list of the transactions of a text, in its order; a transaction's
+// A new list of the transactions of a text, in its order; a transaction's
 // position is its TID.  Dies at malformed lines, labels that ls does not hold,
-// unknown vertex ids, loops and duplicate edges, telling the line: of
-// duplicates the second one's, the transaction's first one where vertices or
-// edges are not as many as were counted.
-ksstack *graph_read_transactions(const file_text &text, const label_set *ls);
+// unknown vertex ids, loops and duplicate edges.  The error names the line: for
+// a duplicate that of the second edge, and where vertices or edges are not as
+// many as were counted the transaction's first one.
+graph_list *graph_read_transactions(const file_text &text, const label_set *ls);
 
 // Reads transactions one by one out of a text.
 class transaction_reader {

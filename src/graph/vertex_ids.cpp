@@ -1,8 +1,8 @@
 // Looking vertices up by id.
 //
-// Ids that count from 0 are the vertices, which nearly all files have; one pass
-// tells.  Any others go into a hash table, in the order of the vertices, so
-// that the first one with an id is the one found.
+// Nearly all files number their vertices from 0, so that an id is the vertex;
+// one pass finds out.  Any others go into a hash table, in the order of the
+// vertices, so that the first one with an id is the one found.
 
 #include "graph/vertex_ids.h"
 

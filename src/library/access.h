@@ -18,7 +18,7 @@ namespace kestro {
 // parts.
 struct access {
   // A graph list, and the labels by which its graphs are numbered.
-  static const ksstack *transactions(const database &db);
+  static const graph_list *transactions(const database &db);
   static const kestro::label_set *label_set(const labels &l);
   static const kestro::label_set *label_set(const database &db);
 

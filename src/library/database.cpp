@@ -26,7 +26,7 @@ database access::make_database(graph_list_ptr graphs, const labels &known) {
       database::state{std::move(graphs), known}));
 }
 
-const ksstack *access::transactions(const database &db) {
+const graph_list *access::transactions(const database &db) {
   return db.state_->graphs.get();
 }
 

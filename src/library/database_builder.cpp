@@ -252,7 +252,8 @@ namespace {
 
 // The labels that occur in graphs, by number: those of a refused graph do not.
 struct used_labels {
-  used_labels(const ksstack *graphs, size_t vertex_labels, size_t edge_labels)
+  used_labels(const graph_list *graphs, size_t vertex_labels,
+              size_t edge_labels)
       : vertex(vertex_labels, 0), edge(edge_labels, 0) {
     for (int i = 0; i < graphs->count; i++) {
       const graph *g = graph_list_at(graphs, i);
@@ -276,7 +277,7 @@ static void renumber(const xvector<int> &ids, int *labels, int count) {
 // Gives labels and graphs their final ids.
 static labels final_labels(const label_words &vertex_labels,
                            const label_words &edge_labels,
-                           const ksstack *graphs) {
+                           const graph_list *graphs) {
   const used_labels used(graphs, vertex_labels.size(), edge_labels.size());
   label_set_ptr ls(label_set_create());
   xvector<int> vertex_ids;

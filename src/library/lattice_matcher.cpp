@@ -12,7 +12,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "base/utils.h"
+#include "base/comparators.h"
 #include "base/xmalloc.h"
 #include "cl/search_plan.h"
 #include "graph/connectivity.h"

@@ -93,7 +93,7 @@ namespace {
 // Places patterns on one thread.
 class placer {
 public:
-  placer(const ksstack *transactions, const interruption *stop)
+  placer(const graph_list *transactions, const interruption *stop)
       : transactions_(transactions), stop_(stop) {}
 
   void place(const level_record &record, int *images) {
@@ -109,7 +109,7 @@ public:
   }
 
 private:
-  const ksstack *transactions_;
+  const graph_list *transactions_;
   const interruption *stop_;
   search_plan plan_;
   xvector<int> order_;
@@ -117,7 +117,7 @@ private:
 
 } // namespace
 
-void add_embeddings(level_data *level, const ksstack *transactions, int jobs,
+void add_embeddings(level_data *level, const graph_list *transactions, int jobs,
                     const interruption *stop) {
   size_t size = 0;
   for (level_record &record : level->records) {

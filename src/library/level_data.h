@@ -45,7 +45,7 @@ level_data kept(level_data borrowed);
 
 // Gives every pattern its first embedding, along its vertices breadth first, in
 // each of its transactions.
-void add_embeddings(level_data *level, const ksstack *transactions, int jobs,
+void add_embeddings(level_data *level, const graph_list *transactions, int jobs,
                     const interruption *stop);
 
 } // namespace kestro

@@ -18,7 +18,7 @@
 
 #include <kestro/error.h>
 
-#include "base/utils.h"
+#include "base/comparators.h"
 #include "cl/search_plan.h"
 #include "graph/connectivity.h"
 #include "library/access.h"

@@ -61,7 +61,7 @@ private:
     return kestro::look_at(set, sg_set_get(set, 0)->g->es / 2, labels_);
   }
 
-  const ksstack *transactions_;
+  const graph_list *transactions_;
   const label_set *labels_;
   const mine_options &options_;
   const interruption *stop_;

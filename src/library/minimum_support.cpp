@@ -11,7 +11,7 @@
 
 namespace kestro {
 
-// In as few digits as tell it from others, in any locale.
+// In the fewest digits that read back as the same number, in any locale.
 static std::string text_of(double number) {
   char text[32];
   const auto [end, status] = std::to_chars(text, text + sizeof text, number);

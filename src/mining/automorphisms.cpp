@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <new>
 
+#include "base/comparators.h"
 #include "base/error.h"
 #include "base/xmalloc.h"
 #include "cl/next_isomorphism.h"

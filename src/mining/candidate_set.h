@@ -10,8 +10,8 @@ namespace kestro {
 // can be many more candidates than patterns.
 class candidate_set {
 public:
-  // What takes long throws interrupted when stop, which may be null, says so;
-  // all records still have an owner then.
+  // insert(), take_over() and release_sorted() throw interrupted when stop,
+  // which may be null, says so; all records still have an owner then.
   explicit candidate_set(const interruption *stop = nullptr)
       : records_(sg_set_create()), table_(stop), stop_(stop) {}
 
@@ -20,7 +20,7 @@ public:
   // Takes sg, whose graph is in canonical form and not in yet.
   void insert(sg_ptr sg);
 
-  // Moves over what other has and this has not, and empties other.
+  // Moves the records of other that are not in yet, and empties other.
   void take_over(candidate_set *other);
 
   int size() const { return sg_set_size(records_.get()); }

@@ -2,9 +2,9 @@
 //
 // Two patterns A and B that are one core plus an edge each are glued along
 // every automorphism of the core: A's extra edge lands on B in up to two
-// places, to a new vertex or between two of B's.  A candidate is no more than B
-// and such a place; one that was not seen before is offered to registration,
-// which builds it if need be.  Every pattern of the next size that can be
+// places, to a new vertex or between two of B's.  B and such a place are an
+// extension.  One that was not seen before is offered to registration, which
+// builds the candidate if need be.  Every pattern of the next size that can be
 // frequent comes out of some pair under some core, because each keeps two of
 // its parents; the duplicates and infrequent parts that are left are weeded out
 // at registration.
@@ -107,17 +107,18 @@ generation sg_generate_candidates(const sg_set *children, const sg_set *cores,
         joiners[w].reset();
       },
       options.watcher);
-  generation made;
+  generation generated;
   for (size_t w = 0; w < accepted.size(); w++) {
-    made.counts += counted[w];
+    generated.counts += counted[w];
     if (w > 0)
       accepted[0].take_over(&accepted[w]);
   }
-  made.candidates.reset(accepted[0].release_sorted());
-  for (int i = 0; i < sg_set_size(made.candidates.get()); i++)
-    made.order_dependent += !sg_set_get(made.candidates.get(), i)->invariant;
-  KESTRO_STRUCTURE(sg_set_check(made.candidates.get()));
-  return made;
+  generated.candidates.reset(accepted[0].release_sorted());
+  for (int i = 0; i < sg_set_size(generated.candidates.get()); i++)
+    generated.order_dependent +=
+        !sg_set_get(generated.candidates.get(), i)->invariant;
+  KESTRO_STRUCTURE(sg_set_check(generated.candidates.get()));
+  return generated;
 }
 
 // The vertex of a pattern outside its core, -1 when the core has them all.  It
@@ -181,9 +182,11 @@ private:
       mark_seen(accepted);
   }
 
-  // The other ways to build a candidate whose form does not depend on how it is
-  // built would only make duplicates.  Cores come in ascending order, so those
-  // patterns all whose cores are done are built upon no more.
+  // Marks the other extensions that give an accepted candidate: a parent of it
+  // and the edge that the parent lacks.  Since its form does not depend on how
+  // it is built, they would only give duplicates.  Cores are joined in
+  // ascending order, so a parent whose last core is below the current one is
+  // extended no further and needs no mark.
   void mark_seen(const subgraph *accepted) const {
     for (int l = 0; l < sg_link_size(accepted); l++) {
       const sg_link *link = sg_link_at(accepted, l);

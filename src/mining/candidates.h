@@ -18,7 +18,7 @@ struct generation_options {
   int stabilizer_threshold = labeller::default_threshold;
   form kind = form::prescribed;       // of the candidates' graphs
   const interruption *stop = nullptr; // ends it by throwing interrupted
-  work_watcher *watcher = nullptr;    // told of the cores as they are joined
+  work_watcher *watcher = nullptr;    // hears of the cores as they are joined
 };
 
 // The candidates of one size: a sorted set of records with canonical graph,
@@ -52,16 +52,16 @@ struct join_context {
   const sg_set *cores;    // level k-2
   automorphism_cache *automorphisms;
   registration *registry;
-  extension_set seen;     // places that need no further look
+  extension_set seen;     // extensions that need not be offered again
   xvector<int> core_to_b; // by vertex of a core
   xvector<int> identity;  // the only automorphism of rigid cores
   interruption_poll poll; // a step is one place of an edge
 };
 
-// Joins the patterns a and b of level k-1, which may be the same, through the
-// core that both entries, of a and of b, lead to: along each of its
-// automorphisms, the first of which is that entry of the cache, -1 for a rigid
-// core, at most two candidates.
+// Joins the patterns a and b of level k-1, which may be the same, through one
+// core: ea and eb are their parent entries for it.  Each automorphism of the
+// core gives at most two candidates.  automorphism is the cache's first entry
+// of the core, -1 for a rigid core.
 void sg_join(int a, int b, const sg_parent *ea, const sg_parent *eb,
              int automorphism, join_context *context);
 

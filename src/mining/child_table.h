@@ -1,4 +1,4 @@
-// The patterns of a level, by how they come from their parents.
+// The patterns of a level by parent and added edge.
 #pragma once
 
 #include "mining/automorphisms.h"
@@ -26,7 +26,8 @@ public:
               automorphism_cache *automorphisms,
               const interruption *stop = nullptr);
 
-  // x's pattern is a core; null when x is no child.
+  // The pattern that x, an extension of a core, is; null when it is none of the
+  // level.
   const found_child *find(const extension &x) const { return map_.find(x); }
 
 private:

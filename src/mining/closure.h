@@ -1,5 +1,5 @@
-// Downward closure by a cheap label: can every connected sub-pattern of a
-// candidate be in the level below?
+// A cheap test before the closure test: a sub-pattern of a candidate whose
+// label no pattern of the level below has is not in that level.
 #pragma once
 
 #include <cstdint>

@@ -2,15 +2,16 @@
 //
 // A candidate is B + e.  Taking another edge f out of it gives B - f + e, and
 // B - f is a parent of B, known with a map from B.  So a look-up of that parent
-// and e's place in it tells which frequent pattern the rest is, or that it is
+// and e's place in it yields which frequent pattern the rest is, or that it is
 // none: one look-up per edge, and only for candidates that pass them all a
 // graph is built.  The map from the candidate to the rest is composed of B's
 // map to B - f and the rest's own map to it.
 //
-// Not told in this way are edges that hold B together but not the candidate, on
-// a cycle that e closes, and rests whose canonical form depends on the order of
-// vertices: two records of one graph may exist then, and only the form as it
-// comes out tells which one is meant.
+// Two cases are left to the canonical form of the rest.  An edge may hold B
+// together but not the candidate, because it lies on a cycle that e closes. And
+// the canonical form of a rest may depend on the order of vertices: then the
+// level may hold two records of one graph, and only the form itself shows which
+// of them is the parent.
 
 #include "mining/derived_parents.h"
 

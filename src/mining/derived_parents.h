@@ -9,8 +9,8 @@ namespace kestro {
 
 class derived_parents {
 public:
-  // Borrows all: children, the level of the parents, cores, the level below it,
-  // and a table and the cache made of them.
+  // All arguments are borrowed: children, the level of the parents; cores, the
+  // level below it; the cache and the table that were built from these two.
   derived_parents(const sg_set *children, const sg_set *cores,
                   const automorphism_cache *automorphisms,
                   const child_table *table)
@@ -18,20 +18,20 @@ public:
         table_(table) {}
 
   // Looks up the parents of the candidate that is x's pattern, one of children,
-  // plus x's edge; false when one of them is certainly not in children.  What
-  // follows is about that candidate.
+  // plus x's edge; false when one of them is certainly not in children.  The
+  // other functions speak of the candidate looked up last.
   bool look_up(const extension &x);
 
-  // From here on the candidate's vertices are numbered as in cand, its
-  // canonical form, whose vid are the vertices of x's pattern, the new one
-  // following them.
+  // Takes over the numbering of cand, the candidate in canonical form: edges
+  // and maps below use it.  cand->vid[i] is vertex i's number in x's pattern; a
+  // new vertex has the number that follows the pattern's last.
   void take_order(const graph *cand);
 
-  // Whether find() knows all parents.
+  // Whether find() succeeds for every removable edge.
   bool knows_all() const { return knows_all_; }
-  // Whether the parent without one of the removable edges is known.
+  // Whether it is known which parent the candidate without a removable edge is.
   bool knows(const removable_edge &edge) const;
-  // The same; if so, writes its id and the map to it into entry.
+  // The same; if so, writes the parent's id and the map to it into entry.
   bool find(const removable_edge &edge, sg_parent *entry) const;
 
 private:
@@ -48,7 +48,8 @@ private:
   extension x_ = {};
   const subgraph *pattern_ = nullptr; // x's
   bool knows_all_ = false;
-  xvector<const found_child *> found_; // by link of pattern: without its edge
+  xvector<const found_child *> found_; // by link of pattern_: the candidate's
+                                       // parent that lacks the link's edge
   xvector<int> origin_; // by vertex of the candidate, that of x's pattern
 };
 

@@ -1,9 +1,9 @@
 // Rows of embeddings.
 //
-// Most candidates that pass their bound occur in nearly all transactions of it,
-// and mostly where a parent was found; placing one edge there costs a walk over
-// one neighbour list instead of a search.  Rows live from the count of one
-// level to the count of the next, within a budget.
+// Most candidates that pass their bound occur in nearly all of its
+// transactions, and mostly at the embedding of a parent; placing one edge there
+// costs a walk over one neighbour list instead of a search.  Rows live from the
+// count of one level to the count of the next, within a budget.
 
 #include "mining/embeddings.h"
 
@@ -13,7 +13,7 @@
 
 namespace kestro {
 
-embedding_budget::embedding_budget(const ksstack *transactions) {
+embedding_budget::embedding_budget(const graph_list *transactions) {
   int largest = 0;
   for (int i = 0; i < transactions->count; i++) {
     const graph *t = graph_list_at(transactions, i);

@@ -1,11 +1,12 @@
-// Embeddings carried along: for each transaction of a pattern one place where
-// it occurs, so that a pattern with one edge more needs one edge placed.
+// Embeddings: for each transaction of a pattern one place where it occurs.  A
+// pattern with one edge more is found there by placing that edge.
 #pragma once
 
 #include <atomic>
 #include <cstdint>
 
 #include "base/xmalloc.h"
+#include "graph/graph_list.h"
 #include "mining/sg_set.h"
 
 namespace kestro {
@@ -20,8 +21,7 @@ namespace kestro {
 // use one budget.
 class embedding_budget {
 public:
-  // transactions is a graph list.
-  explicit embedding_budget(const ksstack *transactions);
+  explicit embedding_budget(const graph_list *transactions);
   embedding_budget(const embedding_budget &other)
       : width_(other.width_), left_(other.left_.load()) {}
   // Bytes of an image, 0 where there are no rows.
@@ -34,7 +34,7 @@ public:
   ksstack *take_rows(const subgraph *sg, int n);
   // Puts back what rows of sg take, or will take when full.
   void give_back(const subgraph *sg);
-  // Takes what sg's rows hold already.
+  // Takes off the budget what sg's rows hold already.
   void charge(const subgraph *sg);
 
 private:

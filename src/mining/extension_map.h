@@ -19,8 +19,9 @@ struct extension {
   bool operator==(const extension &) const = default;
 };
 
-// A vertex of a pattern as extensions have it.  Levels up to where the numbers
-// end would take far more memory than there is.
+// A vertex's number in the type that extensions store.  A pattern with a larger
+// number would be of a level that needs far more memory than any machine has,
+// so this dies as exhausted memory does.
 inline int16_t short_vertex(int u) {
   if (u > INT16_MAX)
     die_out_of_memory();
@@ -38,7 +39,8 @@ inline extension pendant_extension(int pattern, int u, int elabel, int vlabel) {
   return {pattern, short_vertex(u), -1, elabel, vlabel};
 }
 
-// Where a permutation of the pattern's vertices brings the edge.
+// The extension whose edge is the image of x's under a permutation of the
+// pattern's vertices.
 inline extension image_of(const extension &x, const int *perm) {
   return x.to == -1
              ? pendant_extension(x.pattern, perm[x.from], x.elabel, x.vlabel)

@@ -1,11 +1,12 @@
 // Levels one and two.
 //
 // Every transaction is walked edge by edge, then path by path; the tables
-// know who was counted last, so each pattern counts once per transaction,
-// whatever the number of its embeddings.  The frequent keys become records in
-// fixed layouts, which are the canonical forms of such graphs, so that later
-// look-ups by sg_compare find them.  A second walk, with the patterns' ids in
-// the table, fills the TID lists and the first rows of embeddings.
+// keep for each pattern the transaction counted last, so it counts once per
+// transaction, whatever the number of its embeddings.  The frequent keys become
+// records in fixed layouts, which are the canonical forms of such graphs, so
+// that later look-ups by sg_compare find them.  A second walk, with the
+// patterns' ids in the table, fills the TID lists and the first rows of
+// embeddings.
 
 #include "mining/first_levels.h"
 
@@ -139,7 +140,8 @@ static bool add_last_tid(subgraph *sg, int tid) {
 
 // Adds every transaction to the TID lists of its frequent edges.  From here on
 // a key's count is its pattern's id + 1, 0 for none.
-static void check_in_edges2(sg_set *level1, const ksstack *transactions,
+// The second walk, hence the 2.
+static void check_in_edges2(sg_set *level1, const graph_list *transactions,
                             edge_table *table, interruption_poll *poll) {
   for (int i = 0; i < sg_set_size(level1); i++) {
     const graph *g = sg_set_get(level1, i)->g;
@@ -153,7 +155,7 @@ static void check_in_edges2(sg_set *level1, const ksstack *transactions,
   }
 }
 
-sg_set *sg_frequent_edges(const ksstack *transactions, int minsup, int nel,
+sg_set *sg_frequent_edges(const graph_list *transactions, int minsup, int nel,
                           int nvl, const interruption *stop) {
   interruption_poll poll(stop, poll_interval);
   edge_table table(nel, nvl);
@@ -231,7 +233,9 @@ static void register_double_edge_subgraph(const path_key &k, int count,
 
 // Adds every transaction to the TID lists of its frequent paths, with the first
 // place of each as its row.
-static void check_in_double_edges2(sg_set *level2, const ksstack *transactions,
+// The second walk, hence the 2.
+static void check_in_double_edges2(sg_set *level2,
+                                   const graph_list *transactions,
                                    path_table *table, interruption_poll *poll) {
   embedding_budget budget(transactions);
   for (int i = 0; i < sg_set_size(level2); i++) {
@@ -259,7 +263,7 @@ static void check_in_double_edges2(sg_set *level2, const ksstack *transactions,
 }
 
 sg_set *sg_frequent_double_edges(const sg_set *level1,
-                                 const ksstack *transactions, int minsup,
+                                 const graph_list *transactions, int minsup,
                                  int nel, int nvl, const interruption *stop) {
   interruption_poll poll(stop, poll_interval);
   path_table table(nel, nvl);

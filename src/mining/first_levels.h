@@ -1,20 +1,21 @@
 // The first two levels of the search, counted directly over all transactions.
 #pragma once
 
+#include "graph/graph_list.h"
 #include "mining/sg_set.h"
 
 namespace kestro {
 
 // The frequent one-edge patterns: a new sorted set whose records carry graph,
-// count and TID list.  transactions is a graph list; nel and nvl are the
-// numbers of edge and vertex labels; minsup is at least 1.  Throws interrupted
-// when stop, which may be null, says so.
-sg_set *sg_frequent_edges(const ksstack *transactions, int minsup, int nel,
+// count and TID list.  nel and nvl are the numbers of edge and vertex labels;
+// minsup is at least 1.  Throws interrupted when stop, which may be null, says
+// so.
+sg_set *sg_frequent_edges(const graph_list *transactions, int minsup, int nel,
                           int nvl, const interruption *stop = nullptr);
 
 // The frequent two-edge patterns, with their parents in level1 too.
 sg_set *sg_frequent_double_edges(const sg_set *level1,
-                                 const ksstack *transactions, int minsup,
+                                 const graph_list *transactions, int minsup,
                                  int nel, int nvl,
                                  const interruption *stop = nullptr);
 

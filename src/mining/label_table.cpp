@@ -1,9 +1,9 @@
 // Finding counters by labels.
 //
-// An array over all combinations answers with one look but grows with the third
-// power of the number of vertex labels, so it serves only while it is small;
-// hashing takes memory for what occurs.  Either gives the same keys in the same
-// order.
+// An array over all combinations needs one access per look-up but grows with
+// the third power of the number of vertex labels, so it serves only while it is
+// small; hashing takes memory for what occurs.  Either gives the same keys in
+// the same order.
 
 #include "mining/label_table.h"
 

@@ -66,8 +66,8 @@ static int mine_first_levels(const mining_run *run, level_pair *levels,
   return 2;
 }
 
-// Frees what is of no use to a level once the size above it has been counted:
-// the ways to its parents and where it occurs.
+// Frees what a level needs only until the size above it has been counted: the
+// links to its parents, the embeddings and the TID lists.
 static void free_after_use(sg_set *level, const interruption *stop) {
   interruption_poll poll(stop);
   for (int i = 0; i < sg_set_size(level); i++) {
@@ -107,10 +107,10 @@ static bool mine_level(const mining_run *run, int k, level_pair *levels) {
   options.stop = run->stop;
   step_watcher joining(to, {k, progress::step::joining, 0, 0, 0});
   options.watcher = &joining;
-  generation made =
+  generation joined =
       sg_generate_candidates(levels->cur.get(), levels->prev.get(), options);
-  run->stats->order_dependent += made.order_dependent;
-  sg_set_ptr cand = std::move(made.candidates);
+  run->stats->order_dependent += joined.order_dependent;
+  sg_set_ptr cand = std::move(joined.candidates);
   const int generated = sg_set_size(cand.get());
   stats_set(run->stats, stats_candidates, k, generated);
   to->candidates(cand.get());

@@ -1,5 +1,5 @@
-// All ways to reach a pattern from its parents, kept while the next size is
-// generated and counted.
+// Links: for each removable edge of a pattern, the parent that lacks it and a
+// map to that parent.  Kept until the next size has been counted.
 #pragma once
 
 #include <cstdint>
@@ -15,7 +15,7 @@ struct sg_link {
   int pid;   // the parent's id in the previous level
   uint8_t u; // the edge u-v, u < v, of this pattern that the parent lacks
   uint8_t v;
-  uint8_t map[]; // per vertex, the parent's vertex; link_gone for one that went
+  uint8_t map[]; // per vertex, the parent's vertex; link_gone for none
 };
 inline constexpr uint8_t link_gone = 255;
 
@@ -27,7 +27,7 @@ inline constexpr int link_max_vertices = 254;
 ksstack *sg_links_create(int vs);
 int sg_link_size(const subgraph *sg); // 0 without links
 const sg_link *sg_link_at(const subgraph *sg, int i);
-// Appends what a parent entry says; nothing where sg has no stack.
+// Appends a parent entry as a link; does nothing where sg has no stack.
 void sg_add_link(subgraph *sg, const sg_parent *entry);
 void sg_clear_links(subgraph *sg);
 // The edge of a link as an extension of the parent.

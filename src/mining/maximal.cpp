@@ -1,7 +1,7 @@
 // Selection of maximal patterns.
 //
 // The PC-list file names every pattern with all its parents, so one pass over
-// it tells which patterns are contained in a larger one.  The files are then
+// it shows which patterns are contained in a larger one.  The files are then
 // rewritten through a temporary file; nothing else may use them meanwhile.
 
 #include "mining/maximal.h"
@@ -11,9 +11,12 @@
 #include <string>
 #include <utility>
 
+#include "base/comparators.h"
 #include "base/error.h"
 #include "base/fgetl.h"
+#include "base/open_file.h"
 #include "base/output_file.h"
+#include "base/text_lines.h"
 #include "graph/graph_text.h"
 #include "graph/transactions.h"
 

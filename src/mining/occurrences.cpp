@@ -1,9 +1,9 @@
 // Where candidates occur.
 //
-// In each transaction of its bound a candidate is first tried where a kept
-// parent was found, by placing one edge; that takes no search and settles most.
-// Searches follow for the rest, and stop when minsup is out of reach: most
-// infrequent candidates fail early in a few transactions.
+// In each transaction of its bound, a candidate is first tried at the embedding
+// of a kept parent, by placing one edge; that takes no search and finds most.
+// Searches follow in the other transactions, and stop when minsup is out of
+// reach, which for most infrequent candidates is after a few transactions.
 
 #include "mining/occurrences.h"
 

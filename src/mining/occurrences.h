@@ -1,4 +1,4 @@
-// The transactions that a candidate occurs in.
+// Finding the transactions that a candidate occurs in.
 #pragma once
 
 #include "cl/search_plan.h"
@@ -19,7 +19,7 @@ public:
   // Turns sg's tid from a bound into the transactions that sg occurs in, and
   // returns their number; prev holds sg's parents.  Fills sg's rows where sg
   // has been given an empty stack for them.  Stops as soon as that number is
-  // sure to be below minsup; then some transactions are missing from tid.
+  // sure to be below minsup; tid is incomplete then.
   int find(subgraph *sg, const sg_set *prev, int minsup);
 
 private:

@@ -7,6 +7,7 @@
 
 #include <cstring>
 
+#include "base/comparators.h"
 #include "base/error.h"
 #include "base/xmalloc.h"
 

@@ -3,10 +3,10 @@
 // Duplicates meet because isomorphic candidates share one canonical form.  The
 // closure test asks for each edge in turn which pattern of the previous level
 // the candidate without it is; edges that hold the candidate together are not
-// tested.  What cannot be derived from the pattern extended is found by the
-// canonical form of the remainder, made in place: its vertex ids tell which
-// vertex of the candidate went where, which is the map of the parent entry.  A
-// filter sees most candidates fail before any such form.
+// tested.  A parent that cannot be derived from the pattern extended is found
+// by the canonical form of the remainder, made in place: its vertex ids say
+// which vertex of the candidate went where, which is the map of the parent
+// entry.  A filter sees most candidates fail before any such form.
 
 #include "mining/registration.h"
 

@@ -32,10 +32,10 @@ struct registration_counts {
 
 // What candidates of one size are tested against, and where they go.
 struct registration {
-  // level is the one below.  known only saves work and may be null; it is not
-  // for candidates that come as a graph.  stop, which may be null, ends what
-  // takes long here and in the offers below by throwing interrupted; labels has
-  // its own.
+  // level is the one below.  known only saves work and may be null; it is of no
+  // use for candidates that come as a graph.  When stop, which may be null,
+  // says so, this and the offers below throw interrupted; the labeller looks at
+  // a stop of its own.
   explicit registration(const sg_set *level, labeller labels = labeller(),
                         derived_parents *known = nullptr,
                         const interruption *stop = nullptr)
@@ -56,8 +56,8 @@ struct registration {
 };
 
 // Offers the candidate that is x's pattern, one of the level below, plus x's
-// edge: builds it, unless it is seen by look-ups to have an infrequent part,
-// and registers it.  Returns the accepted copy or null.
+// edge.  Unless look-ups show that it has an infrequent part, builds and
+// registers it.  Returns the accepted copy or null.
 const subgraph *sg_offer_extension(const extension &x, registration *to);
 
 } // namespace kestro

@@ -9,7 +9,7 @@
 
 namespace kestro {
 
-// Who receives what is found (library/mine.cpp).
+// Receives what is found (library/mine.cpp).
 class level_receiver {
 public:
   virtual ~level_receiver() = default;
@@ -23,8 +23,9 @@ public:
 };
 
 // Who knows supports: bound and exact count over the transactions in memory
-// (mining/transaction_counter.h).  What it makes of a level is sorted, and
-// every record that stays has its exact count; TID lists are its own affair.
+// (mining/transaction_counter.h).  The sets it returns, or leaves after
+// count(), are sorted, and every record in them has its exact count.  Whether
+// records have TID lists is up to the counter.
 class candidate_counter {
 public:
   virtual ~candidate_counter() = default;
@@ -32,11 +33,12 @@ public:
   virtual sg_set_ptr edges() = 0;
   // The frequent two-edge patterns, with their parents among the edges.
   virtual sg_set_ptr double_edges(const sg_set *edges) = 0;
-  // Drops candidates that cannot be frequent, as many as are told cheaply; prev
-  // is the level below.
+  // Drops candidates that cannot be frequent, as far as that can be seen
+  // without counting; prev is the level below.
   virtual void bound(sg_set *cand, const sg_set *prev,
                      work_watcher *watcher) = 0;
-  // Drops those that are not frequent.
+  // Drops those that are not frequent.  Afterwards the loop frees the TID
+  // lists, rows and links of prev.
   virtual void count(sg_set *cand, const sg_set *prev,
                      work_watcher *watcher) = 0;
 };

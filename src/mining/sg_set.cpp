@@ -21,7 +21,8 @@ static int compare_records(const void *a, const void *b) {
 }
 
 sg_set *sg_set_create() {
-  return ksstack_new(1024, static_cast<int>(sizeof(subgraph *)));
+  return static_cast<sg_set *>(
+      ksstack_new(1024, static_cast<int>(sizeof(subgraph *))));
 }
 
 void sg_set_free(sg_set *s) {

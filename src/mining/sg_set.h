@@ -6,9 +6,11 @@
 
 namespace kestro {
 
-// A stack of subgraph *, kept sorted by sg_compare once complete; a pattern's
-// position in it is its id.
-using sg_set = ksstack;
+// A stack of subgraph *, with its records, kept sorted by sg_compare once
+// complete; a pattern's position in it is its id.  A type of its own, so that
+// no stack of other elements is taken for one.
+struct sg_set : ksstack {};
+static_assert(sizeof(sg_set) == sizeof(ksstack));
 
 sg_set *sg_set_create(); // empty, capacity 1024
 // Frees every record, then the set; s may be null.

@@ -10,6 +10,7 @@
 #include <cstddef>
 #include <cstring>
 
+#include "base/comparators.h"
 #include "base/error.h"
 #include "base/xmalloc.h"
 

@@ -12,8 +12,8 @@ namespace kestro {
 // Header, followed in the same block by the graph.
 //
 // The id sets are ascending and without repeats; an id is a position in the
-// sorted set of its level.  Any of them may be absent (null), which is as good
-// as empty; what is added to an absent one creates it.
+// sorted set of its level.  Any of them may be absent (null), which means
+// empty; adding to an absent one creates it.
 struct subgraph {
   graph *g;        // in canonical form once looked up or kept; in this block
   int count;       // transactions that contain it; 0 until counted
@@ -38,7 +38,8 @@ struct sg_parent {
   int u;   // the edge u-v, u <= v, of this pattern that the parent lacks
   int v;
   int vs;    // vertices of this pattern
-  int map[]; // per vertex, the parent's vertex, -1 for one that went with u-v
+  int map[]; // per vertex, the parent's vertex, -1 for one that the
+             // parent lacks, too
 };
 
 // Ints in a parent entry of a pattern with vs vertices.

@@ -2,8 +2,8 @@
 //
 // A transaction that contains a pattern contains all its parents, so the
 // intersection of their TID lists bounds its support at the cost of one pass
-// over the lists.  In each transaction of the bound the candidate's one edge
-// more is tried where a kept parent was found; a search, compiled once per
+// over the lists.  In each transaction of the bound, the candidate's one edge
+// more is placed at the embedding of a kept parent; a search, prepared once per
 // candidate, follows only where that fails.
 
 #include "mining/support.h"
@@ -54,7 +54,7 @@ static void set_tids(subgraph *sg, const xvector<int> &tids) {
 }
 
 void sg_filter_candidates_by_support(sg_set *cand, const sg_set *prev,
-                                     const ksstack *transactions, int minsup,
+                                     const graph_list *transactions, int minsup,
                                      int jobs, const interruption *stop,
                                      work_watcher *watcher) {
   const int old = sg_set_size(cand);
@@ -84,7 +84,7 @@ void sg_filter_candidates_by_support(sg_set *cand, const sg_set *prev,
   assert(old >= sg_set_size(cand));
 }
 
-support_counter::support_counter(const ksstack *transactions, int jobs,
+support_counter::support_counter(const graph_list *transactions, int jobs,
                                  const interruption *stop)
     : jobs_(jobs), stop_(stop), profiles_(transactions, stop),
       budget_(transactions) {}

@@ -4,36 +4,37 @@
 #include "base/parallel.h"
 #include "base/xmalloc.h"
 #include "cl/graph_profiles.h"
+#include "graph/graph_list.h"
 #include "mining/embeddings.h"
 #include "mining/sg_set.h"
 
 namespace kestro {
 
-// Gives every candidate, for a bound on its transactions, those common to all
-// its parents in prev, and frees candidates whose bound is below minsup; the
-// rest stays, sorted.  Works on jobs threads, with the same result for any
+// Sets every candidate's tid to a bound, the transactions common to all its
+// parents in prev, and frees candidates whose bound is below minsup; the rest
+// stays, sorted.  Works on jobs threads, with the same result for any
 // number of them.  Throws interrupted, with cand empty, when stop, which may be
 // null, says so.
 void sg_filter_candidates_by_support(sg_set *cand, const sg_set *prev,
-                                     const ksstack *transactions, int minsup,
+                                     const graph_list *transactions, int minsup,
                                      int jobs = 1,
                                      const interruption *stop = nullptr,
                                      work_watcher *watcher = nullptr);
 
-// Counts candidates over transactions; what the searches need to know of these
-// is worked out once.
+// Counts candidates over transactions.  The profiles of the transactions, which
+// the searches use, are computed once.
 class support_counter {
 public:
-  // Borrows transactions, a graph list; count_all works on jobs threads, with
-  // the same result for any number of them.  Whatever takes long, this
-  // included, throws interrupted when stop, which may be null, says so.
-  support_counter(const ksstack *transactions, int jobs,
+  // Borrows transactions; count_all works on jobs threads, with the same result
+  // for any number of them.  Both throw interrupted when stop, which may be
+  // null, says so.
+  support_counter(const graph_list *transactions, int jobs,
                   const interruption *stop = nullptr);
 
   // Counts every record of a sorted set, whose tid is a bound before and exact
   // afterwards, and frees those below minsup, all of them when it throws; prev
-  // holds their parents.  Rows of embeddings are given to those for which there
-  // is room.
+  // holds their parents.  Records get rows of embeddings as far as the budget
+  // lasts.
   void count_all(sg_set *cand, const sg_set *prev, int minsup,
                  work_watcher *watcher = nullptr);
 

@@ -1,9 +1,9 @@
 // Intersections of TID lists.
 //
-// Lists that hold more than a few of all transactions are kept as sets of bits
-// too, of which a word takes sixty-four transactions at once.  The kept parents
-// come first: they are the least frequent ones, so most intersections that end
-// up too short do so with them.
+// Lists that hold more than a few of all transactions are kept as sets of bits,
+// too: one operation on a word handles sixty-four transactions.  The kept
+// parents come first: they are the least frequent ones, so most intersections
+// that end up too short do so with them.
 
 #include "mining/tid_lists.h"
 

@@ -1,6 +1,7 @@
 // Counting candidates against the transactions in memory.
 #pragma once
 
+#include "graph/graph_list.h"
 #include "mining/seams.h"
 #include "mining/support.h"
 
@@ -8,10 +9,10 @@ namespace kestro {
 
 class transaction_counter : public candidate_counter {
 public:
-  // Borrows the graph list of transactions, of labels below edge_labels and
-  // vertex_labels; minsup is at least 1.  All counting, and what prepares it
-  // here, throws interrupted when stop, which may be null, says so.
-  transaction_counter(const ksstack *transactions, int edge_labels,
+  // Borrows transactions, whose labels are below edge_labels and vertex_labels;
+  // minsup is at least 1.  The constructor and all counting throw interrupted
+  // when stop, which may be null, says so.
+  transaction_counter(const graph_list *transactions, int edge_labels,
                       int vertex_labels, int minsup, int jobs,
                       const interruption *stop = nullptr)
       : transactions_(transactions), edge_labels_(edge_labels),
@@ -25,7 +26,7 @@ public:
              work_watcher *watcher = nullptr) override;
 
 private:
-  const ksstack *transactions_;
+  const graph_list *transactions_;
   int edge_labels_;
   int vertex_labels_;
   int minsup_;

@@ -1,11 +1,11 @@
-// What is told of a candidate's parents without its canonical form, against the
-// canonical forms of its parts.
+// The parents of a candidate that are derived without its canonical form,
+// against the canonical forms of its parts.
 //
 // Every pattern of every level of random databases is extended by every edge
 // there is.  A refusal needs a connected part that is not in the level; a
-// parent that is told must be the part it is told for; and only such edges may
-// go untold as cannot be told: those that held the pattern together and lie on
-// the new cycle, and those where a form depends on the order of vertices.
+// parent that is found must be the part it is found for; and a parent may stay
+// unknown only where the edge held the pattern together and lies on the new
+// cycle, or where a form depends on the order of vertices.
 
 #include "mining/derived_parents.h"
 
@@ -34,13 +34,13 @@ constexpr int edge_limit = 6; // of a transaction
 struct case_counts {
   int refused = 0;
   int passed = 0;
-  int told = 0;
-  int untold = 0;
-  int told_all = 0;
+  int known = 0;
+  int unknown = 0;
+  int all_known = 0;
   int pendant_at_leaf = 0;    // passed, the leaf's edge has to stay
-  int kept_leaf = 0;          // told, an end without its edge is kept by x's
+  int kept_leaf = 0;          // known, an end without its edge is kept by x's
   int between_two_leaves = 0; // passed
-  int symmetric_core = 0;     // told through a core with automorphisms
+  int symmetric_core = 0;     // known through a core with automorphisms
   int variant = 0;            // candidates with a form that depends on order
 };
 
@@ -99,8 +99,8 @@ private:
     bool all = true;
     for (const part &p : parts_)
       all &= check_part(p);
-    counts_->told_all += derived_.knows_all();
-    require(!derived_.knows_all() || all, "not all parents are told");
+    counts_->all_known += derived_.knows_all();
+    require(!derived_.knows_all() || all, "not all parents are known");
   }
 
   // A connected part of the candidate of one edge less.
@@ -125,24 +125,24 @@ private:
     return parts;
   }
 
-  // Whether the part's parent is told, which must be right then.
+  // Whether the part's parent is known, which must be right then.
   bool check_part(const part &p) {
     const int vs = cand_->vs;
     std::vector<int> memory(static_cast<size_t>(sg_parent_ints(vs)), -7);
     auto *entry = reinterpret_cast<sg_parent *>(memory.data());
-    const bool told = derived_.find(p.edge, entry);
-    require(told == derived_.knows(p.edge), "tells and find differ");
-    if (!told) {
-      counts_->untold++;
-      check_untold(p);
+    const bool known = derived_.find(p.edge, entry);
+    require(known == derived_.knows(p.edge), "knows() and find() differ");
+    if (!known) {
+      counts_->unknown++;
+      check_unknown(p);
       return false;
     }
-    counts_->told++;
-    require(entry->pid == p.id, "another parent is told");
+    counts_->known++;
+    require(entry->pid == p.id, "another parent is found");
     require(is_map_onto_rest(cand_.get(), p.edge.u, p.edge.w,
                              sg_set_get(children_, p.id)->g, entry->map),
-            "a wrong map is told");
-    count_told(p);
+            "a wrong map is found");
+    count_known(p);
     return true;
   }
 
@@ -156,15 +156,15 @@ private:
     return e.u == x_.from && e.w == (x_.to == -1 ? pattern_->g->vs : x_.to);
   }
 
-  void check_untold(const part &p) const {
+  void check_unknown(const part &p) const {
     const test_edge e = in_pattern(p);
     if (is_own(e)) {
-      require(!pattern_->invariant, "the pattern itself is not told");
+      require(!pattern_->invariant, "the pattern itself is not known");
       return;
     }
     const graph_ptr core = plain_without(pattern_->g, e.u, e.w);
     if (!core) { // the edge held the pattern together
-      require(x_.to != -1, "a leaf's edge is not told");
+      require(x_.to != -1, "a leaf's edge is not known");
       return;
     }
     // Or a form of the core or of the part depends on the order.
@@ -173,7 +173,7 @@ private:
     const graph_ptr rest(graph_copy(p.graph.get()));
     cl_canonicalize_graph(rest.get());
     require(!core_is_invariant || !cl_form_is_invariant(),
-            "an edge is not told");
+            "an edge is not known");
   }
 
   void count_case(bool invariant) {
@@ -186,7 +186,7 @@ private:
       counts_->between_two_leaves += from_leaf && is_leaf(pattern_->g, x_.to);
   }
 
-  void count_told(const part &p) {
+  void count_known(const part &p) {
     const test_edge e = in_pattern(p);
     if (is_own(e))
       return;
@@ -272,9 +272,9 @@ TEST(DerivedParents, AreTheCanonicalFormsOfTheParts) {
   }
   EXPECT_GT(counts.refused, 1000);
   EXPECT_GT(counts.passed, 1000);
-  EXPECT_GT(counts.told, 1000);
-  EXPECT_GT(counts.untold, 100);
-  EXPECT_GT(counts.told_all, 100);
+  EXPECT_GT(counts.known, 1000);
+  EXPECT_GT(counts.unknown, 100);
+  EXPECT_GT(counts.all_known, 100);
   EXPECT_GT(counts.pendant_at_leaf, 100);
   EXPECT_GT(counts.kept_leaf, 100);
   EXPECT_GT(counts.between_two_leaves, 100);
@@ -295,7 +295,7 @@ TEST(DerivedParents, FormsThatDependOnTheOrderAreLeftToTheForm) {
         "v 4 a\nu 0 4 y\nv 5 a\nu 4 5 x\n"})
     EXPECT_EQ(violation(plain_read(clique + leaves), 1, &counts), "");
   EXPECT_GT(counts.variant, 0);
-  EXPECT_GT(counts.untold, 0);
+  EXPECT_GT(counts.unknown, 0);
 }
 
 } // namespace kestro

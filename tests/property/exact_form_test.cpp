@@ -11,7 +11,6 @@
 #include <set>
 #include <tuple>
 
-#include "reference/base/utils.h"
 #include "reference/cl/canonical_calls.h"
 #include "reference/graph/graph.h"
 #include "support/exact_form.h"

@@ -39,7 +39,7 @@ TEST(FirstLevelsProperty, SparseTablesGiveWhatDenseOnesGive) {
     SCOPED_TRACE("seed " + std::to_string(seed));
     dice chance(seed);
     const numbered_database database = number(random_database(&chance, 12));
-    const ksstack *transactions = database.transactions.get();
+    const graph_list *transactions = database.transactions.get();
     const int nel = database.edge_labels;
     const int nvl = database.vertex_labels;
     ASSERT_TRUE(is_dense<path_key>(nel, nvl, dense_tables_limit));

@@ -197,7 +197,7 @@ protected:
     source.request_stop();
     return interruption(source.get_token());
   }
-  const ksstack *transactions() const { return db.transactions.get(); }
+  const graph_list *transactions() const { return db.transactions.get(); }
   // Ends, and leaves as many candidates to be freed as it says.
   void bound(int jobs) {
     sg_filter_candidates_by_support(made.get(), levels.children.get(),

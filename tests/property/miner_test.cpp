@@ -16,7 +16,7 @@
 
 #include <gtest/gtest.h>
 
-#include "base/utils.h"
+#include "base/open_file.h"
 #include "driver/options.h"
 #include "driver/run.h"
 #include "support/random_database.h"

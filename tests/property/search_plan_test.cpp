@@ -127,7 +127,7 @@ std::string difference(const graph *pattern, const graph *target,
 // The same for searches in a list of graphs: they find exactly when the search
 // in the graph alone does, the same along the same order, and so does a plan
 // whose order comes from the list.
-std::string difference_in_list(const graph *pattern, const ksstack *graphs,
+std::string difference_in_list(const graph *pattern, const graph_list *graphs,
                                unsigned seed) {
   test_rng rng(seed);
   const graph_profiles profiles(graphs);

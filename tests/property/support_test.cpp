@@ -38,7 +38,7 @@ graph_list_ptr random_transactions(test_rng &rng) {
   return list;
 }
 
-ints naive_tids(const graph *g, const ksstack *transactions) {
+ints naive_tids(const graph *g, const graph_list *transactions) {
   ints tids;
   for (int tid = 0; tid < transactions->count; tid++)
     if (!naive_maps(g, graph_list_at(transactions, tid)).empty())
@@ -46,7 +46,7 @@ ints naive_tids(const graph *g, const ksstack *transactions) {
   return tids;
 }
 
-bool rows_place(const subgraph *sg, const ksstack *transactions) {
+bool rows_place(const subgraph *sg, const graph_list *transactions) {
   if (sg->rows->count != sg_tid_size(sg))
     return false;
   for (int i = 0; i < sg->rows->count; i++) {
@@ -65,7 +65,7 @@ struct pair_counts {
   int without_rows = 0;
 };
 
-void check_level(const sg_set *level, const ksstack *transactions,
+void check_level(const sg_set *level, const graph_list *transactions,
                  pair_counts *counts) {
   for (int id = 0; id < sg_set_size(level); id++) {
     const subgraph *sg = sg_set_get(level, id);
@@ -92,7 +92,7 @@ void take_rows_away(const sg_set *level, test_rng &rng, pair_counts *counts) {
 
 // Mines the levels up to the largest size with that minimum support, each
 // against the matcher.  A candidate that was dropped must occur too rarely.
-void mine(const ksstack *transactions, int minsup, test_rng &rng,
+void mine(const graph_list *transactions, int minsup, test_rng &rng,
           pair_counts *counts) {
   sg_set_ptr cores(sg_frequent_edges(transactions, minsup, elabels, vlabels));
   if (sg_set_size(cores.get()) == 0)

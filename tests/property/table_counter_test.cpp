@@ -108,7 +108,7 @@ mined_levels mine(candidate_counter *counter, table_counter *pupil) {
 
 // The first difference between the two counters, empty if there is none.
 // *levels, if asked for, is how many were compared.
-std::string difference(const ksstack *transactions, int edge_labels,
+std::string difference(const graph_list *transactions, int edge_labels,
                        int vertex_labels, int minsup, size_t *levels) {
   transaction_counter with_transactions(transactions, edge_labels,
                                         vertex_labels, minsup, 1);

@@ -67,7 +67,7 @@ struct two_levels {
   sg_set_ptr children;
 };
 
-inline two_levels first_two_levels(const ksstack *transactions, int minsup,
+inline two_levels first_two_levels(const graph_list *transactions, int minsup,
                                    int edge_labels, int vertex_labels) {
   two_levels levels;
   levels.cores.reset(
@@ -90,7 +90,7 @@ inline sg_set_ptr candidates_of(const two_levels &levels, int jobs = 1) {
 
 // The next level in place of the older one; made are its candidates.
 inline void go_up(two_levels *levels, sg_set_ptr made,
-                  const ksstack *transactions, int minsup) {
+                  const graph_list *transactions, int minsup) {
   sg_filter_candidates_by_support(made.get(), levels->children.get(),
                                   transactions, minsup);
   levels->cores = std::move(levels->children);

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "base/open_file.h"
 #include "driver/run.h"
 #include "support/scratch_folder.h"
 

@@ -5,7 +5,7 @@
 #include <cstdlib>
 #include <string>
 
-#include "base/utils.h"
+#include "base/open_file.h"
 
 namespace kestro {
 

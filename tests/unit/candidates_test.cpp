@@ -23,7 +23,7 @@ protected:
   template <class... Graph> void mine(Graph... graphs) {
     mine_list(database_of(std::move(graphs)...).get());
   }
-  void mine_list(const ksstack *database) {
+  void mine_list(const graph_list *database) {
     cores.reset(sg_frequent_edges(database, 1, 3, 6));
     children.reset(sg_frequent_double_edges(cores.get(), database, 1, 3, 6));
     sg_register_children(children.get(), cores.get());

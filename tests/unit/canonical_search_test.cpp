@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include "reference/base/utils.h"
 #include "support/graphs.h"
 #include "support/triangle.h"
 

@@ -40,8 +40,9 @@ protected:
     return sg_set_get(levels.children.get(), id)->g;
   }
 
-  // Starts on x and arranges the candidate; false when it is refused.
-  bool start(const extension &x) {
+  // Looks the parents of x up and takes the candidate's order; false when it is
+  // refused.
+  bool look_up(const extension &x) {
     const graph *g = graph_of(x.pattern);
     ints vlabels = vlabels_of(g);
     std::vector<test_edge> edges = edges_of(g);
@@ -55,9 +56,9 @@ protected:
     return true;
   }
 
-  // The parent told without the edge u-w, whose map must lead there; -1 when
-  // it is not told.
-  int told(int u, int w) const {
+  // The parent found without the edge u-w, whose map must lead there; -1 when
+  // none is known.
+  int parent_without(int u, int w) const {
     const removable_edge edge = {u, w, graph_edge_index(cand.get(), u, w)};
     ints memory(static_cast<size_t>(sg_parent_ints(cand->vs)));
     auto *entry = reinterpret_cast<sg_parent *>(memory.data());
@@ -98,9 +99,9 @@ TEST_F(DerivedParents, PendantAtALeafTellsBothEnds) {
   const int leaf = vertex_labelled(g, 2);
   const int other = vertex_labelled(g, 0);
   const int centre = vertex_labelled(g, 1);
-  ASSERT_TRUE(start(pendant_extension(b, leaf, 0, 3)));
-  EXPECT_EQ(told(leaf, g->vs), b); // its own edge
-  EXPECT_EQ(told(std::min(centre, other), std::max(centre, other)),
+  ASSERT_TRUE(look_up(pendant_extension(b, leaf, 0, 3)));
+  EXPECT_EQ(parent_without(leaf, g->vs), b); // its own edge
+  EXPECT_EQ(parent_without(std::min(centre, other), std::max(centre, other)),
             id_of(labelled_path({1, 2, 3})));
   // The edge in the middle holds the candidate together.
   EXPECT_TRUE(derived->knows_all());
@@ -110,8 +111,8 @@ TEST_F(DerivedParents, PendantOfAnInfrequentPartIsRefused) {
   mine(labelled_path({0, 1, 2}));
   const int b = id_of(labelled_path({0, 1, 2}));
   const graph *g = graph_of(b);
-  EXPECT_FALSE(start(pendant_extension(b, vertex_labelled(g, 2), 0, 1)));
-  EXPECT_FALSE(start(pendant_extension(b, vertex_labelled(g, 1), 0, 5)));
+  EXPECT_FALSE(look_up(pendant_extension(b, vertex_labelled(g, 2), 0, 1)));
+  EXPECT_FALSE(look_up(pendant_extension(b, vertex_labelled(g, 1), 0, 5)));
 }
 
 TEST_F(DerivedParents, ClosingBetweenTwoLeavesKeepsEitherOfThem) {
@@ -121,11 +122,11 @@ TEST_F(DerivedParents, ClosingBetweenTwoLeavesKeepsEitherOfThem) {
   const int u = vertex_labelled(g, 0);
   const int w = vertex_labelled(g, 2);
   const int centre = vertex_labelled(g, 1);
-  ASSERT_TRUE(start(closing_extension(b, u, w, 0)));
-  EXPECT_EQ(told(std::min(u, w), std::max(u, w)), b);
-  EXPECT_EQ(told(std::min(u, centre), std::max(u, centre)),
+  ASSERT_TRUE(look_up(closing_extension(b, u, w, 0)));
+  EXPECT_EQ(parent_without(std::min(u, w), std::max(u, w)), b);
+  EXPECT_EQ(parent_without(std::min(u, centre), std::max(u, centre)),
             id_of(labelled_path({0, 2, 1})));
-  EXPECT_EQ(told(std::min(w, centre), std::max(w, centre)),
+  EXPECT_EQ(parent_without(std::min(w, centre), std::max(w, centre)),
             id_of(labelled_path({1, 0, 2})));
 }
 
@@ -134,7 +135,7 @@ TEST_F(DerivedParents, ClosingBetweenTwoLeavesWithoutAPathIsRefused) {
   mine(labelled_path({0, 1, 2}), labelled_path({1, 0, 2}));
   const int b = id_of(labelled_path({0, 1, 2}));
   const graph *g = graph_of(b);
-  EXPECT_FALSE(start(
+  EXPECT_FALSE(look_up(
       closing_extension(b, vertex_labelled(g, 0), vertex_labelled(g, 2), 0)));
 }
 
@@ -147,14 +148,14 @@ TEST_F(DerivedParents, BridgeOnTheNewCycleIsNotTold) {
   ASSERT_NE(b, -1);
   const graph *g = graph_of(b);
   const auto at = [&](int vlabel) { return vertex_labelled(g, vlabel); };
-  const auto told_between = [&](int x, int y) {
-    return told(std::min(at(x), at(y)), std::max(at(x), at(y)));
+  const auto parent_between = [&](int x, int y) {
+    return parent_without(std::min(at(x), at(y)), std::max(at(x), at(y)));
   };
-  ASSERT_TRUE(start(closing_extension(b, at(0), at(3), 0)));
-  EXPECT_EQ(told_between(0, 3), b);
-  EXPECT_EQ(told_between(0, 1), id_of(labelled_path({1, 2, 3, 0})));
-  EXPECT_EQ(told_between(2, 3), id_of(labelled_path({3, 0, 1, 2})));
-  EXPECT_EQ(told_between(1, 2), -1);
+  ASSERT_TRUE(look_up(closing_extension(b, at(0), at(3), 0)));
+  EXPECT_EQ(parent_between(0, 3), b);
+  EXPECT_EQ(parent_between(0, 1), id_of(labelled_path({1, 2, 3, 0})));
+  EXPECT_EQ(parent_between(2, 3), id_of(labelled_path({3, 0, 1, 2})));
+  EXPECT_EQ(parent_between(1, 2), -1);
   EXPECT_FALSE(derived->knows_all());
 }
 
@@ -167,15 +168,15 @@ TEST_F(DerivedParents, LeafThatTheNewEdgeClosesAtIsKept) {
   ASSERT_NE(b, -1);
   const graph *g = graph_of(b);
   const auto at = [&](int vlabel) { return vertex_labelled(g, vlabel); };
-  const auto told_between = [&](int x, int y) {
-    return told(std::min(at(x), at(y)), std::max(at(x), at(y)));
+  const auto parent_between = [&](int x, int y) {
+    return parent_without(std::min(at(x), at(y)), std::max(at(x), at(y)));
   };
-  ASSERT_TRUE(start(closing_extension(b, at(0), at(2), 0)));
-  EXPECT_EQ(told_between(1, 0), id_of(labelled_path({0, 2, 1, 3})));
-  EXPECT_EQ(told_between(1, 2), id_of(labelled_path({2, 0, 1, 3})));
-  EXPECT_EQ(told_between(1, 3),
+  ASSERT_TRUE(look_up(closing_extension(b, at(0), at(2), 0)));
+  EXPECT_EQ(parent_between(1, 0), id_of(labelled_path({0, 2, 1, 3})));
+  EXPECT_EQ(parent_between(1, 2), id_of(labelled_path({2, 0, 1, 3})));
+  EXPECT_EQ(parent_between(1, 3),
             id_of(make_graph({0, 1, 2}, {{0, 1}, {1, 2}, {0, 2}})));
-  EXPECT_EQ(told_between(0, 2), b);
+  EXPECT_EQ(parent_between(0, 2), b);
 }
 
 TEST_F(DerivedParents, SymmetricCoresAreFoundWhateverEndTheEdgeIsAt) {
@@ -189,12 +190,12 @@ TEST_F(DerivedParents, SymmetricCoresAreFoundWhateverEndTheEdgeIsAt) {
     if (g->v[u + 1] - g->v[u] != 1)
       continue;
     leaves++;
-    ASSERT_TRUE(start(pendant_extension(b, u, 0, 0)));
-    EXPECT_EQ(told(u, g->vs), b);
+    ASSERT_TRUE(look_up(pendant_extension(b, u, 0, 0)));
+    EXPECT_EQ(parent_without(u, g->vs), b);
     for (int w = 0; w < g->vs; w++)
       if (w != u && g->v[w + 1] - g->v[w] == 1) {
         const int hub = g->e[g->v[w]];
-        EXPECT_EQ(told(std::min(w, hub), std::max(w, hub)), b);
+        EXPECT_EQ(parent_without(std::min(w, hub), std::max(w, hub)), b);
       }
   }
   EXPECT_EQ(leaves, 2);
@@ -206,8 +207,8 @@ TEST_F(DerivedParents, PatternThatMayNotBeInvariantIsNotTold) {
   const graph *g = graph_of(b);
   const int leaf = vertex_labelled(g, 2);
   sg_set_get(levels.children.get(), b)->invariant = false;
-  ASSERT_TRUE(start(pendant_extension(b, leaf, 0, 3)));
-  EXPECT_EQ(told(leaf, g->vs), -1);
+  ASSERT_TRUE(look_up(pendant_extension(b, leaf, 0, 3)));
+  EXPECT_EQ(parent_without(leaf, g->vs), -1);
   EXPECT_FALSE(derived->knows_all());
 }
 
@@ -220,8 +221,9 @@ TEST_F(DerivedParents, PartOfACoreThatMayNotBeInvariantIsNoReasonToRefuse) {
   const int leaf = vertex_labelled(g, 2);
   const int centre = vertex_labelled(g, 1);
   const int other = vertex_labelled(g, 0);
-  ASSERT_TRUE(start(pendant_extension(b, leaf, 0, 1)));
-  EXPECT_EQ(told(std::min(centre, other), std::max(centre, other)), -1);
+  ASSERT_TRUE(look_up(pendant_extension(b, leaf, 0, 1)));
+  EXPECT_EQ(parent_without(std::min(centre, other), std::max(centre, other)),
+            -1);
 }
 
 TEST_F(DerivedParents, WithoutLinksOnlyTheOwnEdgeIsTold) {
@@ -233,9 +235,10 @@ TEST_F(DerivedParents, WithoutLinksOnlyTheOwnEdgeIsTold) {
   const int leaf = vertex_labelled(g, 2);
   const int other = vertex_labelled(g, 0);
   const int centre = vertex_labelled(g, 1);
-  ASSERT_TRUE(start(pendant_extension(b, leaf, 0, 3)));
-  EXPECT_EQ(told(leaf, g->vs), b);
-  EXPECT_EQ(told(std::min(centre, other), std::max(centre, other)), -1);
+  ASSERT_TRUE(look_up(pendant_extension(b, leaf, 0, 3)));
+  EXPECT_EQ(parent_without(leaf, g->vs), b);
+  EXPECT_EQ(parent_without(std::min(centre, other), std::max(centre, other)),
+            -1);
   EXPECT_FALSE(derived->knows_all());
 }
 

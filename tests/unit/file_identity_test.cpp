@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-#include "base/utils.h"
+#include "base/open_file.h"
 #include "support/scratch_folder.h"
 #include "support/streams.h"
 

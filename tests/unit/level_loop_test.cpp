@@ -29,7 +29,7 @@ std::string of_size(const sg_set *set) {
 // Both seams in one log; what is not logged goes on to the real counter.
 class recorder : public level_receiver, public candidate_counter {
 public:
-  recorder(const ksstack *transactions, int minsup, int jobs = 1)
+  recorder(const graph_list *transactions, int minsup, int jobs = 1)
       : counter_(transactions, 1, 1, minsup, jobs) {}
 
   void candidates(const sg_set *set) override {

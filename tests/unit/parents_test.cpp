@@ -4,7 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include "reference/base/utils.h"
 #include "support/records.h"
 
 namespace kestro {

@@ -11,24 +11,11 @@
 
 namespace kestro {
 
-// A stack that frees the graphs it holds.
-struct graph_list {
-  ksstack_ptr graphs;
+// A list with its graphs by index.
+struct listed_graphs {
+  graph_list_ptr graphs;
 
-  explicit graph_list(ksstack *s) : graphs(s) {}
-  explicit graph_list(std::vector<graph_ptr> owned)
-      : graphs(ksstack_new(1, sizeof(graph *))) {
-    for (graph_ptr &g : owned) {
-      graph *address = g.release();
-      ksstack_push(&address, graphs.get());
-    }
-  }
-  ~graph_list() {
-    for (int i = 0; i < count(); i++)
-      graph_free((*this)[i]);
-  }
-  graph_list(const graph_list &) = delete;
-  graph_list &operator=(const graph_list &) = delete;
+  explicit listed_graphs(graph_list *list) : graphs(list) {}
 
   int count() const { return graphs->count; }
   graph *operator[](int i) const {
@@ -36,10 +23,10 @@ struct graph_list {
   }
 };
 
-template <class... Graph> static graph_list list_of(Graph... graphs) {
-  std::vector<graph_ptr> owned;
-  (owned.push_back(std::move(graphs)), ...);
-  return graph_list(std::move(owned));
+template <class... Graph> static listed_graphs list_of(Graph... graphs) {
+  listed_graphs list(graph_list_new());
+  (graph_list_push(std::move(graphs), list.graphs.get()), ...);
+  return list;
 }
 
 static std::vector<int> vids_of(const graph *g) {
@@ -65,7 +52,7 @@ static graph_ptr three_pieces() {
   return g;
 }
 
-static ksstack *split(const graph_ptr &g) {
+static graph_list *split(const graph_ptr &g) {
   std::vector<int> comp(static_cast<size_t>(g->vs));
   const int c = graph_connected_components(g.get(), comp.data());
   return split_components(g.get(), c, comp.data());
@@ -73,7 +60,7 @@ static ksstack *split(const graph_ptr &g) {
 
 TEST(SplitComponents, MakesAGraphOfEveryComponent) {
   const graph_ptr g = three_pieces();
-  const graph_list list(split(g));
+  const listed_graphs list(split(g));
   ASSERT_EQ(list.count(), 3);
   EXPECT_TRUE(same_structure(
       list[0], make_graph({20, 22, 25}, {{0, 1, 1}, {1, 2, 2}}).get()));
@@ -82,7 +69,7 @@ TEST(SplitComponents, MakesAGraphOfEveryComponent) {
 }
 
 TEST(SplitComponents, KeepsVidsAndClearsTheKey) {
-  const graph_list list(split(three_pieces()));
+  const listed_graphs list(split(three_pieces()));
   EXPECT_EQ(vids_of(list[0]), (std::vector<int>{0, 20, 50}));
   EXPECT_EQ(vids_of(list[1]), (std::vector<int>{10, 40}));
   EXPECT_EQ(vids_of(list[2]), std::vector<int>{30});
@@ -91,14 +78,14 @@ TEST(SplitComponents, KeepsVidsAndClearsTheKey) {
 }
 
 TEST(SplitComponents, StackHasCapacityOneHundredAndTwentyEight) {
-  const graph_list list(split(three_pieces()));
+  const listed_graphs list(split(three_pieces()));
   EXPECT_EQ(list.graphs->capacity, 128);
   EXPECT_EQ(list.graphs->element_size, static_cast<int>(sizeof(graph *)));
 }
 
 TEST(SplitComponents, OfAConnectedGraphIsItsCopy) {
   const graph_ptr g = complete_graph(4);
-  const graph_list list(split(g));
+  const listed_graphs list(split(g));
   ASSERT_EQ(list.count(), 1);
   EXPECT_NE(list[0], g.get());
   EXPECT_TRUE(same_structure(list[0], g.get()));
@@ -192,7 +179,7 @@ TEST(RemoveEdges, AgreesWithBuildingFromTheKeptEdges) {
 }
 
 TEST(FilterBySlots, KeepsReplacesAndDropsInOrder) {
-  graph_list list =
+  listed_graphs list =
       list_of(labelled_path(), ring_graph(3), labelled_path(), path_graph(2));
   const graph *whole = list[0];
   const graph *last = list[3];
@@ -209,13 +196,13 @@ TEST(FilterBySlots, KeepsReplacesAndDropsInOrder) {
 }
 
 TEST(FilterBySlots, OfAnEmptyListIsEmpty) {
-  graph_list list = list_of();
+  listed_graphs list = list_of();
   graph_filter_by_slots(list.graphs.get(), nullptr);
   EXPECT_EQ(list.count(), 0);
 }
 
 TEST(FilterBySlots, WrongEdgeRemovalLeaksNothing) {
-  graph_list list = list_of(labelled_path(), labelled_path());
+  listed_graphs list = list_of(labelled_path(), labelled_path());
   const int all[] = {1, 1, 1, 1};
   const int half[] = {1, 0, 0, 0};
   const int *const keep[] = {all, half};
@@ -224,8 +211,8 @@ TEST(FilterBySlots, WrongEdgeRemovalLeaksNothing) {
 }
 
 TEST(SplitAll, ReplacesGraphsByComponentsWithoutLoneVertices) {
-  graph_list list = list_of(path_graph(3), three_pieces(), make_graph({8}, {}),
-                            path_graph(2));
+  listed_graphs list = list_of(path_graph(3), three_pieces(),
+                               make_graph({8}, {}), path_graph(2));
   graph_split_all(list.graphs.get());
   ASSERT_EQ(list.count(), 4);
   EXPECT_TRUE(same_structure(list[0], path_graph(3).get()));
@@ -235,7 +222,7 @@ TEST(SplitAll, ReplacesGraphsByComponentsWithoutLoneVertices) {
 }
 
 TEST(SplitAll, DropsGraphsWithoutVertices) {
-  graph_list list = list_of(make_graph({}, {}), make_graph({1, 2}, {}));
+  listed_graphs list = list_of(make_graph({}, {}), make_graph({1, 2}, {}));
   graph_split_all(list.graphs.get());
   EXPECT_EQ(list.count(), 0);
 }

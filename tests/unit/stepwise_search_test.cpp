@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include "reference/base/utils.h"
 #include "reference/cl/canonical.h"
 #include "reference/cl/refine.h"
 #include "reference/graph/graph.h"

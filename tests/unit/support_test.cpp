@@ -122,7 +122,7 @@ TEST(FilterCandidates, EmptySetStaysEmpty) {
 
 // The product's count of one record.
 static int count_support(subgraph *sg, const sg_set *prev,
-                         const ksstack *transactions, int minsup = 0) {
+                         const graph_list *transactions, int minsup = 0) {
   const graph_profiles profiles(transactions);
   return occurrence_finder(&profiles).find(sg, prev, minsup);
 }

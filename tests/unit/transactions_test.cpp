@@ -20,7 +20,7 @@ static const label_set *labels() {
   return ls.get();
 }
 
-static bool same_graphs(const ksstack *x, const ksstack *y) {
+static bool same_graphs(const graph_list *x, const graph_list *y) {
   bool same = x->count == y->count;
   for (int i = 0; same && i < x->count; i++)
     same = same_structure(graph_list_at(x, i), graph_list_at(y, i));
