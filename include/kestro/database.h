@@ -25,7 +25,9 @@ public:
   // it: with labels of their own, or those given, which must hold all that
   // occur.  Throws error with the program's text, the path and the line: that
   // which can't be read, of two lines with one edge the second, and the "t"
-  // line where over-long lines have upset the counting.
+  // line where over-long lines have upset the counting.  A folder reads as an
+  // empty file.  Vertices are numbered in the order of their lines, whatever
+  // ids the file gives them.
   static database read(const std::string &path);
   static database read(const std::string &path, const labels &known);
   // The same of bytes in memory; name stands for the path in errors.
@@ -45,7 +47,7 @@ private:
   std::shared_ptr<const state> state_;
 };
 
-// An edge to be built, between any two vertices.
+// An edge to be built, between any two vertices; its label is copied.
 struct labelled_edge {
   int from;
   int to;
@@ -71,12 +73,17 @@ public:
   // builder is then as it was.
   int add(std::span<const std::string_view> vertex_labels,
           std::span<const labelled_edge> edges);
+  int add(std::span<const std::string> vertex_labels,
+          std::span<const labelled_edge> edges);
   int add(std::initializer_list<std::string_view> vertex_labels,
           std::initializer_list<labelled_edge> edges);
+  int add(std::initializer_list<std::string_view> vertex_labels,
+          std::span<const labelled_edge> edges);
   int size() const; // graphs added
 
-  // All graphs added, and the labels given or else those that occur.  The
-  // builder is empty afterwards, and also when memory runs out.
+  // All graphs added, and the labels given or else those that occur:
+  // std::move(builder).build().  The builder is empty afterwards, and also when
+  // memory runs out.
   database build() &&;
 
 private:

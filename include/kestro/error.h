@@ -10,8 +10,8 @@
 namespace kestro {
 
 // Bad input, a file that can't be read or written, an argument that makes no
-// sense, memory that has run out.  what() is the whole text, without a newline
-// at its end.
+// sense, memory that has run out.  what() is the text that the program would
+// print, without the newline behind it; it may quote whole lines of input.
 class KESTRO_API error : public std::exception {
 public:
   // The text, and where it happened: a file's path, empty for none, and the

@@ -17,7 +17,7 @@ struct label_set;
 struct edge {
   int from;
   int to;
-  int label; // id
+  int label; // id among the labels of the database
 };
 
 // Borrows a graph of a database or of a result, and its labels; valid as long
@@ -33,6 +33,9 @@ public:
   int vertex_label_id(int vertex) const;
   std::string_view vertex_label(int vertex) const;
   std::string_view edge_label(int label_id) const;
+  std::string_view edge_label(const edge &e) const {
+    return edge_label(e.label);
+  }
   // The neighbours of a vertex, ascending, and the label ids of the edges to
   // them.
   std::span<const int> neighbours(int vertex) const;

@@ -23,29 +23,30 @@ namespace kestro {
 // What to mine, and how.
 struct mine_options {
   minimum_support support = minimum_support::percentage(5);
-  int min_size = 1; // smallest patterns reported, in edges, 1 or more
-  std::optional<int> max_size; // largest patterns, in edges; nothing: all
+  int min_size = 1;                 // smallest patterns reported, in edges
+  std::optional<int> max_size = {}; // largest patterns, in edges; nothing: all
   int jobs = 1; // threads, 1 or more; results are the same for any number
   form kind = form::prescribed;
-  int stabilizer_threshold = 5; // of the prescribed form, in vertices
+  int stabilizer_threshold = 5; // of canonical labelling, in vertices
   bool keep_embeddings = false; // one per pattern and graph
-  std::stop_token stop;         // ends the run early when it is requested
-  // Ends the run early when it has taken so long.
-  std::optional<std::chrono::duration<double>> time_limit;
-  // The level with which there are more patterns is the last one.
-  std::optional<long long> pattern_limit;
+  std::stop_token stop = {};    // ends the run early when it is requested
+  // Ends the run early when it has taken so long; a run goes on for up to 0.3 s
+  // after that or a request.
+  std::optional<std::chrono::duration<double>> time_limit = {};
+  // Ends the run with the level after which there are more patterns than this,
+  // which is reported whole.
+  std::optional<long long> pattern_limit = {};
 };
 
 // Why a run ended.
 enum class ending {
   complete,      // every frequent pattern was found
-  max_size,      // there may be larger ones
-  pattern_limit, // so there may here
-  time_limit,    // so there may here; the last complete level was reported
+  max_size,      // larger patterns may exist, as after all endings below
+  pattern_limit, // the level that passed it was reported
+  time_limit,    // all complete levels were reported
   stopped,       // on request; likewise
 };
 
-// What is not known of the last level of a run that ended early.
 enum class answer { no, yes, unknown };
 
 struct level_data;
@@ -62,10 +63,11 @@ public:
   std::span<const int> tids() const;
   // The ids of its parents, ascending: the patterns of the level below that it
   // becomes when one edge is taken out.  Also where that level is below
-  // min_size.
+  // min_size.  (Positions in a result: result::parents.)
   std::span<const int> parents() const;
   // Where it lies in graph tids()[i], per vertex of graph(): the embedding that
-  // matcher::first gives.  Empty unless embeddings are kept.
+  // matcher::first gives.  Throws error for i out of range; empty unless
+  // embeddings are kept.
   std::span<const int> embedding(int i) const;
   // Whether graph() may depend on the order in which vertices came.
   bool is_order_dependent() const;
@@ -80,9 +82,9 @@ private:
 // All patterns of one size, in the order of their ids.
 class KESTRO_API level {
 public:
-  int size() const;     // edges of each
-  int patterns() const; // how many
-  pattern operator[](int id) const;
+  int size() const;                 // edges of each
+  int patterns() const;             // how many
+  pattern operator[](int id) const; // throws error for an id out of range
 
 private:
   friend struct access;
@@ -99,11 +101,12 @@ public:
   virtual void on_level(const level &found) = 0;
   // Whether the candidates are to be shown too.
   virtual bool wants_candidates() const { return false; }
-  // The candidates of a size of 3 or more before they are counted, with their
-  // parents; no support, no TIDs.  Valid for the call.
+  // The candidates of a size of 3 or more, below min_size too, before they are
+  // counted: with their parents, without support and TIDs.  Valid for the call.
   virtual void on_candidates(const level &generated) {
     static_cast<void>(generated);
   }
+  // After every item, or every few; some steps of a size may have none.
   virtual void on_progress(const progress &now) { static_cast<void>(now); }
 };
 
@@ -115,8 +118,9 @@ struct mining_summary {
   };
   ending why = ending::complete;
   int min_support = 0; // graphs
-  int last_size = 0;   // last size tried, also where it has no pattern; last
-                       // complete one of a run that was stopped
+  // The last size tried, which may have no pattern; after time_limit and
+  // stopped the last complete one.
+  int last_size = 0;
   // Candidates, frequent or not, whose form may depend on the order of
   // vertices; where it is 0 both forms give the same patterns in the same
   // order.  The same for any number of jobs.
@@ -125,16 +129,22 @@ struct mining_summary {
 };
 
 // Mines and hands over level by level; only what the newest levels need is in
-// memory.  Throws error for options out of range.
+// memory.  Throws error for fewer than 1 job and for limits that are negative
+// or no number.
 KESTRO_API mining_summary mine(const database &db, const mine_options &options,
                                listener &to);
 
 struct result_data;
 
-// All patterns of a run, in memory.  Copies share them.
+// All patterns of a run, in memory.  Copies share them; there is no move, so
+// what was copied from stays.  Functions throw error for a position out of
+// range.
 class KESTRO_API result {
 public:
-  class iterator;
+  class iterator; // belongs to the result that it was taken from
+
+  result(const result &) = default;
+  result &operator=(const result &) = default;
 
   int size() const; // patterns
   // Pattern i, by size, then id.
@@ -145,7 +155,8 @@ public:
   // The position of a pattern by size and id, nothing when it is not there.
   std::optional<int> find(int size, int id) const;
   // Positions of the patterns one edge larger that contain pattern i, and of
-  // those one edge smaller, ascending.
+  // those one edge smaller that it contains, ascending; none that are smaller
+  // for patterns of min_size.
   std::span<const int> children(int i) const;
   std::span<const int> parents(int i) const;
   // Whether no pattern one edge larger with the same support, or none at all,
@@ -173,6 +184,7 @@ public:
   using difference_type = std::ptrdiff_t;
   using iterator_category = std::input_iterator_tag;
 
+  iterator() = default;
   iterator(const result *of, int at) : of_(of), at_(at) {}
   pattern operator*() const { return (*of_)[at_]; }
   iterator &operator++() {
@@ -183,8 +195,8 @@ public:
   bool operator==(const iterator &other) const = default;
 
 private:
-  const result *of_;
-  int at_;
+  const result *of_ = nullptr;
+  int at_ = 0;
 };
 
 } // namespace kestro

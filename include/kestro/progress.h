@@ -7,8 +7,8 @@ namespace kestro {
 struct progress {
   enum class step {
     joining,  // items are the patterns whose children are joined
-    bounding, // items are candidates, here and in the next
-    counting,
+    bounding, // items are the candidates generated
+    counting, // items are the candidates that are left
     complete, // items are the patterns found; told once, after they have been
               // handed over
   };

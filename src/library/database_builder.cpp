@@ -15,6 +15,7 @@
 #include <optional>
 #include <tuple>
 #include <utility>
+#include <vector>
 
 #include <kestro/error.h>
 
@@ -244,6 +245,18 @@ int database_builder::add(std::initializer_list<std::string_view> vertex_labels,
                           std::initializer_list<labelled_edge> edges) {
   return add(std::span(vertex_labels.begin(), vertex_labels.size()),
              std::span(edges.begin(), edges.size()));
+}
+
+int database_builder::add(std::initializer_list<std::string_view> vertex_labels,
+                          std::span<const labelled_edge> edges) {
+  return add(std::span(vertex_labels.begin(), vertex_labels.size()), edges);
+}
+
+int database_builder::add(std::span<const std::string> vertex_labels,
+                          std::span<const labelled_edge> edges) {
+  const std::vector<std::string_view> labels(vertex_labels.begin(),
+                                             vertex_labels.end());
+  return add(labels, edges);
 }
 
 int database_builder::size() const { return state_->graphs->count; }

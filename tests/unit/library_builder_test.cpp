@@ -151,4 +151,22 @@ TEST(LibraryBuilder, RefusesASecondEdgeInEitherDirection) {
             "graph 1, edge 1: vertices 1 and 2 have an edge already");
 }
 
+TEST(LibraryBuilder, TakesLabelsAndEdgesInAnyForm) {
+  database_builder builder;
+  const std::vector<std::string> strings = {"C", "O"};
+  const std::vector<std::string_view> views = {"C", "O"};
+  const std::vector<labelled_edge> edges = {{0, 1, "s"}};
+  builder.add(strings, edges);
+  builder.add(views, edges);
+  builder.add({"C", "O"}, edges);
+  builder.add({"C", "O"}, {{0, 1, "s"}});
+  const database db = std::move(builder).build();
+  for (int i = 0; i < db.size(); i++) {
+    EXPECT_EQ(db[i].vertex_label(1), "O");
+    for (const edge &e : db[i].all_edges())
+      EXPECT_EQ(db[i].edge_label(e), "s");
+    EXPECT_EQ(db[i].edges(), 1);
+  }
+}
+
 } // namespace kestro

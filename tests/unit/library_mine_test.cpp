@@ -1,8 +1,10 @@
 #include <kestro/mine.h>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <optional>
+#include <ranges>
 #include <string>
 #include <thread>
 #include <utility>
@@ -301,6 +303,26 @@ TEST(LibraryMine, ResultOutlivesTheDatabase) {
   const result second = *first;
   EXPECT_EQ(second[0].graph().vertex_label(0), "C");
   EXPECT_EQ(second.mined().size(), 3);
+}
+
+TEST(LibraryMine, ResultStaysWhereItWasTakenFrom) {
+  result found = mine(three_graphs(), in_two());
+  const result taken = std::move(found);
+  EXPECT_EQ(found.size(), taken.size());
+}
+
+TEST(LibraryMine, ResultIsARange) {
+  static_assert(std::ranges::input_range<result>);
+  const result found = mine(three_graphs(), in_two());
+  EXPECT_EQ(std::ranges::count_if(
+                found, [](const pattern &p) { return p.support() == 3; }),
+            3); // the paths
+}
+
+TEST(LibraryMine, OptionsCanBeNamedOneByOne) {
+  const mine_options options = {.support = minimum_support::count(3),
+                                .jobs = 2};
+  EXPECT_EQ(mine(three_graphs(), options).size(), 3);
 }
 
 TEST(LibraryMine, ProgressGoesForward) {
