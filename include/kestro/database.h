@@ -82,8 +82,8 @@ public:
   int size() const; // graphs added
 
   // All graphs added, and the labels given or else those that occur:
-  // std::move(builder).build().  The builder is empty afterwards, and also when
-  // memory runs out.
+  // std::move(builder).build().  The builder is empty afterwards; when memory
+  // runs out it is empty or as it was.
   database build() &&;
 
 private:

@@ -34,8 +34,9 @@ public:
   std::optional<embedding> first(graph_view g) const;
   // All embeddings, or the first most of them; all for a negative number.
   std::vector<embedding> all(graph_view g, long long most = -1) const;
-  // How many there are.  Leaves of one vertex that look alike cost no factorial
-  // of their number.  Throws error where a long long does not hold the count.
+  // How many there are.  Leaves of one vertex that look alike are counted by
+  // the sets of places that they take, not by the orders in them.  Throws error
+  // where a long long does not hold the count.
   long long count(graph_view g) const;
   // The pattern's vertices breadth first from vertex 0, neighbours ascending.
   const std::vector<int> &order() const;

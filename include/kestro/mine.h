@@ -118,12 +118,12 @@ struct mining_summary {
   };
   ending why = ending::complete;
   int min_support = 0; // graphs
-  // The last size tried, which may have no pattern; after time_limit and
-  // stopped the last complete one.
+  // The last size tried, which may have no pattern, 0 where there is no
+  // frequent edge; after time_limit and stopped the last complete one.
   int last_size = 0;
   // Candidates, frequent or not, whose form may depend on the order of
   // vertices; where it is 0 both forms give the same patterns in the same
-  // order.  The same for any number of jobs.
+  // order.  The same for any number of jobs, but for runs that were stopped.
   long long order_dependent = 0;
   std::vector<counts> sizes; // by size, from 0 to last_size
 };

@@ -9,12 +9,12 @@ struct progress {
     joining,  // items are the patterns whose children are joined
     bounding, // items are the candidates generated
     counting, // items are the candidates that are left
-    complete, // items are the patterns found; told once, after they have been
-              // handed over
+    complete, // items are the patterns found; comes once they have been handed
+              // over, but not for a size that has no candidate left to count
   };
   int size; // edges of what is being found; 1 and 2 only when complete
   step at;
-  long long done;       // items
+  long long done;       // items, those that threads are at included
   long long known;      // items of this step and size
   long long candidates; // of this size, 0 while joining
 };

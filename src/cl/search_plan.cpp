@@ -61,6 +61,10 @@ void search_plan::set(const graph *pattern, const int *order) {
     depth_[static_cast<size_t>(order[d])] = d;
   for (int d = 0; d < pattern->vs; d++)
     add_step(order[d], d);
+  for (size_t d = steps_.size(); d-- > 0;)
+    if (const int twin = steps_[d].twin; twin != -1)
+      steps_[static_cast<size_t>(twin)].twins_behind =
+          steps_[d].twins_behind + 1;
 }
 
 void search_plan::add_step(int u, int d) {
@@ -314,7 +318,9 @@ int search_plan::walk(const target &to, int depth, int *left,
     const plan_step &step = steps[depth];
     int at = next_at[depth];
     int w = -1; // the image found
-    const int end = to.v[mapped[step.anchor] + 1];
+    // The images of twins ascend, so each leaves a slot for every later one.
+    const int end = to.v[mapped[step.anchor] + 1] -
+                    (Twins == twin_images::ascending ? step.twins_behind : 0);
     for (; at < end && w == -1; at++)
       if (to.elabel[at] == step.anchor_label &&
           to.vlabel[to.e[at]] == step.vlabel && fits(step, to, to.e[at]))

@@ -17,6 +17,7 @@ struct plan_step {
   int anchor;       // depth of a neighbour mapped before, -1 at depth 0
   int anchor_label; // label of the edge to it
   int twin;         // depth of the leaf before that is like it, or -1
+  int twins_behind; // like leaves that come later
   int closing[2];   // its range of closing edges
   int needs[2];     // its range of needs
 };

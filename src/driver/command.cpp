@@ -94,11 +94,11 @@ int run_command(int argc, char **argv, int jobs) {
     return EXIT_FAILURE;
   try {
     return obey(argc, argv, jobs);
-  } catch (const fatal_error &e) {
-    fprintf(stderr, "%s\n", e.what());
   } catch (const check_failure &e) {
     fprintf(stderr, "%s: %s\n", basename(program_name(argc, argv)), e.what());
     abort();
+  } catch (const error &e) {
+    fprintf(stderr, "%s\n", e.what());
   } catch (const std::bad_alloc &) {
     return end_without_memory();
   } catch (const std::length_error &) { // more than memory can ever hold

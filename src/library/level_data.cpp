@@ -94,7 +94,7 @@ namespace {
 class placer {
 public:
   placer(const graph_list *transactions, const interruption *stop)
-      : transactions_(transactions), stop_(stop) {}
+      : transactions_(transactions), stop_(stop), plan_(stop) {}
 
   void place(const level_record &record, int *images) {
     const int vs = record.g->vs;

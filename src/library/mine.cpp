@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <climits>
+#include <exception>
 #include <optional>
 #include <string>
 
@@ -36,14 +37,14 @@ public:
     if (sg_set_size(set) == 0 || !to_->wants_candidates())
       return;
     const level_data shown = look_at(set);
-    to_->on_candidates(access::level_of(&shown));
+    tell([&] { to_->on_candidates(access::level_of(&shown)); });
   }
 
   bool level(const sg_set *set) override {
     level_data shown = look_at(set);
     if (options_.keep_embeddings)
       add_embeddings(&shown, transactions_, options_.jobs, stop_);
-    to_->on_level(access::level_of(&shown));
+    tell([&] { to_->on_level(access::level_of(&shown)); });
     patterns_ += shown.count();
     return patterns_ <= options_.pattern_limit.value_or(LLONG_MAX);
   }
@@ -51,12 +52,25 @@ public:
   void advanced(const progress &now) override {
     if (now.at == progress::step::complete)
       last_complete_ = now.size;
-    to_->on_progress(now);
+    tell([&] { to_->on_progress(now); });
   }
+
+  // What the listener has thrown, null for nothing: another thread may have
+  // been interrupted at the same time.
+  std::exception_ptr failure() const { return failure_; }
 
   int last_complete() const { return last_complete_; }
 
 private:
+  template <class Call> void tell(Call call) {
+    try {
+      call();
+    } catch (...) {
+      failure_ = std::current_exception();
+      throw;
+    }
+  }
+
   level_data look_at(const sg_set *set) const {
     return kestro::look_at(set, sg_set_get(set, 0)->g->es / 2, labels_);
   }
@@ -68,6 +82,7 @@ private:
   listener *to_;
   long long patterns_ = 0; // handed over
   int last_complete_ = 0;  // size
+  std::exception_ptr failure_;
 };
 
 } // namespace
@@ -102,36 +117,45 @@ static void add_counts(const statistics &stats, mining_summary *summary) {
   summary->order_dependent = stats.order_dependent;
 }
 
-mining_summary mine(const database &db, const mine_options &options,
+static search_end search(const database &db, const mine_options &options,
+                         int min_support, const interruption *stop,
+                         relay *receiver, statistics *stats) {
+  const label_set *const labels = access::label_set(db);
+  transaction_counter counter(
+      access::transactions(db), label_set_edge_labels(labels),
+      label_set_vertex_labels(labels), min_support, options.jobs, stop);
+  const mining_run run = {
+      options.min_size,
+      options.max_size.value_or(INT_MAX),
+      {options.jobs, options.stabilizer_threshold, options.kind},
+      receiver,
+      &counter,
+      stats,
+      stop};
+  return mine_levels(&run);
+}
+
+mining_summary mine(const database &from, const mine_options &options,
                     listener &to) {
   check(options);
+  const database db = from; // which the listener may change meanwhile
   const interruption stop = interruption_of(options);
-  const label_set *const labels = access::label_set(db);
   mining_summary summary;
   summary.min_support = options.support.graphs(db.size());
   statistics stats;
   stats_init(&stats);
   relay receiver(db, options, &stop, &to);
-  transaction_counter counter(access::transactions(db),
-                              label_set_edge_labels(labels),
-                              label_set_vertex_labels(labels),
-                              summary.min_support, options.jobs, &stop);
-  const int max_size = options.max_size.value_or(INT_MAX);
-  const mining_run run = {
-      options.min_size,
-      max_size,
-      {options.jobs, options.stabilizer_threshold, options.kind},
-      &receiver,
-      &counter,
-      &stats,
-      &stop};
   try {
-    const search_end end = mine_levels(&run);
+    const search_end end =
+        search(db, options, summary.min_support, &stop, &receiver, &stats);
     summary.last_size = end.last;
     if (end.more)
-      summary.why =
-          end.last < max_size ? ending::pattern_limit : ending::max_size;
+      summary.why = end.last < options.max_size.value_or(INT_MAX)
+                        ? ending::pattern_limit
+                        : ending::max_size;
   } catch (const interrupted &e) {
+    if (receiver.failure())
+      std::rethrow_exception(receiver.failure());
     summary.last_size = receiver.last_complete();
     summary.why = e.cause() == interruption_cause::stop_requested
                       ? ending::stopped

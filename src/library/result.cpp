@@ -2,13 +2,12 @@
 //
 // Levels are kept as the listener receives them, in blocks of their own.  A
 // pattern's position counts those of the levels before its own; parents and
-// children are lists of positions, made once the run has ended.
+// children are lists of positions, one list behind another.
 
 #include <kestro/mine.h>
 
 #include <algorithm>
 #include <deque>
-#include <numeric>
 
 #include "library/access.h"
 #include "library/arguments.h"
@@ -20,7 +19,7 @@ namespace {
 
 // Lists of positions, one for each pattern, one after another.
 struct position_lists {
-  xvector<size_t> first; // per pattern, and the end
+  xvector<size_t> first = {0}; // per pattern, and the end
   xvector<int> positions;
 
   std::span<const int> of(int i) const {
@@ -46,63 +45,66 @@ struct result_data {
   const level_data &data(int l) const { return levels[static_cast<size_t>(l)]; }
 };
 
+// Enters the patterns of the newest level, and their parents.
+static void add_patterns(result_data *r) {
+  const int l = static_cast<int>(r->levels.size()) - 1;
+  const level_data &newest = r->levels.back();
+  r->first.push_back(r->size());
+  for (int id = 0; id < newest.count(); id++) {
+    r->level_of.push_back(l);
+    if (l > 0)
+      for (const int parent : newest.parents_of(id))
+        r->parents.positions.push_back(r->first_of(l - 1) + parent);
+    r->parents.first.push_back(r->parents.positions.size());
+  }
+}
+
+// Enters the children of a level's patterns: the parents' lists of the level
+// above turned round.  Nothing for a level that has none above it.
+static void add_children(result_data *r, int l) {
+  const int low = r->first_of(l);
+  const int high = low + r->data(l).count();
+  xvector<int> counts(static_cast<size_t>(high - low), 0);
+  for (int i = high; i < r->size(); i++)
+    for (const int parent : r->parents.of(i))
+      counts[static_cast<size_t>(parent - low)]++;
+  xvector<size_t> next; // place of a pattern's next child
+  for (const int count : counts) {
+    next.push_back(r->children.first.back());
+    r->children.first.push_back(next.back() + static_cast<size_t>(count));
+  }
+  r->children.positions.resize(r->children.first.back());
+  for (int i = high; i < r->size(); i++)
+    for (const int parent : r->parents.of(i))
+      r->children.positions[next[static_cast<size_t>(parent - low)]++] = i;
+}
+
 namespace {
 
+// Keeps levels as they come, so that little is left to do at the end.
 class collector : public listener {
 public:
-  explicit collector(std::deque<level_data> *levels) : levels_(levels) {}
+  explicit collector(result_data *r) : r_(r) {}
   void on_level(const level &found) override {
-    levels_->push_back(kept(*access::data_of(found)));
+    r_->levels.push_back(kept(*access::data_of(found)));
+    add_patterns(r_);
+    if (const int levels = static_cast<int>(r_->levels.size()); levels > 1)
+      add_children(r_, levels - 2);
   }
 
 private:
-  std::deque<level_data> *levels_;
+  result_data *r_;
 };
 
 } // namespace
 
-static void index_patterns(result_data *r) {
-  for (size_t l = 0; l < r->levels.size(); l++) {
-    r->first.push_back(r->size());
-    r->level_of.insert(r->level_of.end(), r->levels[l].records.size(),
-                       static_cast<int>(l));
-  }
-}
-
-static void list_parents(result_data *r) {
-  for (int i = 0; i < r->size(); i++) {
-    r->parents.first.push_back(r->parents.positions.size());
-    const int l = r->level_at(i);
-    if (l == 0)
-      continue;
-    for (const int id : r->data(l).parents_of(i - r->first_of(l)))
-      r->parents.positions.push_back(r->first_of(l - 1) + id);
-  }
-  r->parents.first.push_back(r->parents.positions.size());
-}
-
-// The parents' lists turned round.
-static void list_children(result_data *r) {
-  xvector<size_t> &first = r->children.first;
-  first.assign(static_cast<size_t>(r->size()) + 1, 0);
-  for (const int parent : r->parents.positions)
-    first[static_cast<size_t>(parent) + 1]++;
-  std::partial_sum(first.begin(), first.end(), first.begin());
-  xvector<size_t> next = first;
-  r->children.positions.resize(r->parents.positions.size());
-  for (int i = 0; i < r->size(); i++)
-    for (const int parent : r->parents.of(i))
-      r->children.positions[next[static_cast<size_t>(parent)]++] = i;
-}
-
 result mine(const database &db, const mine_options &options) {
   const auto found = std::make_shared<result_data>();
   found->mined = db;
-  collector levels(&found->levels);
+  collector levels(found.get());
   found->summary = mine(db, options, levels);
-  index_patterns(found.get());
-  list_parents(found.get());
-  list_children(found.get());
+  if (!found->levels.empty())
+    add_children(found.get(), static_cast<int>(found->levels.size()) - 1);
   return access::result_of(found);
 }
 

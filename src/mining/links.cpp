@@ -3,7 +3,6 @@
 #include "mining/links.h"
 
 #include <cstddef>
-#include <utility>
 
 namespace kestro {
 
@@ -52,10 +51,6 @@ extension sg_link_edge(const subgraph *sg, const sg_link *link) {
   if (v == link_gone)
     return pendant_extension(link->pid, u, elabel, sg->g->vlabel[link->v]);
   return closing_extension(link->pid, u, v, elabel);
-}
-
-void sg_free_links(subgraph *sg) {
-  ksstack_free(std::exchange(sg->links, nullptr));
 }
 
 } // namespace kestro

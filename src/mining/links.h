@@ -32,6 +32,5 @@ void sg_add_link(subgraph *sg, const sg_parent *entry);
 void sg_clear_links(subgraph *sg);
 // The edge of a link as an extension of the parent.
 extension sg_link_edge(const subgraph *sg, const sg_link *link);
-void sg_free_links(subgraph *sg);
 
 } // namespace kestro

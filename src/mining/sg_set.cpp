@@ -28,10 +28,11 @@ sg_set *sg_set_create() {
 void sg_set_free(sg_set *s) {
   if (!s)
     return;
-  for (int i = 0; i < s->count; i++) {
-    sg_free(ksstack_array<subgraph *>(s)[i]);
-    ksstack_array<subgraph *>(s)[i] = nullptr;
-  }
+  // In the order of their graphs they lie all over the memory, and to free many
+  // in that order takes several times as long.
+  subgraph **const records = ksstack_array<subgraph *>(s);
+  std::sort(records, records + s->count, std::less<>());
+  std::for_each(records, records + s->count, sg_free);
   ksstack_free(s);
 }
 

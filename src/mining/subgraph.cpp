@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstring>
+#include <utility>
 
 #include "base/comparators.h"
 #include "base/error.h"
@@ -95,7 +96,8 @@ subgraph *sg_copy(const subgraph *sg) {
   const int vs = sg->g->vs;
   const size_t pid_at = aligned(sg_size(es, vs));
   const size_t parent_at = pid_at + inner_bytes(sg->pid);
-  const size_t block = parent_at + inner_bytes(sg->parent);
+  const size_t links_at = parent_at + inner_bytes(sg->parent);
+  const size_t block = links_at + inner_bytes(sg->links);
   char *memory = static_cast<char *>(xmalloc(block));
   sg_ptr copy(lay_out(memory, es, vs));
   copy->block = block;
@@ -107,9 +109,7 @@ subgraph *sg_copy(const subgraph *sg) {
   copy->tid = copy_set(sg->tid);
   copy->cover = copy_set(sg->cover);
   copy->rows = copy_set(sg->rows);
-  if (sg->links)
-    copy->links = copy_exactly(
-        sg->links, static_cast<char *>(xmalloc(inner_bytes(sg->links))));
+  copy->links = copy_exactly(sg->links, memory + links_at);
   copy->invariant = sg->invariant;
   copy->rigid = sg->rigid;
   return copy.release();
@@ -129,14 +129,21 @@ static bool is_inside(const subgraph *sg, const ksstack *s) {
   return begin < at && at < begin + sg->block;
 }
 
+static void free_set(const subgraph *sg, ksstack *s) {
+  if (is_inside(sg, s))
+    ksstack_finish(s);
+  else
+    ksstack_free(s);
+}
+
 void sg_free_sets(subgraph *sg) {
   for (ksstack *s : {sg->child, sg->parent, sg->pid, sg->tid, sg->cover,
-                     sg->rows, sg->links}) {
-    if (is_inside(sg, s))
-      ksstack_finish(s);
-    else
-      ksstack_free(s);
-  }
+                     sg->rows, sg->links})
+    free_set(sg, s);
+}
+
+void sg_free_links(subgraph *sg) {
+  free_set(sg, std::exchange(sg->links, nullptr));
 }
 
 void sg_free(subgraph *sg) {

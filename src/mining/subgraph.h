@@ -52,13 +52,15 @@ subgraph *sg_create(int es, int vs);
 // freed, with sg_free_sets.
 subgraph *sg_init(void *memory, int es, int vs);
 size_t sg_size(int es, int vs);
-// A new record with deep copies of the sets that are present; pid and parent
-// are in the record's block.
+// A new record with deep copies of the sets that are present; pid, parent and
+// links are in the record's block.
 subgraph *sg_copy(const subgraph *sg);
 // Header and graph only, without sets, in caller memory of sg_size() bytes for
 // the graph's sizes.
 subgraph *sg_light_copy(const subgraph *sg, void *memory);
 void sg_free_sets(subgraph *sg);
+// Takes the links from a record, and frees them unless they are in its block.
+void sg_free_links(subgraph *sg);
 void sg_free(subgraph *sg);
 
 struct sg_deleter {

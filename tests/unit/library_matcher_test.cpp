@@ -186,4 +186,26 @@ TEST(LibraryMatcher, ServesThreadsAtOnce) {
   EXPECT_EQ(sums, std::vector<long long>(4, 500 * (60 + 6 + 6 + 1)));
 }
 
+TEST(LibraryMatcher, StarLiesInItselfInFactoriallyManyWays) {
+  database_builder builder;
+  std::vector<labelled_edge> edges;
+  for (int i = 1; i <= 18; i++)
+    edges.push_back({0, i, "s"});
+  builder.add(std::vector<std::string>(19, "C"), edges);
+  builder.add(std::vector<std::string>(41, "C"), [&] {
+    for (int i = 19; i <= 40; i++)
+      edges.push_back({0, i, "s"});
+    return edges;
+  }());
+  const database db = std::move(builder).build();
+  long long factorial = 1;
+  for (int i = 2; i <= 18; i++)
+    factorial *= i;
+  EXPECT_EQ(matcher(db[0]).count(db[0]), factorial);
+  const std::optional<embedding> found = matcher(db[1]).first(db[1]);
+  ASSERT_TRUE(found);
+  for (int i = 0; i <= 40; i++)
+    EXPECT_EQ((*found)[static_cast<size_t>(i)], i);
+}
+
 } // namespace kestro

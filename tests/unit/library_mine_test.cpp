@@ -410,6 +410,77 @@ TEST(LibraryMine, WhatTheListenerThrowsComesOut) {
   }
 }
 
+namespace {
+
+// Trees, many enough for every step to look at the request.
+database many_trees() {
+  database_builder db;
+  const std::vector<std::string> labels(30, "C");
+  for (int i = 0; i < 4000; i++) {
+    std::vector<labelled_edge> edges;
+    for (int v = 1; v < 30; v++)
+      edges.push_back({(v * (i % 7 + 1)) % v, v, "s"});
+    db.add(labels, edges);
+  }
+  return std::move(db).build();
+}
+
+// Throws in the middle of a step, having asked for a stop.
+class stopping_complainer : public listener {
+public:
+  struct complaint {};
+  explicit stopping_complainer(progress::step at) : at_(at) {}
+  void on_level(const level &) override {}
+  void on_progress(const progress &now) override {
+    if (now.at == at_ && now.done > 0) {
+      source.request_stop();
+      throw complaint();
+    }
+  }
+  std::stop_source source;
+
+private:
+  progress::step at_;
+};
+
+} // namespace
+
+TEST(LibraryMine, StopIsSeenWhereverItFallsBeforehand) {
+  const database db = many_trees();
+  std::stop_source source;
+  source.request_stop();
+  for (const int jobs : {1, 3}) {
+    mine_options options = in_two();
+    options.jobs = jobs;
+    options.stop = source.get_token();
+    EXPECT_EQ(mine(db, options).summary().why, ending::stopped);
+    options.stop = {};
+    options.time_limit = std::chrono::seconds(0);
+    EXPECT_EQ(mine(db, options).summary().why, ending::time_limit);
+  }
+}
+
+TEST(LibraryMine, WhatTheListenerThrowsGoesBeforeAStop) {
+  for (const int jobs : {1, 2, 3})
+    for (const auto at : {progress::step::joining, progress::step::bounding,
+                          progress::step::counting})
+      for (int again = 0; again < 20; again++) {
+        stopping_complainer to(at);
+        mine_options options = in_two();
+        options.jobs = jobs;
+        options.stop = to.source.get_token();
+        bool complained = false;
+        try {
+          mine(three_graphs(), options, to);
+        } catch (const stopping_complainer::complaint &) {
+          complained = true;
+        }
+        // With several threads others may do all the work of a step.
+        EXPECT_EQ(complained, to.source.stop_requested());
+        EXPECT_TRUE(complained || jobs > 1);
+      }
+}
+
 TEST(LibraryMine, RunsAtOnceShareOneDatabase) {
   const database db = three_graphs();
   std::vector<int> patterns(4);
