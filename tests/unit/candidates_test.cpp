@@ -8,9 +8,9 @@
 #include "mining/first_levels.h"
 #include "mining/parents.h"
 #include "mining/support.h"
+#include "reference/mining/joins.h"
 #include "reference/mining/subgraph.h"
 #include "support/count_level.h"
-#include "support/plain_joins.h"
 #include "support/records.h"
 
 namespace kestro {

@@ -1,6 +1,6 @@
 // The prescribed steps of a join.
 
-#include "support/plain_joins.h"
+#include "reference/mining/joins.h"
 
 #include <algorithm>
 #include <cassert>
