@@ -154,8 +154,8 @@ int main(int argc, char **argv) {
   try {
     const kestro::database db = kestro::database::read(argv[1]);
     const kestro::settings s = {argv[1], argv[2], atoi(argv[3]), atoi(argv[4])};
-    puts("date\tdatabase\tsupport\tmaxsize\tjobs\tmoment_s\tlatency_"
-         "s\tlevels\tduring");
+    puts("date\tdatabase\tsupport\tmaxsize\tjobs\tmoment_s\tlatency_s\tcpu_s\t"
+         "levels\tduring");
     for (int i = 5; i < argc; i++)
       kestro::measure(db, s, atoi(argv[i]));
   } catch (const kestro::error &e) {

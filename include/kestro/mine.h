@@ -30,8 +30,9 @@ struct mine_options {
   int stabilizer_threshold = 5; // of canonical labelling, in vertices
   bool keep_embeddings = false; // one per pattern and graph
   std::stop_token stop = {};    // ends the run early when it is requested
-  // Ends the run early when it has taken so long; a run goes on for up to 0.3 s
-  // after that or a request.
+  // Ends the run early when it has taken so long.  After that, or a request, it
+  // still frees its memory, which for a million candidates takes some tenths of
+  // a second.
   std::optional<std::chrono::duration<double>> time_limit = {};
   // Ends the run with the level after which there are more patterns than this,
   // which is reported whole.
