@@ -154,7 +154,7 @@ void graph_fill_transaction(FILE *stream, graph *g, const label_set *ls) {
                      return std::tie(x->from, x->to, x->label) <
                             std::tie(y->from, y->to, y->label);
                    });
-  refuse_duplicates(sorted, records.data() + records.size() - 1, ls);
+  refuse_duplicates(sorted, records.empty() ? nullptr : &records.back(), ls);
   lay_out(sorted, g);
   for (int i = 0; i < g->vs; i++)
     g->vid[i] = i;
