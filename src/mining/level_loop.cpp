@@ -66,8 +66,9 @@ static int mine_first_levels(const mining_run *run, level_pair *levels,
   return 2;
 }
 
-// Frees what a level needs only until the size above it has been counted: the
-// links to its parents, the embeddings and the TID lists.
+// Takes from a level what it needs only until the size above it has been
+// counted: the embeddings and the TID lists, which are freed, and the links to
+// its parents, most of which lie in their records' blocks and stay there.
 static void free_after_use(sg_set *level, const interruption *stop) {
   interruption_poll poll(stop);
   for (int i = 0; i < sg_set_size(level); i++) {
