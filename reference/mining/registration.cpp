@@ -87,11 +87,8 @@ const subgraph *sg_register_candidate(subgraph *cand, registration *to) {
     to->counts.newly_rejected++;
     return nullptr;
   }
-  sg_ptr copy(sg_copy(cand));
-  const subgraph *accepted = copy.get();
-  to->accepted.insert(std::move(copy));
   to->counts.accepted++;
-  return accepted;
+  return to->accepted.insert(cand);
 }
 
 } // namespace kestro

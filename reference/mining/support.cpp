@@ -65,6 +65,7 @@ sg_set *sg_count_frequents(sg_set *cand, sg_set *prev,
                            const graph_list *transactions, int minsup) {
   const sg_set_ptr candidates(cand);
   sg_set_ptr level(sg_set_create());
+  level->blocks = std::move(cand->blocks);
   for (int i = 0; i < sg_set_size(cand); i++) {
     subgraph *&place = ksstack_array<subgraph *>(cand)[i];
     sg_ptr sg(std::exchange(place, nullptr));

@@ -115,11 +115,8 @@ static const subgraph *register_with(subgraph *cand, derived_parents *known,
     to->failed.insert(cand);
     return reject(to);
   }
-  sg_ptr copy(sg_copy(cand));
-  const subgraph *accepted = copy.get();
-  to->accepted.insert(std::move(copy));
   to->counts.accepted++;
-  return accepted;
+  return to->accepted.insert(cand);
 }
 
 // Room for candidates of a size, its sets for what is known of them so far.

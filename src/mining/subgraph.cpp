@@ -34,7 +34,7 @@ static subgraph *lay_out(void *memory, int es, int vs) {
   sg->child = sg->parent = sg->pid = sg->tid = sg->cover = nullptr;
   sg->rows = sg->links = nullptr;
   sg->block = sg_size(es, vs);
-  sg->invariant = sg->rigid = false;
+  sg->invariant = sg->rigid = sg->in_arena = false;
   return sg;
 }
 
@@ -91,28 +91,44 @@ static ksstack *copy_exactly(const ksstack *s, char *memory) {
   return copy;
 }
 
-subgraph *sg_copy(const subgraph *sg) {
+subgraph *sg_copy(const subgraph *sg, arena *memory) {
   const int es = sg->g->es;
   const int vs = sg->g->vs;
   const size_t pid_at = aligned(sg_size(es, vs));
   const size_t parent_at = pid_at + inner_bytes(sg->pid);
   const size_t links_at = parent_at + inner_bytes(sg->parent);
   const size_t block = links_at + inner_bytes(sg->links);
-  char *memory = static_cast<char *>(xmalloc(block));
-  sg_ptr copy(lay_out(memory, es, vs));
+  char *at = static_cast<char *>(memory ? memory->take(block) : xmalloc(block));
+  sg_ptr copy(lay_out(at, es, vs));
+  copy->in_arena = memory != nullptr;
   copy->block = block;
   graph_copy_into(sg->g, copy->g);
   copy->count = sg->count;
-  copy->pid = copy_exactly(sg->pid, memory + pid_at);
-  copy->parent = copy_exactly(sg->parent, memory + parent_at);
+  copy->pid = copy_exactly(sg->pid, at + pid_at);
+  copy->parent = copy_exactly(sg->parent, at + parent_at);
   copy->child = copy_set(sg->child);
   copy->tid = copy_set(sg->tid);
   copy->cover = copy_set(sg->cover);
   copy->rows = copy_set(sg->rows);
-  copy->links = copy_exactly(sg->links, memory + links_at);
+  copy->links = copy_exactly(sg->links, at + links_at);
   copy->invariant = sg->invariant;
   copy->rigid = sg->rigid;
   return copy.release();
+}
+
+subgraph *sg_move(subgraph *sg, arena *memory) {
+  // These sets have blocks of their own, which stay where they are.
+  ksstack_ptr child(std::exchange(sg->child, nullptr));
+  ksstack_ptr tid(std::exchange(sg->tid, nullptr));
+  ksstack_ptr cover(std::exchange(sg->cover, nullptr));
+  ksstack_ptr rows(std::exchange(sg->rows, nullptr));
+  subgraph *moved = sg_copy(sg, memory);
+  moved->child = child.release();
+  moved->tid = tid.release();
+  moved->cover = cover.release();
+  moved->rows = rows.release();
+  sg_free(sg);
+  return moved;
 }
 
 subgraph *sg_light_copy(const subgraph *sg, void *memory) {
@@ -150,7 +166,8 @@ void sg_free(subgraph *sg) {
   if (!sg)
     return;
   sg_free_sets(sg);
-  xfree(sg);
+  if (!sg->in_arena)
+    xfree(sg);
 }
 
 // Difference of the pairs (a[i], b[i]) of two graphs, i below n.

@@ -4,6 +4,7 @@
 
 #include <memory>
 
+#include "base/arena.h"
 #include "base/ksstack.h"
 #include "graph/graph.h"
 
@@ -27,6 +28,7 @@ struct subgraph {
   size_t block;    // bytes of this block: sets within it are not freed alone
   bool invariant;  // g is known not to depend on the order its vertices came in
   bool rigid;      // g is known to have the identity as its only automorphism
+  bool in_arena;   // this block belongs to an arena
 };
 
 // A way to reach a pattern from one of its parents, stored by value in blocks
@@ -53,14 +55,19 @@ subgraph *sg_create(int es, int vs);
 subgraph *sg_init(void *memory, int es, int vs);
 size_t sg_size(int es, int vs);
 // A new record with deep copies of the sets that are present; pid, parent and
-// links are in the record's block.
-subgraph *sg_copy(const subgraph *sg);
+// links are in the record's block, which is taken from memory or, where that is
+// null, is a block of its own.
+subgraph *sg_copy(const subgraph *sg, arena *memory = nullptr);
+// Moves a record to a copy of its block in memory and frees the old one.
+subgraph *sg_move(subgraph *sg, arena *memory);
 // Header and graph only, without sets, in caller memory of sg_size() bytes for
 // the graph's sizes.
 subgraph *sg_light_copy(const subgraph *sg, void *memory);
 void sg_free_sets(subgraph *sg);
 // Takes the links from a record, and frees them unless they are in its block.
 void sg_free_links(subgraph *sg);
+// Frees the sets and the block, which stays until the end of its arena if it
+// has one.
 void sg_free(subgraph *sg);
 
 struct sg_deleter {
