@@ -1,18 +1,18 @@
 // Generators of an automorphism group.
 //
 // Twins, vertices with the same edges to all others, are exchanged first: their
-// exchanges generate all permutations of a class.  Any automorphism maps classes
-// onto classes, so followed by such permutations it keeps the number of every
-// vertex within its class.  What is left are the automorphisms that do: those of
-// the graph in which the number is a part of the label.
+// exchanges generate all permutations of a class.  Any automorphism maps
+// classes onto classes, so followed by such permutations it keeps the number of
+// every vertex within its class.  What is left are the automorphisms that do:
+// those of the graph in which the number is a part of the label.
 //
 // These are found along one path of the individualisation tree, from its leaf
 // upwards.  At a node the group that fixes what was set apart before is known
-// once every vertex of the node's first open cell is known to be in the orbit of
-// the one that the path sets apart, or not to be.  A vertex that is the image of
-// another under generators found already needs no search; for any other a path
-// under it is looked for that ends with an image of the leaf.  A generator joins
-// two orbits, so there are fewer generators than vertices.
+// once every vertex of the node's first open cell is known to be in the orbit
+// of the one that the path sets apart, or not to be.  A vertex that is the
+// image of another under generators found already needs no search; for any
+// other a path under it is looked for that ends with an image of the leaf.  A
+// generator joins two orbits, so there are fewer generators than vertices.
 
 #include "cl/automorphism_group.h"
 
@@ -43,8 +43,7 @@ int automorphism_search::find(const graph *g, xvector<int> *perms) {
     g_ = &view_;
     colouring_init(&path_[0], g_, &work_);
   }
-  orbits_.resize(index(g->vs));
-  std::iota(orbits_.begin(), orbits_.end(), 0);
+  orbits_.reset(g->vs);
   follow_path();
   for (size_t level = levels_; level-- > 0;)
     search_cell(level);
@@ -124,21 +123,18 @@ void automorphism_search::search_cell(size_t level) {
   const int end = node.cell_end[index(cell)];
   set_apart_.clear();
   for (size_t i = 0; i < level; i++)
-    set_apart_.push_back(
-        leaf_[index(colouring_first_open(&path_[i], 0))]);
+    set_apart_.push_back(leaf_[index(colouring_first_open(&path_[i], 0))]);
   failed_.clear();
   for (int q = cell + 1; q < end; q++) {
     const int w = node.order[index(q)];
-    const auto in_orbit_of_w = [&](int u) {
-      return orbit_of(u) == orbit_of(w);
-    };
+    const auto in_orbit_of_w = [&](int u) { return orbits_.same(u, w); };
     if (in_orbit_of_w(node.order[index(cell)]) ||
         std::any_of(failed_.begin(), failed_.end(), in_orbit_of_w))
       continue;
     trial_[level] = node;
     if (leads_to_image(w, level)) {
       add(image_);
-      join_orbits(image_);
+      orbits_.join(image_);
     } else {
       failed_.push_back(w);
     }
@@ -185,8 +181,7 @@ bool automorphism_search::find_image(size_t level) {
 }
 
 // Whether a node of the trial may be an image of the path's node at a level.
-bool automorphism_search::has_shape_of(const colouring &c,
-                                       size_t level) const {
+bool automorphism_search::has_shape_of(const colouring &c, size_t level) const {
   return c.cells == path_[level].cells && c.cell_end == path_[level].cell_end;
 }
 
@@ -241,18 +236,6 @@ bool automorphism_search::is_automorphism(const xvector<int> &order) {
 void automorphism_search::add(const xvector<int> &perm) {
   perms_->insert(perms_->end(), perm.begin(), perm.end());
   found_++;
-}
-
-void automorphism_search::join_orbits(const xvector<int> &perm) {
-  for (int u = 0; u < g_->vs; u++)
-    orbits_[index(orbit_of(u))] = orbit_of(perm[index(u)]);
-}
-
-// The vertex that stands for u's orbit.
-int automorphism_search::orbit_of(int u) {
-  while (orbits_[index(u)] != u)
-    u = orbits_[index(u)] = orbits_[index(orbits_[index(u)])];
-  return u;
 }
 
 void automorphism_search::mark_neighbours(int u) {

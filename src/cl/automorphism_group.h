@@ -2,6 +2,7 @@
 #pragma once
 
 #include "cl/colouring.h"
+#include "cl/vertex_orbits.h"
 #include "graph/graph.h"
 
 namespace kestro {
@@ -36,8 +37,6 @@ private:
   bool is_image_of(int w, const xvector<int> &vertices) const;
   bool is_automorphism(const xvector<int> &order);
   void add(const xvector<int> &perm);
-  void join_orbits(const xvector<int> &perm);
-  int orbit_of(int u);
   void mark_neighbours(int u);
   void unmark_neighbours(int u);
   static size_t index(int i) { return static_cast<size_t>(i); }
@@ -60,7 +59,7 @@ private:
   xvector<int> set_apart_;   // vertices on the way to a node of the other path
   xvector<int> failed_;      // in the cell searched, of other orbits
   xvector<int> image_;       // the automorphism found last
-  xvector<int> orbits_;      // by vertex, another one of its orbit, or itself
+  vertex_orbits orbits_;     // but for the exchanges of twins
 };
 
 } // namespace kestro

@@ -4,11 +4,11 @@
 // every automorphism of the core.  Only the place to which it brings A's extra
 // edge matters, so the orbit of that place is walked instead.  From each, the
 // edge lands on B in up to two places, to a new vertex or between two of B's.
-// B and such a place are an extension.  One that was not seen before is offered to registration, which
-// builds the candidate if need be.  Every pattern of the next size that can be
-// frequent comes out of some pair under some core, because each keeps two of
-// its parents; the duplicates and infrequent parts that are left are weeded out
-// at registration.
+// B and such a place are an extension.  One that was not seen before is offered
+// to registration, which builds the candidate if need be.  Every pattern of the
+// next size that can be frequent comes out of some pair under some core,
+// because each keeps two of its parents; the duplicates and infrequent parts
+// that are left are weeded out at registration.
 
 #include "mining/candidates.h"
 
@@ -86,8 +86,8 @@ private:
   derived_parents derived_;
   registration registry_;
   join_context context_;
-  pattern_groups child_groups_; // by child of a core
-  orbit_walk orbit_;            // of a place in a core
+  pattern_groups child_groups_;        // by child of a core
+  orbit_walk orbit_;                   // of a place in a core
   xvector<const sg_parent *> entries_; // by child of a core
 };
 

@@ -17,12 +17,6 @@ child_table::child_table(const sg_set *children, const sg_set *cores,
     : map_(stop), groups_(groups) {
   interruption_poll poll(stop, 4096);
   groups->expect(sg_set_size(cores));
-  for (int id = 0; id < sg_set_size(cores); id++) {
-    const subgraph *core = sg_set_get(cores, id);
-    poll.step();
-    if (!core->rigid)
-      groups->prepare(id, core->g);
-  }
   size_t links = 0;
   for (int id = 0; id < sg_set_size(children); id++)
     links += static_cast<size_t>(sg_link_size(sg_set_get(children, id)));
@@ -31,17 +25,27 @@ child_table::child_table(const sg_set *children, const sg_set *cores,
     const subgraph *child = sg_set_get(children, id);
     for (int l = 0; l < sg_link_size(child); l++) {
       poll.step();
-      enter_images(sg_link_edge(child, sg_link_at(child, l)), {id, l, -1},
-                   &poll);
+      const extension edge = sg_link_edge(child, sg_link_at(child, l));
+      if (!map_.insert(edge, {id, l, -1}))
+        continue; // and so are its images
+      const subgraph *core = sg_set_get(cores, edge.pattern);
+      if (core->rigid)
+        continue;
+      groups->prepare(edge.pattern, core->g);
+      enter_images(edge, {id, l, -1}, &poll);
     }
+  }
+  // Patterns without links are joined, too.
+  for (int id = 0; id < sg_set_size(cores); id++) {
+    const subgraph *core = sg_set_get(cores, id);
+    if (!core->rigid && sg_child_size(core) > 0)
+      groups->prepare(id, core->g);
   }
 }
 
-// Enters x and all its images, unless one, and so all of them, are in.
+// Enters the images of x, which is in.
 void child_table::enter_images(const extension &x, const found_child &found,
                                interruption_poll *poll) {
-  if (!map_.insert(x, found))
-    return;
   const pattern_group group = groups_->at(x.pattern);
   if (group.count == 0)
     return;

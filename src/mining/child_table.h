@@ -19,8 +19,8 @@ struct found_child {
 // pattern of the level: that pattern.
 class child_table {
 public:
-  // children is the level, cores the level of their parents.  The groups of all
-  // cores that are not rigid are put into groups, which is borrowed.
+  // children is the level, cores the level of their parents.  groups, which is
+  // borrowed, gets the groups of all cores with children that are not rigid.
   child_table(const sg_set *children, const sg_set *cores,
               pattern_groups *groups, const interruption *stop = nullptr);
 

@@ -23,8 +23,7 @@ struct pattern_group {
 // The groups of numbered patterns, each computed once.
 class pattern_groups {
 public:
-  explicit pattern_groups(const interruption *stop = nullptr)
-      : search_(stop) {}
+  explicit pattern_groups(const interruption *stop = nullptr) : search_(stop) {}
 
   // Forgets all groups and expects the numbers from 0 to n - 1.  Keeps the
   // memory.
