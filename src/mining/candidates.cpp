@@ -31,17 +31,16 @@ public:
   joiner(const sg_set *children, const sg_set *cores,
          const pattern_groups *core_groups, const child_table *table,
          const generation_options &options)
-      : cores_(cores), core_groups_(core_groups),
-        derived_(children, cores, table),
+      : core_groups_(core_groups), derived_(children, cores, table),
         registry_(
             children,
             labeller(options.stabilizer_threshold, options.kind, options.stop),
             &derived_, options.stop),
-        context_(children, &registry_, options.stop),
+        context_(children, cores, &registry_, options.stop),
         child_groups_(options.stop) {}
 
   void join_children_of(int p) {
-    const subgraph *core = sg_set_get(cores_, p);
+    const subgraph *core = sg_set_get(context_.cores, p);
     const int n = sg_child_size(core);
     if (n == 0)
       return;
@@ -81,7 +80,6 @@ private:
     return child_groups_.at(j);
   }
 
-  const sg_set *cores_;
   const pattern_groups *core_groups_; // by id
   derived_parents derived_;
   registration registry_;

@@ -37,14 +37,16 @@ generation sg_generate_candidates(const sg_set *children, const sg_set *cores,
 
 // What joining works on while one size is generated.
 struct join_context {
-  join_context(const sg_set *patterns, registration *to,
+  join_context(const sg_set *patterns, const sg_set *below, registration *to,
                const interruption *stop = nullptr)
-      : children(patterns), registry(to), seen(stop), poll(stop, 2048) {
+      : children(patterns), cores(below), registry(to), seen(stop),
+        poll(stop, 2048) {
     const int edges = sg_set_get(children, 0)->g->es / 2;
     core_to_b.resize(static_cast<size_t>(edges) + 1);
   }
 
   const sg_set *children; // level k-1
+  const sg_set *cores;    // level k-2
   registration *registry;
   extension_set seen;     // extensions that need not be offered again
   orbit_walk orbit;       // of a place in b
