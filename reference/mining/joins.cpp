@@ -5,7 +5,22 @@
 #include <algorithm>
 #include <cassert>
 
+#include "reference/mining/automorphisms.h"
+
 namespace kestro {
+
+// Where each automorphism of the core with id p brings the edge that entry
+// tells of.
+static xvector<edge_place> places_of(const sg_parent *entry, int p,
+                                     const graph *core) {
+  const automorphism_cache_ptr cache(automorphism_cache_create());
+  const edge_place own = sg_place_in_core(entry);
+  xvector<edge_place> places;
+  int i = automorphism_cache_find(cache.get(), p, core);
+  while (const int *perm = automorphism_cache_perm(cache.get(), i++, p))
+    places.push_back({perm[own.u], own.w == -1 ? -1 : perm[own.w]});
+  return places;
+}
 
 void sg_join_pair(int a, int b, int p, join_context *context) {
   const subgraph *sa = sg_set_get(context->children, a);
@@ -14,12 +29,10 @@ void sg_join_pair(int a, int b, int p, join_context *context) {
   const int index_b = sg_find_parent(sb, p);
   if (index_a == -1 || index_b == -1)
     return;
-  const subgraph *core = sg_set_get(context->cores, p);
-  const int automorphism =
-      core->rigid ? -1
-                  : automorphism_cache_find(context->automorphisms, p, core->g);
-  sg_join(a, b, sg_parent_at(sa, index_a), sg_parent_at(sb, index_b),
-          automorphism, context);
+  const sg_parent *ea = sg_parent_at(sa, index_a);
+  const xvector<edge_place> places =
+      places_of(ea, p, sg_set_get(context->cores, p)->g);
+  sg_join(a, b, ea, sg_parent_at(sb, index_b), places, {}, context);
 }
 
 void setup_map(const sg_parent *ea, const sg_parent *eb, const int *perm, int n,

@@ -3,7 +3,8 @@
 // The exhaustive search places vertices position by position.  Rows of the
 // matrix depend on the vertices placed before only, so of the vertices that may
 // come next only those with the greatest row can lead to the best arrangement;
-// it branches where several have it, and once for all twins among them.
+// it branches where several have it, and once for all twins among them, or all
+// images under automorphisms where these are known.
 //
 // The individualising search takes every leaf it reaches, so the last one wins,
 // and which one that is depends on the order of visits.  Usually it does not
@@ -16,6 +17,7 @@
 #include <cassert>
 
 #include "cl/orbit_check.h"
+#include "cl/vertex_orbits.h"
 
 namespace kestro {
 
@@ -55,10 +57,13 @@ public:
   }
 
   // Whether no arrangement's first rows are above those of the given one.
-  // Answers no when that takes more than some steps to find out.
-  bool is_greatest(const xvector<int> &arrangement, int rows) {
+  // Answers no when that takes more than some steps to find out; images under
+  // the automorphisms given, which are borrowed, take none.
+  bool is_greatest(const xvector<int> &arrangement, int rows,
+                   const xvector<xvector<int>> &automorphisms) {
     best_ = arrangement;
     rows_ = rows;
+    automorphisms_ = &automorphisms;
     steps_left_ = 1000;
     place_from(0, false);
     return best_ == arrangement && steps_left_ > 0;
@@ -125,14 +130,36 @@ private:
     xvector<int> tied(placed_.begin() + i, placed_.begin() + ties);
     if (passes_over_)
       std::sort(tied.begin(), tied.end());
+    vertex_orbits orbits;
+    if (automorphisms_ && tied.size() > 1)
+      join_fixing(i, &orbits);
     for (size_t k = 0; k < tied.size(); k++) {
-      if (has_twin(tied, k))
+      if (has_twin(tied, k) ||
+          (automorphisms_ && is_image_of_earlier(tied, k, &orbits)))
         continue;
       const auto at = std::find(placed_.begin() + i, placed_.end(), tied[k]);
       std::iter_swap(placed_.begin() + i, at);
       place_from(i + 1, better);
       better = false; // best_ begins with these rows by now
     }
+  }
+
+  // The orbits of the automorphisms that fix the first vertices placed.
+  void join_fixing(int count, vertex_orbits *orbits) const {
+    orbits->reset(g_->vs);
+    const auto end = placed_.begin() + count;
+    for (const xvector<int> &map : *automorphisms_)
+      if (std::all_of(placed_.begin(), end,
+                      [&](int u) { return map[index(u)] == u; }))
+        orbits->join(map);
+  }
+
+  static bool is_image_of_earlier(const xvector<int> &tied, size_t k,
+                                  vertex_orbits *orbits) {
+    for (size_t l = 0; l < k; l++)
+      if (orbits->same(tied[l], tied[k]))
+        return true;
+    return false;
   }
 
   bool has_twin(const xvector<int> &tied, size_t k) const {
@@ -148,7 +175,8 @@ private:
   interruption_poll *poll_;
   xvector<int> placed_; // the arrangement tried; a permutation of every cell
   xvector<int> best_;
-  int rows_; // how many decide
+  int rows_;                                             // how many decide
+  const xvector<xvector<int>> *automorphisms_ = nullptr; // may be null
   uint64_t steps_left_ = UINT64_MAX;
   bool passes_over_ = false;
 };
@@ -226,7 +254,7 @@ bool search_by_stabilizer(colouring *c, const graph *g,
   c->order = check.leaf();
   // Invariant when no incoming arrangement could cut it.
   return exhaustive_search(c, g, cells, &work->poll)
-      .is_greatest(check.leaf(), rows);
+      .is_greatest(check.leaf(), rows, check.automorphisms());
 }
 
 } // namespace kestro

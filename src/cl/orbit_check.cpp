@@ -2,7 +2,9 @@
 // automorphisms that fix what was set apart before, all leaves of the tree are
 // images of one another and show the same matrix.  That is checked from the
 // path's leaf upwards: below a vertex of the cell all is known to be alike, so
-// any leaf under it shows whether the vertex is in the orbit.
+// any leaf under it shows whether the vertex is in the orbit.  What is found
+// fixes the vertices set apart before, so it spares the leaves of all vertices
+// that it joins into one orbit.
 
 #include "cl/orbit_check.h"
 
@@ -15,6 +17,7 @@ bool orbit_check::run() {
     split_first_open(&c);
   }
   leaf_ = c.order;
+  orbits_.reset(g_->vs);
   for (size_t level = path_.size(); level-- > 0;)
     if (!is_orbit(path_[level]))
       return false;
@@ -38,14 +41,20 @@ bool orbit_check::is_orbit(const colouring &node) {
   const int chosen = node.order[static_cast<size_t>(cell)];
   for (int q = cell + 1; q < end; q++) {
     const int w = node.order[static_cast<size_t>(q)];
-    if (cells_.are_twins(chosen, w))
+    if (orbits_.same(chosen, w))
       continue;
+    if (cells_.are_twins(chosen, w)) {
+      orbits_.join(chosen, w);
+      continue;
+    }
     colouring c = node;
     colouring_individualise(&c, g_, w, work_);
     while (c.cells < g_->vs)
       split_first_open(&c);
     if (!shows_the_leaf(c.order))
       return false;
+    automorphisms_.push_back(image_);
+    orbits_.join(image_);
   }
   return true;
 }

@@ -3,6 +3,7 @@
 
 #include "cl/colouring.h"
 #include "cl/label_cells.h"
+#include "cl/vertex_orbits.h"
 
 namespace kestro {
 
@@ -18,7 +19,8 @@ public:
 
   // Follows the path; false when some cell of it is no orbit.  The answer does
   // not depend on the order the vertices came in.  Costs a path for every
-  // vertex of the cells on it.
+  // vertex of the cells on it that no automorphism found before brings there;
+  // when it returns true, these are fewer than the vertices.
   bool run();
 
   // The arrangement the path ends with; all others end with its images when run
@@ -26,6 +28,9 @@ public:
   const xvector<int> &leaf() const { return leaf_; }
   // Its rows up to the last vertex set apart; one must have been.
   int rows_set_apart() const;
+  // The automorphisms found, by vertex its image.  With exchanges of twins they
+  // generate all there are, if run returned true.
+  const xvector<xvector<int>> &automorphisms() const { return automorphisms_; }
 
 private:
   void split_first_open(colouring *c) const;
@@ -38,7 +43,9 @@ private:
   refinement_work *work_;
   xvector<colouring> path_; // its nodes, the start first
   xvector<int> leaf_;
-  xvector<int> image_; // scratch
+  xvector<int> image_;   // scratch
+  vertex_orbits orbits_; // of what was found
+  xvector<xvector<int>> automorphisms_;
 };
 
 } // namespace kestro

@@ -1,13 +1,14 @@
 // Joining the frequent patterns of one size into candidates of the next.
 //
 // Two patterns A and B that are one core plus an edge each are glued along
-// every automorphism of the core: A's extra edge lands on B in up to two
-// places, to a new vertex or between two of B's.  B and such a place are an
-// extension.  One that was not seen before is offered to registration, which
-// builds the candidate if need be.  Every pattern of the next size that can be
-// frequent comes out of some pair under some core, because each keeps two of
-// its parents; the duplicates and infrequent parts that are left are weeded out
-// at registration.
+// every automorphism of the core.  Only the place to which it brings A's extra
+// edge matters, so the orbit of that place is walked instead.  From each, the
+// edge lands on B in up to two places, to a new vertex or between two of B's.
+// B and such a place are an extension.  One that was not seen before is offered
+// to registration, which builds the candidate if need be.  Every pattern of the
+// next size that can be frequent comes out of some pair under some core,
+// because each keeps two of its parents; the duplicates and infrequent parts
+// that are left are weeded out at registration.
 
 #include "mining/candidates.h"
 
@@ -22,42 +23,42 @@
 
 namespace kestro {
 
-static int first_automorphism(automorphism_cache *cache, int core,
-                              const subgraph *sg) {
-  return sg->rigid ? -1 : automorphism_cache_find(cache, core, sg->g);
-}
-
 namespace {
 
 // Joins the children of cores on one thread.
 class joiner {
 public:
   joiner(const sg_set *children, const sg_set *cores,
-         automorphism_cache *automorphisms, const child_table *table,
+         const pattern_groups *core_groups, const child_table *table,
          const generation_options &options)
-      : derived_(children, cores, automorphisms, table),
+      : core_groups_(core_groups), derived_(children, cores, table),
         registry_(
             children,
             labeller(options.stabilizer_threshold, options.kind, options.stop),
             &derived_, options.stop),
-        context_(children, cores, automorphisms, &registry_, options.stop) {}
+        context_(children, cores, &registry_, options.stop),
+        child_groups_(options.stop) {}
 
   void join_children_of(int p) {
     const subgraph *core = sg_set_get(context_.cores, p);
     const int n = sg_child_size(core);
     if (n == 0)
       return;
-    const int automorphism =
-        first_automorphism(context_.automorphisms, p, core);
     entries_.clear();
     for (int i = 0; i < n; i++)
       entries_.push_back(entry_of(sg_child_at(core, i), p));
+    const pattern_group group = core_groups_->at(p);
+    child_groups_.expect(group.count > 0 ? n : 0);
     for (int i = 0; i < n; i++) {
+      const sg_parent *entry = entries_[static_cast<size_t>(i)];
+      const std::span<const edge_place> images =
+          orbit_.images(group, sg_place_in_core(entry));
       context_.poll.step(n - i);
       for (int j = i; j < n; j++)
-        sg_join(sg_child_at(core, i), sg_child_at(core, j),
-                entries_[static_cast<size_t>(i)],
-                entries_[static_cast<size_t>(j)], automorphism, &context_);
+        sg_join(sg_child_at(core, i), sg_child_at(core, j), entry,
+                entries_[static_cast<size_t>(j)], images,
+                images.size() > 1 ? group_of_child(core, j) : pattern_group(),
+                &context_);
     }
   }
 
@@ -70,9 +71,21 @@ private:
     return sg_parent_at(sg, sg_find_parent(sg, p));
   }
 
+  // The group of the j-th child of a core.
+  pattern_group group_of_child(const subgraph *core, int j) {
+    const subgraph *sg = sg_set_get(context_.children, sg_child_at(core, j));
+    if (sg->rigid)
+      return {};
+    child_groups_.prepare(j, sg->g);
+    return child_groups_.at(j);
+  }
+
+  const pattern_groups *core_groups_; // by id
   derived_parents derived_;
   registration registry_;
   join_context context_;
+  pattern_groups child_groups_;        // by child of a core
+  orbit_walk orbit_;                   // of a place in a core
   xvector<const sg_parent *> entries_; // by child of a core
 };
 
@@ -80,8 +93,8 @@ private:
 
 generation sg_generate_candidates(const sg_set *children, const sg_set *cores,
                                   const generation_options &options) {
-  automorphism_cache_ptr automorphisms(automorphism_cache_create());
-  const child_table table(children, cores, automorphisms.get(), options.stop);
+  pattern_groups core_groups(options.stop);
+  const child_table table(children, cores, &core_groups, options.stop);
   const int workers = worker_count(options.jobs, sg_set_size(cores));
   // A joiner belongs to the thread that makes and ends it.
   xvector<std::unique_ptr<joiner>> joiners(static_cast<size_t>(workers));
@@ -94,8 +107,8 @@ generation sg_generate_candidates(const sg_set *children, const sg_set *cores,
       [&](int worker, int p) {
         std::unique_ptr<joiner> &own = joiners[static_cast<size_t>(worker)];
         if (!own)
-          own = std::make_unique<joiner>(children, cores, automorphisms.get(),
-                                         &table, options);
+          own = std::make_unique<joiner>(children, cores, &core_groups, &table,
+                                         options);
         own->join_children_of(p);
       },
       [&](int worker) {
@@ -135,22 +148,22 @@ namespace {
 class join {
 public:
   join(int a, int b, const sg_parent *ea, const sg_parent *eb,
-       join_context *context)
+       const pattern_group &group_of_b, join_context *context)
       : a_(sg_set_get(context->children, a)),
         b_(sg_set_get(context->children, b)), b_id_(b), ea_(ea),
-        context_(context), elabel_(graph_edge_label(a_->g, ea->u, ea->v)),
+        group_of_b_(group_of_b), context_(context),
+        elabel_(graph_edge_label(a_->g, ea->u, ea->v)),
         outside_(vertex_outside(eb)) {
     for (int i = 0; i < eb->vs; i++)
       if (eb->map[i] != -1)
         context->core_to_b[static_cast<size_t>(eb->map[i])] = i;
   }
 
-  // Offers up to two candidates along an automorphism of the core.
-  void along(const int *perm) {
-    const int u = place_in_b(ea_->u, perm); // never outside
-    const int w = place_in_b(ea_->v, perm);
-    if (w != -1) {
-      close(u, w);
+  // Offers up to two candidates with the edge at a place of the core.
+  void at(const edge_place &place) {
+    const int u = in_b(place.u);
+    if (place.w != -1) {
+      close(u, in_b(place.w));
       return;
     }
     const int vlabel = a_->g->vlabel[ea_->v];
@@ -160,12 +173,8 @@ public:
   }
 
 private:
-  // Where a vertex of a comes to lie in b, -1 for the one outside the core.
-  int place_in_b(int vertex, const int *perm) const {
-    const int in_core = ea_->map[vertex];
-    return in_core == -1
-               ? -1
-               : context_->core_to_b[static_cast<size_t>(perm[in_core])];
+  int in_b(int core_vertex) const {
+    return context_->core_to_b[static_cast<size_t>(core_vertex)];
   }
 
   void close(int u, int w) {
@@ -180,6 +189,8 @@ private:
     const subgraph *accepted = sg_offer_extension(x, context_->registry);
     if (accepted && accepted->invariant)
       mark_seen(accepted);
+    if (group_of_b_.count > 0 && context_->registry->invariant_outcome)
+      mark_images(x);
   }
 
   // Marks the other extensions that give an accepted candidate: a parent of it
@@ -196,10 +207,22 @@ private:
     }
   }
 
+  // Marks the extensions to which b's automorphisms bring x.
+  void mark_images(const extension &x) const {
+    for (const edge_place &place :
+         context_->orbit.images(group_of_b_, {x.from, x.to})) {
+      context_->poll.step();
+      context_->seen.insert(
+          x.to == -1 ? pendant_extension(b_id_, place.u, x.elabel, x.vlabel)
+                     : closing_extension(b_id_, place.u, place.w, x.elabel));
+    }
+  }
+
   const subgraph *a_;
   const subgraph *b_;
   int b_id_;
   const sg_parent *ea_;
+  pattern_group group_of_b_;
   join_context *context_;
   int elabel_;  // of a's extra edge
   int outside_; // b's vertex outside the core, or -1
@@ -207,19 +230,17 @@ private:
 
 } // namespace
 
+edge_place sg_place_in_core(const sg_parent *entry) {
+  return {entry->map[entry->u], entry->map[entry->v]};
+}
+
 void sg_join(int a, int b, const sg_parent *ea, const sg_parent *eb,
-             int automorphism, join_context *context) {
-  join pair(a, b, ea, eb, context);
-  if (automorphism == -1) {
-    pair.along(context->identity.data());
-    return;
-  }
-  int i = automorphism;
-  for (const int *perm; (perm = automorphism_cache_perm(context->automorphisms,
-                                                        i, ea->pid)) != nullptr;
-       i++) {
+             std::span<const edge_place> images,
+             const pattern_group &group_of_b, join_context *context) {
+  join pair(a, b, ea, eb, group_of_b, context);
+  for (const edge_place &image : images) {
     context->poll.step();
-    pair.along(perm);
+    pair.at(image);
   }
 }
 

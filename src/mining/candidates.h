@@ -1,13 +1,13 @@
 // Candidate generation: size k from the frequent patterns of sizes k-1 and k-2.
 #pragma once
 
-#include <numeric>
+#include <span>
 
 #include "base/interruption.h"
 #include "base/parallel.h"
 #include "cl/canonical.h"
-#include "mining/automorphisms.h"
 #include "mining/derived_parents.h"
+#include "mining/pattern_groups.h"
 #include "mining/registration.h"
 #include "mining/sg_set.h"
 
@@ -37,32 +37,34 @@ generation sg_generate_candidates(const sg_set *children, const sg_set *cores,
 
 // What joining works on while one size is generated.
 struct join_context {
-  join_context(const sg_set *patterns, const sg_set *below,
-               automorphism_cache *cache, registration *to,
+  join_context(const sg_set *patterns, const sg_set *below, registration *to,
                const interruption *stop = nullptr)
-      : children(patterns), cores(below), automorphisms(cache), registry(to),
-        seen(stop), poll(stop, 2048) {
+      : children(patterns), cores(below), registry(to), seen(stop),
+        poll(stop, 2048) {
     const int edges = sg_set_get(children, 0)->g->es / 2;
     core_to_b.resize(static_cast<size_t>(edges) + 1);
-    identity.resize(static_cast<size_t>(edges) + 1);
-    std::iota(identity.begin(), identity.end(), 0);
   }
 
   const sg_set *children; // level k-1
   const sg_set *cores;    // level k-2
-  automorphism_cache *automorphisms;
   registration *registry;
   extension_set seen;     // extensions that need not be offered again
+  orbit_walk orbit;       // of a place in b
   xvector<int> core_to_b; // by vertex of a core
-  xvector<int> identity;  // the only automorphism of rigid cores
   interruption_poll poll; // a step is one place of an edge
 };
 
 // Joins the patterns a and b of level k-1, which may be the same, through one
-// core: ea and eb are their parent entries for it.  Each automorphism of the
-// core gives at most two candidates.  automorphism is the cache's first entry
-// of the core, -1 for a rigid core.
+// core: ea and eb are their parent entries for it.  images are the places in
+// the core to which its automorphisms bring the edge that ea tells of; each
+// gives at most two candidates.  Under the generators in group_of_b, of b's
+// automorphisms, which may be none, places that give the same candidate are
+// known from one another.
 void sg_join(int a, int b, const sg_parent *ea, const sg_parent *eb,
-             int automorphism, join_context *context);
+             std::span<const edge_place> images,
+             const pattern_group &group_of_b, join_context *context);
+
+// Where the edge that a parent entry tells of lies in that parent.
+edge_place sg_place_in_core(const sg_parent *entry);
 
 } // namespace kestro

@@ -1,7 +1,9 @@
 // Children by parent and edge.
 //
-// An edge of a parent can be placed in as many ways as the parent has
-// automorphisms; every image is entered, so a look-up needs no search. Patterns
+// An edge of a parent can be placed wherever an automorphism of the parent
+// brings it; every such place is entered once, so a look-up needs no search.
+// The entry tells the generator by which the place was reached, so a way back
+// to the first place gives an automorphism (a Schreier vector).  Patterns
 // without links have no entries.
 
 #include "mining/child_table.h"
@@ -11,17 +13,10 @@
 namespace kestro {
 
 child_table::child_table(const sg_set *children, const sg_set *cores,
-                         automorphism_cache *automorphisms,
-                         const interruption *stop)
-    : map_(stop) {
+                         pattern_groups *groups, const interruption *stop)
+    : map_(stop), groups_(groups) {
   interruption_poll poll(stop, 4096);
-  xvector<int> first(static_cast<size_t>(sg_set_size(cores)), -1);
-  for (int id = 0; id < sg_set_size(cores); id++) {
-    const subgraph *core = sg_set_get(cores, id);
-    if (!core->rigid)
-      first[static_cast<size_t>(id)] =
-          automorphism_cache_find(automorphisms, id, core->g, &poll);
-  }
+  groups->expect(sg_set_size(cores));
   size_t links = 0;
   for (int id = 0; id < sg_set_size(children); id++)
     links += static_cast<size_t>(sg_link_size(sg_set_get(children, id)));
@@ -29,22 +24,60 @@ child_table::child_table(const sg_set *children, const sg_set *cores,
   for (int id = 0; id < sg_set_size(children); id++) {
     const subgraph *child = sg_set_get(children, id);
     for (int l = 0; l < sg_link_size(child); l++) {
-      const sg_link *link = sg_link_at(child, l);
-      const extension edge = sg_link_edge(child, link);
-      int i = first[static_cast<size_t>(link->pid)];
       poll.step();
-      if (i == -1) {
-        map_.insert(edge, {id, l, -1});
+      const extension edge = sg_link_edge(child, sg_link_at(child, l));
+      if (!map_.insert(edge, {id, l, -1}))
+        continue; // and so are its images
+      const subgraph *core = sg_set_get(cores, edge.pattern);
+      if (core->rigid)
         continue;
-      }
-      for (const int *perm;
-           (perm = automorphism_cache_perm(automorphisms, i, link->pid)) !=
-           nullptr;
-           i++) {
-        poll.step();
-        map_.insert(image_of(edge, perm), {id, l, i});
-      }
+      groups->prepare(edge.pattern, core->g);
+      enter_images(edge, {id, l, -1}, &poll);
     }
+  }
+  // Patterns without links are joined, too.
+  for (int id = 0; id < sg_set_size(cores); id++) {
+    const subgraph *core = sg_set_get(cores, id);
+    if (!core->rigid && sg_child_size(core) > 0)
+      groups->prepare(id, core->g);
+  }
+}
+
+// Enters the images of x, which is in.
+void child_table::enter_images(const extension &x, const found_child &found,
+                               interruption_poll *poll) {
+  const pattern_group group = groups_->at(x.pattern);
+  if (group.count == 0)
+    return;
+  entered_.assign(1, x);
+  for (size_t i = 0; i < entered_.size(); i++) {
+    poll->step(group.count);
+    for (int k = 0; k < group.count; k++) {
+      const extension image = image_of(entered_[i], group.perm(k));
+      if (map_.insert(image, {found.child, found.link, k}))
+        entered_.push_back(image);
+    }
+  }
+}
+
+// The vertex that a permutation brings to u.
+static int preimage(const int *perm, int u) {
+  int i = 0;
+  while (perm[i] != u)
+    i++;
+  return i;
+}
+
+void child_table::find_steps(extension x, xvector<const int *> *steps) const {
+  steps->clear();
+  const pattern_group group = groups_->at(x.pattern);
+  for (int k; (k = map_.find(x)->generator) != -1;) {
+    const int *perm = group.perm(k);
+    steps->push_back(perm);
+    const int from = preimage(perm, x.from);
+    x = x.to == -1 ? pendant_extension(x.pattern, from, x.elabel, x.vlabel)
+                   : closing_extension(x.pattern, from, preimage(perm, x.to),
+                                       x.elabel);
   }
 }
 

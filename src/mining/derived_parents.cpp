@@ -129,18 +129,20 @@ void derived_parents::compose(int link, int *map) const {
   const sg_link *step = sg_link_at(pattern_, link);
   const subgraph *part = sg_set_get(children_, found->child);
   const sg_link *back = sg_link_at(part, found->link);
-  const int *perm = // null for the identity
-      found->automorphism == -1
-          ? nullptr
-          : automorphism_cache_perm(automorphisms_, found->automorphism,
-                                    step->pid);
+  steps_.clear();
+  if (found->generator != -1)
+    table_->find_steps(part_without(step), &steps_);
   int to_part[link_max_vertices]; // by vertex of the core
   int new_vertex = -1;            // of the part
   for (int r = 0; r < part->g->vs; r++) {
-    if (back->map[r] == link_gone)
+    if (back->map[r] == link_gone) {
       new_vertex = r;
-    else
-      to_part[perm ? perm[back->map[r]] : back->map[r]] = r;
+      continue;
+    }
+    int in_core = back->map[r];
+    for (size_t s = steps_.size(); s-- > 0;)
+      in_core = steps_[s][in_core];
+    to_part[in_core] = r;
   }
   // The vertex of the candidate that the core lacks: the new one, or a leaf
   // that x's edge keeps.

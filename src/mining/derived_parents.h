@@ -10,12 +10,10 @@ namespace kestro {
 class derived_parents {
 public:
   // All arguments are borrowed: children, the level of the parents; cores, the
-  // level below it; the cache and the table that were built from these two.
+  // level below it; the table that was built from these two.
   derived_parents(const sg_set *children, const sg_set *cores,
-                  const automorphism_cache *automorphisms,
                   const child_table *table)
-      : children_(children), cores_(cores), automorphisms_(automorphisms),
-        table_(table) {}
+      : children_(children), cores_(cores), table_(table) {}
 
   // Looks up the parents of the candidate that is x's pattern, one of children,
   // plus x's edge; false when one of them is certainly not in children.  The
@@ -43,7 +41,6 @@ private:
 
   const sg_set *children_;
   const sg_set *cores_;
-  const automorphism_cache *automorphisms_;
   const child_table *table_;
   extension x_ = {};
   const subgraph *pattern_ = nullptr; // x's
@@ -51,6 +48,7 @@ private:
   xvector<const found_child *> found_; // by link of pattern_: the candidate's
                                        // parent that lacks the link's edge
   xvector<int> origin_; // by vertex of the candidate, that of x's pattern
+  mutable xvector<const int *> steps_; // of an automorphism of a core
 };
 
 } // namespace kestro

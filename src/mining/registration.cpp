@@ -99,6 +99,7 @@ static const subgraph *register_with(subgraph *cand, derived_parents *known,
   const canonical_form form = to->forms.canonicalize(cand->g);
   cand->invariant = form.invariant;
   cand->rigid = form.rigid;
+  to->invariant_outcome = form.invariant;
   if (to->failed.contains(cand)) {
     to->counts.already_rejected++;
     return nullptr;
@@ -131,6 +132,7 @@ static sg_ptr new_scratch(int edges) {
 
 const subgraph *sg_offer_extension(const extension &x, registration *to) {
   to->counts.attempts++;
+  to->invariant_outcome = true; // a part that look-ups miss is missing in all
   if (to->derived && !to->derived->look_up(x))
     return reject(to);
   const graph *g = sg_set_get(to->prev, x.pattern)->g;

@@ -46,6 +46,8 @@ struct registration {
   derived_parents *derived;
   labeller forms;
   registration_counts counts;
+  bool invariant_outcome = false; // of the candidate offered last: isomorphic
+                                  // ones fare as it did
   candidate_set accepted;
   failed_candidates failed;
   closure_filter filter;

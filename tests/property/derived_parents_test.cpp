@@ -61,10 +61,9 @@ class extension_check {
 public:
   extension_check(const two_levels &levels, case_counts *counts)
       : children_(levels.children.get()), cores_(levels.cores.get()),
-        automorphisms_(automorphism_cache_create()),
-        table_(children_, cores_, automorphisms_.get()),
-        derived_(children_, cores_, automorphisms_.get(), &table_),
-        ids_(ids_by_form(children_)), counts_(counts) {}
+        table_(children_, cores_, &groups_),
+        derived_(children_, cores_, &table_), ids_(ids_by_form(children_)),
+        counts_(counts) {}
 
   void check_pattern(int id, int edge_labels, int vertex_labels) {
     const graph *g = sg_set_get(children_, id)->g;
@@ -214,7 +213,7 @@ private:
 
   const sg_set *children_;
   const sg_set *cores_;
-  automorphism_cache_ptr automorphisms_;
+  pattern_groups groups_;
   child_table table_;
   derived_parents derived_;
   std::map<graph_form, int> ids_; // of children

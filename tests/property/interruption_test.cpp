@@ -11,12 +11,14 @@
 
 #include <gtest/gtest.h>
 
+#include "cl/automorphism_group.h"
 #include "cl/search_plan.h"
 #include "mining/child_table.h"
 #include "mining/failed_candidates.h"
 #include "mining/level_loop.h"
 #include "mining/tid_lists.h"
 #include "mining/transaction_counter.h"
+#include "reference/mining/automorphisms.h"
 #include "support/mined_levels.h"
 #include "support/records.h"
 
@@ -240,22 +242,19 @@ TEST_F(LongSteps, GeneratingCandidatesEnds) {
 }
 
 TEST_F(LongSteps, PreparingGenerationEnds) {
-  const automorphism_cache_ptr cache(automorphism_cache_create());
-  EXPECT_THROW(child_table(levels.children.get(), levels.cores.get(),
-                           cache.get(), &stop),
-               interrupted);
+  pattern_groups groups;
+  EXPECT_THROW(
+      child_table(levels.children.get(), levels.cores.get(), &groups, &stop),
+      interrupted);
   EXPECT_THROW(closure_filter(levels.children.get(), &stop), interrupted);
 }
 
 TEST_F(LongSteps, JoiningEnds) {
-  const automorphism_cache_ptr cache(automorphism_cache_create());
-  const child_table table(levels.children.get(), levels.cores.get(),
-                          cache.get());
-  derived_parents known(levels.children.get(), levels.cores.get(), cache.get(),
-                        &table);
+  pattern_groups groups;
+  const child_table table(levels.children.get(), levels.cores.get(), &groups);
+  derived_parents known(levels.children.get(), levels.cores.get(), &table);
   registration registry(levels.children.get(), labeller(), &known);
-  join_context context(levels.children.get(), levels.cores.get(), cache.get(),
-                       &registry);
+  join_context context(levels.children.get(), levels.cores.get(), &registry);
   context.poll = interruption_poll(&stop, 1);
   for (int id = 0; id < sg_set_size(levels.cores.get()); id++) {
     const subgraph *core = sg_set_get(levels.cores.get(), id);
@@ -264,8 +263,8 @@ TEST_F(LongSteps, JoiningEnds) {
     const int child = sg_child_at(core, 0);
     const subgraph *sg = sg_set_get(levels.children.get(), child);
     const sg_parent *entry = sg_parent_at(sg, sg_find_parent(sg, id));
-    const int first = automorphism_cache_find(cache.get(), id, core->g);
-    EXPECT_THROW(sg_join(child, child, entry, entry, first, &context),
+    const edge_place place = sg_place_in_core(entry);
+    EXPECT_THROW(sg_join(child, child, entry, entry, {&place, 1}, {}, &context),
                  interrupted);
     return;
   }

@@ -1,4 +1,4 @@
-#include "mining/automorphisms.h"
+#include "reference/mining/automorphisms.h"
 
 #include <set>
 

@@ -203,12 +203,11 @@ TEST_F(Candidates, ThreadsLabelUnderTheThresholdAskedFor) {
 // What joining patterns of two edges needs.
 struct pair_joiner {
   pair_joiner(const sg_set *children, const sg_set *cores)
-      : table(children, cores, cache.get()),
-        derived(children, cores, cache.get(), &table),
+      : table(children, cores, &groups), derived(children, cores, &table),
         registry(children, labeller(), &derived),
-        context(children, cores, cache.get(), &registry) {}
+        context(children, cores, &registry) {}
 
-  automorphism_cache_ptr cache{automorphism_cache_create()};
+  pattern_groups groups;
   child_table table;
   derived_parents derived;
   registration registry;

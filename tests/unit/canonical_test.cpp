@@ -277,13 +277,38 @@ static graph_ptr spider_graph(int arms) {
                     edges);
 }
 
-TEST(Canonical, FormIsNotCalledInvariantAtAnyCost) {
-  // All orders of the arms are alike, so none can be left out when it has to be
-  // shown that no arrangement is better.
+TEST(Canonical, SpidersAreCalledInvariant) {
+  // All orders of the arms are alike, and automorphisms show it.
   const threshold_scope scope(5);
-  canonical(spider_graph(5).get());
+  for (const int arms : {4, 5, 9, 30}) {
+    canonical(spider_graph(arms).get());
+    EXPECT_TRUE(cl_form_is_invariant()) << arms;
+  }
+}
+
+// A hub, a ring of that many vertices, and between them one more for each of
+// those, which has two leaves.
+static graph_ptr fringed_wheel(int n) {
+  std::vector<test_edge> edges;
+  for (int i = 0; i < n; i++) {
+    const int between = 1 + i;
+    const int outer = 1 + n + i;
+    edges.insert(edges.end(), {{0, between},
+                               {between, outer},
+                               {outer, 1 + n + (i + 1) % n},
+                               {between, 1 + 2 * n + 2 * i},
+                               {between, 2 + 2 * n + 2 * i}});
+  }
+  return make_graph(std::vector<int>(static_cast<size_t>(1 + 4 * n), 0), edges);
+}
+
+TEST(Canonical, FormIsNotCalledInvariantAtAnyCost) {
+  // Nothing tells the orders of the vertices around the hub apart until all are
+  // placed, and few are images of one another.
+  const threshold_scope scope(5);
+  canonical(fringed_wheel(5).get());
   EXPECT_TRUE(cl_form_is_invariant());
-  canonical(spider_graph(9).get());
+  canonical(fringed_wheel(9).get());
   EXPECT_FALSE(cl_form_is_invariant());
 }
 

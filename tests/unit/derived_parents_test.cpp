@@ -28,10 +28,8 @@ protected:
     prepare();
   }
   void prepare() {
-    cache.reset(automorphism_cache_create());
-    table.emplace(levels.children.get(), levels.cores.get(), cache.get());
-    derived.emplace(levels.children.get(), levels.cores.get(), cache.get(),
-                    &*table);
+    table.emplace(levels.children.get(), levels.cores.get(), &groups);
+    derived.emplace(levels.children.get(), levels.cores.get(), &*table);
   }
   int id_of(const graph_ptr &g) const {
     return sg_set_find(levels.children.get(), canonical_record(g).get());
@@ -73,7 +71,7 @@ protected:
 
   graph_list_ptr database;
   two_levels levels;
-  automorphism_cache_ptr cache;
+  pattern_groups groups;
   std::optional<child_table> table;
   std::optional<derived_parents> derived;
   graph_ptr cand;

@@ -261,11 +261,10 @@ TEST_F(Registration, LookUpsAndTheFilterOnlySaveWork) {
         database_of(random_graph(rng, {6, 2, 2, 2, true}));
     two_levels levels = first_two_levels(database.get(), 1, 2, 2);
     while (sg_set_size(levels.children.get()) > 0) {
-      const automorphism_cache_ptr cache(automorphism_cache_create());
+      pattern_groups groups;
       const child_table table(levels.children.get(), levels.cores.get(),
-                              cache.get());
-      derived_parents known(levels.children.get(), levels.cores.get(),
-                            cache.get(), &table);
+                              &groups);
+      derived_parents known(levels.children.get(), levels.cores.get(), &table);
       registration with(levels.children.get(), labeller(), &known);
       registration without(levels.children.get());
       to.emplace(levels.children.get());

@@ -4,7 +4,7 @@
 // that core, so they are listed once per level and core, by the resumable
 // search along the core's breadth-first order.
 
-#include "mining/automorphisms.h"
+#include "reference/mining/automorphisms.h"
 
 #include <algorithm>
 #include <new>

@@ -1,0 +1,71 @@
+// The automorphism groups of patterns, and where they bring an edge.
+#pragma once
+
+#include <cstdint>
+#include <span>
+
+#include "cl/automorphism_group.h"
+#include "mining/extension_map.h"
+
+namespace kestro {
+
+// Generators of the automorphism group of a pattern; none is for the identity.
+struct pattern_group {
+  const int *perms = nullptr; // vs ints each: the image of every vertex
+  int count = 0;
+  int vs = 0; // of the pattern
+
+  const int *perm(int i) const {
+    return perms + static_cast<ptrdiff_t>(i) * vs;
+  }
+};
+
+// The groups of numbered patterns, each computed once.
+class pattern_groups {
+public:
+  explicit pattern_groups(const interruption *stop = nullptr) : search_(stop) {}
+
+  // Forgets all groups and expects the numbers from 0 to n - 1.  Keeps the
+  // memory.
+  void expect(int n);
+  // Computes the group of the pattern with number i, whose graph g is, unless
+  // it is known.  Groups handed out before are not valid any more.
+  void prepare(int i, const graph *g);
+  // The group of a pattern; of no generators until it is prepared.
+  pattern_group at(int i) const;
+
+private:
+  struct entry {
+    size_t first = 0; // in perms_
+    int count = -1;   // of generators; -1 until it is prepared
+    int vs = 0;
+  };
+
+  automorphism_search search_;
+  xvector<entry> entries_;
+  xvector<int> perms_; // of all groups, one after another
+};
+
+// Where an edge lies in a pattern: its ends in any order, or one end and -1
+// when the other one is a new vertex.
+struct edge_place {
+  int u;
+  int w;
+};
+
+// Lists the places to which groups bring an edge.
+class orbit_walk {
+public:
+  // The images of a place under a group, each once, itself first.  The list is
+  // valid until the next call.  Costs a step for each of them and generator.
+  std::span<const edge_place> images(const pattern_group &group,
+                                     edge_place place);
+
+private:
+  void meet(const edge_place &place, int vs);
+
+  xvector<edge_place> images_;
+  xvector<uint64_t> marks_; // bits by vertex or pair, 0 between calls
+};
+
+} // namespace kestro
