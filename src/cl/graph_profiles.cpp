@@ -130,7 +130,7 @@ static int largest_degree(const graph *g) {
 template <class Take>
 static void each_profile(const graph *g, telling_slots *slots, Take take) {
   constexpr int many = 32;
-  if (largest_degree(g) <= many) {
+  if (g->es <= 2 * many || largest_degree(g) <= many) {
     for (int u = 0; u < g->vs; u++)
       take(u, profile_of(g, u));
     return;
@@ -181,9 +181,10 @@ graph_profiles::graph_profiles(const graph_list *graphs,
     each_profile(g, &slots, [&](int u, const vertex_profile &profile) {
       poll.step(path_cost * (g->v[u + 1] - g->v[u]));
       profiles_.push_back(profile);
+    });
+    for (int u = 0; u < g->vs; u++)
       for (int j = g->v[u]; j < g->v[u + 1]; j++)
         count_edge(g->vlabel[u], g->elabel[j], g->vlabel[g->e[j]]);
-    });
   }
   first_by_label_.push_back(by_label_.size());
   for (int i = 0; i < graphs->count; i++) {

@@ -50,40 +50,75 @@ static void walk_edges(const graph *t, interruption_poll *poll, Visit visit) {
 
 namespace {
 
-// Walks the paths of two frequent edges in transactions, kind by kind: each
-// vertex lists the kinds of its arms, and shows a path for each pair of them.
+// Walks the paths of two frequent edges in transactions.  A vertex of many
+// neighbours lists the kinds of its arms, and shows a path for each pair of
+// them; one of few shows the path of each pair of neighbours.
 class path_walk {
 public:
   path_walk(const path_arms &arms, interruption_poll *poll)
       : arms_(arms), poll_(poll),
         places_(static_cast<size_t>(arms.most_arms())) {}
 
-  // Calls visit with the key and the vertices of a path, once for each vertex
-  // that is the centre of such paths: those of the first slots.
-  template <class Visit> void walk(const graph *t, Visit visit) {
+  // Calls visit with the keys and the vertices of paths, for each vertex and
+  // each key of a path with that centre first with those of the first slots.
+  template <class Visit> void walk(const graph *t, const Visit &visit) {
     poll_->step(t->es);
     for (int w = 0; w < t->vs; w++) {
-      const int centre = arms_.centre_of(t->vlabel[w]);
-      if (centre < 0 || t->v[w + 1] - t->v[w] < 2)
+      const int degree = t->v[w + 1] - t->v[w];
+      if (degree < 2)
         continue;
-      gather(t, w, centre);
-      for (size_t i = 0; i < met_.size(); i++) {
-        poll_->step(static_cast<int64_t>(met_.size() - i));
-        const arm_place &a = place(met_[i]);
-        if (a.second >= 0)
-          visit(path_key{centre, met_[i], met_[i]},
-                path_ends{w, a.first, a.second});
-        for (size_t j = i + 1; j < met_.size(); j++)
-          visit(path_key{centre, met_[i], met_[j]},
-                path_ends{w, a.first, place(met_[j]).first});
-      }
-      for (const int arm : met_)
-        place(arm) = {};
-      met_.clear();
+      const int centre = arms_.centre_of(t->vlabel[w]);
+      if (centre < 0)
+        continue;
+      if (degree <= few)
+        pair_neighbours(t, w, centre, visit);
+      else
+        pair_kinds(t, w, centre, visit);
     }
   }
 
 private:
+  static constexpr int few = 8;
+
+  template <class Visit>
+  void pair_neighbours(const graph *t, int w, int centre,
+                       const Visit &visit) const {
+    int arms[few];
+    int ends[few];
+    int n = 0;
+    for (int j = t->v[w], last = t->v[w + 1]; j < last; j++) {
+      ends[n] = t->e[j];
+      arms[n] = arms_.arm_of(centre, t->elabel[j], t->vlabel[ends[n]]);
+      n += arms[n] >= 0;
+    }
+    for (int j = 1; j < n; j++)
+      for (int i = 0; i < j; i++)
+        if (arms[i] <= arms[j])
+          visit(path_key{centre, arms[i], arms[j]},
+                path_ends{w, ends[i], ends[j]});
+        else
+          visit(path_key{centre, arms[j], arms[i]},
+                path_ends{w, ends[j], ends[i]});
+  }
+
+  template <class Visit>
+  void pair_kinds(const graph *t, int w, int centre, const Visit &visit) {
+    gather(t, w, centre);
+    for (size_t i = 0; i < met_.size(); i++) {
+      poll_->step(static_cast<int64_t>(met_.size() - i));
+      const arm_place &a = place(met_[i]);
+      if (a.second >= 0)
+        visit(path_key{centre, met_[i], met_[i]},
+              path_ends{w, a.first, a.second});
+      for (size_t j = i + 1; j < met_.size(); j++)
+        visit(path_key{centre, met_[i], met_[j]},
+              path_ends{w, a.first, place(met_[j]).first});
+    }
+    for (const int arm : met_)
+      place(arm) = {};
+    met_.clear();
+  }
+
   // The first ends of an arm at the vertex looked at.
   struct arm_place {
     int first = -1, second = -1;
