@@ -228,9 +228,7 @@ TEST_F(LongSteps, FirstLevelsEnd) {
 
 TEST_F(LongSteps, PreparingTheCountEnds) {
   EXPECT_THROW(graph_profiles(transactions(), &stop), interrupted);
-  EXPECT_THROW(transaction_counter(transactions(), db.edge_labels,
-                                   db.vertex_labels, minsup, 1, &stop),
-               interrupted);
+  EXPECT_THROW(support_counter(transactions(), 1, &stop), interrupted);
 }
 
 TEST_F(LongSteps, GeneratingCandidatesEnds) {
