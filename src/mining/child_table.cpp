@@ -3,12 +3,11 @@
 // An edge of a parent can be placed wherever an automorphism of the parent
 // brings it; every such place is entered once, so a look-up needs no search.
 // The entry tells the generator by which the place was reached, so a way back
-// to the first place gives an automorphism (a Schreier vector).  Patterns
-// without links have no entries.
+// to the first place gives an automorphism (a Schreier vector).
 
 #include "mining/child_table.h"
 
-#include "mining/links.h"
+#include "mining/parents.h"
 
 namespace kestro {
 
@@ -17,15 +16,15 @@ child_table::child_table(const sg_set *children, const sg_set *cores,
     : map_(stop), groups_(groups) {
   interruption_poll poll(stop, 4096);
   groups->expect(sg_set_size(cores));
-  size_t links = 0;
+  size_t entries = 0;
   for (int id = 0; id < sg_set_size(children); id++)
-    links += static_cast<size_t>(sg_link_size(sg_set_get(children, id)));
-  map_.reserve(links); // most have one place only
+    entries += static_cast<size_t>(sg_parent_size(sg_set_get(children, id)));
+  map_.reserve(entries); // most have one place only
   for (int id = 0; id < sg_set_size(children); id++) {
     const subgraph *child = sg_set_get(children, id);
-    for (int l = 0; l < sg_link_size(child); l++) {
+    for (int l = 0; l < sg_parent_size(child); l++) {
       poll.step();
-      const extension edge = sg_link_edge(child, sg_link_at(child, l));
+      const extension edge = sg_parent_edge(child, sg_parent_at(child, l));
       if (!map_.insert(edge, {id, l, -1}))
         continue; // and so are its images
       const subgraph *core = sg_set_get(cores, edge.pattern);
@@ -34,12 +33,6 @@ child_table::child_table(const sg_set *children, const sg_set *cores,
       groups->prepare(edge.pattern, core->g);
       enter_images(edge, {id, l, -1}, &poll);
     }
-  }
-  // Patterns without links are joined, too.
-  for (int id = 0; id < sg_set_size(cores); id++) {
-    const subgraph *core = sg_set_get(cores, id);
-    if (!core->rigid && sg_child_size(core) > 0)
-      groups->prepare(id, core->g);
   }
 }
 
@@ -54,7 +47,7 @@ void child_table::enter_images(const extension &x, const found_child &found,
     poll->step(group.count);
     for (int k = 0; k < group.count; k++) {
       const extension image = image_of(entered_[i], group.perm(k));
-      if (map_.insert(image, {found.child, found.link, k}))
+      if (map_.insert(image, {found.child, found.entry, k}))
         entered_.push_back(image);
     }
   }

@@ -19,7 +19,6 @@
 #include "graph/graph_list.h"
 #include "mining/embeddings.h"
 #include "mining/label_table.h"
-#include "mining/links.h"
 #include "mining/parents.h"
 #include "mining/path_arms.h"
 
@@ -256,12 +255,12 @@ static void fill_parent_entry(const subgraph *sg, int end, const sg_set *level1,
   assert(index != -1);
   entry->pid = index;
   entry->u = 0;
-  entry->v = 3 - end;
-  entry->vs = 3;
-  const int centre_at = labels[end] > centre ? 0 : 1;
-  entry->map[0] = centre_at;
-  entry->map[end] = 1 - centre_at;
+  entry->v = static_cast<int16_t>(3 - end);
+  const bool is_first = labels[end] > centre; // the centre, in the parent
+  entry->map[0] = is_first ? 0 : 1;
+  entry->map[end] = is_first ? 1 : 0;
   entry->map[3 - end] = -1;
+  entry->vs = 3;
 }
 
 void setup_double_edge_subgraph_parent_info(subgraph *sg,
@@ -270,15 +269,14 @@ void setup_double_edge_subgraph_parent_info(subgraph *sg,
   const graph *g = sg->g;
   const bool twins =
       g->vlabel[1] == g->vlabel[2] && g->elabel[0] == g->elabel[1];
-  alignas(sg_parent) int memory[7];
+  alignas(sg_parent) char memory[sizeof(sg_parent) + 4 * sizeof(int16_t)];
   auto *entry = reinterpret_cast<sg_parent *>(memory);
   for (const int end : {2, 1}) { // in the order of the edges that go
     fill_parent_entry(sg, end, level1, entry);
-    sg_add_link(sg, entry);
     if (end == 2 && twins)
-      continue;
-    sg_update_parent_info(sg, entry, level1);
-    sg_add_pid(sg, entry->pid);
+      sg_add_parent(sg, entry);
+    else
+      sg_update_parent_info(sg, entry, level1);
   }
 }
 
@@ -292,7 +290,6 @@ static void register_double_edge_subgraph(const path_key &k, int count,
   sg_ptr sg(sg_create_double_edge(a.elabel, b.elabel, a.vlabel, b.vlabel,
                                   arms.vlabel_of(k.centre)));
   sg->count = count;
-  sg->links = sg_links_create(3);
   setup_double_edge_subgraph_parent_info(sg.get(), level1);
   sg_set_push(out, std::move(sg));
 }

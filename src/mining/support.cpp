@@ -15,7 +15,6 @@
 #include "base/parallel.h"
 #include "base/xmalloc.h"
 #include "mining/embeddings.h"
-#include "mining/links.h"
 #include "mining/occurrences.h"
 #include "mining/tid_lists.h"
 

@@ -260,7 +260,7 @@ TEST_F(LongSteps, JoiningEnds) {
       continue;
     const int child = sg_child_at(core, 0);
     const subgraph *sg = sg_set_get(levels.children.get(), child);
-    const sg_parent *entry = sg_parent_at(sg, sg_find_parent(sg, id));
+    const sg_parent *entry = sg_find_kept(sg, id);
     const edge_place place = sg_place_in_core(entry);
     EXPECT_THROW(sg_join(child, child, entry, entry, {&place, 1}, {}, &context),
                  interrupted);

@@ -140,7 +140,7 @@ static sg_set_ptr set_in_blocks(int n) {
   for (int key = 0; key < n; key++) {
     const sg_ptr sg = keyed(key);
     set_tids(sg.get(), {key, key + 1});
-    sg_add_pid(sg.get(), 3 * key);
+    add_parent(sg.get(), 3 * key);
     sg_set_push(s.get(), sg_ptr(sg_copy(sg.get(), &s->blocks)));
   }
   return s;
