@@ -5,7 +5,7 @@
 #include <cstdint>
 
 #include "base/ksstack.h"
-#include "cl/isomorphism.h"
+#include "reference/cl/isomorphism_steps.h"
 
 namespace kestro {
 

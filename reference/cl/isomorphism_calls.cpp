@@ -2,7 +2,7 @@
 
 #include "reference/cl/isomorphism_calls.h"
 
-#include "cl/next_isomorphism.h"
+#include "reference/cl/next_isomorphism.h"
 
 namespace kestro {
 

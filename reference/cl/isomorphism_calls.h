@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-#include "cl/isomorphism_work.h"
+#include "reference/cl/isomorphism_work.h"
 
 namespace kestro {
 

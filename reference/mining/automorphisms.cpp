@@ -12,8 +12,8 @@
 #include "base/comparators.h"
 #include "base/error.h"
 #include "base/xmalloc.h"
-#include "cl/next_isomorphism.h"
 #include "graph/connectivity.h"
+#include "reference/cl/next_isomorphism.h"
 
 namespace kestro {
 

@@ -3,7 +3,7 @@
 
 #include "base/interruption.h"
 #include "base/ksstack.h"
-#include "cl/isomorphism_work.h"
+#include "reference/cl/isomorphism_work.h"
 
 namespace kestro {
 

@@ -19,6 +19,8 @@
 #include <algorithm>
 #include <numeric>
 
+#include "cl/cell_image.h"
+
 namespace kestro {
 
 int automorphism_search::find(const graph *g, xvector<int> *perms) {
@@ -147,7 +149,7 @@ bool automorphism_search::leads_to_image(int w, size_t level) {
   colouring *next = &trial_[level + 1];
   *next = trial_[level];
   colouring_individualise(next, g_, w, &work_);
-  if (!has_shape_of(*next, level + 1))
+  if (!have_equal_cells(path_[level + 1], *next))
     return false;
   set_apart_.push_back(w);
   const bool found = find_image(level + 1);
@@ -157,8 +159,11 @@ bool automorphism_search::leads_to_image(int w, size_t level) {
 
 // The same for the node as it is.
 bool automorphism_search::find_image(size_t level) {
+  match_cells(path_[level], trial_[level], &image_);
+  if (is_automorphism())
+    return true;
   if (level == levels_)
-    return is_automorphism(trial_[level].order);
+    return false;
   const int cell = colouring_first_open(&trial_[level], 0);
   const int end = trial_[level].cell_end[index(cell)];
   // An image of few changes is found soonest where vertices stay.
@@ -178,11 +183,6 @@ bool automorphism_search::find_image(size_t level) {
     tried.push_back(w);
   }
   return false;
-}
-
-// Whether a node of the trial may be an image of the path's node at a level.
-bool automorphism_search::has_shape_of(const colouring &c, size_t level) const {
-  return c.cells == path_[level].cells && c.cell_end == path_[level].cell_end;
 }
 
 // Whether generators that fix what is set apart take w to one of vertices.
@@ -212,11 +212,8 @@ bool automorphism_search::is_image_of(int w,
                      [&](int u) { return seen[index(u)]; });
 }
 
-// Whether the path's leaf becomes that arrangement by an automorphism, which is
-// left in image_.
-bool automorphism_search::is_automorphism(const xvector<int> &order) {
-  for (size_t i = 0; i < order.size(); i++)
-    image_[index(leaf_[i])] = order[i];
+// Whether image_ is one.
+bool automorphism_search::is_automorphism() {
   for (int u = 0; u < g_->vs; u++) {
     const int w = image_[index(u)];
     if (g_->vlabel[u] != g_->vlabel[w] ||

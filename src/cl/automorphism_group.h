@@ -33,9 +33,8 @@ private:
   void search_cell(size_t level);
   bool leads_to_image(int w, size_t level);
   bool find_image(size_t level);
-  bool has_shape_of(const colouring &c, size_t level) const;
   bool is_image_of(int w, const xvector<int> &vertices) const;
-  bool is_automorphism(const xvector<int> &order);
+  bool is_automorphism();
   void add(const xvector<int> &perm);
   void mark_neighbours(int u);
   void unmark_neighbours(int u);

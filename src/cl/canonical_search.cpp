@@ -3,8 +3,10 @@
 // The exhaustive search places vertices position by position.  Rows of the
 // matrix depend on the vertices placed before only, so of the vertices that may
 // come next only those with the greatest row can lead to the best arrangement;
-// it branches where several have it, and once for all twins among them, or all
-// images under automorphisms where these are known.
+// it branches where several have it, and once for all twins among them.  Two
+// equal arrangements show an automorphism.  One that fixes the vertices placed
+// so far takes the branch of one vertex to that of another, which shows nothing
+// new, so of each orbit of the vertices that tie one branch is enough.
 //
 // The individualising search takes every leaf it reaches, so the last one wins,
 // and which one that is depends on the order of visits.  Usually it does not
@@ -15,6 +17,7 @@
 
 #include <algorithm>
 #include <cassert>
+#include <climits>
 
 #include "cl/orbit_check.h"
 #include "cl/vertex_orbits.h"
@@ -111,8 +114,7 @@ private:
     steps_left_--;
     poll_->step(g_->vs);
     if (i == rows_) {
-      if (better)
-        best_ = placed_;
+      take_leaf(better);
       return;
     }
     const int cell = c_->colour[index(placed_[index(i)])];
@@ -127,37 +129,75 @@ private:
         return;
       better = d > 0;
     }
+    if (ties == i + 1)
+      place_from(i + 1, better);
+    else
+      branch(i, ties, better);
+  }
+
+  // Places each vertex from position i to ties next, but for images of others.
+  void branch(int i, int ties, bool better) {
     xvector<int> tied(placed_.begin() + i, placed_.begin() + ties);
     if (passes_over_)
       std::sort(tied.begin(), tied.end());
-    vertex_orbits orbits;
-    if (automorphisms_ && tied.size() > 1)
-      join_fixing(i, &orbits);
+    fixing_orbits fixing;
     for (size_t k = 0; k < tied.size(); k++) {
-      if (has_twin(tied, k) ||
-          (automorphisms_ && is_image_of_earlier(tied, k, &orbits)))
+      if (k > 0 &&
+          (has_twin(tied, k) || is_image_of_earlier(tied, k, i, &fixing)))
         continue;
       const auto at = std::find(placed_.begin() + i, placed_.end(), tied[k]);
       std::iter_swap(placed_.begin() + i, at);
       place_from(i + 1, better);
       better = false; // best_ begins with these rows by now
+      if (back_to_ < i)
+        return;
+      back_to_ = INT_MAX;
     }
   }
 
-  // The orbits of the automorphisms that fix the first vertices placed.
-  void join_fixing(int count, vertex_orbits *orbits) const {
-    orbits->reset(g_->vs);
-    const auto end = placed_.begin() + count;
-    for (const xvector<int> &map : *automorphisms_)
-      if (std::all_of(placed_.begin(), end,
-                      [&](int u) { return map[index(u)] == u; }))
-        orbits->join(map);
+  // Takes the arrangement that is placed if it is better than the best.  Else
+  // it equals the leaf met first that is as good, of which it is the image: all
+  // branches up to where they part show nothing new.
+  void take_leaf(bool better) {
+    if (better)
+      best_ = placed_;
+    if (rows_ < g_->vs || passes_over_)
+      return; // the rest may differ
+    if (better || leaf_.empty()) {
+      leaf_ = placed_;
+      return;
+    }
+    xvector<int> map(leaf_.size());
+    for (size_t p = 0; p < map.size(); p++)
+      map[index(leaf_[p])] = placed_[p];
+    found_.push_back(std::move(map));
+    const auto fork =
+        std::mismatch(leaf_.begin(), leaf_.end(), placed_.begin());
+    back_to_ = static_cast<int>(fork.first - leaf_.begin());
   }
 
-  static bool is_image_of_earlier(const xvector<int> &tied, size_t k,
-                                  vertex_orbits *orbits) {
+  // The orbits under the automorphisms that fix the vertices placed so far.
+  struct fixing_orbits {
+    vertex_orbits orbits;
+    size_t looked_at = 0; // of the automorphisms
+  };
+
+  bool is_image_of_earlier(const xvector<int> &tied, size_t k, int i,
+                           fixing_orbits *fixing) const {
+    const xvector<xvector<int>> &maps = *automorphisms_;
+    if (maps.empty())
+      return false;
+    if (fixing->looked_at == 0)
+      fixing->orbits.reset(g_->vs);
+    const auto end = placed_.begin() + i;
+    for (; fixing->looked_at < maps.size(); fixing->looked_at++) {
+      const xvector<int> &map = maps[fixing->looked_at];
+      if (std::all_of(placed_.begin(), end,
+                      [&](int u) { return map[index(u)] == u; }))
+        fixing->orbits.join(map);
+    }
     for (size_t l = 0; l < k; l++)
-      if (orbits->same(tied[l], tied[k]))
+      if (fixing->orbits.same(tied[l], tied[k]))
         return true;
     return false;
   }
@@ -175,8 +215,11 @@ private:
   interruption_poll *poll_;
   xvector<int> placed_; // the arrangement tried; a permutation of every cell
   xvector<int> best_;
-  int rows_;                                             // how many decide
-  const xvector<xvector<int>> *automorphisms_ = nullptr; // may be null
+  int rows_;                    // how many decide
+  xvector<int> leaf_;           // the first one met that shows what best_ shows
+  xvector<xvector<int>> found_; // automorphisms between leaves
+  const xvector<xvector<int>> *automorphisms_ = &found_; // those to use
+  int back_to_ = INT_MAX; // branches from later positions are left
   uint64_t steps_left_ = UINT64_MAX;
   bool passes_over_ = false;
 };

@@ -8,6 +8,8 @@
 
 #include "cl/orbit_check.h"
 
+#include "cl/cell_image.h"
+
 namespace kestro {
 
 bool orbit_check::run() {
@@ -18,14 +20,15 @@ bool orbit_check::run() {
   }
   leaf_ = c.order;
   orbits_.reset(g_->vs);
-  for (size_t level = path_.size(); level-- > 0;)
-    if (!is_orbit(path_[level]))
+  path_.push_back(c);
+  for (size_t level = path_.size() - 1; level-- > 0;)
+    if (!is_orbit(level))
       return false;
   return true;
 }
 
 int orbit_check::rows_set_apart() const {
-  return colouring_first_open(&path_.back(), 0) + 1;
+  return colouring_first_open(&path_[path_.size() - 2], 0) + 1;
 }
 
 void orbit_check::split_first_open(colouring *c) const {
@@ -35,7 +38,8 @@ void orbit_check::split_first_open(colouring *c) const {
 
 // Whether the first open cell of a node of the path, below which all is known
 // to be alike, is an orbit.
-bool orbit_check::is_orbit(const colouring &node) {
+bool orbit_check::is_orbit(size_t level) {
+  const colouring &node = path_[level];
   const int cell = colouring_first_open(&node, 0);
   const int end = node.cell_end[static_cast<size_t>(cell)];
   const int chosen = node.order[static_cast<size_t>(cell)];
@@ -49,9 +53,7 @@ bool orbit_check::is_orbit(const colouring &node) {
     }
     colouring c = node;
     colouring_individualise(&c, g_, w, work_);
-    while (c.cells < g_->vs)
-      split_first_open(&c);
-    if (!shows_the_leaf(c.order))
+    if (!has_image_of_leaf(&c, level + 1))
       return false;
     automorphisms_.push_back(image_);
     orbits_.join(image_);
@@ -59,13 +61,26 @@ bool orbit_check::is_orbit(const colouring &node) {
   return true;
 }
 
-// Whether an arrangement shows the same matrix as the leaf.
-bool orbit_check::shows_the_leaf(const xvector<int> &order) {
-  for (size_t i = 0; i < order.size(); i++)
-    image_[static_cast<size_t>(leaf_[i])] = order[i];
-  for (size_t i = 0; i < order.size(); i++) {
-    const int *row = cells_.row(order[i]);
-    const int u = leaf_[i];
+// Whether a leaf under c is an image of the path's leaf; c's node is as deep as
+// the path's node at a level.  All cells of both are alike if it is.
+bool orbit_check::has_image_of_leaf(colouring *c, size_t level) {
+  for (;; level++) {
+    const colouring &node = path_[level];
+    if (!have_equal_cells(node, *c))
+      return false;
+    match_cells(node, *c, &image_);
+    if (is_automorphism())
+      return true;
+    if (c->cells == g_->vs)
+      return false;
+    split_first_open(c);
+  }
+}
+
+// Whether image_, which takes cells to cells, is one.
+bool orbit_check::is_automorphism() const {
+  for (int u = 0; u < g_->vs; u++) {
+    const int *row = cells_.row(image_[static_cast<size_t>(u)]);
     for (int j = g_->v[u]; j < g_->v[u + 1]; j++)
       if (row[image_[static_cast<size_t>(g_->e[j])]] != g_->elabel[j] + 1)
         return false;

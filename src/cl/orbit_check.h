@@ -34,14 +34,15 @@ public:
 
 private:
   void split_first_open(colouring *c) const;
-  bool is_orbit(const colouring &node);
-  bool shows_the_leaf(const xvector<int> &order);
+  bool is_orbit(size_t level);
+  bool has_image_of_leaf(colouring *c, size_t level);
+  bool is_automorphism() const;
 
   const colouring *start_;
   const graph *g_;
   const label_cells &cells_;
   refinement_work *work_;
-  xvector<colouring> path_; // its nodes, the start first
+  xvector<colouring> path_; // its nodes, the start first, the leaf last
   xvector<int> leaf_;
   xvector<int> image_;   // scratch
   vertex_orbits orbits_; // of what was found

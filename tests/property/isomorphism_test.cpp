@@ -14,8 +14,8 @@
 #include <gtest/gtest.h>
 
 #include "base/error.h"
-#include "cl/next_isomorphism.h"
 #include "reference/cl/isomorphism_calls.h"
+#include "reference/cl/next_isomorphism.h"
 #include "support/graphs.h"
 #include "support/plain_graph.h"
 

@@ -1,4 +1,4 @@
-#include "cl/isomorphism.h"
+#include "reference/cl/isomorphism_steps.h"
 
 #include <gtest/gtest.h>
 

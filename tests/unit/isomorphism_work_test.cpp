@@ -1,4 +1,4 @@
-#include "cl/isomorphism_work.h"
+#include "reference/cl/isomorphism_work.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "cl/next_isomorphism.h"
+#include "reference/cl/next_isomorphism.h"
 
 #include <gtest/gtest.h>
 

@@ -5,7 +5,7 @@
 // back, so neither costs a sweep of the matrix.  Nothing is allocated per call
 // once the arrays have grown to the largest graph.
 
-#include "cl/isomorphism_work.h"
+#include "reference/cl/isomorphism_work.h"
 
 #include <algorithm>
 

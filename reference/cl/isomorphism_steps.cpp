@@ -6,7 +6,7 @@
 // then are the edges to mapped vertices looked up, one read each in the label
 // matrix.  Between two steps the neighbour counts agree with map and used.
 
-#include "cl/isomorphism.h"
+#include "reference/cl/isomorphism_steps.h"
 
 #include <algorithm>
 

@@ -3,7 +3,7 @@
 #pragma once
 
 #include "base/xmalloc.h"
-#include "cl/isomorphism.h"
+#include "reference/cl/isomorphism_steps.h"
 
 namespace kestro {
 

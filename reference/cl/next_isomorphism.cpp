@@ -6,7 +6,7 @@
 // are advanced first; only when they are exhausted does the vertex itself move
 // on to its next candidate, and the positions behind it start again.
 
-#include "cl/next_isomorphism.h"
+#include "reference/cl/next_isomorphism.h"
 
 #include <algorithm>
 #include <cstdio>

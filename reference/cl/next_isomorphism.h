@@ -2,7 +2,7 @@
 #pragma once
 
 #include "base/interruption.h"
-#include "cl/isomorphism_work.h"
+#include "reference/cl/isomorphism_work.h"
 
 namespace kestro {
 
