@@ -23,15 +23,15 @@ static xvector<edge_place> places_of(const sg_parent *entry, int p,
 }
 
 void sg_join_pair(int a, int b, int p, join_context *context) {
-  const subgraph *sa = sg_set_get(context->children, a);
-  const subgraph *sb = sg_set_get(context->children, b);
+  const subgraph *sa = sg_set_get(context->children(), a);
+  const subgraph *sb = sg_set_get(context->children(), b);
   const sg_parent *ea = sg_find_kept(sa, p);
   const sg_parent *eb = sg_find_kept(sb, p);
   if (!ea || !eb)
     return;
   const xvector<edge_place> places =
-      places_of(ea, p, sg_set_get(context->cores, p)->g);
-  sg_join(a, b, ea, eb, places, {}, context);
+      places_of(ea, p, sg_set_get(context->cores(), p)->g);
+  sg_join(a, b, ea, eb, places, context);
 }
 
 void setup_map(const sg_parent *ea, const sg_parent *eb, const int *perm, int n,

@@ -43,6 +43,12 @@ public:
     return slots_[place_of(hash, same)];
   }
 
+  // Has the memory where a look-up for hash begins brought near.  Of several
+  // look-ups, told of beforehand, the waiting times overlap.
+  void expect(uint64_t hash) const {
+    __builtin_prefetch(slots_.data() + (hash >> shift_));
+  }
+
   // Adds added; false, and nothing is changed, when the same is in already.
   template <class Same> bool insert(const Slot &added, const Same &same) {
     if (count_ == limit_of(slots_.size()))

@@ -26,67 +26,19 @@ namespace kestro {
 namespace {
 
 // Joins the children of cores on one thread.
-class joiner {
-public:
-  joiner(const sg_set *children, const sg_set *cores,
-         const pattern_groups *core_groups, const child_table *table,
+struct joiner {
+  joiner(const sg_set *children, const sg_set *cores, const child_table *table,
          const generation_options &options)
-      : core_groups_(core_groups), derived_(children, cores, table),
-        registry_(
+      : derived(children, table),
+        registry(
             children,
             labeller(options.stabilizer_threshold, options.kind, options.stop),
-            &derived_, options.stop),
-        context_(children, cores, &registry_, options.stop),
-        child_groups_(options.stop) {}
+            &derived, options.stop),
+        context(children, cores, &registry, options.stop) {}
 
-  void join_children_of(int p) {
-    const subgraph *core = sg_set_get(context_.cores, p);
-    const int n = sg_child_size(core);
-    if (n == 0)
-      return;
-    entries_.clear();
-    for (int i = 0; i < n; i++)
-      entries_.push_back(entry_of(sg_child_at(core, i), p));
-    const pattern_group group = core_groups_->at(p);
-    child_groups_.expect(group.count > 0 ? n : 0);
-    for (int i = 0; i < n; i++) {
-      const sg_parent *entry = entries_[static_cast<size_t>(i)];
-      const std::span<const edge_place> images =
-          orbit_.images(group, sg_place_in_core(entry));
-      context_.poll.step(n - i);
-      for (int j = i; j < n; j++)
-        sg_join(sg_child_at(core, i), sg_child_at(core, j), entry,
-                entries_[static_cast<size_t>(j)], images,
-                images.size() > 1 ? group_of_child(core, j) : pattern_group(),
-                &context_);
-    }
-  }
-
-  registration *registry() { return &registry_; }
-
-private:
-  // A child's entry for its core p.
-  const sg_parent *entry_of(int child, int p) const {
-    const subgraph *sg = sg_set_get(context_.children, child);
-    return sg_find_kept(sg, p);
-  }
-
-  // The group of the j-th child of a core.
-  pattern_group group_of_child(const subgraph *core, int j) {
-    const subgraph *sg = sg_set_get(context_.children, sg_child_at(core, j));
-    if (sg->rigid)
-      return {};
-    child_groups_.prepare(j, sg->g);
-    return child_groups_.at(j);
-  }
-
-  const pattern_groups *core_groups_; // by id
-  derived_parents derived_;
-  registration registry_;
-  join_context context_;
-  pattern_groups child_groups_;        // by child of a core
-  orbit_walk orbit_;                   // of a place in a core
-  xvector<const sg_parent *> entries_; // by child of a core
+  derived_parents derived;
+  registration registry;
+  join_context context;
 };
 
 } // namespace
@@ -107,16 +59,15 @@ generation sg_generate_candidates(const sg_set *children, const sg_set *cores,
       [&](int worker, int p) {
         std::unique_ptr<joiner> &own = joiners[static_cast<size_t>(worker)];
         if (!own)
-          own = std::make_unique<joiner>(children, cores, &core_groups, &table,
-                                         options);
-        own->join_children_of(p);
+          own = std::make_unique<joiner>(children, cores, &table, options);
+        own->context.join_children_of(p, core_groups);
       },
       [&](int worker) {
         const size_t w = static_cast<size_t>(worker);
         if (!joiners[w])
           return;
-        accepted[w] = std::move(joiners[w]->registry()->accepted);
-        counted[w] = joiners[w]->registry()->counts;
+        accepted[w] = std::move(joiners[w]->registry.accepted);
+        counted[w] = joiners[w]->registry.counts;
         joiners[w].reset();
       },
       options.watcher);
@@ -134,6 +85,22 @@ generation sg_generate_candidates(const sg_set *children, const sg_set *cores,
   return generated;
 }
 
+edge_place sg_place_in_core(const sg_parent *entry) {
+  return {entry->map[entry->u], entry->map[entry->v]};
+}
+
+join_context::join_context(const sg_set *children, const sg_set *cores,
+                           registration *registry, const interruption *stop)
+    : poll(stop, 2048), patterns_(children), cores_(cores), registry_(registry),
+      seen_(stop), groups_(stop) {
+  last_core_.reserve(static_cast<size_t>(sg_set_size(children)));
+  for (int id = 0; id < sg_set_size(children); id++) {
+    const subgraph *sg = sg_set_get(children, id);
+    const int n = sg_kept_size(sg);
+    last_core_.push_back(n == 0 ? -1 : sg_kept_at(sg, n - 1)->pid);
+  }
+}
+
 // The vertex of a pattern outside its core, -1 when the core has them all.  It
 // is the later end of the extra edge: degrees descend along a form, and the
 // other end has more than this one edge.
@@ -142,106 +109,138 @@ static int vertex_outside(const sg_parent *entry) {
   return entry->map[entry->v] == -1 ? entry->v : -1;
 }
 
-namespace {
+void join_context::add_child(int id, const sg_parent *entry) {
+  const graph *g = sg_set_get(patterns_, id)->g;
+  const int outside = vertex_outside(entry);
+  child_.push_back(
+      {id, g, sg_place_in_core(entry), graph_edge_label(g, entry->u, entry->v),
+       outside, outside == -1 ? -1 : g->vlabel[outside], from_core_.size()});
+  from_core_.resize(from_core_.size() + static_cast<size_t>(entry->vs));
+  int16_t *from_core = from_core_.data() + child_.back().from_core;
+  for (int16_t i = 0; i < entry->vs; i++)
+    if (entry->map[i] != -1)
+      from_core[entry->map[i]] = i;
+}
 
-// One join: a's extra edge, and the pattern b that it is built onto.
-class join {
-public:
-  join(int a, int b, const sg_parent *ea, const sg_parent *eb,
-       const pattern_group &group_of_b, join_context *context)
-      : a_(sg_set_get(context->children, a)),
-        b_(sg_set_get(context->children, b)), b_id_(b), ea_(ea),
-        group_of_b_(group_of_b), context_(context),
-        elabel_(graph_edge_label(a_->g, ea->u, ea->v)),
-        outside_(vertex_outside(eb)) {
-    for (int i = 0; i < eb->vs; i++)
-      if (eb->map[i] != -1)
-        context->core_to_b[static_cast<size_t>(eb->map[i])] = i;
-  }
+void join_context::add_offer(const extension &x, size_t child) {
+  seen_.expect(x);
+  offers_.push_back({x, child});
+}
 
-  // Offers up to two candidates with the edge at a place of the core.
-  void at(const edge_place &place) {
-    const int u = in_b(place.u);
+void join_context::close(size_t b, int u, int w, int elabel) {
+  const joined_child &onto = child_[b];
+  if (!graph_has_edge(onto.g, u, w))
+    add_offer(closing_extension(onto.id, u, w, elabel), b);
+}
+
+// Up to two candidates for each place of a's edge.
+void join_context::collect(const joined_child &a, size_t b,
+                           std::span<const edge_place> places) {
+  const joined_child &onto = child_[b];
+  const int16_t *from_core = from_core_.data() + onto.from_core;
+  for (const edge_place &place : places) {
+    const int u = from_core[place.u];
     if (place.w != -1) {
-      close(u, in_b(place.w));
-      return;
+      close(b, u, from_core[place.w], a.elabel);
+      continue;
     }
-    const int vlabel = a_->g->vlabel[ea_->v];
-    offer(pendant_extension(b_id_, u, elabel_, vlabel));
-    if (outside_ != -1 && b_->g->vlabel[outside_] == vlabel)
-      close(u, outside_);
+    add_offer(pendant_extension(onto.id, u, a.elabel, a.vlabel), b);
+    if (onto.outside != -1 && onto.vlabel == a.vlabel)
+      close(b, u, onto.outside, a.elabel);
   }
+}
 
-private:
-  int in_b(int core_vertex) const {
-    return context_->core_to_b[static_cast<size_t>(core_vertex)];
+void join_context::join_children_of(int core, const pattern_groups &groups) {
+  const subgraph *sg = sg_set_get(cores_, core);
+  const int n = sg_child_size(sg);
+  if (n == 0)
+    return;
+  child_.clear();
+  from_core_.clear();
+  for (int i = 0; i < n; i++) {
+    const int id = sg_child_at(sg, i);
+    add_child(id, sg_find_kept(sg_set_get(patterns_, id), core));
   }
-
-  void close(int u, int w) {
-    if (!graph_has_edge(b_->g, u, w))
-      offer(closing_extension(b_id_, u, w, elabel_));
+  const pattern_group group = groups.at(core);
+  groups_.expect(group.count > 0 ? n : 0);
+  for (size_t i = 0; i < child_.size(); i++) {
+    const std::span<const edge_place> places =
+        orbit_.images(group, child_[i].place);
+    poll.step(static_cast<int64_t>((child_.size() - i) * places.size()));
+    for (size_t j = i; j < child_.size(); j++)
+      collect(child_[i], j, places);
+    offer_all(core, places.size() > 1);
   }
+}
 
-  // Offers a candidate that was not seen before.
-  void offer(const extension &x) {
-    if (!context_->seen.insert(x))
-      return;
-    const subgraph *accepted = sg_offer_extension(x, context_->registry);
+void join_context::join(int a, int b, const sg_parent *ea, const sg_parent *eb,
+                        std::span<const edge_place> places) {
+  child_.clear();
+  from_core_.clear();
+  add_child(a, ea);
+  add_child(b, eb);
+  poll.step(static_cast<int64_t>(places.size()));
+  collect(child_[0], 1, places);
+  offer_all(ea->pid, false);
+}
+
+// Offers the candidates that were not seen before.  with_groups: the same place
+// may come by several ways, which a child's automorphisms tell.
+void join_context::offer_all(int core, bool with_groups) {
+  for (const auto &[x, child] : offers_) {
+    if (!seen_.insert(x))
+      continue;
+    const subgraph *accepted = sg_offer_extension(x, registry_);
     if (accepted && accepted->invariant)
-      mark_seen(accepted);
-    if (group_of_b_.count > 0 && context_->registry->invariant_outcome)
-      mark_images(x);
+      mark_seen(accepted, core);
+    if (with_groups && registry_->invariant_outcome)
+      mark_images(x, group_of_child(child));
   }
+  offers_.clear();
+}
 
-  // Marks the other extensions that give an accepted candidate: a parent of it
-  // and the edge that the parent lacks.  Since its form does not depend on how
-  // it is built, they would only give duplicates.  Cores are joined in
-  // ascending order, so a parent whose last core is below the current one is
-  // extended no further and needs no mark.
-  void mark_seen(const subgraph *accepted) const {
-    for (int l = 0; l < sg_parent_size(accepted); l++) {
-      const sg_parent *entry = sg_parent_at(accepted, l);
-      const subgraph *parent = sg_set_get(context_->children, entry->pid);
-      if (sg_kept_at(parent, sg_kept_size(parent) - 1)->pid >= ea_->pid)
-        context_->seen.insert(sg_parent_edge(accepted, entry));
-    }
+// The group of a child of the core.
+pattern_group join_context::group_of_child(size_t i) {
+  const subgraph *sg = sg_set_get(patterns_, child_[i].id);
+  if (sg->rigid)
+    return {};
+  groups_.prepare(static_cast<int>(i), sg->g);
+  return groups_.at(static_cast<int>(i));
+}
+
+// Marks the other extensions that give an accepted candidate: a parent of it
+// and the edge that the parent lacks.  Since its form does not depend on how it
+// is built, they would only give duplicates.  Cores are joined in ascending
+// order, so a parent whose last core is below the current one is extended no
+// further and needs no mark.
+void join_context::mark_seen(const subgraph *accepted, int core) {
+  marks_.clear();
+  for (int l = 0; l < sg_parent_size(accepted); l++) {
+    const sg_parent *entry = sg_parent_at(accepted, l);
+    if (last_core_[static_cast<size_t>(entry->pid)] < core)
+      continue;
+    marks_.push_back(sg_parent_edge(accepted, entry));
+    seen_.expect(marks_.back());
   }
+  for (const extension &x : marks_)
+    seen_.insert(x);
+}
 
-  // Marks the extensions to which b's automorphisms bring x.
-  void mark_images(const extension &x) const {
-    for (const edge_place &place :
-         context_->orbit.images(group_of_b_, {x.from, x.to})) {
-      context_->poll.step();
-      context_->seen.insert(
-          x.to == -1 ? pendant_extension(b_id_, place.u, x.elabel, x.vlabel)
-                     : closing_extension(b_id_, place.u, place.w, x.elabel));
-    }
+// Marks the extensions to which a child's automorphisms bring x.
+void join_context::mark_images(const extension &x, const pattern_group &group) {
+  if (group.count == 0)
+    return;
+  for (const edge_place &place : images_.images(group, {x.from, x.to})) {
+    poll.step();
+    seen_.insert(
+        x.to == -1 ? pendant_extension(x.pattern, place.u, x.elabel, x.vlabel)
+                   : closing_extension(x.pattern, place.u, place.w, x.elabel));
   }
-
-  const subgraph *a_;
-  const subgraph *b_;
-  int b_id_;
-  const sg_parent *ea_;
-  pattern_group group_of_b_;
-  join_context *context_;
-  int elabel_;  // of a's extra edge
-  int outside_; // b's vertex outside the core, or -1
-};
-
-} // namespace
-
-edge_place sg_place_in_core(const sg_parent *entry) {
-  return {entry->map[entry->u], entry->map[entry->v]};
 }
 
 void sg_join(int a, int b, const sg_parent *ea, const sg_parent *eb,
-             std::span<const edge_place> images,
-             const pattern_group &group_of_b, join_context *context) {
-  join pair(a, b, ea, eb, group_of_b, context);
-  for (const edge_place &image : images) {
-    context->poll.step();
-    pair.at(image);
-  }
+             std::span<const edge_place> places, join_context *context) {
+  context->join(a, b, ea, eb, places);
 }
 
 } // namespace kestro

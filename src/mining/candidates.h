@@ -35,34 +35,75 @@ struct generation {
 generation sg_generate_candidates(const sg_set *children, const sg_set *cores,
                                   const generation_options &options = {});
 
-// What joining works on while one size is generated.
-struct join_context {
-  join_context(const sg_set *patterns, const sg_set *below, registration *to,
-               const interruption *stop = nullptr)
-      : children(patterns), cores(below), registry(to), seen(stop),
-        poll(stop, 2048) {
-    const int edges = sg_set_get(children, 0)->g->es / 2;
-    core_to_b.resize(static_cast<size_t>(edges) + 1);
-  }
-
-  const sg_set *children; // level k-1
-  const sg_set *cores;    // level k-2
-  registration *registry;
-  extension_set seen;     // extensions that need not be offered again
-  orbit_walk orbit;       // of a place in b
-  xvector<int> core_to_b; // by vertex of a core
-  interruption_poll poll; // a step is one place of an edge
+// A child of the core that is joined: what its joins read, in one place.
+struct joined_child {
+  int id;
+  const graph *g;
+  edge_place place; // in the core, of the edge that the core lacks
+  int elabel;       // of that edge
+  int outside;      // the vertex that the core lacks, -1 for none
+  int vlabel;       // of that vertex
+  size_t from_core; // where its vertices by those of the core begin, in the
+                    // context
 };
 
-// Joins the patterns a and b of level k-1, which may be the same, through one
-// core: ea and eb are their parent entries for it.  images are the places in
-// the core to which its automorphisms bring the edge that ea tells of; each
-// gives at most two candidates.  Under the generators in group_of_b, of b's
-// automorphisms, which may be none, places that give the same candidate are
-// known from one another.
+// A candidate to be offered, found on that child of the core.
+struct pending_offer {
+  extension x;
+  size_t child;
+};
+
+// What joining works on while one size is generated.
+class join_context {
+public:
+  // All is borrowed: the level k-1, the level k-2, and where candidates go.
+  join_context(const sg_set *children, const sg_set *cores,
+               registration *registry, const interruption *stop = nullptr);
+
+  // Joins all children of a core with one another.  groups are those of cores.
+  void join_children_of(int core, const pattern_groups &groups);
+
+  // Joins the patterns a and b of level k-1, which may be the same, through one
+  // core: ea and eb are their parent entries for it, places those in the core
+  // to which its automorphisms bring the edge that ea tells of.
+  void join(int a, int b, const sg_parent *ea, const sg_parent *eb,
+            std::span<const edge_place> places);
+
+  const sg_set *children() const { return patterns_; }
+  const sg_set *cores() const { return cores_; }
+  // Whether an extension was offered, or need not be.
+  bool was_seen(const extension &x) const { return seen_.find(x) != nullptr; }
+
+  interruption_poll poll; // a step is one place of an edge
+
+private:
+  void add_child(int id, const sg_parent *entry);
+  void collect(const joined_child &a, size_t b,
+               std::span<const edge_place> places);
+  void close(size_t b, int u, int w, int elabel);
+  void add_offer(const extension &x, size_t child);
+  void offer_all(int core, bool with_groups);
+  void mark_seen(const subgraph *accepted, int core);
+  void mark_images(const extension &x, const pattern_group &group);
+  pattern_group group_of_child(size_t i);
+
+  const sg_set *patterns_;
+  const sg_set *cores_;
+  registration *registry_;
+  extension_set seen_;          // extensions that need not be offered again
+  xvector<int> last_core_;      // by pattern: the id of its last kept parent
+  xvector<joined_child> child_; // of the core
+  xvector<int16_t> from_core_;  // of all children, see joined_child
+  pattern_groups groups_;       // by child of the core
+  xvector<pending_offer> offers_;
+  xvector<extension> marks_;
+  orbit_walk orbit_;  // of a place in the core
+  orbit_walk images_; // of a place in a child
+};
+
+// Joins a and b as join_context::join does.
 void sg_join(int a, int b, const sg_parent *ea, const sg_parent *eb,
-             std::span<const edge_place> images,
-             const pattern_group &group_of_b, join_context *context);
+             std::span<const edge_place> places, join_context *context);
 
 // Where the edge that a parent entry tells of lies in that parent.
 edge_place sg_place_in_core(const sg_parent *entry);

@@ -11,20 +11,35 @@
 
 namespace kestro {
 
+static xvector<char> invariant_ones(const sg_set *level) {
+  xvector<char> flags;
+  flags.reserve(static_cast<size_t>(sg_set_size(level)));
+  for (int id = 0; id < sg_set_size(level); id++)
+    flags.push_back(sg_set_get(level, id)->invariant);
+  return flags;
+}
+
 child_table::child_table(const sg_set *children, const sg_set *cores,
                          pattern_groups *groups, const interruption *stop)
-    : map_(stop), groups_(groups) {
+    : map_(stop), groups_(groups), children_(invariant_ones(children)),
+      cores_(invariant_ones(cores)) {
   interruption_poll poll(stop, 4096);
   groups->expect(sg_set_size(cores));
   size_t entries = 0;
   for (int id = 0; id < sg_set_size(children); id++)
     entries += static_cast<size_t>(sg_parent_size(sg_set_get(children, id)));
-  map_.reserve(entries); // most have one place only
+  map_.reserve(entries);    // most have one place only
+  xvector<extension> edges; // of one child
   for (int id = 0; id < sg_set_size(children); id++) {
     const subgraph *child = sg_set_get(children, id);
+    edges.clear();
+    for (int l = 0; l < sg_parent_size(child); l++) {
+      edges.push_back(sg_parent_edge(child, sg_parent_at(child, l)));
+      map_.expect(edges.back());
+    }
     for (int l = 0; l < sg_parent_size(child); l++) {
       poll.step();
-      const extension edge = sg_parent_edge(child, sg_parent_at(child, l));
+      const extension &edge = edges[static_cast<size_t>(l)];
       if (!map_.insert(edge, {id, l, -1}))
         continue; // and so are its images
       const subgraph *core = sg_set_get(cores, edge.pattern);

@@ -28,17 +28,30 @@ public:
   // level.
   const found_child *find(const extension &x) const { return map_.find(x); }
 
+  // Tells that find() will be asked for x soon.
+  void expect(const extension &x) const { map_.expect(x); }
+
+  // Whether the form of a pattern of the level, or of a core, is known not to
+  // depend on the order of vertices.
+  bool child_is_invariant(int id) const { return is_set(children_, id); }
+  bool core_is_invariant(int id) const { return is_set(cores_, id); }
+
   // For x that is found: permutations of the core that, applied from the last
   // to the first, bring the edge of the found child's entry to the place of x.
   void find_steps(extension x, xvector<const int *> *steps) const;
 
 private:
+  static bool is_set(const xvector<char> &flags, int id) {
+    return flags[static_cast<size_t>(id)] != 0;
+  }
   void enter_images(const extension &x, const found_child &found,
                     interruption_poll *poll);
 
   extension_map<found_child> map_;
   const pattern_groups *groups_; // by id of a core
-  xvector<extension> entered_;   // the images of one edge
+  xvector<char> children_;       // by id: whether invariant
+  xvector<char> cores_;
+  xvector<extension> entered_; // the images of one edge
 };
 
 } // namespace kestro

@@ -43,27 +43,43 @@ bool derived_parents::look_up(const extension &x) {
   x_ = x;
   pattern_ = sg_set_get(children_, x.pattern);
   const int entries = sg_parent_size(pattern_);
-  if (found_.size() < static_cast<size_t>(entries))
-    found_.resize(static_cast<size_t>(entries));
+  found_.resize(static_cast<size_t>(entries));
+  parts_.resize(static_cast<size_t>(entries));
+  for (int l = 0; l < entries; l++) {
+    extension &part = parts_[static_cast<size_t>(l)];
+    part = part_without(sg_parent_at(pattern_, l));
+    if (part.pattern != -1)
+      table_->expect(part);
+  }
   // An edge that closes a cycle may make more edges removable.
   knows_all_ = pattern_->invariant && x.to == -1;
   for (int l = 0; l < entries; l++) {
-    const sg_parent *entry = sg_parent_at(pattern_, l);
-    const extension part = part_without(entry);
+    const extension &part = parts_[static_cast<size_t>(l)];
     found_[static_cast<size_t>(l)] = nullptr;
     if (part.pattern == -1)
       continue;
     const found_child *found = table_->find(part);
-    if (!found && sg_set_get(cores_, part.pattern)->invariant)
+    if (!found && table_->core_is_invariant(part.pattern))
       return false;
     found_[static_cast<size_t>(l)] = found;
-    knows_all_ &= found && sg_set_get(children_, found->child)->invariant;
+    knows_all_ &= found && table_->child_is_invariant(found->child);
   }
+  // Their entries are read once the candidate has its form.
+  for (const found_child *found : found_)
+    if (found)
+      __builtin_prefetch(sg_set_get(children_, found->child));
   return true;
 }
 
 void derived_parents::take_order(const graph *cand) {
   origin_.assign(cand->vid, cand->vid + cand->vs);
+  for (const found_child *found : found_)
+    if (found) {
+      const sg_parent *entry =
+          sg_parent_at(sg_set_get(children_, found->child), found->entry);
+      __builtin_prefetch(entry);
+      __builtin_prefetch(entry->map + 16);
+    }
 }
 
 // The ends of an edge of the candidate as vertices of x's pattern, the smaller
@@ -99,7 +115,7 @@ int derived_parents::known_entry(const removable_edge &edge) const {
   const sg_parent *entry = sg_parent_at(pattern_, first);
   const found_child *found = found_[static_cast<size_t>(first)];
   return entry->u == low && entry->v == high && found &&
-                 sg_set_get(children_, found->child)->invariant
+                 table_->child_is_invariant(found->child)
              ? first
              : -1;
 }
@@ -132,12 +148,11 @@ void derived_parents::compose(int index, int16_t *map) const {
   const sg_parent *back = sg_parent_at(part, found->entry);
   steps_.clear();
   if (found->generator != -1)
-    table_->find_steps(part_without(step), &steps_);
+    table_->find_steps(parts_[static_cast<size_t>(index)], &steps_);
   to_part_.resize(static_cast<size_t>(pattern_->g->vs));
   int16_t *to_part = to_part_.data(); // by vertex of the core
   int16_t new_vertex = -1;            // of the part
-  const int16_t n_part = static_cast<int16_t>(part->g->vs);
-  for (int16_t r = 0; r < n_part; r++) {
+  for (int16_t r = 0; r < back->vs; r++) {
     if (back->map[r] == -1) {
       new_vertex = r;
       continue;

@@ -9,11 +9,10 @@ namespace kestro {
 
 class derived_parents {
 public:
-  // All arguments are borrowed: children, the level of the parents; cores, the
-  // level below it; the table that was built from these two.
-  derived_parents(const sg_set *children, const sg_set *cores,
-                  const child_table *table)
-      : children_(children), cores_(cores), table_(table) {}
+  // Borrows children, the level of the parents, and the table that was built
+  // from it and the level below.
+  derived_parents(const sg_set *children, const child_table *table)
+      : children_(children), table_(table) {}
 
   // Looks up the parents of the candidate that is x's pattern, one of children,
   // plus x's edge; false when one of them is certainly not in children.  The
@@ -40,14 +39,15 @@ private:
   void compose(int index, int16_t *map) const;
 
   const sg_set *children_;
-  const sg_set *cores_;
   const child_table *table_;
   extension x_ = {};
   const subgraph *pattern_ = nullptr; // x's
   bool knows_all_ = false;
   xvector<const found_child *> found_; // by entry of pattern_: the
                                        // candidate's parent without its edge
-  xvector<int> origin_; // by vertex of the candidate, that of x's pattern
+  xvector<extension> parts_; // by entry of pattern_: what found_ was looked
+                             // for
+  xvector<int> origin_;      // by vertex of the candidate, that of x's pattern
   mutable xvector<const int *> steps_; // of an automorphism of a core
   mutable xvector<int16_t> to_part_;   // by vertex of a core
 };

@@ -70,6 +70,9 @@ public:
     return table_.insert({x, value}, [&](const slot &s) { return s.key == x; });
   }
 
+  // Tells that x will be inserted or looked for soon, which saves time then.
+  void expect(const extension &x) const { table_.expect(hash_of(x)); }
+
   // x's value, null when it is not there.
   const Value *find(const extension &x) const {
     const slot &found =

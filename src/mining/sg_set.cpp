@@ -38,12 +38,6 @@ void sg_set_free(sg_set *s) {
   xfree(s);
 }
 
-int sg_set_size(const sg_set *s) { return s->count; }
-
-subgraph *sg_set_get(const sg_set *s, int i) {
-  return ksstack_get<subgraph *>(s, i);
-}
-
 void sg_set_push(sg_set *s, sg_ptr sg) {
   subgraph *address = sg.get();
   ksstack_push(&address, s);

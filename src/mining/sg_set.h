@@ -22,9 +22,12 @@ struct sg_set_deleter {
 };
 using sg_set_ptr = std::unique_ptr<sg_set, sg_set_deleter>;
 
-int sg_set_size(const sg_set *s);
+inline int sg_set_size(const sg_set *s) { return s->count; }
 // Record i; dies with "invalid index" for i >= size.
-subgraph *sg_set_get(const sg_set *s, int i);
+inline subgraph *sg_set_get(const sg_set *s, int i) {
+  return i < s->count ? ksstack_array<subgraph *>(s)[i]
+                      : ksstack_get<subgraph *>(s, i);
+}
 // Appends; the set owns sg from then on.
 void sg_set_push(sg_set *s, sg_ptr sg);
 // Throws interrupted, with s as it was, when stop says so.

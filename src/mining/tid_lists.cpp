@@ -12,7 +12,6 @@
 #include <iterator>
 
 #include "base/error.h"
-#include "mining/parents.h"
 
 namespace kestro {
 
@@ -91,15 +90,15 @@ const xvector<int> &tid_lists::common_to_parents(const subgraph *sg, int minsup,
                                                  workspace *work) const {
   work->common.clear();
   work->bits.resize(words_);
-  sg_parent_ids(sg, &work->parents);
-  bool enough = !work->parents.empty();
+  bool enough = sg_parent_size(sg) > 0;
   bool is_first = true;
   for (int i = 0; i < sg_kept_size(sg) && enough; i++) {
     enough = narrow(sg_kept_at(sg, i)->pid, is_first, minsup, work);
     is_first = false;
   }
-  for (size_t i = 0; i < work->parents.size() && enough; i++) {
-    const int pid = work->parents[i];
+  // A parent that several entries lead to changes nothing the second time.
+  for (int i = 0; i < sg_parent_size(sg) && enough; i++) {
+    const int pid = sg_parent_at(sg, i)->pid;
     if (sg_find_kept(sg, pid))
       continue;
     enough = narrow(pid, is_first, minsup, work);

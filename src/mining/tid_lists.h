@@ -18,7 +18,6 @@ public:
 
   // Memory that intersections use one after another.
   struct workspace {
-    xvector<int> parents; // ids
     xvector<int> common;
     xvector<int> narrowed;
     xvector<uint64_t> bits;

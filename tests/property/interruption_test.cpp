@@ -250,7 +250,7 @@ TEST_F(LongSteps, PreparingGenerationEnds) {
 TEST_F(LongSteps, JoiningEnds) {
   pattern_groups groups;
   const child_table table(levels.children.get(), levels.cores.get(), &groups);
-  derived_parents known(levels.children.get(), levels.cores.get(), &table);
+  derived_parents known(levels.children.get(), &table);
   registration registry(levels.children.get(), labeller(), &known);
   join_context context(levels.children.get(), levels.cores.get(), &registry);
   context.poll = interruption_poll(&stop, 1);
@@ -262,7 +262,7 @@ TEST_F(LongSteps, JoiningEnds) {
     const subgraph *sg = sg_set_get(levels.children.get(), child);
     const sg_parent *entry = sg_find_kept(sg, id);
     const edge_place place = sg_place_in_core(entry);
-    EXPECT_THROW(sg_join(child, child, entry, entry, {&place, 1}, {}, &context),
+    EXPECT_THROW(sg_join(child, child, entry, entry, {&place, 1}, &context),
                  interrupted);
     return;
   }

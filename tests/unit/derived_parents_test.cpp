@@ -29,7 +29,7 @@ protected:
   }
   void prepare() {
     table.emplace(levels.children.get(), levels.cores.get(), &groups);
-    derived.emplace(levels.children.get(), levels.cores.get(), &*table);
+    derived.emplace(levels.children.get(), &*table);
   }
   int id_of(const graph_ptr &g) const {
     return sg_set_find(levels.children.get(), canonical_record(g).get());
@@ -205,6 +205,7 @@ TEST_F(DerivedParents, PatternThatMayNotBeInvariantIsNotTold) {
   const graph *g = graph_of(b);
   const int leaf = vertex_labelled(g, 2);
   sg_set_get(levels.children.get(), b)->invariant = false;
+  prepare();
   ASSERT_TRUE(look_up(pendant_extension(b, leaf, 0, 3)));
   EXPECT_EQ(parent_without(leaf, g->vs), -1);
   EXPECT_FALSE(derived->knows_all());
@@ -216,6 +217,7 @@ TEST_F(DerivedParents, PartOfACoreThatMayNotBeInvariantIsNoReasonToRefuse) {
   const graph *g = graph_of(b);
   for (int p = 0; p < sg_set_size(levels.cores.get()); p++)
     sg_set_get(levels.cores.get(), p)->invariant = false;
+  prepare();
   const int leaf = vertex_labelled(g, 2);
   const int centre = vertex_labelled(g, 1);
   const int other = vertex_labelled(g, 0);

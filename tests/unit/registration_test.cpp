@@ -261,7 +261,7 @@ TEST_F(Registration, LookUpsAndTheFilterOnlySaveWork) {
       pattern_groups groups;
       const child_table table(levels.children.get(), levels.cores.get(),
                               &groups);
-      derived_parents known(levels.children.get(), levels.cores.get(), &table);
+      derived_parents known(levels.children.get(), &table);
       registration with(levels.children.get(), labeller(), &known);
       registration without(levels.children.get());
       to.emplace(levels.children.get());
