@@ -57,7 +57,8 @@ public:
       for (int j = i; j < n; j++)
         sg_join(sg_child_at(core, i), sg_child_at(core, j), entry,
                 entries_[static_cast<size_t>(j)], images,
-                images.size() > 1 ? group_of_child(core, j) : pattern_group(),
+                images.size() >= many ? group_of_child(core, j)
+                                      : pattern_group(),
                 &context_);
     }
   }
@@ -65,6 +66,10 @@ public:
   registration *registry() { return &registry_; }
 
 private:
+  // As many images of a place as make the group of the pattern that is built
+  // onto worth finding: it spares no more than all but one of them.
+  static constexpr size_t many = 3;
+
   // A child's entry for its core p.  Parent ids are unique within a pattern.
   const sg_parent *entry_of(int child, int p) const {
     const subgraph *sg = sg_set_get(context_.children, child);
