@@ -99,7 +99,8 @@ private:
 generation sg_generate_candidates(const sg_set *children, const sg_set *cores,
                                   const generation_options &options) {
   pattern_groups core_groups(options.stop);
-  const child_table table(children, cores, &core_groups, options.stop);
+  const child_table table(children, cores, &core_groups, options.stop,
+                          options.jobs);
   const int workers = worker_count(options.jobs, sg_set_size(cores));
   // A joiner belongs to the thread that makes and ends it.
   xvector<std::unique_ptr<joiner>> joiners(static_cast<size_t>(workers));

@@ -57,9 +57,9 @@ struct join_context {
 // Joins the patterns a and b of level k-1, which may be the same, through one
 // core: ea and eb are their parent entries for it.  images are the places in
 // the core to which its automorphisms bring the edge that ea tells of; each
-// gives at most two candidates.  Under the generators in group_of_b, of b's
-// automorphisms, which may be none, places that give the same candidate are
-// known from one another.
+// gives at most two candidates.  group_of_b only saves work and may be without
+// generators: of the places that it brings onto one another one is offered,
+// where it is known that all would fare alike.
 void sg_join(int a, int b, const sg_parent *ea, const sg_parent *eb,
              std::span<const edge_place> images,
              const pattern_group &group_of_b, join_context *context);

@@ -13,33 +13,34 @@
 namespace kestro {
 
 child_table::child_table(const sg_set *children, const sg_set *cores,
-                         pattern_groups *groups, const interruption *stop)
+                         pattern_groups *groups, const interruption *stop,
+                         int jobs)
     : map_(stop), groups_(groups) {
   interruption_poll poll(stop, 4096);
-  groups->expect(sg_set_size(cores));
+  xvector<bool> needed(static_cast<size_t>(sg_set_size(cores)), false);
+  for (int id = 0; id < sg_set_size(cores); id++)
+    needed[static_cast<size_t>(id)] = sg_child_size(sg_set_get(cores, id)) > 0;
   size_t links = 0;
-  for (int id = 0; id < sg_set_size(children); id++)
-    links += static_cast<size_t>(sg_link_size(sg_set_get(children, id)));
+  for (int id = 0; id < sg_set_size(children); id++) {
+    const subgraph *child = sg_set_get(children, id);
+    poll.step();
+    for (int l = 0; l < sg_link_size(child); l++, links++)
+      needed[static_cast<size_t>(sg_link_at(child, l)->pid)] = true;
+  }
+  groups->expect(sg_set_size(cores));
+  groups->prepare_all(jobs, [&](int id) {
+    const subgraph *core = sg_set_get(cores, id);
+    return needed[static_cast<size_t>(id)] && !core->rigid ? core->g : nullptr;
+  });
   map_.reserve(links); // most have one place only
   for (int id = 0; id < sg_set_size(children); id++) {
     const subgraph *child = sg_set_get(children, id);
     for (int l = 0; l < sg_link_size(child); l++) {
       poll.step();
       const extension edge = sg_link_edge(child, sg_link_at(child, l));
-      if (!map_.insert(edge, {id, l, -1}))
-        continue; // and so are its images
-      const subgraph *core = sg_set_get(cores, edge.pattern);
-      if (core->rigid)
-        continue;
-      groups->prepare(edge.pattern, core->g);
-      enter_images(edge, {id, l, -1}, &poll);
+      if (map_.insert(edge, {id, l, -1})) // else all images are in, too
+        enter_images(edge, {id, l, -1}, &poll);
     }
-  }
-  // Patterns without links are joined, too.
-  for (int id = 0; id < sg_set_size(cores); id++) {
-    const subgraph *core = sg_set_get(cores, id);
-    if (!core->rigid && sg_child_size(core) > 0)
-      groups->prepare(id, core->g);
   }
 }
 
