@@ -11,7 +11,7 @@
 #include <benchmark/benchmark.h>
 
 #include "micro/benchmarks.h"
-#include "mining/links.h"
+#include "mining/parents.h"
 #include "mining/registration.h"
 
 namespace kestro {
@@ -31,11 +31,11 @@ static xvector<extension> extensions_of(const sg_set *candidates, int step) {
   for (int i = 0; i < sg_set_size(candidates); i++) {
     const subgraph *sg = sg_set_get(candidates, i);
     int j = 0;
-    while (j < sg_link_size(sg) && sg_link_at(sg, j)->pid % step != 0)
+    while (j < sg_parent_size(sg) && sg_parent_at(sg, j)->pid % step != 0)
       j++;
-    if (j == sg_link_size(sg))
+    if (j == sg_parent_size(sg))
       continue;
-    found.push_back(sg_link_edge(sg, sg_link_at(sg, j)));
+    found.push_back(sg_parent_edge(sg, sg_parent_at(sg, j)));
     found.back().pattern /= step;
   }
   return found;

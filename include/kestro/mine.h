@@ -31,7 +31,7 @@ struct mine_options {
   bool keep_embeddings = false; // one per pattern and graph
   std::stop_token stop = {};    // ends the run early when it is requested
   // Ends the run early when it has taken so long.  After that, or a request, it
-  // still frees its memory, which for a million candidates takes some tenths of
+  // still frees its memory, which for a million candidates takes two tenths of
   // a second.
   std::optional<std::chrono::duration<double>> time_limit = {};
   // Ends the run with the level after which there are more patterns than this,

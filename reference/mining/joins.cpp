@@ -25,21 +25,20 @@ static xvector<edge_place> places_of(const sg_parent *entry, int p,
 void sg_join_pair(int a, int b, int p, join_context *context) {
   const subgraph *sa = sg_set_get(context->children, a);
   const subgraph *sb = sg_set_get(context->children, b);
-  const int index_a = sg_find_parent(sa, p);
-  const int index_b = sg_find_parent(sb, p);
-  if (index_a == -1 || index_b == -1)
+  const sg_parent *ea = sg_find_kept(sa, p);
+  const sg_parent *eb = sg_find_kept(sb, p);
+  if (!ea || !eb)
     return;
-  const sg_parent *ea = sg_parent_at(sa, index_a);
   const xvector<edge_place> places =
       places_of(ea, p, sg_set_get(context->cores, p)->g);
-  sg_join(a, b, ea, sg_parent_at(sb, index_b), places, {}, context);
+  sg_join(a, b, ea, eb, places, {}, context);
 }
 
 void setup_map(const sg_parent *ea, const sg_parent *eb, const int *perm, int n,
                int *map) {
   const int core_vs = n;
-  const int *g1_to_core1 = ea->map;
-  const int *g2_to_core2 = eb->map;
+  const int16_t *g1_to_core1 = ea->map;
+  const int16_t *g2_to_core2 = eb->map;
   xvector<int> core2_to_g2(static_cast<size_t>(n), -1);
   for (int i = 0; i < eb->vs; i++) {
     if (g2_to_core2[i] == -1)

@@ -8,17 +8,10 @@
 #include <utility>
 
 #include "graph/compacted.h"
-#include "mining/links.h"
 #include "mining/parents.h"
 #include "reference/graph/edge_marks.h"
 
 namespace kestro {
-
-static void clear_parents(subgraph *cand) {
-  sg_clear_pid(cand);
-  sg_clear_parent(cand);
-  sg_clear_links(cand);
-}
 
 // Fills entry for cand, of which an edge is disabled; false when that graph is
 // not in the level below.
@@ -30,8 +23,8 @@ static bool find_parent(const subgraph *cand, registration *to,
   entry->pid = sg_set_find(to->prev, rest.get());
   if (entry->pid == -1)
     return false;
-  std::fill_n(entry->map, entry->vs, -1);
-  for (int j = 0; j < rest->g->vs; j++)
+  std::fill_n(entry->map, entry->vs, int16_t{-1});
+  for (int16_t j = 0; j < rest->g->vs; j++)
     entry->map[rest->g->vid[j]] = j;
   return true;
 }
@@ -42,23 +35,21 @@ static bool is_closed_at(subgraph *cand, int u, int w, registration *to,
                          sg_parent *entry) {
   if (!graph_disable_edge_between(cand->g, u, w))
     return true;
-  entry->u = u;
-  entry->v = w;
+  entry->u = short_vertex(u);
+  entry->v = short_vertex(w);
   const bool found = find_parent(cand, to, entry);
   graph_enable_edge_between(cand->g, u, w);
   if (!found)
     return false;
   sg_update_parent_info(cand, entry, to->prev);
-  sg_add_pid(cand, entry->pid);
-  sg_add_link(cand, entry);
   return true;
 }
 
 static bool is_downward_closed(subgraph *cand, registration *to) {
   const graph *g = cand->g;
-  xvector<int> memory(static_cast<size_t>(sg_parent_ints(g->vs)));
+  xvector<int> memory(sg_parent_bytes(g->vs) / sizeof(int));
   auto *entry = reinterpret_cast<sg_parent *>(memory.data());
-  entry->vs = g->vs;
+  entry->vs = short_vertex(g->vs);
   for (int u = 0; u < g->vs; u++)
     for (int j = g->v[u]; j < g->v[u + 1]; j++)
       if (g->e[j] > u && !is_closed_at(cand, u, g->e[j], to, entry))
@@ -68,7 +59,7 @@ static bool is_downward_closed(subgraph *cand, registration *to) {
 
 const subgraph *sg_register_candidate(subgraph *cand, registration *to) {
   to->counts.attempts++;
-  clear_parents(cand);
+  sg_clear_parents(cand);
   const canonical_form form = to->forms.canonicalize(cand->g);
   cand->invariant = form.invariant;
   cand->rigid = form.rigid;
@@ -87,11 +78,8 @@ const subgraph *sg_register_candidate(subgraph *cand, registration *to) {
     to->counts.newly_rejected++;
     return nullptr;
   }
-  sg_ptr copy(sg_copy(cand));
-  const subgraph *accepted = copy.get();
-  to->accepted.insert(std::move(copy));
   to->counts.accepted++;
-  return accepted;
+  return to->accepted.insert(cand);
 }
 
 } // namespace kestro

@@ -3,6 +3,7 @@
 #include "reference/mining/subgraph.h"
 
 #include "base/comparators.h"
+#include "mining/parents.h"
 #include "reference/base/ksstack.h"
 
 namespace kestro {
@@ -20,6 +21,18 @@ static void add_id(ksstack **set, int id) {
 }
 
 int sg_support(const subgraph *sg) { return sg_tid_size(sg); }
+
+int sg_pid_size(const subgraph *sg) {
+  xvector<int> ids;
+  sg_parent_ids(sg, &ids);
+  return static_cast<int>(ids.size());
+}
+
+int sg_pid_at(const subgraph *sg, int i) {
+  xvector<int> ids;
+  sg_parent_ids(sg, &ids);
+  return ids.at(static_cast<size_t>(i));
+}
 
 void sg_clear_child(subgraph *sg) { clear(sg->child); }
 

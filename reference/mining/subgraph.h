@@ -9,6 +9,10 @@ namespace kestro {
 // Transactions in tid.
 int sg_support(const subgraph *sg);
 
+// The ids of all parents, ascending, each once.
+int sg_pid_size(const subgraph *sg);
+int sg_pid_at(const subgraph *sg, int i);
+
 // add inserts unless present; clear keeps the memory.
 void sg_clear_child(subgraph *sg);
 void sg_add_tid(subgraph *sg, int tid);

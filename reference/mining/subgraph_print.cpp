@@ -3,6 +3,7 @@
 #include "reference/mining/subgraph_print.h"
 
 #include "reference/graph/graph_print.h"
+#include "reference/mining/subgraph.h"
 
 namespace kestro {
 
@@ -21,9 +22,15 @@ static void print_set(const char *title, const ksstack *s, FILE *out) {
 void sg_print(const subgraph *sg, FILE *out) {
   graph_print(sg->g, out);
   fprintf(out, "count: %d\n", sg->count);
-  print_set("parent:", sg->parent, out);
+  fputs("parent:", out);
+  for (int i = 0; i < sg_kept_size(sg); i++)
+    fprintf(out, " %d", sg_kept_at(sg, i)->pid);
+  fputc('\n', out);
   print_set("child:", sg->child, out);
-  print_set("pid:", sg->pid, out);
+  fputs("pid:", out);
+  for (int i = 0; i < sg_pid_size(sg); i++)
+    fprintf(out, " %d", sg_pid_at(sg, i));
+  fputc('\n', out);
 }
 
 static void print_ids(const ksstack *s, FILE *out) {
@@ -40,7 +47,11 @@ void sg_print_child(const subgraph *sg, FILE *out) {
     fputs("NULL\n", out);
 }
 
-void sg_print_pid(const subgraph *sg, FILE *out) { print_ids(sg->pid, out); }
+void sg_print_pid(const subgraph *sg, FILE *out) {
+  for (int i = 0; i < sg_pid_size(sg); i++)
+    fprintf(out, "%d ", sg_pid_at(sg, i));
+  fputc('\n', out);
+}
 
 void sg_print_cover(const subgraph *sg, FILE *out) {
   print_ids(sg->cover, out);

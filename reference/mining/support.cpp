@@ -13,12 +13,13 @@
 #include "graph/graph_list.h"
 #include "mining/parents.h"
 #include "reference/cl/subgraph_isomorphism.h"
+#include "reference/mining/subgraph.h"
 
 namespace kestro {
 
 void sg_intersect_parent_tids(subgraph *sg, const sg_set *prev,
                               const graph_list *transactions) {
-  if (!sg->pid)
+  if (sg->parents_room == 0)
     die("subgraph.c", "null pid\n");
   const int parents = sg_pid_size(sg);
   xvector<int> counts(static_cast<size_t>(transactions->count), 0);
@@ -65,6 +66,7 @@ sg_set *sg_count_frequents(sg_set *cand, sg_set *prev,
                            const graph_list *transactions, int minsup) {
   const sg_set_ptr candidates(cand);
   sg_set_ptr level(sg_set_create());
+  level->blocks = std::move(cand->blocks);
   for (int i = 0; i < sg_set_size(cand); i++) {
     subgraph *&place = ksstack_array<subgraph *>(cand)[i];
     sg_ptr sg(std::exchange(place, nullptr));

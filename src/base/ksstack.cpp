@@ -58,6 +58,15 @@ ksstack *ksstack_init(void *memory, int capacity, int element_size) {
   return s;
 }
 
+void ksstack_init_apart(ksstack *s, int capacity, int element_size) {
+  assert(capacity > 0 && element_size > 0);
+  s->capacity = capacity;
+  s->element_size = element_size;
+  s->count = 0;
+  s->buffer = static_cast<char *>(xmalloc(buffer_bytes(s)));
+  s->data = s->buffer + element_size;
+}
+
 ksstack *ksstack_copy(const ksstack *s) {
   ksstack *copy = ksstack_new(s->capacity, s->element_size);
   copy->count = s->count;

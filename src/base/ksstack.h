@@ -34,6 +34,8 @@ ksstack *ksstack_new(int capacity, int element_size);
 // ended with ksstack_finish, which frees what the stack has grown to.
 ksstack *ksstack_init(void *memory, int capacity, int element_size);
 size_t ksstack_bytes(int capacity, int element_size);
+// The same with a buffer in a block of its own from the start.
+void ksstack_init_apart(ksstack *s, int capacity, int element_size);
 void ksstack_finish(ksstack *s);
 // Same capacity and elements, scratch slot included.
 ksstack *ksstack_copy(const ksstack *s);

@@ -9,10 +9,15 @@
 // leaves of one vertex with equal labels, are mapped in ascending order, and a
 // vertex is mapped only where enough free neighbours remain for its later ones.
 // Without them a hub with many like leaves costs the factorial of their number.
+//
+// The walk costs next to nothing where a pattern is found or missed soon, and
+// without end where many images fail for one reason.  So below each root it has
+// a limit, at which cl/domain_search takes the root over.
 
 #include "cl/search_plan.h"
 
 #include <algorithm>
+#include <climits>
 #include <tuple>
 
 namespace kestro {
@@ -258,7 +263,7 @@ bool search_plan::find(const graph *t, const vertex_profile *profiles,
                        int *image) const {
   prepare(memory, pattern_->vs, t);
   const target to(t, profiles, memory);
-  if (!search(to, roots, root_count, 0, twin_images::ascending, memory))
+  if (!search(t, to, roots, root_count, 0, twin_images::ascending, memory))
     return false;
   const int *const mapped = memory->image.data();
   for (int d = 0; d < pattern_->vs; d++) {
@@ -274,7 +279,7 @@ bool search_plan::first(const graph *t, twin_images twins,
     return false;
   prepare(memory, pattern_->vs, t);
   const target to(t, nullptr, memory);
-  if (!search(to, nullptr, t->vs, 0, twins, memory))
+  if (!search(t, to, nullptr, t->vs, 0, twins, memory))
     return false;
   write_image(*memory, image);
   return true;
@@ -283,7 +288,7 @@ bool search_plan::first(const graph *t, twin_images twins,
 bool search_plan::next(const graph *t, twin_images twins, search_memory *memory,
                        int *image) const {
   const target to(t, nullptr, memory);
-  if (!search(to, nullptr, t->vs, pattern_->vs - 1, twins, memory))
+  if (!search(t, to, nullptr, t->vs, pattern_->vs - 1, twins, memory))
     return false;
   write_image(*memory, image);
   return true;
@@ -351,35 +356,89 @@ int search_plan::walk(const target &to, int depth, int *left,
   return depth;
 }
 
-// A look at the request that leaves no vertex in use when it throws.
-void search_plan::look(search_memory *memory) const {
+// Calls what may throw; no vertex is in use then.
+template <class Call> static void guarded(search_memory *memory, Call call) {
   try {
-    check_interruption(stop_);
-  } catch (const interrupted &) {
+    call();
+  } catch (...) {
     std::fill(memory->used.begin(), memory->used.end(), 0);
     throw;
   }
 }
 
+// The slot behind that of the edge w-y, which is there.
+template <class Target> static int slot_behind(const Target &to, int w, int y) {
+  const int *const place =
+      std::lower_bound(to.e + to.v[w], to.e + to.v[w + 1], y);
+  return static_cast<int>(place - to.e) + 1;
+}
+
+// The walk below a root has come to a depth and ends.  The search with domains
+// decides: returns the number of steps, all being as the walk would leave it at
+// the first mapping, or 0, or the depth itself when the walk must go on.
+int search_plan::take_over(const target &to, int depth,
+                           search_memory *memory) const {
+  domain_search *const hard = memory->hard.get();
+  int *const image = memory->image.data();
+  auto answer = domain_search::answer::none;
+  guarded(memory, [&] { answer = hard->find(image[0]); });
+  if (answer == domain_search::answer::too_large)
+    return depth;
+  for (int d = 0; d < depth; d++)
+    to.used[image[d]] = 0;
+  if (answer == domain_search::answer::none)
+    return 0;
+  const int vs = pattern_->vs;
+  std::copy_n(hard->image(), vs, image);
+  for (int d = 1; d < vs; d++) {
+    to.used[image[d - 1]] = 1;
+    memory->at[static_cast<size_t>(d)] =
+        slot_behind(to, image[steps_[static_cast<size_t>(d)].anchor], image[d]);
+  }
+  return vs;
+}
+
+// How many vertices a walk below a root may take back.
+static int walk_limit(int patience, int slots) {
+  const int64_t limit = patience + int64_t{patience} * slots / 1024;
+  return static_cast<int>(std::min<int64_t>(limit, INT_MAX));
+}
+
 // Goes on at a depth, at 0 with the next root, until a mapping is complete,
 // whose last image is not marked as used, or, with none marked, until all have
 // been tried.
-bool search_plan::search(const target &to, const int *roots, int root_count,
-                         int depth, twin_images twins,
+bool search_plan::search(const graph *t, const target &to, const int *roots,
+                         int root_count, int depth, twin_images twins,
                          search_memory *memory) const {
   const int vs = pattern_->vs;
   int *const next_at = memory->at.data();
   // No step looks at more than a few times the slots of the graph.
   const int between_looks = 1 + (1 << 22) / (1 + to.slots);
-  int left = between_looks;
+  int until_look = between_looks;
+  const int limit = walk_limit(memory->patience, to.slots);
+  int until_hard = INT_MAX; // a walk that goes on has had mappings
+  bool is_hard = false;
   for (;;) {
     while (0 < depth && depth < vs) {
+      if (until_hard == 0) {
+        if (!is_hard)
+          prepare_hard(t, memory);
+        is_hard = true;
+        depth = take_over(to, depth, memory);
+        until_hard = INT_MAX;
+        continue;
+      }
+      int left = std::min(until_look, until_hard);
+      until_look -= left;
+      until_hard -= left;
       depth = twins == twin_images::ascending
                   ? walk<twin_images::ascending>(to, depth, &left, memory)
                   : walk<twin_images::any>(to, depth, &left, memory);
-      if (left == 0) {
-        look(memory);
-        left = between_looks;
+      until_look += left;
+      until_hard += left;
+      if (until_look == 0) {
+        guarded(memory, [this] { check_interruption(stop_); });
+        until_look = between_looks;
       }
     }
     if (depth == vs)
@@ -387,17 +446,26 @@ bool search_plan::search(const target &to, const int *roots, int root_count,
     int root = -1;
     for (int &at = next_at[0]; at < root_count && root == -1; at++)
       if (const int w = roots ? roots[at] : at;
-          to.vlabel[w] == steps_[0].vlabel && fits(steps_[0], to, w))
+          to.vlabel[w] == steps_[0].vlabel && fits(steps_[0], to, w) &&
+          !(is_hard && memory->hard.get()->excludes(w)))
         root = w;
     if (root == -1)
       return false;
     memory->image[0] = root;
     depth = 1;
+    until_hard = limit;
     if (vs > 1) {
       to.used[root] = 1;
       next_at[1] = to.v[root];
     }
   }
+}
+
+void search_plan::prepare_hard(const graph *t, search_memory *memory) const {
+  guarded(memory, [&] {
+    memory->hard.make(stop_);
+    memory->hard.get()->set(pattern_, depth_, t);
+  });
 }
 
 } // namespace kestro

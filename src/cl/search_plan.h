@@ -1,8 +1,11 @@
 // A pattern prepared for being looked for in many graphs.
 #pragma once
 
+#include <memory>
+
 #include "base/interruption.h"
 #include "base/xmalloc.h"
+#include "cl/domain_search.h"
 #include "cl/graph_profiles.h"
 #include "graph/graph.h"
 
@@ -36,11 +39,36 @@ struct plan_need {
   int count;
 };
 
+// A search with domains, made when it is first needed.  A copy has none.
+class late_search {
+public:
+  late_search() = default;
+  late_search(const late_search &) {}
+  late_search(late_search &&) = default;
+  late_search &operator=(const late_search &) = delete;
+  late_search &operator=(late_search &&) = default;
+  ~late_search() = default;
+
+  void make(const interruption *stop) {
+    if (!search_)
+      search_ = std::make_unique<domain_search>(stop);
+  }
+  domain_search *get() const { return search_.get(); }
+
+private:
+  std::unique_ptr<domain_search> search_;
+};
+
 // The state of a search; its memory is used again by the next one.
 struct search_memory {
   xvector<int> at;    // per depth: slot, or root at depth 0, looked at next
   xvector<int> image; // per depth: the vertex mapped to
   xvector<char> used; // by vertex: 1 for images, 0 between searches
+  // The walk below a root ends, and the search with domains takes over, when it
+  // has taken back so many vertices, and as many more for each 1024 slots of
+  // the graph.
+  int patience = 2048;
+  late_search hard;
 };
 
 // Which mappings a search visits: all, or only those in which the images of
@@ -73,6 +101,8 @@ public:
   bool find(const graph *t, int *image);
   // The same in graph i of a list, faster with the help of its profiles.
   bool find(const graph_profiles &profiles, int i, int *image);
+  // The memory of these searches.
+  search_memory &memory() { return memory_; }
 
   // The same with a memory of the caller's, so that any number of threads may
   // search with one plan.
@@ -92,11 +122,13 @@ private:
   bool fits(const plan_step &step, const target &to, int w) const;
   bool find(const graph *t, const vertex_profile *profiles, const int *roots,
             int root_count, search_memory *memory, int *image) const;
-  bool search(const target &to, const int *roots, int root_count, int depth,
-              twin_images twins, search_memory *memory) const;
+  bool search(const graph *t, const target &to, const int *roots,
+              int root_count, int depth, twin_images twins,
+              search_memory *memory) const;
   template <twin_images Twins>
   int walk(const target &to, int depth, int *left, search_memory *memory) const;
-  void look(search_memory *memory) const;
+  void prepare_hard(const graph *t, search_memory *memory) const;
+  int take_over(const target &to, int depth, search_memory *memory) const;
   void write_image(const search_memory &memory, int *image) const;
 
   // A vertex of the pattern while its place in the order is looked for.

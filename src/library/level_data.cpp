@@ -12,6 +12,7 @@
 #include "base/parallel.h"
 #include "cl/search_plan.h"
 #include "graph/connectivity.h"
+#include "mining/parents.h"
 
 namespace kestro {
 
@@ -38,11 +39,12 @@ level_data look_at(const sg_set *set, int size, const label_set *labels) {
   level.labels = labels;
   level.source = set;
   level.records.reserve(static_cast<size_t>(sg_set_size(set)));
+  xvector<int> parents;
   for (int id = 0; id < sg_set_size(set); id++) {
     const subgraph *sg = sg_set_get(set, id);
     level.records.push_back(look_at(sg, level));
-    for (int i = 0; i < sg_pid_size(sg); i++)
-      level.parents.push_back(sg_pid_at(sg, i));
+    sg_parent_ids(sg, &parents);
+    level.parents.insert(level.parents.end(), parents.begin(), parents.end());
   }
   return level;
 }

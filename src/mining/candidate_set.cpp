@@ -6,23 +6,28 @@
 
 namespace kestro {
 
-void candidate_set::insert(sg_ptr sg) {
+const subgraph *candidate_set::insert(const subgraph *sg) {
+  return add(sg_ptr(sg_copy(sg, &records_->blocks)));
+}
+
+const subgraph *candidate_set::add(sg_ptr sg) {
   const subgraph *record = sg.get();
   sg_set_push(records_.get(), std::move(sg));
   table_.insert(record);
+  return record;
 }
 
 void candidate_set::take_over(candidate_set *other) {
   interruption_poll poll(stop_);
-  for (int i = 0; i < other->size(); i++) {
-    poll.step();
-    sg_ptr sg(std::exchange(ksstack_array<subgraph *>(other->records_.get())[i],
-                            nullptr));
-    if (!contains(sg.get()))
-      insert(std::move(sg));
-  }
-  sg_set_clear(other->records_.get());
+  records_->blocks.absorb(&other->records_->blocks);
+  // Records must not outlive their blocks, whatever happens below.
+  xvector<sg_ptr> records = sg_set_take_records(other->records_.get());
   other->table_.clear();
+  for (sg_ptr &sg : records) {
+    poll.step();
+    if (!contains(sg.get()))
+      add(std::move(sg));
+  }
 }
 
 sg_set *candidate_set::release_sorted() {

@@ -11,14 +11,15 @@ namespace kestro {
 class candidate_set {
 public:
   // insert(), take_over() and release_sorted() throw interrupted when stop,
-  // which may be null, says so; all records still have an owner then.
+  // which may be null, says so.
   explicit candidate_set(const interruption *stop = nullptr)
       : records_(sg_set_create()), table_(stop), stop_(stop) {}
 
   // Whether a record with an equal graph is in.
   bool contains(const subgraph *sg) const { return table_.find(sg) != nullptr; }
-  // Takes sg, whose graph is in canonical form and not in yet.
-  void insert(sg_ptr sg);
+  // Copies sg, whose graph is in canonical form and not in yet; returns the
+  // copy.
+  const subgraph *insert(const subgraph *sg);
 
   // Moves the records of other that are not in yet, and empties other.
   void take_over(candidate_set *other);
@@ -28,6 +29,8 @@ public:
   sg_set *release_sorted();
 
 private:
+  const subgraph *add(sg_ptr sg);
+
   sg_set_ptr records_;
   record_table table_;
   const interruption *stop_;

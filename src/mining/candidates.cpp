@@ -70,10 +70,10 @@ private:
   // onto worth finding: it spares no more than all but one of them.
   static constexpr size_t many = 3;
 
-  // A child's entry for its core p.  Parent ids are unique within a pattern.
+  // A child's entry for its core p.
   const sg_parent *entry_of(int child, int p) const {
     const subgraph *sg = sg_set_get(context_.children, child);
-    return sg_parent_at(sg, sg_find_parent(sg, p));
+    return sg_find_kept(sg, p);
   }
 
   // The group of the j-th child of a core.
@@ -205,11 +205,11 @@ private:
   // ascending order, so a parent whose last core is below the current one is
   // extended no further and needs no mark.
   void mark_seen(const subgraph *accepted) const {
-    for (int l = 0; l < sg_link_size(accepted); l++) {
-      const sg_link *link = sg_link_at(accepted, l);
-      const subgraph *parent = sg_set_get(context_->children, link->pid);
-      if (sg_parent_at(parent, sg_parent_size(parent) - 1)->pid >= ea_->pid)
-        context_->seen.insert(sg_link_edge(accepted, link));
+    for (int l = 0; l < sg_parent_size(accepted); l++) {
+      const sg_parent *entry = sg_parent_at(accepted, l);
+      const subgraph *parent = sg_set_get(context_->children, entry->pid);
+      if (sg_kept_at(parent, sg_kept_size(parent) - 1)->pid >= ea_->pid)
+        context_->seen.insert(sg_parent_edge(accepted, entry));
     }
   }
 

@@ -3,12 +3,11 @@
 // An edge of a parent can be placed wherever an automorphism of the parent
 // brings it; every such place is entered once, so a look-up needs no search.
 // The entry tells the generator by which the place was reached, so a way back
-// to the first place gives an automorphism (a Schreier vector).  Patterns
-// without links have no entries.
+// to the first place gives an automorphism (a Schreier vector).
 
 #include "mining/child_table.h"
 
-#include "mining/links.h"
+#include "mining/parents.h"
 
 namespace kestro {
 
@@ -18,26 +17,24 @@ child_table::child_table(const sg_set *children, const sg_set *cores,
     : map_(stop), groups_(groups) {
   interruption_poll poll(stop, 4096);
   xvector<bool> needed(static_cast<size_t>(sg_set_size(cores)), false);
-  for (int id = 0; id < sg_set_size(cores); id++)
-    needed[static_cast<size_t>(id)] = sg_child_size(sg_set_get(cores, id)) > 0;
-  size_t links = 0;
+  size_t entries = 0;
   for (int id = 0; id < sg_set_size(children); id++) {
     const subgraph *child = sg_set_get(children, id);
     poll.step();
-    for (int l = 0; l < sg_link_size(child); l++, links++)
-      needed[static_cast<size_t>(sg_link_at(child, l)->pid)] = true;
+    for (int l = 0; l < sg_parent_size(child); l++, entries++)
+      needed[static_cast<size_t>(sg_parent_at(child, l)->pid)] = true;
   }
   groups->expect(sg_set_size(cores));
   groups->prepare_all(jobs, [&](int id) {
     const subgraph *core = sg_set_get(cores, id);
     return needed[static_cast<size_t>(id)] && !core->rigid ? core->g : nullptr;
   });
-  map_.reserve(links); // most have one place only
+  map_.reserve(entries); // most have one place only
   for (int id = 0; id < sg_set_size(children); id++) {
     const subgraph *child = sg_set_get(children, id);
-    for (int l = 0; l < sg_link_size(child); l++) {
+    for (int l = 0; l < sg_parent_size(child); l++) {
       poll.step();
-      const extension edge = sg_link_edge(child, sg_link_at(child, l));
+      const extension edge = sg_parent_edge(child, sg_parent_at(child, l));
       if (map_.insert(edge, {id, l, -1})) // else all images are in, too
         enter_images(edge, {id, l, -1}, &poll);
     }
@@ -55,7 +52,7 @@ void child_table::enter_images(const extension &x, const found_child &found,
     poll->step(group.count);
     for (int k = 0; k < group.count; k++) {
       const extension image = image_of(entered_[i], group.perm(k));
-      if (map_.insert(image, {found.child, found.link, k}))
+      if (map_.insert(image, {found.child, found.entry, k}))
         entered_.push_back(image);
     }
   }

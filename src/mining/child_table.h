@@ -10,9 +10,9 @@ namespace kestro {
 // A pattern found as one of its parents plus an edge.
 struct found_child {
   int child;     // its id in the level
-  int link;      // the index of its link that leads to the parent
+  int entry;     // the index of its parent entry that leads there
   int generator; // of the parent's group, which brings the edge from a place
-                 // that was met before; -1 at the place that the link tells
+                 // that was met before; -1 at the place that the entry tells
 };
 
 // For every parent and every edge such that the parent plus the edge is a
@@ -31,7 +31,7 @@ public:
   const found_child *find(const extension &x) const { return map_.find(x); }
 
   // For x that is found: permutations of the core that, applied from the last
-  // to the first, bring the edge of the found child's link to the place of x.
+  // to the first, bring the edge of the found child's entry to the place of x.
   void find_steps(extension x, xvector<const int *> *steps) const;
 
 private:

@@ -19,37 +19,37 @@
 
 namespace kestro {
 
-// The extension of a link's parent that is the candidate without the link's
+// The extension of an entry's parent that is the candidate without that entry's
 // edge, pattern -1 when x's edge would be left without hold.
-extension derived_parents::part_without(const sg_link *link) const {
-  const int from = link->map[x_.from];
+extension derived_parents::part_without(const sg_parent *entry) const {
+  const int from = entry->map[x_.from];
   if (x_.to == -1) {
-    if (from == link_gone)
+    if (from == -1)
       return {};
-    return pendant_extension(link->pid, from, x_.elabel, x_.vlabel);
+    return pendant_extension(entry->pid, from, x_.elabel, x_.vlabel);
   }
-  const int to = link->map[x_.to];
+  const int to = entry->map[x_.to];
   // A leaf of B that loses its edge hangs on x's edge instead.
-  if (from == link_gone)
-    return pendant_extension(link->pid, to, x_.elabel,
+  if (from == -1)
+    return pendant_extension(entry->pid, to, x_.elabel,
                              pattern_->g->vlabel[x_.from]);
-  if (to == link_gone)
-    return pendant_extension(link->pid, from, x_.elabel,
+  if (to == -1)
+    return pendant_extension(entry->pid, from, x_.elabel,
                              pattern_->g->vlabel[x_.to]);
-  return closing_extension(link->pid, from, to, x_.elabel);
+  return closing_extension(entry->pid, from, to, x_.elabel);
 }
 
 bool derived_parents::look_up(const extension &x) {
   x_ = x;
   pattern_ = sg_set_get(children_, x.pattern);
-  const int links = sg_link_size(pattern_);
-  if (found_.size() < static_cast<size_t>(links))
-    found_.resize(static_cast<size_t>(links));
+  const int entries = sg_parent_size(pattern_);
+  if (found_.size() < static_cast<size_t>(entries))
+    found_.resize(static_cast<size_t>(entries));
   // An edge that closes a cycle may make more edges removable.
-  knows_all_ = pattern_->links && pattern_->invariant && x.to == -1;
-  for (int l = 0; l < links; l++) {
-    const sg_link *link = sg_link_at(pattern_, l);
-    const extension part = part_without(link);
+  knows_all_ = pattern_->invariant && x.to == -1;
+  for (int l = 0; l < entries; l++) {
+    const sg_parent *entry = sg_parent_at(pattern_, l);
+    const extension part = part_without(entry);
     found_[static_cast<size_t>(l)] = nullptr;
     if (part.pattern == -1)
       continue;
@@ -80,32 +80,32 @@ bool derived_parents::is_own_edge(const removable_edge &edge) const {
   return x_.from == low && x_.to == (high == pattern_->g->vs ? -1 : high);
 }
 
-// The link of x's pattern that lacks that edge and whose part is certain, -1
+// The entry of x's pattern for that edge whose part is certain, -1
 // for none.
-int derived_parents::known_link(const removable_edge &edge) const {
+int derived_parents::known_entry(const removable_edge &edge) const {
   const auto [low, high] = ends_of(edge);
   int first = 0;
-  int last = sg_link_size(pattern_);
-  while (first < last) { // links are sorted by their edge
+  int last = sg_parent_size(pattern_);
+  while (first < last) { // entries are sorted by their edge
     const int middle = (first + last) / 2;
-    const sg_link *link = sg_link_at(pattern_, middle);
-    if (link->u < low || (link->u == low && link->v < high))
+    const sg_parent *entry = sg_parent_at(pattern_, middle);
+    if (entry->u < low || (entry->u == low && entry->v < high))
       first = middle + 1;
     else
       last = middle;
   }
-  if (first == sg_link_size(pattern_))
+  if (first == sg_parent_size(pattern_))
     return -1;
-  const sg_link *link = sg_link_at(pattern_, first);
+  const sg_parent *entry = sg_parent_at(pattern_, first);
   const found_child *found = found_[static_cast<size_t>(first)];
-  return link->u == low && link->v == high && found &&
+  return entry->u == low && entry->v == high && found &&
                  sg_set_get(children_, found->child)->invariant
              ? first
              : -1;
 }
 
 bool derived_parents::knows(const removable_edge &edge) const {
-  return is_own_edge(edge) ? pattern_->invariant : known_link(edge) != -1;
+  return is_own_edge(edge) ? pattern_->invariant : known_entry(edge) != -1;
 }
 
 bool derived_parents::find(const removable_edge &edge, sg_parent *entry) const {
@@ -114,28 +114,31 @@ bool derived_parents::find(const removable_edge &edge, sg_parent *entry) const {
   if (is_own_edge(edge)) {
     entry->pid = x_.pattern;
     for (size_t i = 0; i < origin_.size(); i++)
-      entry->map[i] = origin_[i] < pattern_->g->vs ? origin_[i] : -1;
+      entry->map[i] =
+          static_cast<int16_t>(origin_[i] < pattern_->g->vs ? origin_[i] : -1);
     return true;
   }
-  const int link = known_link(edge);
-  entry->pid = found_[static_cast<size_t>(link)]->child;
-  compose(link, entry->map);
+  const int index = known_entry(edge);
+  entry->pid = found_[static_cast<size_t>(index)]->child;
+  compose(index, entry->map);
   return true;
 }
 
-// Maps cand to the part without that link's edge.
-void derived_parents::compose(int link, int *map) const {
-  const found_child *found = found_[static_cast<size_t>(link)];
-  const sg_link *step = sg_link_at(pattern_, link);
+// Maps cand to the part without that entry's edge.
+void derived_parents::compose(int index, int16_t *map) const {
+  const found_child *found = found_[static_cast<size_t>(index)];
+  const sg_parent *step = sg_parent_at(pattern_, index);
   const subgraph *part = sg_set_get(children_, found->child);
-  const sg_link *back = sg_link_at(part, found->link);
+  const sg_parent *back = sg_parent_at(part, found->entry);
   steps_.clear();
   if (found->generator != -1)
     table_->find_steps(part_without(step), &steps_);
-  int to_part[link_max_vertices]; // by vertex of the core
-  int new_vertex = -1;            // of the part
-  for (int r = 0; r < part->g->vs; r++) {
-    if (back->map[r] == link_gone) {
+  to_part_.resize(static_cast<size_t>(pattern_->g->vs));
+  int16_t *to_part = to_part_.data(); // by vertex of the core
+  int16_t new_vertex = -1;            // of the part
+  const int16_t n_part = static_cast<int16_t>(part->g->vs);
+  for (int16_t r = 0; r < n_part; r++) {
+    if (back->map[r] == -1) {
       new_vertex = r;
       continue;
     }
@@ -147,16 +150,16 @@ void derived_parents::compose(int link, int *map) const {
   // The vertex of the candidate that the core lacks: the new one, or a leaf
   // that x's edge keeps.
   const int n = pattern_->g->vs;
-  const int kept = x_.to == -1                       ? n
-                   : step->map[x_.from] == link_gone ? x_.from
-                   : step->map[x_.to] == link_gone   ? x_.to
-                                                     : -1;
+  const int kept = x_.to == -1                ? n
+                   : step->map[x_.from] == -1 ? x_.from
+                   : step->map[x_.to] == -1   ? x_.to
+                                              : -1;
   for (size_t i = 0; i < origin_.size(); i++) {
     const int b = origin_[i];
     if (b == kept)
       map[i] = new_vertex;
     else
-      map[i] = step->map[b] == link_gone ? -1 : to_part[step->map[b]];
+      map[i] = step->map[b] == -1 ? int16_t{-1} : to_part[step->map[b]];
   }
 }
 

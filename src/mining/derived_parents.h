@@ -3,7 +3,7 @@
 
 #include "mining/child_table.h"
 #include "mining/closure.h"
-#include "mining/links.h"
+#include "mining/parents.h"
 
 namespace kestro {
 
@@ -33,11 +33,11 @@ public:
   bool find(const removable_edge &edge, sg_parent *entry) const;
 
 private:
-  extension part_without(const sg_link *link) const;
+  extension part_without(const sg_parent *entry) const;
   std::pair<int, int> ends_of(const removable_edge &edge) const;
   bool is_own_edge(const removable_edge &edge) const;
-  int known_link(const removable_edge &edge) const;
-  void compose(int link, int *map) const;
+  int known_entry(const removable_edge &edge) const;
+  void compose(int index, int16_t *map) const;
 
   const sg_set *children_;
   const sg_set *cores_;
@@ -45,10 +45,11 @@ private:
   extension x_ = {};
   const subgraph *pattern_ = nullptr; // x's
   bool knows_all_ = false;
-  xvector<const found_child *> found_; // by link of pattern_: the candidate's
-                                       // parent that lacks the link's edge
+  xvector<const found_child *> found_; // by entry of pattern_: the
+                                       // candidate's parent without its edge
   xvector<int> origin_; // by vertex of the candidate, that of x's pattern
   mutable xvector<const int *> steps_; // of an automorphism of a core
+  mutable xvector<int16_t> to_part_;   // by vertex of a core
 };
 
 } // namespace kestro

@@ -2,7 +2,9 @@
 //
 // Every transaction is walked edge by edge, then path by path; the tables
 // keep for each pattern the transaction counted last, so it counts once per
-// transaction, whatever the number of its embeddings.  The frequent keys become
+// transaction, whatever the number of its embeddings.  Paths are made of the
+// frequent edges only, and of the like edges at a vertex only two are paired,
+// so a vertex with many neighbours costs no square.  The frequent keys become
 // records in fixed layouts, which are the canonical forms of such graphs, so
 // that later look-ups by sg_compare find them.  A second walk, with the
 // patterns' ids in the table, fills the TID lists and the first rows of
@@ -17,8 +19,8 @@
 #include "graph/graph_list.h"
 #include "mining/embeddings.h"
 #include "mining/label_table.h"
-#include "mining/links.h"
 #include "mining/parents.h"
+#include "mining/path_arms.h"
 
 namespace kestro {
 
@@ -45,38 +47,109 @@ static void walk_edges(const graph *t, interruption_poll *poll, Visit visit) {
         visit(edge_key{t->vlabel[u], t->vlabel[t->e[j]], t->elabel[j]});
 }
 
-// Calls visit once for every path of two edges, with its key and its vertices:
-// centre, va's end, vb's end.
-template <bool looks_within, class Visit>
-static void walk_paths_in(const graph *t, interruption_poll *poll,
-                          Visit visit) {
-  for (int w = 0; w < t->vs; w++) {
-    for (int j = t->v[w]; j < t->v[w + 1]; j++) {
-      if constexpr (looks_within)
-        poll->step(t->v[w + 1] - j);
-      for (int k = j + 1; k < t->v[w + 1]; k++) {
-        path_ends ends = {w, t->e[j], t->e[k]};
-        path_key key = {t->vlabel[ends.a], t->vlabel[ends.b], t->vlabel[w],
-                        t->elabel[j], t->elabel[k]};
-        if (key.va > key.vb || (key.va == key.vb && key.ea > key.eb)) {
-          std::swap(key.va, key.vb);
-          std::swap(key.ea, key.eb);
-          std::swap(ends.a, ends.b);
-        }
-        visit(key, ends);
-      }
+namespace {
+
+// Walks the paths of two frequent edges in transactions.  A vertex of many
+// neighbours lists the kinds of its arms, and shows a path for each pair of
+// them; one of few shows the path of each pair of neighbours.
+class path_walk {
+public:
+  path_walk(const path_arms &arms, interruption_poll *poll)
+      : arms_(arms), poll_(poll),
+        places_(static_cast<size_t>(arms.most_arms())) {}
+
+  // Calls visit with the keys and the vertices of paths, for each vertex and
+  // each key of a path with that centre first with those of the first slots.
+  template <class Visit> void walk(const graph *t, const Visit &visit) {
+    poll_->step(t->es);
+    for (int w = 0; w < t->vs; w++) {
+      const int degree = t->v[w + 1] - t->v[w];
+      if (degree < 2)
+        continue;
+      const int centre = arms_.centre_of(t->vlabel[w]);
+      if (centre < 0)
+        continue;
+      if (degree <= few)
+        pair_neighbours(t, w, centre, visit);
+      else
+        pair_kinds(t, w, centre, visit);
     }
   }
-}
 
-template <class Visit>
-static void walk_paths(const graph *t, interruption_poll *poll, Visit visit) {
-  poll->step(t->es);
-  if (t->es <= poll_interval / 64)
-    walk_paths_in<false>(t, poll, visit);
-  else
-    walk_paths_in<true>(t, poll, visit);
-}
+private:
+  static constexpr int few = 8;
+
+  template <class Visit>
+  void pair_neighbours(const graph *t, int w, int centre,
+                       const Visit &visit) const {
+    int arms[few];
+    int ends[few];
+    int n = 0;
+    for (int j = t->v[w], last = t->v[w + 1]; j < last; j++) {
+      ends[n] = t->e[j];
+      arms[n] = arms_.arm_of(centre, t->elabel[j], t->vlabel[ends[n]]);
+      n += arms[n] >= 0;
+    }
+    for (int j = 1; j < n; j++)
+      for (int i = 0; i < j; i++)
+        if (arms[i] <= arms[j])
+          visit(path_key{centre, arms[i], arms[j]},
+                path_ends{w, ends[i], ends[j]});
+        else
+          visit(path_key{centre, arms[j], arms[i]},
+                path_ends{w, ends[j], ends[i]});
+  }
+
+  template <class Visit>
+  void pair_kinds(const graph *t, int w, int centre, const Visit &visit) {
+    gather(t, w, centre);
+    for (size_t i = 0; i < met_.size(); i++) {
+      poll_->step(static_cast<int64_t>(met_.size() - i));
+      const arm_place &a = place(met_[i]);
+      if (a.second >= 0)
+        visit(path_key{centre, met_[i], met_[i]},
+              path_ends{w, a.first, a.second});
+      for (size_t j = i + 1; j < met_.size(); j++)
+        visit(path_key{centre, met_[i], met_[j]},
+              path_ends{w, a.first, place(met_[j]).first});
+    }
+    for (const int arm : met_)
+      place(arm) = {};
+    met_.clear();
+  }
+
+  // The first ends of an arm at the vertex looked at.
+  struct arm_place {
+    int first = -1, second = -1;
+  };
+
+  arm_place &place(int arm) { return places_[static_cast<size_t>(arm)]; }
+
+  // Lists the arms at w, ascending, and the first two places of each.
+  void gather(const graph *t, int w, int centre) {
+    for (int j = t->v[w]; j < t->v[w + 1]; j++) {
+      const int end = t->e[j];
+      const int arm = arms_.arm_of(centre, t->elabel[j], t->vlabel[end]);
+      if (arm < 0)
+        continue;
+      arm_place &p = place(arm);
+      if (p.first < 0) {
+        p.first = end;
+        met_.push_back(arm);
+      } else if (p.second < 0) {
+        p.second = end;
+      }
+    }
+    std::sort(met_.begin(), met_.end());
+  }
+
+  const path_arms &arms_;
+  interruption_poll *poll_;
+  xvector<arm_place> places_; // by arm
+  xvector<int> met_;          // the arms at the vertex looked at
+};
+
+} // namespace
 
 // The layout of a one-edge pattern, la <= lb.
 static void set_edge_graph(int la, int lb, int e, subgraph *sg) {
@@ -129,28 +202,19 @@ void sg_set_double_edge_graph(int ea, int eb, int va, int vb, int vc,
   sg->invariant = true;
 }
 
-// Appends a transaction to a TID list, once.
-static bool add_last_tid(subgraph *sg, int tid) {
-  const int *last = static_cast<const int *>(ksstack_top(sg->tid));
-  if (last && *last == tid)
-    return false;
-  sg_append_tid(sg, tid);
-  return true;
-}
-
 // Adds every transaction to the TID lists of its frequent edges.  From here on
-// a key's count is its pattern's id + 1, 0 for none.
+// a key's number is its pattern's id + 1, 0 for none.
 // The second walk, hence the 2.
 static void check_in_edges2(sg_set *level1, const graph_list *transactions,
                             edge_table *table, interruption_poll *poll) {
   for (int i = 0; i < sg_set_size(level1); i++) {
     const graph *g = sg_set_get(level1, i)->g;
-    table->count_of({g->vlabel[0], g->vlabel[1], g->elabel[0]}) = i + 1;
+    table->set_number({g->vlabel[0], g->vlabel[1], g->elabel[0]}, i + 1);
   }
   for (int tid = 0; tid < transactions->count; tid++) {
     walk_edges(graph_list_at(transactions, tid), poll, [&](const edge_key &k) {
-      if (const int id = table->count_of(k))
-        add_last_tid(sg_set_get(level1, id - 1), tid);
+      if (const int id = table->number_once(k, tid))
+        sg_append_tid(sg_set_get(level1, id - 1), tid);
     });
   }
 }
@@ -158,7 +222,7 @@ static void check_in_edges2(sg_set *level1, const graph_list *transactions,
 sg_set *sg_frequent_edges(const graph_list *transactions, int minsup, int nel,
                           int nvl, const interruption *stop) {
   interruption_poll poll(stop, poll_interval);
-  edge_table table(nel, nvl);
+  edge_table table({nel, nvl}, counters_limit(transactions));
   for (int tid = 0; tid < transactions->count; tid++)
     walk_edges(graph_list_at(transactions, tid), &poll,
                [&](const edge_key &k) { table.count_once(k, tid); });
@@ -166,10 +230,11 @@ sg_set *sg_frequent_edges(const graph_list *transactions, int minsup, int nel,
   sg_set_ptr level1(sg_set_create());
   for (const edge_key &k : table.keys()) {
     poll.step(record_cost);
-    const int count = std::exchange(table.count_of(k), 0);
+    const int count = table.number_of(k);
+    table.set_number(k, 0);
     if (count < minsup)
       continue;
-    sg_ptr sg(sg_create_edge(k.la, k.lb, k.e));
+    sg_ptr sg(sg_create_edge(k.from, k.to, k.e));
     sg->count = count;
     sg_set_push(level1.get(), std::move(sg));
   }
@@ -190,12 +255,12 @@ static void fill_parent_entry(const subgraph *sg, int end, const sg_set *level1,
   assert(index != -1);
   entry->pid = index;
   entry->u = 0;
-  entry->v = 3 - end;
-  entry->vs = 3;
-  const int centre_at = labels[end] > centre ? 0 : 1;
-  entry->map[0] = centre_at;
-  entry->map[end] = 1 - centre_at;
+  entry->v = static_cast<int16_t>(3 - end);
+  const bool is_first = labels[end] > centre; // the centre, in the parent
+  entry->map[0] = is_first ? 0 : 1;
+  entry->map[end] = is_first ? 1 : 0;
   entry->map[3 - end] = -1;
+  entry->vs = 3;
 }
 
 void setup_double_edge_subgraph_parent_info(subgraph *sg,
@@ -204,31 +269,36 @@ void setup_double_edge_subgraph_parent_info(subgraph *sg,
   const graph *g = sg->g;
   const bool twins =
       g->vlabel[1] == g->vlabel[2] && g->elabel[0] == g->elabel[1];
-  alignas(sg_parent) int memory[7];
+  alignas(sg_parent) char memory[sizeof(sg_parent) + 4 * sizeof(int16_t)];
   auto *entry = reinterpret_cast<sg_parent *>(memory);
   for (const int end : {2, 1}) { // in the order of the edges that go
     fill_parent_entry(sg, end, level1, entry);
-    sg_add_link(sg, entry);
     if (end == 2 && twins)
-      continue;
-    sg_update_parent_info(sg, entry, level1);
-    sg_add_pid(sg, entry->pid);
+      sg_add_parent(sg, entry);
+    else
+      sg_update_parent_info(sg, entry, level1);
   }
 }
 
 // Appends the record of one frequent path.
 static void register_double_edge_subgraph(const path_key &k, int count,
+                                          const path_arms &arms,
                                           const sg_set *level1, sg_set *out) {
-  const int va = k.va;
-  const int vb = k.vb;
-  const int ea = k.ea;
-  const int eb = k.eb;
-  assert(va < vb || (va == vb && ea <= eb));
-  sg_ptr sg(sg_create_double_edge(ea, eb, va, vb, k.vc));
+  const path_arm a = arms.arm(k.centre, k.a);
+  const path_arm b = arms.arm(k.centre, k.b);
+  assert(a.vlabel < b.vlabel || (a.vlabel == b.vlabel && a.elabel <= b.elabel));
+  sg_ptr sg(sg_create_double_edge(a.elabel, b.elabel, a.vlabel, b.vlabel,
+                                  arms.vlabel_of(k.centre)));
   sg->count = count;
-  sg->links = sg_links_create(3);
   setup_double_edge_subgraph_parent_info(sg.get(), level1);
   sg_set_push(out, std::move(sg));
+}
+
+// The key of a record.
+static path_key key_of(const graph *g, const path_arms &arms) {
+  const int centre = arms.centre_of(g->vlabel[0]);
+  return {centre, arms.arm_of(centre, g->elabel[0], g->vlabel[1]),
+          arms.arm_of(centre, g->elabel[1], g->vlabel[2])};
 }
 
 // Adds every transaction to the TID lists of its frequent paths, with the first
@@ -236,25 +306,26 @@ static void register_double_edge_subgraph(const path_key &k, int count,
 // The second walk, hence the 2.
 static void check_in_double_edges2(sg_set *level2,
                                    const graph_list *transactions,
-                                   path_table *table, interruption_poll *poll) {
+                                   const path_arms &arms, path_table *table,
+                                   interruption_poll *poll) {
   embedding_budget budget(transactions);
   for (int i = 0; i < sg_set_size(level2); i++) {
     poll->step(record_cost);
     subgraph *sg = sg_set_get(level2, i);
-    const graph *g = sg->g;
-    table->count_of({g->vlabel[1], g->vlabel[2], g->vlabel[0], g->elabel[0],
-                     g->elabel[1]}) = i + 1;
+    table->set_number(key_of(sg->g, arms), i + 1);
     budget.add_pattern();
     sg->rows = budget.take_rows(sg, sg->count);
   }
+  path_walk paths(arms, poll);
   for (int tid = 0; tid < transactions->count; tid++) {
-    walk_paths(graph_list_at(transactions, tid), poll,
+    paths.walk(graph_list_at(transactions, tid),
                [&](const path_key &k, const path_ends &ends) {
-                 const int id = table->count_of(k);
+                 const int id = table->number_once(k, tid);
                  if (!id)
                    return;
                  subgraph *sg = sg_set_get(level2, id - 1);
-                 if (!add_last_tid(sg, tid) || !sg->rows)
+                 sg_append_tid(sg, tid);
+                 if (!sg->rows)
                    return;
                  const int row[3] = {ends.centre, ends.a, ends.b};
                  sg_push_row(sg, row);
@@ -266,9 +337,12 @@ sg_set *sg_frequent_double_edges(const sg_set *level1,
                                  const graph_list *transactions, int minsup,
                                  int nel, int nvl, const interruption *stop) {
   interruption_poll poll(stop, poll_interval);
-  path_table table(nel, nvl);
+  const size_t limit = counters_limit(transactions);
+  const path_arms arms(level1, nel, nvl, limit);
+  path_table table(arms.paths(), limit);
+  path_walk paths(arms, &poll);
   for (int tid = 0; tid < transactions->count; tid++)
-    walk_paths(graph_list_at(transactions, tid), &poll,
+    paths.walk(graph_list_at(transactions, tid),
                [&](const path_key &k, const path_ends &) {
                  table.count_once(k, tid);
                });
@@ -276,13 +350,14 @@ sg_set *sg_frequent_double_edges(const sg_set *level1,
   sg_set_ptr level2(sg_set_create());
   for (const path_key &k : table.keys()) {
     poll.step(record_cost);
-    const int count = std::exchange(table.count_of(k), 0);
+    const int count = table.number_of(k);
+    table.set_number(k, 0);
     if (count >= minsup)
-      register_double_edge_subgraph(k, count, level1, level2.get());
+      register_double_edge_subgraph(k, count, arms, level1, level2.get());
   }
   sg_set_sort(level2.get(), stop);
   KESTRO_STRUCTURE(sg_set_check(level2.get()));
-  check_in_double_edges2(level2.get(), transactions, &table, &poll);
+  check_in_double_edges2(level2.get(), transactions, arms, &table, &poll);
   return level2.release();
 }
 

@@ -9,7 +9,6 @@
 
 #include <utility>
 
-#include "mining/links.h"
 #include "mining/parents.h"
 
 namespace kestro {
@@ -67,14 +66,12 @@ static int mine_first_levels(const mining_run *run, level_pair *levels,
 }
 
 // Takes from a level what it needs only until the size above it has been
-// counted: the embeddings and the TID lists, which are freed, and the links to
-// its parents, most of which lie in their records' blocks and stay there.
+// counted, the embeddings and the TID lists, and frees it.
 static void free_after_use(sg_set *level, const interruption *stop) {
   interruption_poll poll(stop);
   for (int i = 0; i < sg_set_size(level); i++) {
     poll.step();
     subgraph *sg = sg_set_get(level, i);
-    sg_free_links(sg);
     ksstack_free(std::exchange(sg->rows, nullptr));
     ksstack_free(std::exchange(sg->tid, nullptr));
   }

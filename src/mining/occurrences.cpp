@@ -33,8 +33,8 @@ int occurrence_finder::find(subgraph *sg, const sg_set *prev, int minsup) {
   tids_ = sg->tid ? ksstack_array<int>(sg->tid) : nullptr;
   parents_ = 0;
   bool is_byte = true;
-  for (int i = 0; i < sg_parent_size(sg); i++) {
-    const sg_parent *entry = sg_parent_at(sg, i);
+  for (int i = 0; i < sg_kept_size(sg); i++) {
+    const sg_parent *entry = sg_kept_at(sg, i);
     const subgraph *parent = sg_set_get(prev, entry->pid);
     if (!parent->rows)
       continue;

@@ -8,6 +8,7 @@
 
 #include "base/error.h"
 #include "graph/graph_text.h"
+#include "mining/parents.h"
 
 namespace kestro {
 
@@ -56,12 +57,14 @@ void sg_set_write_pc_list(const sg_set *set, FILE *stream) {
   if (!stream)
     die("subgraph.c", "no output file specified\n");
   text_buffer out(stream);
+  xvector<int> parents;
   for (int id = 0; id < sg_set_size(set); id++) {
     const subgraph *sg = sg_set_get(set, id);
     add_name(size_of(sg), id, out);
-    for (int i = 0; i < sg_pid_size(sg); i++) {
+    sg_parent_ids(sg, &parents);
+    for (const int pid : parents) {
       out.add(' ');
-      add_name(size_of(sg) - 1, sg_pid_at(sg, i), out);
+      add_name(size_of(sg) - 1, pid, out);
     }
     out.add('\n');
   }

@@ -34,8 +34,8 @@ static bool find_by_form(subgraph *cand, const removable_edge &edge,
   entry->pid = sg_set_find(to->prev, to->rest.get());
   if (entry->pid == -1)
     return false;
-  std::fill_n(entry->map, entry->vs, -1);
-  for (int j = 0; j < rest->vs; j++)
+  std::fill_n(entry->map, entry->vs, int16_t{-1});
+  for (int16_t j = 0; j < rest->vs; j++)
     entry->map[rest->vid[j]] = j;
   return true;
 }
@@ -61,28 +61,20 @@ static bool is_downward_closed(subgraph *cand, const derived_parents *known,
   const xvector<removable_edge> &edges = to->edges.of(cand->g);
   if (!can_be_closed(cand, edges, known, to))
     return false;
-  const int vs = cand->g->vs;
-  if (to->memory.size() < static_cast<size_t>(sg_parent_ints(vs)))
-    to->memory.resize(static_cast<size_t>(sg_parent_ints(vs)));
+  const size_t ints = sg_parent_bytes(cand->g->vs) / sizeof(int);
+  if (to->memory.size() < ints)
+    to->memory.resize(ints);
   auto *entry = reinterpret_cast<sg_parent *>(to->memory.data());
-  entry->vs = vs;
+  entry->vs = short_vertex(cand->g->vs);
   for (const removable_edge &edge : edges) {
-    entry->u = edge.u;
-    entry->v = edge.w;
+    entry->u = short_vertex(edge.u);
+    entry->v = short_vertex(edge.w);
     if (!(known && known->find(edge, entry)) &&
         !find_by_form(cand, edge, to, entry))
       return false;
     sg_update_parent_info(cand, entry, to->prev);
-    sg_add_pid(cand, entry->pid);
-    sg_add_link(cand, entry);
   }
   return true;
-}
-
-static void clear_parents(subgraph *cand) {
-  sg_clear_pid(cand);
-  sg_clear_parent(cand);
-  sg_clear_links(cand);
 }
 
 // Counts a candidate that turned out to have an infrequent part.
@@ -95,7 +87,7 @@ static const subgraph *reject(registration *to) {
 // vertices are numbered now.
 static const subgraph *register_with(subgraph *cand, derived_parents *known,
                                      registration *to) {
-  clear_parents(cand);
+  sg_clear_parents(cand);
   const canonical_form form = to->forms.canonicalize(cand->g);
   cand->invariant = form.invariant;
   cand->rigid = form.rigid;
@@ -116,17 +108,13 @@ static const subgraph *register_with(subgraph *cand, derived_parents *known,
     to->failed.insert(cand);
     return reject(to);
   }
-  sg_ptr copy(sg_copy(cand));
-  const subgraph *accepted = copy.get();
-  to->accepted.insert(std::move(copy));
   to->counts.accepted++;
-  return accepted;
+  return to->accepted.insert(cand);
 }
 
 // Room for candidates of a size, its sets for what is known of them so far.
 static sg_ptr new_scratch(int edges) {
   sg_ptr scratch(sg_create(2 * edges, edges + 1));
-  scratch->links = sg_links_create(edges + 1);
   // These sets come when a candidate gets so far.
   for (ksstack **set : {&scratch->child, &scratch->tid, &scratch->cover})
     ksstack_free(std::exchange(*set, nullptr));

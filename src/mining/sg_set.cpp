@@ -21,19 +21,21 @@ static int compare_records(const void *a, const void *b) {
 }
 
 sg_set *sg_set_create() {
-  return static_cast<sg_set *>(
-      ksstack_new(1024, static_cast<int>(sizeof(subgraph *))));
+  xptr<void> memory(xmalloc(sizeof(sg_set)));
+  auto *s = new (memory.get()) sg_set();
+  ksstack_init_apart(s, 1024, static_cast<int>(sizeof(subgraph *)));
+  memory.release();
+  return s;
 }
 
 void sg_set_free(sg_set *s) {
   if (!s)
     return;
-  // In the order of their graphs they lie all over the memory, and to free many
-  // in that order takes several times as long.
   subgraph **const records = ksstack_array<subgraph *>(s);
-  std::sort(records, records + s->count, std::less<>());
   std::for_each(records, records + s->count, sg_free);
-  ksstack_free(s);
+  ksstack_finish(s);
+  s->~sg_set();
+  xfree(s);
 }
 
 int sg_set_size(const sg_set *s) { return s->count; }
@@ -94,6 +96,36 @@ int sg_set_find(const sg_set *s, const subgraph *sg) {
 }
 
 void sg_set_clear(sg_set *s) { s->count = 0; }
+
+xvector<sg_ptr> sg_set_take_records(sg_set *s) {
+  xvector<sg_ptr> records(static_cast<size_t>(s->count));
+  for (size_t i = 0; i < records.size(); i++)
+    records[i].reset(ksstack_array<subgraph *>(s)[i]);
+  sg_set_clear(s);
+  return records;
+}
+
+void sg_set_compact(sg_set *s, const interruption *stop) {
+  subgraph **const records = ksstack_array<subgraph *>(s);
+  size_t held = 0;
+  for (int i = 0; i < s->count; i++)
+    held += records[i]->in_arena ? records[i]->block : 0;
+  if (2 * held >= s->blocks.taken())
+    return;
+  interruption_poll poll(stop);
+  arena blocks;
+  const auto move = [&](subgraph *&sg) {
+    poll.step();
+    sg = sg_move(sg, &blocks);
+  };
+  try {
+    std::for_each(records, records + s->count, move);
+  } catch (...) {
+    s->blocks.absorb(&blocks);
+    throw;
+  }
+  s->blocks = std::move(blocks);
+}
 
 void sg_set_check(const sg_set *s) {
   for (int i = 1; i < sg_set_size(s); i++)

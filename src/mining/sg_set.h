@@ -2,15 +2,16 @@
 #pragma once
 
 #include "base/interruption.h"
+#include "base/xmalloc.h"
 #include "mining/subgraph.h"
 
 namespace kestro {
 
 // A stack of subgraph *, with its records, kept sorted by sg_compare once
-// complete; a pattern's position in it is its id.  A type of its own, so that
-// no stack of other elements is taken for one.
-struct sg_set : ksstack {};
-static_assert(sizeof(sg_set) == sizeof(ksstack));
+// complete; a pattern's position in it is its id.
+struct sg_set : ksstack {
+  arena blocks; // of those records that have no block of their own
+};
 
 sg_set *sg_set_create(); // empty, capacity 1024
 // Frees every record, then the set; s may be null.
@@ -32,6 +33,12 @@ void sg_set_sort(sg_set *s, const interruption *stop = nullptr);
 int sg_set_find(const sg_set *s, const subgraph *sg);
 // Empties the set without touching the records, which have moved elsewhere.
 void sg_set_clear(sg_set *s);
+// Moves the records out of a set, in order; they must not outlive its blocks.
+xvector<sg_ptr> sg_set_take_records(sg_set *s);
+// Where records that are gone hold more than half of the set's blocks, moves
+// those that are left together and frees the rest.  Throws interrupted when
+// stop, which may be null, says so; all records still have an owner then.
+void sg_set_compact(sg_set *s, const interruption *stop = nullptr);
 
 // Dies through an assertion unless s is sorted without repeats.
 void sg_set_check(const sg_set *s);

@@ -1,23 +1,19 @@
 // Pattern records.
 //
-// Header and graph share one allocation; the five sets are stacks of their own
-// because they grow at different times.  Their elements start with the id, so
-// all of them sort and search with compar_int.
+// Header, graph and parents share one allocation; the id sets are stacks of
+// their own because they come later.
 
 #include "mining/subgraph.h"
 
 #include <algorithm>
-#include <cstddef>
+#include <cassert>
 #include <cstring>
 #include <utility>
 
 #include "base/comparators.h"
-#include "base/error.h"
 #include "base/xmalloc.h"
 
 namespace kestro {
-
-static_assert(sizeof(sg_parent) == 4 * sizeof(int));
 
 // The graph starts behind the header, at the next multiple of eight bytes.
 static_assert(sizeof(subgraph) % alignof(graph) == 0);
@@ -26,131 +22,93 @@ static constexpr int int_bytes = static_cast<int>(sizeof(int));
 
 size_t sg_size(int es, int vs) { return sizeof(subgraph) + graph_size(es, vs); }
 
-// Record in memory with its graph laid out and no sets.
-static subgraph *lay_out(void *memory, int es, int vs) {
-  subgraph *sg = static_cast<subgraph *>(memory);
-  sg->g = graph_init(sg + 1, es, vs);
-  sg->count = 0;
-  sg->child = sg->parent = sg->pid = sg->tid = sg->cover = nullptr;
-  sg->rows = sg->links = nullptr;
-  sg->block = sg_size(es, vs);
-  sg->invariant = sg->rigid = false;
-  return sg;
+static size_t block_size(int es, int vs, int parents) {
+  return sg_size(es, vs) + static_cast<size_t>(parents) * sg_parent_bytes(vs);
 }
 
-// Gives a record without sets its empty ones.
-static void create_sets(subgraph *sg) {
-  const int vs = sg->g->vs;
-  const int edges = sg->g->es / 2;
-  ksstack_ptr child(ksstack_new(vs, int_bytes));
-  ksstack_ptr parent(ksstack_new(2, sg_parent_ints(vs) * int_bytes));
-  ksstack_ptr pid(ksstack_new(edges, 2 * int_bytes));
-  ksstack_ptr tid(ksstack_new(1, int_bytes));
-  sg->cover = ksstack_new(1, int_bytes);
-  sg->child = child.release();
-  sg->parent = parent.release();
-  sg->pid = pid.release();
-  sg->tid = tid.release();
+// Record in memory of block_size() bytes with its graph laid out, no parents
+// and no sets.
+static subgraph *lay_out(void *memory, int es, int vs, int parents) {
+  if (vs > parent_max_vertices)
+    die_out_of_memory();
+  subgraph *sg = static_cast<subgraph *>(memory);
+  *sg = {};
+  sg->g = graph_init(sg + 1, es, vs);
+  sg->entries = static_cast<char *>(memory) + sg_size(es, vs);
+  sg->entry_bytes = static_cast<int>(sg_parent_bytes(vs));
+  sg->parents_room = parents;
+  sg->kept[0] = sg->kept[1] = -1;
+  sg->block = block_size(es, vs, parents);
+  return sg;
 }
 
 subgraph *sg_create(int es, int vs) {
-  xptr<void> memory(xmalloc(sg_size(es, vs)));
-  subgraph *sg = sg_init(memory.get(), es, vs);
-  memory.release();
-  return sg;
+  const int parents = es / 2;
+  sg_ptr sg(lay_out(xmalloc(block_size(es, vs, parents)), es, vs, parents));
+  sg->child = ksstack_new(vs, int_bytes);
+  sg->tid = ksstack_new(1, int_bytes);
+  sg->cover = ksstack_new(1, int_bytes);
+  return sg.release();
 }
 
 subgraph *sg_init(void *memory, int es, int vs) {
-  subgraph *sg = lay_out(memory, es, vs);
-  create_sets(sg);
-  return sg;
+  return lay_out(memory, es, vs, 0);
 }
 
 static ksstack *copy_set(const ksstack *s) {
   return s ? ksstack_copy(s) : nullptr;
 }
 
-static size_t aligned(size_t bytes) {
-  constexpr size_t unit = alignof(std::max_align_t);
-  return (bytes + unit - 1) / unit * unit;
-}
-
-// Bytes of a copy of a set in another block; 0 for an absent one.
-static size_t inner_bytes(const ksstack *s) {
-  return s ? aligned(ksstack_bytes(std::max(s->count, 1), s->element_size)) : 0;
-}
-
-// A copy without room to spare.
-static ksstack *copy_exactly(const ksstack *s, char *memory) {
-  if (!s)
-    return nullptr;
-  ksstack *copy = ksstack_init(memory, std::max(s->count, 1), s->element_size);
-  copy->count = s->count;
-  memcpy(copy->data, s->data,
-         static_cast<size_t>(s->count) * static_cast<size_t>(s->element_size));
+// What a record holds but for its sets, in a new block.
+static sg_ptr copy_block(const subgraph *sg, arena *memory) {
+  const graph *g = sg->g;
+  const size_t bytes = block_size(g->es, g->vs, sg->parents);
+  sg_ptr copy(lay_out(memory ? memory->take(bytes) : xmalloc(bytes), g->es,
+                      g->vs, sg->parents));
+  copy->in_arena = memory != nullptr;
+  graph_copy_into(g, copy->g);
+  copy->count = sg->count;
+  for (int i = 0; i < sg->parents; i++)
+    sg_add_parent(copy.get(), sg_parent_at(sg, i));
+  std::copy(sg->kept, sg->kept + 2, copy->kept);
+  copy->invariant = sg->invariant;
+  copy->rigid = sg->rigid;
   return copy;
 }
 
-subgraph *sg_copy(const subgraph *sg) {
-  const int es = sg->g->es;
-  const int vs = sg->g->vs;
-  const size_t pid_at = aligned(sg_size(es, vs));
-  const size_t parent_at = pid_at + inner_bytes(sg->pid);
-  const size_t links_at = parent_at + inner_bytes(sg->parent);
-  const size_t block = links_at + inner_bytes(sg->links);
-  char *memory = static_cast<char *>(xmalloc(block));
-  sg_ptr copy(lay_out(memory, es, vs));
-  copy->block = block;
-  graph_copy_into(sg->g, copy->g);
-  copy->count = sg->count;
-  copy->pid = copy_exactly(sg->pid, memory + pid_at);
-  copy->parent = copy_exactly(sg->parent, memory + parent_at);
+subgraph *sg_copy(const subgraph *sg, arena *memory) {
+  sg_ptr copy = copy_block(sg, memory);
   copy->child = copy_set(sg->child);
   copy->tid = copy_set(sg->tid);
   copy->cover = copy_set(sg->cover);
   copy->rows = copy_set(sg->rows);
-  copy->links = copy_exactly(sg->links, memory + links_at);
-  copy->invariant = sg->invariant;
-  copy->rigid = sg->rigid;
   return copy.release();
 }
 
+subgraph *sg_move(subgraph *sg, arena *memory) {
+  sg_ptr moved = copy_block(sg, memory);
+  moved->child = std::exchange(sg->child, nullptr);
+  moved->tid = std::exchange(sg->tid, nullptr);
+  moved->cover = std::exchange(sg->cover, nullptr);
+  moved->rows = std::exchange(sg->rows, nullptr);
+  sg_free(sg);
+  return moved.release();
+}
+
 subgraph *sg_light_copy(const subgraph *sg, void *memory) {
-  subgraph *copy = lay_out(memory, sg->g->es, sg->g->vs);
+  subgraph *copy = lay_out(memory, sg->g->es, sg->g->vs, 0);
   graph_copy_into(sg->g, copy->g);
   copy->count = sg->count;
   return copy;
-}
-
-// Whether a set lies in its record's block.
-static bool is_inside(const subgraph *sg, const ksstack *s) {
-  const auto begin = reinterpret_cast<uintptr_t>(sg);
-  const auto at = reinterpret_cast<uintptr_t>(s);
-  return begin < at && at < begin + sg->block;
-}
-
-static void free_set(const subgraph *sg, ksstack *s) {
-  if (is_inside(sg, s))
-    ksstack_finish(s);
-  else
-    ksstack_free(s);
-}
-
-void sg_free_sets(subgraph *sg) {
-  for (ksstack *s : {sg->child, sg->parent, sg->pid, sg->tid, sg->cover,
-                     sg->rows, sg->links})
-    free_set(sg, s);
-}
-
-void sg_free_links(subgraph *sg) {
-  free_set(sg, std::exchange(sg->links, nullptr));
 }
 
 void sg_free(subgraph *sg) {
   if (!sg)
     return;
-  sg_free_sets(sg);
-  xfree(sg);
+  for (ksstack *s : {sg->child, sg->tid, sg->cover, sg->rows})
+    ksstack_free(s);
+  if (!sg->in_arena)
+    xfree(sg);
 }
 
 // Difference of the pairs (a[i], b[i]) of two graphs, i below n.
@@ -180,49 +138,29 @@ int sg_compare(const subgraph *x, const subgraph *y) {
   return compare_interleaved(a->e, a->elabel, b->e, b->elabel, a->es);
 }
 
-// First int of element i of a set, which has it.
-static int id_at(const ksstack *s, int i) { return ksstack_get<int>(s, i); }
-
-static int size_of(const ksstack *s) { return s ? s->count : 0; }
-
-static void clear(ksstack *s) {
-  if (s)
-    s->count = 0;
+sg_parent *sg_add_parent(subgraph *sg, const sg_parent *entry) {
+  assert(sg->parents < sg->parents_room);
+  sg_parent *added = sg_parent_at(sg, sg->parents++);
+  memcpy(static_cast<void *>(added), entry, sg_parent_bytes(entry->vs));
+  return added;
 }
 
-// Creates the set if it is absent, as those of candidates are.
-static void add_id(ksstack **set, int id) {
-  const int element[2] = {id, 0}; // wide enough for either width
-  if (!*set)
-    *set = ksstack_new(4, int_bytes);
-  if (!ksstack_bsearch(element, *set, compar_int))
-    ksstack_insert_sorted(element, *set, compar_int);
+void sg_clear_parents(subgraph *sg) {
+  sg->parents = 0;
+  sg->kept[0] = sg->kept[1] = -1;
 }
 
-int sg_child_size(const subgraph *sg) { return size_of(sg->child); }
-int sg_child_at(const subgraph *sg, int i) { return id_at(sg->child, i); }
-void sg_add_child(subgraph *sg, int id) { add_id(&sg->child, id); }
+void sg_add_child(subgraph *sg, int id) {
+  if (!sg->child)
+    sg->child = ksstack_new(4, int_bytes);
+  if (!ksstack_bsearch(&id, sg->child, compar_int))
+    ksstack_insert_sorted(&id, sg->child, compar_int);
+}
 
-int sg_pid_size(const subgraph *sg) { return size_of(sg->pid); }
-int sg_pid_at(const subgraph *sg, int i) { return id_at(sg->pid, i); }
-void sg_add_pid(subgraph *sg, int id) { add_id(&sg->pid, id); }
-void sg_clear_pid(subgraph *sg) { clear(sg->pid); }
-
-int sg_tid_size(const subgraph *sg) { return size_of(sg->tid); }
-int sg_tid_at(const subgraph *sg, int i) { return id_at(sg->tid, i); }
 void sg_append_tid(subgraph *sg, int tid) {
   if (!sg->tid)
     sg->tid = ksstack_new(1, int_bytes);
   ksstack_push(&tid, sg->tid);
 }
-
-int sg_parent_size(const subgraph *sg) { return size_of(sg->parent); }
-sg_parent *sg_parent_at(const subgraph *sg, int i) {
-  return static_cast<sg_parent *>(ksstack_at(sg->parent, i));
-}
-int sg_find_parent(const subgraph *sg, int pid) {
-  return sg->parent ? ksstack_lower_bound(&pid, sg->parent, compar_int) : -1;
-}
-void sg_clear_parent(subgraph *sg) { clear(sg->parent); }
 
 } // namespace kestro

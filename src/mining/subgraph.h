@@ -2,65 +2,80 @@
 // above and to the transactions.
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
 #include <memory>
 
+#include "base/arena.h"
 #include "base/ksstack.h"
 #include "graph/graph.h"
 
 namespace kestro {
 
-// Header, followed in the same block by the graph.
+// A way to reach a pattern from one of its parents: the edge u-v of the pattern
+// that the parent lacks, and how the rest of the pattern lies in the parent.
+struct sg_parent {
+  int pid;   // the parent's id in the previous level
+  int16_t u; // u <= v
+  int16_t v;
+  int16_t vs;    // vertices of the pattern
+  int16_t map[]; // per vertex, the parent's vertex, -1 for one that the parent
+                 // lacks, too
+};
+
+// Patterns have at most as many vertices; those of a database would fill any
+// memory long before.
+inline constexpr int parent_max_vertices = INT16_MAX;
+
+// Bytes of a parent entry of a pattern with vs vertices.
+inline size_t sg_parent_bytes(int vs) {
+  constexpr size_t unit = alignof(sg_parent);
+  const size_t map = static_cast<size_t>(vs) * sizeof(int16_t);
+  return (offsetof(sg_parent, map) + map + unit - 1) / unit * unit;
+}
+
+// Header, followed in the same block by the graph and room for the parents.
 //
 // The id sets are ascending and without repeats; an id is a position in the
 // sorted set of its level.  Any of them may be absent (null), which means
 // empty; adding to an absent one creates it.
 struct subgraph {
-  graph *g;        // in canonical form once looked up or kept; in this block
-  int count;       // transactions that contain it; 0 until counted
-  ksstack *child;  // of int: patterns of the next level registered under it
-  ksstack *parent; // of sg_parent: at most two, by pid
-  ksstack *pid;    // of two ints, the second unused: all parents
-  ksstack *tid;    // of int: transactions, or their bound before the count
-  ksstack *cover;  // of int: next-level patterns assigned to it; empty
-  ksstack *rows;   // embeddings by transaction (mining/embeddings.h), or null
-  ksstack *links;  // all parents with maps (mining/links.h), or null
-  size_t block;    // bytes of this block: sets within it are not freed alone
-  bool invariant;  // g is known not to depend on the order its vertices came in
-  bool rigid;      // g is known to have the identity as its only automorphism
+  graph *g;         // in canonical form once looked up or kept; in this block
+  int count;        // transactions that contain it; 0 until counted
+  int parents;      // entries in use
+  int kept[2];      // those of them under which it is joined, by pid; -1 none
+  char *entries;    // of sg_parent, one behind another; in this block
+  int entry_bytes;  // of each
+  int parents_room; // entries that fit
+  ksstack *child;   // of int: patterns of the next level registered under it
+  ksstack *tid;     // of int: transactions, or their bound before the count
+  ksstack *cover;   // of int: next-level patterns assigned to it; the search
+                    // has none
+  ksstack *rows;    // embeddings by transaction (mining/embeddings.h), or null
+  size_t block;     // bytes of this block
+  bool invariant; // g is known not to depend on the order its vertices came in
+  bool rigid;     // g is known to have the identity as its only automorphism
+  bool in_arena;  // this block belongs to an arena
 };
 
-// A way to reach a pattern from one of its parents, stored by value in blocks
-// of 4 + vs ints:
-//
-//   | pid | u | v | vs | map: vs |
-struct sg_parent {
-  int pid; // the parent's id in the previous level
-  int u;   // the edge u-v, u <= v, of this pattern that the parent lacks
-  int v;
-  int vs;    // vertices of this pattern
-  int map[]; // per vertex, the parent's vertex, -1 for one that the
-             // parent lacks, too
-};
-
-// Ints in a parent entry of a pattern with vs vertices.
-inline int sg_parent_ints(int vs) { return 4 + vs; }
-
-// A new record with room for es slots and vs vertices and five empty sets;
-// freed with sg_free.
+// A new record with room for es slots, vs vertices and a parent for each edge,
+// and with empty id sets; freed with sg_free.
 subgraph *sg_create(int es, int vs);
-// The same in caller memory of sg_size(es, vs) bytes; the sets are still to be
-// freed, with sg_free_sets.
+// Header and graph only, without room for parents and without sets, in caller
+// memory of sg_size(es, vs) bytes.
 subgraph *sg_init(void *memory, int es, int vs);
 size_t sg_size(int es, int vs);
-// A new record with deep copies of the sets that are present; pid, parent and
-// links are in the record's block.
-subgraph *sg_copy(const subgraph *sg);
-// Header and graph only, without sets, in caller memory of sg_size() bytes for
-// the graph's sizes.
+// A new record with deep copies of the sets that are present and no room to
+// spare.  Its block is taken from memory or, where that is null, is one of its
+// own.
+subgraph *sg_copy(const subgraph *sg, arena *memory = nullptr);
+// Moves a record to a copy of its block in memory and frees the old one.
+subgraph *sg_move(subgraph *sg, arena *memory);
+// Graph and count only, in caller memory of sg_size() bytes for the graph's
+// sizes.
 subgraph *sg_light_copy(const subgraph *sg, void *memory);
-void sg_free_sets(subgraph *sg);
-// Takes the links from a record, and frees them unless they are in its block.
-void sg_free_links(subgraph *sg);
+// Frees the sets and the block, which stays until the end of its arena if it
+// has one.
 void sg_free(subgraph *sg);
 
 struct sg_deleter {
@@ -73,25 +88,45 @@ using sg_ptr = std::unique_ptr<subgraph, sg_deleter>;
 // Equal exactly when the canonical graphs are.
 int sg_compare(const subgraph *x, const subgraph *y);
 
-// The id sets.  add inserts unless present; clear keeps the memory.
-int sg_child_size(const subgraph *sg);
-int sg_child_at(const subgraph *sg, int i);
+// All parents with their maps, in the order in which they were added.
+inline int sg_parent_size(const subgraph *sg) { return sg->parents; }
+inline sg_parent *sg_parent_at(const subgraph *sg, int i) {
+  return reinterpret_cast<sg_parent *>(sg->entries + static_cast<ptrdiff_t>(i) *
+                                                         sg->entry_bytes);
+}
+// Adds an entry, with the map as it is, for a record that has room for it.
+sg_parent *sg_add_parent(subgraph *sg, const sg_parent *entry);
+void sg_clear_parents(subgraph *sg);
+
+// The kept ones of them, at most two, by pid; null for none of that pid.
+inline int sg_kept_size(const subgraph *sg) {
+  return (sg->kept[0] != -1) + (sg->kept[1] != -1);
+}
+inline const sg_parent *sg_kept_at(const subgraph *sg, int i) {
+  return sg_parent_at(sg, sg->kept[i]);
+}
+inline const sg_parent *sg_find_kept(const subgraph *sg, int pid) {
+  for (int i = 0; i < sg_kept_size(sg); i++)
+    if (sg_kept_at(sg, i)->pid == pid)
+      return sg_kept_at(sg, i);
+  return nullptr;
+}
+
+// The id sets.  add inserts unless present.
+inline int sg_child_size(const subgraph *sg) {
+  return sg->child ? sg->child->count : 0;
+}
+inline int sg_child_at(const subgraph *sg, int i) {
+  return ksstack_get<int>(sg->child, i);
+}
 void sg_add_child(subgraph *sg, int id);
 
-int sg_pid_size(const subgraph *sg);
-int sg_pid_at(const subgraph *sg, int i);
-void sg_add_pid(subgraph *sg, int id);
-void sg_clear_pid(subgraph *sg);
-
-int sg_tid_size(const subgraph *sg);
-int sg_tid_at(const subgraph *sg, int i);
+inline int sg_tid_size(const subgraph *sg) {
+  return sg->tid ? sg->tid->count : 0;
+}
+inline int sg_tid_at(const subgraph *sg, int i) {
+  return ksstack_get<int>(sg->tid, i);
+}
 void sg_append_tid(subgraph *sg, int tid); // tid is above all present
-
-// The parent entries: how many, the i-th, and the index of the one of a pid or
-// -1.
-int sg_parent_size(const subgraph *sg);
-sg_parent *sg_parent_at(const subgraph *sg, int i);
-int sg_find_parent(const subgraph *sg, int pid);
-void sg_clear_parent(subgraph *sg);
 
 } // namespace kestro

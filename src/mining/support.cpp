@@ -15,34 +15,10 @@
 #include "base/parallel.h"
 #include "base/xmalloc.h"
 #include "mining/embeddings.h"
-#include "mining/links.h"
 #include "mining/occurrences.h"
 #include "mining/tid_lists.h"
 
 namespace kestro {
-
-// Moves the records of a set out of it, in order.
-static xvector<sg_ptr> take_records(sg_set *s) {
-  xvector<sg_ptr> records(static_cast<size_t>(sg_set_size(s)));
-  for (size_t i = 0; i < records.size(); i++)
-    records[i].reset(sg_set_get(s, static_cast<int>(i)));
-  sg_set_clear(s);
-  return records;
-}
-
-// Calls work; if it is interrupted, frees the records in the order of their
-// addresses.  Sorted by their graphs they lie all over the memory, and to free
-// many in that order takes several times as long.
-template <class Work>
-static void free_when_interrupted(xvector<sg_ptr> *records, Work work) {
-  try {
-    work();
-  } catch (const interrupted &) {
-    std::sort(records->begin(), records->end());
-    records->clear();
-    throw;
-  }
-}
 
 // Gives sg a tid of just that size.
 static void set_tids(subgraph *sg, const xvector<int> &tids) {
@@ -63,24 +39,23 @@ void sg_filter_candidates_by_support(sg_set *cand, const sg_set *prev,
       static_cast<size_t>(worker_count(jobs, old)));
   for (tid_lists::workspace &w : work)
     w.poll = interruption_poll(stop, 1 << 16);
-  xvector<sg_ptr> records = take_records(cand);
-  free_when_interrupted(&records, [&] {
-    parallel_for(
-        jobs, old,
-        [&](int worker, int i) {
-          sg_ptr &sg = records[static_cast<size_t>(i)];
-          const xvector<int> &common = lists.common_to_parents(
-              sg.get(), minsup, &work[static_cast<size_t>(worker)]);
-          if (static_cast<int>(common.size()) >= minsup)
-            set_tids(sg.get(), common);
-          else
-            sg.reset();
-        },
-        [](int) {}, watcher);
-  });
+  xvector<sg_ptr> records = sg_set_take_records(cand);
+  parallel_for(
+      jobs, old,
+      [&](int worker, int i) {
+        sg_ptr &sg = records[static_cast<size_t>(i)];
+        const xvector<int> &common = lists.common_to_parents(
+            sg.get(), minsup, &work[static_cast<size_t>(worker)]);
+        if (static_cast<int>(common.size()) >= minsup)
+          set_tids(sg.get(), common);
+        else
+          sg.reset();
+      },
+      [](int) {}, watcher);
   for (sg_ptr &sg : records)
     if (sg)
       sg_set_push(cand, std::move(sg));
+  sg_set_compact(cand, stop);
   assert(old >= sg_set_size(cand));
 }
 
@@ -117,23 +92,22 @@ void support_counter::count_all(sg_set *cand, const sg_set *prev, int minsup,
     budget.add_pattern();
     budget.charge(sg_set_get(prev, i));
   }
-  xvector<sg_ptr> records = take_records(cand);
+  xvector<sg_ptr> records = sg_set_take_records(cand);
   const int count = static_cast<int>(records.size());
   xvector<occurrence_finder> finders(
       static_cast<size_t>(worker_count(jobs_, count)),
       occurrence_finder(&profiles_, stop_));
-  free_when_interrupted(&records, [&] {
-    parallel_for(
-        jobs_, count,
-        [&](int worker, int i) {
-          count_candidate(&records[static_cast<size_t>(i)], prev, minsup,
-                          &finders[static_cast<size_t>(worker)], &budget);
-        },
-        [](int) {}, watcher);
-  });
+  parallel_for(
+      jobs_, count,
+      [&](int worker, int i) {
+        count_candidate(&records[static_cast<size_t>(i)], prev, minsup,
+                        &finders[static_cast<size_t>(worker)], &budget);
+      },
+      [](int) {}, watcher);
   for (sg_ptr &sg : records)
     if (sg)
       sg_set_push(cand, std::move(sg));
+  sg_set_compact(cand, stop_);
   KESTRO_STRUCTURE(sg_set_check(cand));
 }
 

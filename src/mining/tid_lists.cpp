@@ -12,6 +12,7 @@
 #include <iterator>
 
 #include "base/error.h"
+#include "mining/parents.h"
 
 namespace kestro {
 
@@ -90,16 +91,16 @@ const xvector<int> &tid_lists::common_to_parents(const subgraph *sg, int minsup,
                                                  workspace *work) const {
   work->common.clear();
   work->bits.resize(words_);
-  const int n = sg_pid_size(sg);
-  bool enough = n > 0;
+  sg_parent_ids(sg, &work->parents);
+  bool enough = !work->parents.empty();
   bool is_first = true;
-  for (int i = 0; i < sg_parent_size(sg) && enough; i++) {
-    enough = narrow(sg_parent_at(sg, i)->pid, is_first, minsup, work);
+  for (int i = 0; i < sg_kept_size(sg) && enough; i++) {
+    enough = narrow(sg_kept_at(sg, i)->pid, is_first, minsup, work);
     is_first = false;
   }
-  for (int i = 0; i < n && enough; i++) {
-    const int pid = sg_pid_at(sg, i);
-    if (sg_find_parent(sg, pid) != -1)
+  for (size_t i = 0; i < work->parents.size() && enough; i++) {
+    const int pid = work->parents[i];
+    if (sg_find_kept(sg, pid))
       continue;
     enough = narrow(pid, is_first, minsup, work);
     is_first = false;

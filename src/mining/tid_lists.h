@@ -18,6 +18,7 @@ public:
 
   // Memory that intersections use one after another.
   struct workspace {
+    xvector<int> parents; // ids
     xvector<int> common;
     xvector<int> narrowed;
     xvector<uint64_t> bits;

@@ -24,7 +24,9 @@ void transaction_counter::bound(sg_set *cand, const sg_set *prev,
 
 void transaction_counter::count(sg_set *cand, const sg_set *prev,
                                 work_watcher *watcher) {
-  counter_.count_all(cand, prev, minsup_, watcher);
+  if (!counter_)
+    counter_.emplace(transactions_, jobs_, stop_);
+  counter_->count_all(cand, prev, minsup_, watcher);
 }
 
 } // namespace kestro

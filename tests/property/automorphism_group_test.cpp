@@ -9,7 +9,7 @@
 #include <gtest/gtest.h>
 
 #include "mining/child_table.h"
-#include "mining/links.h"
+#include "mining/parents.h"
 #include "reference/mining/automorphisms.h"
 #include "support/generated_group.h"
 #include "support/graph_families.h"
@@ -131,16 +131,16 @@ private:
                   const std::vector<ints> &perms) {
     for (int c = 0; c < sg_child_size(core); c++) {
       const subgraph *sg = sg_set_get(children_, sg_child_at(core, c));
-      check_places(id, sg_parent_at(sg, sg_find_parent(sg, id)), perms);
+      check_places(id, sg_find_kept(sg, id), perms);
     }
     for (int child = 0; child < sg_set_size(children_); child++) {
       const subgraph *sg = sg_set_get(children_, child);
-      for (int l = 0; l < sg_link_size(sg); l++)
-        if (sg_link_at(sg, l)->pid == id)
+      for (int l = 0; l < sg_parent_size(sg); l++)
+        if (sg_parent_at(sg, l)->pid == id)
           for (const ints &perm : perms)
             check_found(
                 child,
-                image_of(sg_link_edge(sg, sg_link_at(sg, l)), perm.data()),
+                image_of(sg_parent_edge(sg, sg_parent_at(sg, l)), perm.data()),
                 core->g->vs);
     }
   }
@@ -168,7 +168,7 @@ private:
     ASSERT_NE(found, nullptr);
     const subgraph *sg = sg_set_get(children_, found->child);
     ASSERT_TRUE(found->child == child || !sg->invariant);
-    extension place = sg_link_edge(sg, sg_link_at(sg, found->link));
+    extension place = sg_parent_edge(sg, sg_parent_at(sg, found->entry));
     xvector<const int *> steps;
     table_.find_steps(x, &steps);
     const graph *core = sg_set_get(cores_, x.pattern)->g;

@@ -127,7 +127,7 @@ private:
   // Whether the part's parent is known, which must be right then.
   bool check_part(const part &p) {
     const int vs = cand_->vs;
-    std::vector<int> memory(static_cast<size_t>(sg_parent_ints(vs)), -7);
+    std::vector<int> memory(sg_parent_bytes(vs) / sizeof(int), -7);
     auto *entry = reinterpret_cast<sg_parent *>(memory.data());
     const bool known = derived_.find(p.edge, entry);
     require(known == derived_.knows(p.edge), "knows() and find() differ");

@@ -78,10 +78,10 @@ void require(bool holds, const char *what, const graph *g) {
 
 void check_parents(const subgraph *sg, const plain_candidate &expected,
                    const sg_set *children) {
-  require(ids_of(sg->pid) == expected.pids, "other parents", sg->g);
+  require(pids_of(sg) == expected.pids, "other parents", sg->g);
   std::vector<plain_parent> kept;
-  for (int i = 0; i < sg_parent_size(sg); i++) {
-    const sg_parent *entry = sg_parent_at(sg, i);
+  for (int i = 0; i < sg_kept_size(sg); i++) {
+    const sg_parent *entry = sg_kept_at(sg, i);
     kept.push_back({entry->pid, entry->u, entry->v});
     require(entry->vs == sg->g->vs &&
                 is_map_onto_rest(sg->g, entry->u, entry->v,
@@ -108,13 +108,12 @@ void check_jobs(const two_levels &levels, const sg_set *made) {
     for (int i = 0; i < sg_set_size(made); i++) {
       const subgraph *sg = sg_set_get(made, i);
       const subgraph *other = sg_set_get(same.get(), i);
-      require(form_as_is(other->g) == form_as_is(sg->g) &&
-                  ids_of(other->pid) == ids_of(sg->pid) &&
-                  ids_of(other->parent) == ids_of(sg->parent) &&
-                  other->invariant == sg->invariant &&
-                  other->rigid == sg->rigid &&
-                  sg_link_size(other) == sg_link_size(sg),
-              "another candidate of several threads", sg->g);
+      require(
+          form_as_is(other->g) == form_as_is(sg->g) &&
+              pids_of(other) == pids_of(sg) && kept_of(other) == kept_of(sg) &&
+              other->invariant == sg->invariant && other->rigid == sg->rigid &&
+              sg_parent_size(other) == sg_parent_size(sg),
+          "another candidate of several threads", sg->g);
     }
   }
 }

@@ -228,9 +228,7 @@ TEST_F(LongSteps, FirstLevelsEnd) {
 
 TEST_F(LongSteps, PreparingTheCountEnds) {
   EXPECT_THROW(graph_profiles(transactions(), &stop), interrupted);
-  EXPECT_THROW(transaction_counter(transactions(), db.edge_labels,
-                                   db.vertex_labels, minsup, 1, &stop),
-               interrupted);
+  EXPECT_THROW(support_counter(transactions(), 1, &stop), interrupted);
 }
 
 TEST_F(LongSteps, GeneratingCandidatesEnds) {
@@ -262,7 +260,7 @@ TEST_F(LongSteps, JoiningEnds) {
       continue;
     const int child = sg_child_at(core, 0);
     const subgraph *sg = sg_set_get(levels.children.get(), child);
-    const sg_parent *entry = sg_parent_at(sg, sg_find_parent(sg, id));
+    const sg_parent *entry = sg_find_kept(sg, id);
     const edge_place place = sg_place_in_core(entry);
     EXPECT_THROW(sg_join(child, child, entry, entry, {&place, 1}, {}, &context),
                  interrupted);
@@ -277,7 +275,7 @@ TEST_F(LongSteps, CandidatesOfSeveralThreadsStillHaveAnOwner) {
   const int n = sg_set_size(made.get());
   ASSERT_GT(n, 1024);
   for (int i = 0; i < n; i++)
-    from.insert(sg_ptr(sg_copy(sg_set_get(made.get(), i))));
+    from.insert(sg_set_get(made.get(), i));
   EXPECT_THROW(to.take_over(&from), interrupted);
   EXPECT_GT(to.size(), 0);
   EXPECT_LT(to.size(), n);

@@ -48,8 +48,8 @@ mined_pattern pattern_of(const subgraph *sg) {
   mined_pattern pattern = {form_as_is(sg->g), sg->count, {}, {}};
   for (int i = 0; i < sg_pid_size(sg); i++)
     pattern.pids.push_back(sg_pid_at(sg, i));
-  for (int i = 0; i < sg_parent_size(sg); i++) {
-    const sg_parent *entry = sg_parent_at(sg, i);
+  for (int i = 0; i < sg_kept_size(sg); i++) {
+    const sg_parent *entry = sg_kept_at(sg, i);
     pattern.kept.push_back({entry->pid, entry->u, entry->v});
   }
   return pattern;

@@ -120,7 +120,7 @@ graph_ptr plain_without(const graph *g, int u, int w) {
 }
 
 bool is_map_onto_rest(const graph *g, int u, int w, const graph *rest,
-                      const int *map) {
+                      const int16_t *map) {
   std::set<int> images;
   for (int i = 0; i < g->vs; i++) {
     if (map[i] == -1) {
@@ -170,8 +170,8 @@ private:
   void join(int a, int b, int p, const ints &perm) {
     const subgraph *sa = sg_set_get(children_, a);
     const subgraph *sb = sg_set_get(children_, b);
-    const sg_parent *ea = sg_parent_at(sa, sg_find_parent(sa, p));
-    const sg_parent *eb = sg_parent_at(sb, sg_find_parent(sb, p));
+    const sg_parent *ea = sg_find_kept(sa, p);
+    const sg_parent *eb = sg_find_kept(sb, p);
     ints core_to_b(static_cast<size_t>(perm.size()), -1);
     int outside = -1;
     for (int i = 0; i < eb->vs; i++) {

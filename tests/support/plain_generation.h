@@ -32,7 +32,7 @@ graph_ptr plain_without(const graph *g, int u, int w);
 // map[i] is rest's vertex, -1 for one that went: whether it is a bijection on
 // the others that keeps labels and all edges, but u-w, in both directions.
 bool is_map_onto_rest(const graph *g, int u, int w, const graph *rest,
-                      const int *map);
+                      const int16_t *map);
 
 // The patterns of a level by their forms.
 std::map<graph_form, int> ids_by_form(const sg_set *level);

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "graph/graph_list.h"
+#include "mining/parents.h"
 #include "mining/sg_set.h"
 #include "reference/cl/canonical_calls.h"
 #include "reference/mining/subgraph.h"
@@ -13,9 +14,10 @@
 
 namespace kestro {
 
-// A record of a graph as it is, and of its canonical form.
+// A record of a graph as it is, and of its canonical form.  Both have room for
+// ten parents more than edges.
 inline sg_ptr record_of(const graph_ptr &g) {
-  sg_ptr sg(sg_create(g->es, g->vs));
+  sg_ptr sg(sg_create(g->es + 20, g->vs));
   graph_copy_into(g.get(), sg->g);
   return sg;
 }
@@ -47,16 +49,45 @@ inline void set_tids(subgraph *sg, const std::vector<int> &tids) {
 class parent_entry {
 public:
   parent_entry(int pid, int u, int v, const std::vector<int> &map)
-      : ints_{pid, u, v, static_cast<int>(map.size())} {
-    ints_.insert(ints_.end(), map.begin(), map.end());
+      : memory_(sg_parent_bytes(static_cast<int>(map.size())) / sizeof(int)) {
+    auto *entry = reinterpret_cast<sg_parent *>(memory_.data());
+    entry->pid = pid;
+    entry->u = static_cast<int16_t>(u);
+    entry->v = static_cast<int16_t>(v);
+    entry->vs = static_cast<int16_t>(map.size());
+    for (size_t i = 0; i < map.size(); i++)
+      entry->map[i] = static_cast<int16_t>(map[i]);
   }
   operator const sg_parent *() const {
-    return reinterpret_cast<const sg_parent *>(ints_.data());
+    return reinterpret_cast<const sg_parent *>(memory_.data());
   }
 
 private:
-  std::vector<int> ints_;
+  std::vector<int> memory_;
 };
+
+// Adds a parent of which only the id matters.
+inline void add_parent(subgraph *sg, int pid) {
+  sg_add_parent(
+      sg, parent_entry(pid, 0, 0,
+                       std::vector<int>(static_cast<size_t>(sg->g->vs), 0)));
+}
+
+// The ids of all parents, each once; those of the kept ones.
+inline std::vector<int> pids_of(const subgraph *sg) {
+  xvector<int> ids;
+  sg_parent_ids(sg, &ids);
+  return {ids.begin(), ids.end()};
+}
+inline std::vector<int> kept_of(const subgraph *sg) {
+  std::vector<int> ids;
+  for (int i = 0; i < sg_kept_size(sg); i++)
+    ids.push_back(sg_kept_at(sg, i)->pid);
+  return ids;
+}
+inline std::vector<int> map_of(const sg_parent *entry) {
+  return {entry->map, entry->map + entry->vs};
+}
 
 // A transaction set.
 template <class... Graph> graph_list_ptr database_of(Graph... graphs) {

@@ -8,7 +8,7 @@
 #include <utility>
 
 #include "mining/first_levels.h"
-#include "mining/links.h"
+#include "mining/parents.h"
 
 namespace kestro {
 
@@ -61,7 +61,6 @@ sg_set_ptr table_counter::double_edges(const sg_set *edges) {
     const int *elabels = edge_labels_of(form);
     subgraph *sg = sg_create_double_edge(elabels[0], elabels[1], vlabels[1],
                                          vlabels[2], vlabels[0]);
-    sg->links = sg_links_create(3);
     setup_double_edge_subgraph_parent_info(sg, edges);
     push_without_tids(level.get(), sg, support);
   }

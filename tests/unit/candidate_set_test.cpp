@@ -33,7 +33,7 @@ TEST(CandidateSet, IsEmptyAtFirst) {
 
 TEST(CandidateSet, ContainsWhatEqualsARecord) {
   candidate_set set;
-  set.insert(keyed(5));
+  set.insert(keyed(5).get());
   EXPECT_TRUE(set.contains(keyed(5).get()));
   EXPECT_FALSE(set.contains(keyed(6).get()));
   EXPECT_EQ(set.size(), 1);
@@ -42,7 +42,7 @@ TEST(CandidateSet, ContainsWhatEqualsARecord) {
 TEST(CandidateSet, RecordsOfOneKeyAreToldApartByTheirGraphs) {
   candidate_set set;
   for (int label = 0; label < 400; label++) // also while it grows
-    set.insert(keyed(5, label));
+    set.insert(keyed(5, label).get());
   for (int label = 0; label < 400; label++)
     EXPECT_TRUE(set.contains(keyed(5, label).get())) << label;
   EXPECT_FALSE(set.contains(keyed(5, 400).get()));
@@ -52,7 +52,7 @@ TEST(CandidateSet, RecordsOfOneKeyAreToldApartByTheirGraphs) {
 TEST(CandidateSet, HandsOverItsRecordsSorted) {
   candidate_set set;
   for (const int key : {4, -2, 8, 0})
-    set.insert(keyed(key));
+    set.insert(keyed(key).get());
   EXPECT_EQ(keys_of(sg_set_ptr(set.release_sorted())), (ints{-2, 0, 4, 8}));
 }
 
@@ -65,7 +65,7 @@ TEST(CandidateSet, EqualsAStandardSetWhileItGrows) {
     sg_ptr sg = keyed(key);
     ASSERT_EQ(set.contains(sg.get()), plain.count(key) > 0) << i;
     if (plain.insert(key).second)
-      set.insert(std::move(sg));
+      set.insert(sg.get());
   }
   EXPECT_EQ(set.size(), static_cast<int>(plain.size()));
   EXPECT_EQ(keys_of(sg_set_ptr(set.release_sorted())),
@@ -76,13 +76,13 @@ TEST(CandidateSet, TakesOverWhatItHasNot) {
   candidate_set set;
   candidate_set other;
   for (const int key : {1, 2})
-    set.insert(keyed(key));
+    set.insert(keyed(key).get());
   for (const int key : {0, 2, 3})
-    other.insert(keyed(key));
+    other.insert(keyed(key).get());
   set.take_over(&other);
   EXPECT_EQ(other.size(), 0);
   EXPECT_FALSE(other.contains(keyed(0).get()));
-  other.insert(keyed(7)); // still of use
+  other.insert(keyed(7).get()); // still of use
   EXPECT_TRUE(other.contains(keyed(7).get()));
   EXPECT_EQ(keys_of(sg_set_ptr(set.release_sorted())), (ints{0, 1, 2, 3}));
 }
@@ -90,7 +90,7 @@ TEST(CandidateSet, TakesOverWhatItHasNot) {
 TEST(CandidateSet, TakesOverIntoAnEmptyOne) {
   candidate_set set;
   candidate_set other;
-  other.insert(keyed(4));
+  other.insert(keyed(4).get());
   set.take_over(&other);
   set.take_over(&other);
   EXPECT_TRUE(set.contains(keyed(4).get()));

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "mining/links.h"
+#include "mining/parents.h"
 #include "support/mined_levels.h"
 #include "support/plain_generation.h"
 #include "support/records.h"
@@ -29,7 +29,7 @@ protected:
   extension brought_to(const child_table &children, const extension &x) const {
     const found_child *found = children.find(x);
     const subgraph *sg = child(found->child);
-    extension place = sg_link_edge(sg, sg_link_at(sg, found->link));
+    extension place = sg_parent_edge(sg, sg_parent_at(sg, found->entry));
     const graph *core = sg_set_get(levels.cores.get(), x.pattern)->g;
     xvector<const int *> steps;
     children.find_steps(x, &steps);
@@ -80,19 +80,6 @@ TEST_F(ChildTable, GroupsOfCoresWithChildrenAreThere) {
   const int with_child = sg_set_find(levels.cores.get(), edge.get());
   EXPECT_EQ(groups.at(with_child).count, 1);
   EXPECT_EQ(groups.at(1 - with_child).count, 0);
-}
-
-TEST_F(ChildTable, GroupsAreThereForChildrenWithoutLinks) {
-  mine(path_graph(3));
-  sg_free_links(sg_set_get(levels.children.get(), 0));
-  const child_table children = table();
-  EXPECT_EQ(groups.at(0).count, 1);
-}
-
-TEST_F(ChildTable, PatternsWithoutLinksAreNotEntered) {
-  mine(path_graph(3));
-  sg_free_links(sg_set_get(levels.children.get(), 0));
-  EXPECT_EQ(table().find(pendant_extension(0, 0, 0, 0)), nullptr);
 }
 
 // What a plain look says: the child whose form core plus edge has, -1 for none.

@@ -1,54 +1,10 @@
 #include "mining/failed_candidates.h"
 
-#include <cstddef>
-#include <cstring>
-
 #include <gtest/gtest.h>
 
 #include "support/records.h"
 
 namespace kestro {
-
-static char *taken(copy_arena &arena, size_t size) {
-  char *place = static_cast<char *>(arena.allocate(size));
-  memset(place, 0x5a, size); // an overrun shows under a sanitizer
-  return place;
-}
-
-TEST(CopyArena, FirstChunkIsAMebibyte) {
-  EXPECT_EQ(copy_arena::first_chunk, 1048576u);
-}
-
-TEST(CopyArena, PiecesFollowOneAnotherAligned) {
-  copy_arena arena;
-  const size_t unit = alignof(std::max_align_t);
-  const char *first = taken(arena, 2 * unit);
-  const char *second = taken(arena, 1);
-  const char *third = taken(arena, unit);
-  EXPECT_EQ(second - first, static_cast<ptrdiff_t>(2 * unit));
-  EXPECT_EQ(third - second, static_cast<ptrdiff_t>(unit));
-  EXPECT_EQ(reinterpret_cast<uintptr_t>(third) % unit, 0u);
-}
-
-TEST(CopyArena, ChunkThatWouldBeFullIsFollowedByADoubledOne) {
-  copy_arena arena;
-  const char *half = taken(arena, copy_arena::first_chunk / 2);
-  const char *second = taken(arena, copy_arena::first_chunk / 2);
-  // In the new chunk three more halves fit behind it, but not a fourth.
-  EXPECT_NE(second - half, static_cast<ptrdiff_t>(copy_arena::first_chunk / 2));
-  const char *third = taken(arena, copy_arena::first_chunk / 2);
-  const char *fourth = taken(arena, copy_arena::first_chunk / 2);
-  EXPECT_EQ(third - second,
-            static_cast<ptrdiff_t>(copy_arena::first_chunk / 2));
-  EXPECT_EQ(fourth - third,
-            static_cast<ptrdiff_t>(copy_arena::first_chunk / 2));
-}
-
-TEST(CopyArena, PieceLargerThanAChunkHasRoom) {
-  copy_arena arena;
-  EXPECT_NE(taken(arena, 5 * copy_arena::first_chunk), nullptr);
-  EXPECT_NE(taken(arena, 16), nullptr);
-}
 
 TEST(FailedCandidates, AreFoundByTheirGraph) {
   failed_candidates failed;

@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include "mining/embeddings.h"
-#include "mining/links.h"
 #include "mining/parents.h"
 #include "reference/mining/sg_set.h"
 #include "support/records.h"
@@ -177,9 +176,9 @@ TEST(FirstLevels, TwoEqualEdgesHaveOneParent) {
   const sg_set_ptr level1 = edges(database, 1);
   const sg_set_ptr level2 = double_edges(level1, database, 1);
   const subgraph *sg = sg_set_get(level2.get(), 0);
-  EXPECT_EQ(ids_of(sg->pid), (ints{0}));
-  ASSERT_EQ(sg_parent_size(sg), 1);
-  const sg_parent *entry = sg_parent_at(sg, 0);
+  EXPECT_EQ(pids_of(sg), (ints{0}));
+  ASSERT_EQ(sg_kept_size(sg), 1);
+  const sg_parent *entry = sg_kept_at(sg, 0);
   EXPECT_EQ(entry->pid, 0);
   EXPECT_EQ(entry->u, 0);
   EXPECT_EQ(entry->v, 2);
@@ -197,13 +196,13 @@ TEST(FirstLevels, TwoDifferentEdgesHaveAParentEach) {
   const subgraph *sg = sg_set_get(level2.get(), 0);
   const int first =
       sg_set_find(level1.get(), sg_ptr(sg_create_edge(0, 1, 2)).get());
-  EXPECT_EQ(ids_of(sg->pid), (ints{0, 1}));
-  ASSERT_EQ(sg_parent_size(sg), 2);
-  const sg_parent *to_0 = sg_parent_at(sg, sg_find_parent(sg, first));
+  EXPECT_EQ(pids_of(sg), (ints{0, 1}));
+  ASSERT_EQ(sg_kept_size(sg), 2);
+  const sg_parent *to_0 = sg_find_kept(sg, first);
   EXPECT_EQ(to_0->u, 0);
   EXPECT_EQ(to_0->v, 2);
   EXPECT_EQ(ints(to_0->map, to_0->map + 3), (ints{1, 0, -1}));
-  const sg_parent *to_2 = sg_parent_at(sg, sg_find_parent(sg, 1 - first));
+  const sg_parent *to_2 = sg_find_kept(sg, 1 - first);
   EXPECT_EQ(to_2->u, 0);
   EXPECT_EQ(to_2->v, 1);
   EXPECT_EQ(ints(to_2->map, to_2->map + 3), (ints{0, -1, 1}));
@@ -214,7 +213,7 @@ TEST(FirstLevels, EdgeLabelsAloneMakeTwoParents) {
       database_of(make_graph({0, 0, 0}, {{0, 1, 2}, {1, 2, 1}}));
   const sg_set_ptr level1 = edges(database, 1);
   const sg_set_ptr level2 = double_edges(level1, database, 1);
-  EXPECT_EQ(sg_parent_size(sg_set_get(level2.get(), 0)), 2);
+  EXPECT_EQ(sg_kept_size(sg_set_get(level2.get(), 0)), 2);
   EXPECT_EQ(sg_pid_size(sg_set_get(level2.get(), 0)), 2);
 }
 
@@ -238,8 +237,8 @@ TEST(FirstLevels, ParentMapsKeepLabels) {
   const sg_set_ptr level2 = double_edges(level1, database, 1);
   for (int id = 0; id < sg_set_size(level2.get()); id++) {
     const subgraph *sg = sg_set_get(level2.get(), id);
-    for (int i = 0; i < sg_parent_size(sg); i++) {
-      const sg_parent *entry = sg_parent_at(sg, i);
+    for (int i = 0; i < sg_kept_size(sg); i++) {
+      const sg_parent *entry = sg_kept_at(sg, i);
       const graph *parent = sg_set_get(level1.get(), entry->pid)->g;
       for (int u = 0; u < 3; u++)
         if (entry->map[u] != -1) {
@@ -392,24 +391,24 @@ TEST(FirstLevels, BothLevelsAreInvariant) {
   for (const sg_set_ptr *level : {&level1, &level2})
     for (int id = 0; id < sg_set_size(level->get()); id++)
       EXPECT_TRUE(sg_set_get(level->get(), id)->invariant);
-  EXPECT_EQ(sg_set_get(level1.get(), 0)->links, nullptr);
+  EXPECT_EQ(sg_parent_size(sg_set_get(level1.get(), 0)), 0);
 }
 
-TEST(FirstLevels, EachEdgeOfAPathHasALinkEvenOfTwoEqualOnes) {
+TEST(FirstLevels, EachEdgeOfAPathHasAnEntryEvenOfTwoEqualOnes) {
   const graph_list_ptr database = database_of(path_graph(3));
   const sg_set_ptr level1 = edges(database, 1);
   const sg_set_ptr level2 = double_edges(level1, database, 1);
   const subgraph *sg = sg_set_get(level2.get(), 0);
-  ASSERT_EQ(sg_link_size(sg), 2);
-  const sg_link *first = sg_link_at(sg, 0);
+  ASSERT_EQ(sg_parent_size(sg), 2);
+  const sg_parent *first = sg_parent_at(sg, 0);
   EXPECT_EQ((ints{first->pid, first->u, first->v}), (ints{0, 0, 1}));
-  EXPECT_EQ(ints(first->map, first->map + 3), (ints{1, link_gone, 0}));
-  const sg_link *second = sg_link_at(sg, 1);
+  EXPECT_EQ(ints(first->map, first->map + 3), (ints{1, -1, 0}));
+  const sg_parent *second = sg_parent_at(sg, 1);
   EXPECT_EQ((ints{second->pid, second->u, second->v}), (ints{0, 0, 2}));
-  EXPECT_EQ(ints(second->map, second->map + 3), (ints{1, 0, link_gone}));
+  EXPECT_EQ(ints(second->map, second->map + 3), (ints{1, 0, -1}));
 }
 
-TEST(FirstLevels, LinksLeadToTheParentWithoutTheirEdge) {
+TEST(FirstLevels, EntriesLeadToTheParentWithoutTheirEdge) {
   // Centre 1 between 0 (edge 2) and 2 (edge 1), in the record after it.
   const graph_list_ptr database =
       database_of(make_graph({0, 1, 2}, {{0, 1, 2}, {1, 2, 1}}));
@@ -418,13 +417,13 @@ TEST(FirstLevels, LinksLeadToTheParentWithoutTheirEdge) {
   const int to_0 =
       sg_set_find(level1.get(), sg_ptr(sg_create_edge(0, 1, 2)).get());
   const subgraph *sg = sg_set_get(level2.get(), 0);
-  ASSERT_EQ(sg_link_size(sg), 2);
+  ASSERT_EQ(sg_parent_size(sg), 2);
   // Without the edge to 0 the edge 1-2 is left, whose vertex 0 is the centre.
-  EXPECT_EQ(sg_link_at(sg, 0)->pid, 1 - to_0);
-  EXPECT_EQ(sg_link_edge(sg, sg_link_at(sg, 0)),
+  EXPECT_EQ(sg_parent_at(sg, 0)->pid, 1 - to_0);
+  EXPECT_EQ(sg_parent_edge(sg, sg_parent_at(sg, 0)),
             pendant_extension(1 - to_0, 0, 2, 0));
-  EXPECT_EQ(sg_link_at(sg, 1)->pid, to_0);
-  EXPECT_EQ(sg_link_edge(sg, sg_link_at(sg, 1)),
+  EXPECT_EQ(sg_parent_at(sg, 1)->pid, to_0);
+  EXPECT_EQ(sg_parent_edge(sg, sg_parent_at(sg, 1)),
             pendant_extension(to_0, 1, 1, 2));
 }
 

@@ -146,6 +146,42 @@ TEST(GraphProfiles, HoldTheProfileOfEveryVertex) {
   }
 }
 
+// Hubs whose neighbours are of few kinds or of many, with leaves, edges among
+// them and chains; most have more neighbours than are read one by one.
+static graph_ptr graph_with_hubs(test_rng &rng) {
+  const int leaves = 20 + random_below(rng, 200);
+  constexpr int choices[] = {1, 2, 5, 1000};
+  const int labels = choices[random_below(rng, 4)];
+  const int elabels = choices[random_below(rng, 4)];
+  const int hubs = 1 + random_below(rng, 3);
+  ints vlabels(static_cast<size_t>(hubs), 0);
+  std::vector<test_edge> edges;
+  for (int u = 1; u < hubs; u++)
+    edges.push_back({u - 1, u, 0});
+  for (int u = hubs; u < hubs + leaves; u++) {
+    vlabels.push_back(random_below(rng, labels));
+    edges.push_back({random_below(rng, hubs), u, random_below(rng, elabels)});
+    if (u > hubs && random_below(rng, 8) == 0)
+      edges.push_back({u - 1, u, random_below(rng, elabels)});
+  }
+  return make_graph(vlabels, edges);
+}
+
+TEST(GraphProfiles, OfHubsAreThoseThatEverySlotGives) {
+  test_rng rng(5);
+  int full = 0;
+  for (int i = 0; i < 300; i++) {
+    const graph_list_ptr graphs = database_of(graph_with_hubs(rng));
+    const graph_profiles profiles(graphs.get());
+    const graph *g = profiles.graph_at(0);
+    for (int u = 0; u < g->vs; u++) {
+      ASSERT_TRUE(is_equal(profiles.of(0)[u], profile_of(g, u))) << i;
+      full += ~profiles.of(0)[u].kinds == 0 && ~profiles.of(0)[u].paths == 0;
+    }
+  }
+  EXPECT_GT(full, 30);
+}
+
 static ints vertices(const graph_profiles &profiles, int i, int vlabel) {
   const graph_profiles::candidates found = profiles.vertices(i, vlabel);
   const graph *g = profiles.graph_at(i);

@@ -23,11 +23,11 @@ static sg_set_ptr level_of(const ints &supports) {
 
 // The pids kept of those offered in turn.
 static ints kept(const sg_set_ptr &level, const ints &offered) {
-  const sg_ptr sg(sg_create(4, 3));
+  const sg_ptr sg(sg_create(20, 3));
   for (const int pid : offered)
     sg_update_parent_info(sg.get(), parent_entry(pid, 0, 2, {0, 1, -1}),
                           level.get());
-  return ids_of(sg->parent);
+  return kept_of(sg.get());
 }
 
 TEST(Parents, FirstTwoAreKeptByPidWhateverTheirSupport) {
@@ -37,15 +37,15 @@ TEST(Parents, FirstTwoAreKeptByPidWhateverTheirSupport) {
 
 TEST(Parents, FirstEntryOfAParentStays) {
   const sg_set_ptr level = level_of({3, 4});
-  const sg_ptr sg(sg_create(4, 3));
+  const sg_ptr sg(sg_create(20, 3));
   sg_update_parent_info(sg.get(), parent_entry(1, 0, 2, {0, 1, -1}),
                         level.get());
   sg_update_parent_info(sg.get(), parent_entry(1, 0, 1, {1, -1, 0}),
                         level.get());
-  ASSERT_EQ(sg_parent_size(sg.get()), 1);
-  const sg_parent *entry = sg_parent_at(sg.get(), 0);
+  ASSERT_EQ(sg_kept_size(sg.get()), 1);
+  const sg_parent *entry = sg_kept_at(sg.get(), 0);
   EXPECT_EQ(entry->v, 2);
-  EXPECT_EQ(ints(entry->map, entry->map + 3), (ints{0, 1, -1}));
+  EXPECT_EQ(map_of(entry), (ints{0, 1, -1}));
 }
 
 TEST(Parents, BetterThanBothReplacesTheWorseOne) {
@@ -90,23 +90,61 @@ TEST(Parents, EntriesOfFewerVerticesFitAWiderRecord) {
                           level.get());
     sg_update_parent_info(sg.get(), parent_entry(0, 0, 1, {1, -1, 0}),
                           level.get());
-    ASSERT_EQ(ids_of(sg->parent), (ints{0, 1})) << vs;
-    const sg_parent *entry = sg_parent_at(sg.get(), 1);
+    ASSERT_EQ(kept_of(sg.get()), (ints{0, 1})) << vs;
+    const sg_parent *entry = sg_kept_at(sg.get(), 1);
     EXPECT_EQ(entry->v, 2);
     EXPECT_EQ(entry->vs, 3);
-    EXPECT_EQ(ints(entry->map, entry->map + 3), (ints{0, 1, -1}));
+    EXPECT_EQ(map_of(entry), (ints{0, 1, -1}));
   }
 }
 
 TEST(ParentsDeath, TwoEntriesOfOneParentAreRefused) {
   const sg_set_ptr level = level_of({1, 2});
-  const sg_ptr sg(sg_create(4, 3));
+  const sg_ptr sg(sg_create(20, 3));
   const parent_entry twin(1, 0, 2, {0, 1, -1});
-  ksstack_push(twin, sg->parent);
-  ksstack_push(twin, sg->parent);
+  for (const int i : {0, 1}) {
+    sg_add_parent(sg.get(), twin);
+    sg->kept[i] = i;
+  }
   EXPECT_DEATH(sg_update_parent_info(
                    sg.get(), parent_entry(0, 0, 1, {0, -1, 1}), level.get()),
                "Assertion `cmpx0 && cmpx1 && cmp01' failed");
+}
+
+// The path 1-0-2 with labels 5, 6, 7 of vertices 0, 1, 2.
+static sg_ptr path_record() {
+  return record_of(make_graph({5, 6, 7}, {{0, 1, 8}, {0, 2, 9}}));
+}
+
+TEST(ParentIds, AreThoseOfAllEntriesOnce) {
+  const sg_ptr sg = path_record();
+  for (const int pid : {7, 3, 7, 300, 0})
+    add_parent(sg.get(), pid);
+  EXPECT_EQ(sg_parent_size(sg.get()), 5);
+  EXPECT_EQ(pids_of(sg.get()), (ints{0, 3, 7, 300}));
+  sg_clear_parents(sg.get());
+  EXPECT_EQ(pids_of(sg.get()), ints());
+}
+
+TEST(ParentEdges, EdgeToAVertexThatWentIsPendantAtTheOtherEnd) {
+  const sg_ptr sg = path_record();
+  sg_add_parent(sg.get(), parent_entry(3, 0, 1, {1, -1, 0}));
+  EXPECT_EQ(sg_parent_edge(sg.get(), sg_parent_at(sg.get(), 0)),
+            pendant_extension(3, 1, 8, 6));
+  // The same when the smaller end is the one that went.
+  const sg_ptr turned =
+      record_of(make_graph({6, 5, 7}, {{0, 1, 8}, {1, 2, 9}}));
+  sg_add_parent(turned.get(), parent_entry(3, 0, 1, {-1, 1, 0}));
+  EXPECT_EQ(sg_parent_edge(turned.get(), sg_parent_at(turned.get(), 0)),
+            pendant_extension(3, 1, 8, 6));
+}
+
+TEST(ParentEdges, EdgeOnACycleIsClosingWithTheSmallerParentsVertexFirst) {
+  const sg_ptr sg =
+      record_of(make_graph({5, 6, 7}, {{0, 1, 8}, {0, 2, 9}, {1, 2, 4}}));
+  sg_add_parent(sg.get(), parent_entry(3, 0, 1, {2, 1, 0}));
+  EXPECT_EQ(sg_parent_edge(sg.get(), sg_parent_at(sg.get(), 0)),
+            closing_extension(3, 1, 2, 8));
 }
 
 } // namespace kestro

@@ -16,8 +16,8 @@ static sg_set_ptr level() {
   sg_ptr a = record_of(make_graph({1, 0, 0}, {{0, 1, 0}, {0, 2, 1}}));
   a->count = 12;
   set_tids(a.get(), {0, 4, 9});
-  sg_add_pid(a.get(), 5);
-  sg_add_pid(a.get(), 2);
+  add_parent(a.get(), 5);
+  add_parent(a.get(), 2);
   sg_set_push(s.get(), std::move(a));
   sg_set_push(s.get(),
               record_of(make_graph({0, 1, 1}, {{0, 1, 1}, {0, 2, 1}})));

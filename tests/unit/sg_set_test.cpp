@@ -134,6 +134,59 @@ TEST(SgSet, ClearThenFreeLeavesTheRecordsAlive) {
   EXPECT_EQ(survivor->g->key, 10u);
 }
 
+// Records in the set's blocks, each with a TID list and one parent.
+static sg_set_ptr set_in_blocks(int n) {
+  sg_set_ptr s(sg_set_create());
+  for (int key = 0; key < n; key++) {
+    const sg_ptr sg = keyed(key);
+    set_tids(sg.get(), {key, key + 1});
+    add_parent(sg.get(), 3 * key);
+    sg_set_push(s.get(), sg_ptr(sg_copy(sg.get(), &s->blocks)));
+  }
+  return s;
+}
+
+static void drop_all_but_every(int step, sg_set *s) {
+  xvector<sg_ptr> records = sg_set_take_records(s);
+  for (size_t i = 0; i < records.size(); i += static_cast<size_t>(step))
+    sg_set_push(s, std::move(records[i]));
+}
+
+TEST(SgSet, CompactKeepsRecordsAndFreesWhatIsGone) {
+  const sg_set_ptr s = set_in_blocks(100);
+  const size_t full = s->blocks.taken();
+  drop_all_but_every(3, s.get());
+  const subgraph *before = sg_set_get(s.get(), 1);
+  sg_set_compact(s.get());
+  EXPECT_EQ(s->blocks.taken(), full / 100 * 34);
+  ASSERT_EQ(sg_set_size(s.get()), 34);
+  EXPECT_NE(sg_set_get(s.get(), 1), before);
+  for (int i = 0; i < 34; i++) {
+    const subgraph *sg = sg_set_get(s.get(), i);
+    EXPECT_EQ(sg->g->key, static_cast<uint32_t>(3 * i));
+    EXPECT_EQ(ids_of(sg->tid), (ints{3 * i, 3 * i + 1}));
+    EXPECT_EQ(sg_pid_at(sg, 0), 9 * i);
+  }
+}
+
+TEST(SgSet, CompactMovesNothingWhereHalfIsLeft) {
+  const sg_set_ptr s = set_in_blocks(100);
+  const size_t full = s->blocks.taken();
+  drop_all_but_every(1, s.get());
+  const subgraph *before = sg_set_get(s.get(), 1);
+  sg_set_compact(s.get());
+  EXPECT_EQ(s->blocks.taken(), full);
+  EXPECT_EQ(sg_set_get(s.get(), 1), before);
+}
+
+TEST(SgSet, CompactOfRecordsWithBlocksOfTheirOwn) {
+  const sg_set_ptr s = set_of({10, 20});
+  const subgraph *before = sg_set_get(s.get(), 1);
+  sg_set_compact(s.get());
+  EXPECT_EQ(keys_of(s), (ints{10, 20}));
+  EXPECT_EQ(sg_set_get(s.get(), 1), before);
+}
+
 TEST(SgSet, FreeOfNullDoesNothing) { EXPECT_NO_THROW(sg_set_free(nullptr)); }
 
 TEST(SgSetFatal, IndexBeyondTheEnd) {

@@ -1,10 +1,11 @@
 #include "mining/subgraph.h"
 
 #include <cstring>
+#include <utility>
 
 #include <gtest/gtest.h>
 
-#include "mining/links.h"
+#include "mining/parents.h"
 #include "reference/mining/subgraph.h"
 #include "support/fatal.h"
 #include "support/records.h"
@@ -18,21 +19,19 @@ TEST(Subgraph, OneEdgeRecordHasItsFirstCapacities) {
   EXPECT_EQ(sg->count, 0);
   EXPECT_EQ(sg->child->capacity, 2);
   EXPECT_EQ(sg->child->element_size, 4);
-  EXPECT_EQ(sg->parent->capacity, 2);
-  EXPECT_EQ(sg->parent->element_size, 6 * 4);
-  EXPECT_EQ(sg->pid->capacity, 1);
-  EXPECT_EQ(sg->pid->element_size, 2 * 4);
+  EXPECT_EQ(sg->parents_room, 1);
+  EXPECT_EQ(sg_parent_size(sg.get()) + sg_kept_size(sg.get()), 0);
   EXPECT_EQ(sg->tid->capacity, 1);
   EXPECT_EQ(sg->cover->capacity, 1);
-  for (const ksstack *s : {sg->child, sg->parent, sg->pid, sg->tid, sg->cover})
+  for (const ksstack *s : {sg->child, sg->tid, sg->cover})
     EXPECT_EQ(s->count, 0);
 }
 
 TEST(Subgraph, CapacitiesFollowTheSizes) {
   const sg_ptr sg(sg_create(10, 4));
   EXPECT_EQ(sg->child->capacity, 4);
-  EXPECT_EQ(sg->parent->element_size, (4 + 4) * 4);
-  EXPECT_EQ(sg->pid->capacity, 5);
+  EXPECT_EQ(sg->entry_bytes, 4 + 3 * 2 + 4 * 2 + 2);
+  EXPECT_EQ(sg->parents_room, 5);
 }
 
 TEST(Subgraph, GraphFollowsTheHeaderInOneBlock) {
@@ -48,9 +47,9 @@ TEST(Subgraph, InitUsesTheCallersMemory) {
   std::vector<int64_t> memory(sg_size(4, 3) / 8 + 1);
   subgraph *sg = sg_init(memory.data(), 4, 3);
   EXPECT_EQ(static_cast<void *>(sg), static_cast<void *>(memory.data()));
-  sg_add_tid(sg, 3);
-  EXPECT_EQ(sg_support(sg), 1);
-  sg_free_sets(sg);
+  for (const ksstack *s : {sg->child, sg->tid, sg->cover, sg->rows})
+    EXPECT_EQ(s, nullptr);
+  EXPECT_EQ(sg->parents_room, 0);
 }
 
 static sg_ptr filled_record() {
@@ -58,11 +57,11 @@ static sg_ptr filled_record() {
   sg->g->key = 99;
   sg->count = 4;
   sg_add_child(sg.get(), 1);
-  sg_add_pid(sg.get(), 2);
+  add_parent(sg.get(), 2);
+  sg_add_parent(sg.get(), parent_entry(5, 0, 1, {1, -1}));
+  sg->kept[0] = 1;
   sg_add_tid(sg.get(), 3);
   sg_add_cover(sg.get(), 4);
-  const parent_entry entry(5, 0, 1, {1, -1});
-  ksstack_push(entry, sg->parent);
   return sg;
 }
 
@@ -74,16 +73,16 @@ TEST(Subgraph, CopyHasTheSameContentsOfItsOwn) {
   EXPECT_EQ(copy->g->key, 99u);
   EXPECT_EQ(copy->count, 4);
   sg_add_child(sg.get(), 11);
-  sg_add_pid(sg.get(), 12);
+  add_parent(sg.get(), 12);
   sg_add_tid(sg.get(), 13);
   sg_add_cover(sg.get(), 14);
-  sg_clear_parent(sg.get());
+  sg_clear_parents(sg.get());
   EXPECT_EQ(ids_of(copy->child), (ints{1}));
-  EXPECT_EQ(ids_of(copy->pid), (ints{2}));
+  EXPECT_EQ(pids_of(copy.get()), (ints{2, 5}));
   EXPECT_EQ(ids_of(copy->tid), (ints{3}));
   EXPECT_EQ(ids_of(copy->cover), (ints{4}));
-  ASSERT_EQ(sg_parent_size(copy.get()), 1);
-  const sg_parent *entry = sg_parent_at(copy.get(), 0);
+  ASSERT_EQ(sg_kept_size(copy.get()), 1);
+  const sg_parent *entry = sg_kept_at(copy.get(), 0);
   EXPECT_EQ(entry->pid, 5);
   EXPECT_EQ(entry->u, 0);
   EXPECT_EQ(entry->v, 1);
@@ -121,55 +120,55 @@ TEST(Subgraph, CopyOfARecordWithoutACoverHasNone) {
 
 TEST(Subgraph, RecordWithoutAnySetIsCopiedAndFreed) {
   const sg_ptr sg = filled_record();
-  for (ksstack **s :
-       {&sg->child, &sg->parent, &sg->pid, &sg->tid, &sg->cover}) {
+  for (ksstack **s : {&sg->child, &sg->tid, &sg->cover}) {
     ksstack_free(*s);
     *s = nullptr;
   }
   const sg_ptr copy(sg_copy(sg.get()));
   EXPECT_EQ(copy->child, nullptr);
-  EXPECT_EQ(copy->parent, nullptr);
-  EXPECT_EQ(copy->pid, nullptr);
   EXPECT_EQ(copy->tid, nullptr);
   EXPECT_EQ(copy->count, 4);
 }
 
-TEST(Subgraph, CopyTakesOverLinksAndWhatIsKnownOfTheForm) {
+TEST(Subgraph, CopyTakesOverWhatIsKnownOfTheForm) {
   const sg_ptr sg = filled_record();
-  EXPECT_EQ(sg->links, nullptr);
   EXPECT_FALSE(sg->invariant);
   EXPECT_FALSE(sg->rigid);
-  sg->links = sg_links_create(2);
-  sg_add_link(sg.get(), parent_entry(5, 0, 1, {1, -1}));
   sg->invariant = true;
   sg->rigid = true;
   const sg_ptr copy(sg_copy(sg.get()));
   EXPECT_TRUE(copy->invariant);
   EXPECT_TRUE(copy->rigid);
-  sg_clear_links(sg.get());
-  ASSERT_EQ(sg_link_size(copy.get()), 1);
-  EXPECT_EQ(sg_link_at(copy.get(), 0)->pid, 5);
-  EXPECT_EQ(sg_link_at(copy.get(), 0)->map[0], 1);
-  EXPECT_EQ(sg_link_at(copy.get(), 0)->map[1], link_gone);
 }
 
-TEST(Subgraph, SetsOfACopyGrowBeyondTheRoomInItsBlock) {
+TEST(Subgraph, CopyHasNoRoomToSpare) {
   const sg_ptr sg = filled_record();
   const sg_ptr copy(sg_copy(sg.get()));
-  for (int i = 0; i < 100; i++) {
-    sg_add_pid(copy.get(), i);
-    sg_append_tid(copy.get(), 10 + i);
+  EXPECT_EQ(copy->parents_room, 2);
+  EXPECT_EQ(copy->block, sg_size(2, 2) + 2 * sg_parent_bytes(2));
+}
+
+TEST(Subgraph, CopyAndMoveIntoAnArenaLeaveTheBlockToIt) {
+  arena memory;
+  const sg_ptr copy(sg_copy(filled_record().get(), &memory));
+  EXPECT_EQ(memory.taken(), (copy->block + 15) / 16 * 16);
+  arena other;
+  sg_ptr record = filled_record();
+  const ksstack *tid = record->tid;
+  for (arena *to : {&memory, &other}) {
+    record.reset(sg_move(record.release(), to));
+    EXPECT_TRUE(record->in_arena);
+    EXPECT_EQ(record->tid, tid);
+    EXPECT_EQ(pids_of(record.get()), (ints{2, 5}));
+    EXPECT_EQ(kept_of(record.get()), (ints{5}));
+    EXPECT_EQ(sg_compare(record.get(), copy.get()), 0);
   }
-  EXPECT_EQ(ids_of(copy->pid), identity_of(100));
-  for (const int pid : {6, 7}) {
-    const parent_entry entry(pid, 0, 1, {-1, 0});
-    ksstack_push(entry, copy->parent);
-  }
-  EXPECT_EQ(ids_of(copy->parent), (ints{5, 6, 7}));
-  EXPECT_EQ(sg_parent_at(copy.get(), 2)->map[1], 0);
-  const sg_ptr second(sg_copy(copy.get()));
-  EXPECT_EQ(ids_of(second->pid), identity_of(100));
-  EXPECT_EQ(ids_of(second->parent), (ints{5, 6, 7}));
+}
+
+TEST(SubgraphDeath, MoreParentsThanThereIsRoomFor) {
+  const sg_ptr sg(sg_create(2, 2));
+  add_parent(sg.get(), 1);
+  EXPECT_DEATH(add_parent(sg.get(), 2), "sg->parents < sg->parents_room");
 }
 
 TEST(Subgraph, LightCopyHasGraphAndCountButNoSets) {
@@ -178,8 +177,8 @@ TEST(Subgraph, LightCopyHasGraphAndCountButNoSets) {
   const subgraph *copy = sg_light_copy(sg.get(), memory.data());
   EXPECT_EQ(sg_compare(copy, sg.get()), 0);
   EXPECT_EQ(copy->count, 4);
-  for (const ksstack *s : {copy->child, copy->parent, copy->pid, copy->tid,
-                           copy->cover, copy->rows})
+  EXPECT_EQ(sg_parent_size(copy), 0);
+  for (const ksstack *s : {copy->child, copy->tid, copy->cover, copy->rows})
     EXPECT_EQ(s, nullptr);
 }
 
@@ -287,8 +286,8 @@ TEST_P(IdSets, ClearEmptiesAndKeepsTheRoom) {
 TEST_P(IdSets, AnAbsentOneIsEmptyAndComesWithTheFirstId) {
   const id_set &set = GetParam();
   const sg_ptr sg(sg_create(2, 2));
-  sg_free_sets(sg.get());
-  sg->child = sg->parent = sg->pid = sg->tid = sg->cover = nullptr;
+  for (ksstack **s : {&sg->child, &sg->tid, &sg->cover})
+    ksstack_free(std::exchange(*s, nullptr));
   EXPECT_EQ(set.size(sg.get()), 0);
   set.clear(sg.get());
   EXPECT_EQ(set.size(sg.get()), 0);
@@ -312,13 +311,12 @@ static std::string set_name(const testing::TestParamInfo<id_set> &param) {
 
 INSTANTIATE_TEST_SUITE_P(
     All, IdSets,
-    testing::Values(
-        id_set{"child", sg_child_size, sg_child_at, sg_add_child,
-               sg_clear_child},
-        id_set{"pid", sg_pid_size, sg_pid_at, sg_add_pid, sg_clear_pid},
-        id_set{"tid", sg_tid_size, sg_tid_at, sg_add_tid, sg_clear_tid},
-        id_set{"cover", sg_cover_size, sg_cover_at, sg_add_cover,
-               sg_clear_cover}),
+    testing::Values(id_set{"child", sg_child_size, sg_child_at, sg_add_child,
+                           sg_clear_child},
+                    id_set{"tid", sg_tid_size, sg_tid_at, sg_add_tid,
+                           sg_clear_tid},
+                    id_set{"cover", sg_cover_size, sg_cover_at, sg_add_cover,
+                           sg_clear_cover}),
     set_name);
 
 TEST(Subgraph, AppendTidTakesWhatComes) {
@@ -342,8 +340,8 @@ TEST(Subgraph, CoverFindsAndRemovesItsIds) {
 
 TEST(Subgraph, AppendTidAndCoverServeAbsentSets) {
   const sg_ptr sg(sg_create(2, 2));
-  sg_free_sets(sg.get());
-  sg->child = sg->parent = sg->pid = sg->tid = sg->cover = nullptr;
+  for (ksstack **s : {&sg->child, &sg->tid, &sg->cover})
+    ksstack_free(std::exchange(*s, nullptr));
   EXPECT_EQ(sg_support(sg.get()), 0);
   EXPECT_FALSE(sg_in_cover(sg.get(), 4));
   sg_remove_cover(sg.get(), 4);
@@ -353,22 +351,20 @@ TEST(Subgraph, AppendTidAndCoverServeAbsentSets) {
   EXPECT_EQ(ids_of(sg->tid), (ints{3, 8}));
 }
 
-TEST(Subgraph, ParentEntriesAreFoundByPid) {
-  const sg_ptr sg(sg_create(2, 2));
-  for (const int pid : {3, 8}) {
-    const parent_entry entry(pid, 0, 1, {0, -1});
-    ksstack_push(entry, sg->parent);
-  }
-  EXPECT_EQ(sg_parent_size(sg.get()), 2);
-  EXPECT_EQ(sg_parent_at(sg.get(), 1)->pid, 8);
-  EXPECT_EQ(sg_find_parent(sg.get(), 3), 0);
-  EXPECT_EQ(sg_find_parent(sg.get(), 8), 1);
+TEST(Subgraph, KeptParentsAreFoundByPid) {
+  const sg_ptr sg = record_of(path_graph(2));
+  for (const int pid : {8, 5, 3})
+    add_parent(sg.get(), pid);
+  sg->kept[0] = 2;
+  EXPECT_EQ(kept_of(sg.get()), (ints{3}));
+  sg->kept[1] = 0;
+  EXPECT_EQ(kept_of(sg.get()), (ints{3, 8}));
+  EXPECT_EQ(sg_find_kept(sg.get(), 8), sg_parent_at(sg.get(), 0));
   for (const int absent : {2, 5, 9})
-    EXPECT_EQ(sg_find_parent(sg.get(), absent), -1);
-  sg_clear_parent(sg.get());
-  EXPECT_EQ(sg_find_parent(sg.get(), 3), -1);
-  EXPECT_EQ(fatal_text([&] { sg_parent_at(sg.get(), 0); }),
-            "stack.c:N: invalid index\n");
+    EXPECT_EQ(sg_find_kept(sg.get(), absent), nullptr);
+  sg_clear_parents(sg.get());
+  EXPECT_EQ(sg_find_kept(sg.get(), 3), nullptr);
+  EXPECT_EQ(sg_parent_size(sg.get()), 0);
 }
 
 } // namespace kestro

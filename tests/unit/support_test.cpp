@@ -5,7 +5,6 @@
 #include <utility>
 
 #include "mining/embeddings.h"
-#include "mining/links.h"
 #include "mining/occurrences.h"
 #include "mining/parents.h"
 #include "reference/mining/sg_set.h"
@@ -29,7 +28,7 @@ static graph_list_ptr paths(const ints &vertices) {
 static sg_ptr candidate(const graph_ptr &g, const ints &pids) {
   sg_ptr sg = canonical_record(g);
   for (const int pid : pids)
-    sg_add_pid(sg.get(), pid);
+    add_parent(sg.get(), pid);
   return sg;
 }
 
@@ -56,11 +55,11 @@ TEST(IntersectParentTids, WithoutParentsAreNone) {
 }
 
 TEST(IntersectParentTidsFatal, RecordWithoutParentIds) {
-  const sg_ptr sg = candidate(path_graph(3), {});
-  ksstack_free(sg->pid);
-  sg->pid = nullptr;
+  const sg_ptr whole = candidate(path_graph(3), {});
+  std::vector<int64_t> memory(sg_size(4, 3) / 8 + 1);
+  subgraph *sg = sg_light_copy(whole.get(), memory.data());
   EXPECT_EQ(fatal_text([&] {
-              sg_intersect_parent_tids(sg.get(), level_with_tids({{0}}).get(),
+              sg_intersect_parent_tids(sg, level_with_tids({{0}}).get(),
                                        paths({3}).get());
             }),
             "subgraph.c:N: null pid\n");
@@ -385,7 +384,7 @@ TEST(CountFrequents, ChildrenAreRegisteredUnderTheKeptParentsOnly) {
   sg_set_insert(cand, bounded(path_graph(4), {0}, {0, 1, 2}, prev));
   const sg_set_ptr level(count_level(cand, prev.get(), database.get(), 1));
   ASSERT_EQ(sg_set_size(level.get()), 1);
-  EXPECT_EQ(ids_of(sg_set_get(level.get(), 0)->pid), (ints{0, 1, 2}));
+  EXPECT_EQ(pids_of(sg_set_get(level.get(), 0)), (ints{0, 1, 2}));
   EXPECT_EQ(ids_of(sg_set_get(prev.get(), 0)->child), ints());
   EXPECT_EQ(ids_of(sg_set_get(prev.get(), 1)->child), (ints{0}));
   EXPECT_EQ(ids_of(sg_set_get(prev.get(), 2)->child), (ints{0}));
@@ -446,10 +445,10 @@ TEST(CountFrequents, LevelBeforeKeepsWhatCountingNeeds) {
   const graph_list_ptr database = database_of(star_graph(3));
   const sg_set_ptr prev = level_with_rows({0}, {{0, 1}});
   subgraph *parent = sg_set_get(prev.get(), 0);
-  parent->links = sg_links_create(parent->g->vs);
+  add_parent(parent, 3);
   counted_paths(database, prev, {0});
   EXPECT_EQ(rows_of(parent), (std::vector<ints>{{0, 1}}));
-  EXPECT_NE(parent->links, nullptr);
+  EXPECT_EQ(pids_of(parent), (ints{3}));
   EXPECT_EQ(ids_of(parent->tid), (ints{0}));
 }
 

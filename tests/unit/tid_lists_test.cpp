@@ -15,7 +15,7 @@ static sg_ptr candidate(const ints &pids, const sg_set_ptr &level,
                         bool with_entries = true) {
   sg_ptr sg = canonical_record(path_graph(3));
   for (const int pid : pids) {
-    sg_add_pid(sg.get(), pid);
+    add_parent(sg.get(), pid);
     if (with_entries)
       sg_update_parent_info(sg.get(), parent_entry(pid, 0, 1, {0, -1, 1}),
                             level.get());
@@ -153,7 +153,7 @@ TEST(TidListsFatal, ParentThatIsNotInTheLevel) {
   for (const int n : sizes) {
     const sg_set_ptr level = level_with_tids({{1}});
     sg_ptr sg = candidate({}, level);
-    sg_add_pid(sg.get(), 1);
+    add_parent(sg.get(), 1);
     tid_lists::workspace work;
     EXPECT_EQ(fatal_text([&] {
                 tid_lists(level.get(), n).common_to_parents(sg.get(), 0, &work);
