@@ -46,7 +46,8 @@ struct joiner {
 generation sg_generate_candidates(const sg_set *children, const sg_set *cores,
                                   const generation_options &options) {
   pattern_groups core_groups(options.stop);
-  const child_table table(children, cores, &core_groups, options.stop);
+  const child_table table(children, cores, &core_groups, options.stop,
+                          options.jobs);
   const int workers = worker_count(options.jobs, sg_set_size(cores));
   // A joiner belongs to the thread that makes and ends it.
   xvector<std::unique_ptr<joiner>> joiners(static_cast<size_t>(workers));
@@ -150,6 +151,10 @@ void join_context::collect(const joined_child &a, size_t b,
   }
 }
 
+// As many images of a place as make the group of the pattern that is built onto
+// worth finding: it spares no more than all but one of them.
+static constexpr size_t many = 3;
+
 void join_context::join_children_of(int core, const pattern_groups &groups) {
   const subgraph *sg = sg_set_get(cores_, core);
   const int n = sg_child_size(sg);
@@ -169,7 +174,7 @@ void join_context::join_children_of(int core, const pattern_groups &groups) {
     poll.step(static_cast<int64_t>((child_.size() - i) * places.size()));
     for (size_t j = i; j < child_.size(); j++)
       collect(child_[i], j, places);
-    offer_all(core, places.size() > 1);
+    offer_all(core, places.size() >= many);
   }
 }
 

@@ -20,9 +20,11 @@ struct found_child {
 class child_table {
 public:
   // children is the level, cores the level of their parents.  groups, which is
-  // borrowed, gets the groups of all cores with children that are not rigid.
+  // borrowed, gets the groups of all cores with children that are not rigid,
+  // computed on up to jobs threads.
   child_table(const sg_set *children, const sg_set *cores,
-              pattern_groups *groups, const interruption *stop = nullptr);
+              pattern_groups *groups, const interruption *stop = nullptr,
+              int jobs = 1);
 
   // The pattern that x, an extension of a core, is; null when it is none of the
   // level.

@@ -8,23 +8,36 @@ namespace kestro {
 
 void pattern_groups::expect(int n) {
   entries_.assign(static_cast<size_t>(n), {});
-  perms_.clear();
+  for (worker &w : workers_)
+    w.perms.clear();
 }
 
-void pattern_groups::prepare(int i, const graph *g) {
+void pattern_groups::need_workers(int n) {
+  while (static_cast<int>(workers_.size()) < n)
+    workers_.emplace_back(stop_);
+}
+
+void pattern_groups::prepare_by(int w, int i, const graph *g) {
   entry *e = &entries_[static_cast<size_t>(i)];
   if (e->count != -1)
     return;
-  const size_t first = perms_.size();
-  const int count = search_.find(g, &perms_);
-  *e = {first, count, g->vs};
+  worker *by = &workers_[static_cast<size_t>(w)];
+  const size_t first = by->perms.size();
+  const int count = by->search.find(g, &by->perms);
+  *e = {first, w, count, g->vs};
+}
+
+void pattern_groups::prepare(int i, const graph *g) {
+  need_workers(1);
+  prepare_by(0, i, g);
 }
 
 pattern_group pattern_groups::at(int i) const {
   const entry &e = entries_[static_cast<size_t>(i)];
   if (e.count <= 0)
     return {};
-  return {perms_.data() + e.first, e.count, e.vs};
+  const worker &by = workers_[static_cast<size_t>(e.worker)];
+  return {by.perms.data() + e.first, e.count, e.vs};
 }
 
 // The bit of a vertex or of a pair of vertices.

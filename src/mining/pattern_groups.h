@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <span>
 
+#include "base/parallel.h"
 #include "cl/automorphism_group.h"
 #include "mining/extension_map.h"
 
@@ -23,7 +24,7 @@ struct pattern_group {
 // The groups of numbered patterns, each computed once.
 class pattern_groups {
 public:
-  explicit pattern_groups(const interruption *stop = nullptr) : search_(stop) {}
+  explicit pattern_groups(const interruption *stop = nullptr) : stop_(stop) {}
 
   // Forgets all groups and expects the numbers from 0 to n - 1.  Keeps the
   // memory.
@@ -31,20 +32,46 @@ public:
   // Computes the group of the pattern with number i, whose graph g is, unless
   // it is known.  Groups handed out before are not valid any more.
   void prepare(int i, const graph *g);
+  // The same for every i expected for which graph_of(i) is not null, on up to
+  // jobs threads.
+  template <class GraphOf> void prepare_all(int jobs, GraphOf graph_of);
   // The group of a pattern; of no generators until it is prepared.
   pattern_group at(int i) const;
 
 private:
   struct entry {
-    size_t first = 0; // in perms_
-    int count = -1;   // of generators; -1 until it is prepared
+    size_t first = 0; // in the worker's perms
+    int worker = 0;
+    int count = -1; // of generators; -1 until it is prepared
     int vs = 0;
   };
+  // Who computes groups, one for each thread.
+  struct worker {
+    explicit worker(const interruption *stop) : search(stop) {}
+    automorphism_search search;
+    xvector<int> perms; // of its groups, one after another
+  };
 
-  automorphism_search search_;
+  void prepare_by(int w, int i, const graph *g);
+  void need_workers(int n);
+
+  const interruption *stop_;
   xvector<entry> entries_;
-  xvector<int> perms_; // of all groups, one after another
+  xvector<worker> workers_;
 };
+
+template <class GraphOf>
+void pattern_groups::prepare_all(int jobs, GraphOf graph_of) {
+  const int n = static_cast<int>(entries_.size());
+  need_workers(worker_count(jobs, n));
+  parallel_for(
+      jobs, n,
+      [&](int w, int i) {
+        if (const graph *g = graph_of(i))
+          prepare_by(w, i, g);
+      },
+      [](int) {});
+}
 
 // Where an edge lies in a pattern: its ends in any order, or one end and -1
 // when the other one is a new vertex.

@@ -355,6 +355,12 @@ TEST_F(LongSteps, OneSearchInOneTransactionEnds) {
   EXPECT_EQ(image[2], 1);
 }
 
+TEST_F(LongSteps, FindingGeneratorsEnds) {
+  automorphism_search search(&stop);
+  xvector<int> perms;
+  EXPECT_THROW(search.find(ring_graph(300).get(), &perms), interrupted);
+}
+
 TEST_F(LongSteps, ListingAutomorphismsEnds) {
   const graph_ptr star = star_graph(25);
   const automorphism_cache_ptr cache(automorphism_cache_create());

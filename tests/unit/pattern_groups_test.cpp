@@ -63,6 +63,34 @@ TEST(PatternGroups, ExpectForgets) {
   EXPECT_EQ(groups.at(0).vs, 3);
 }
 
+TEST(PatternGroups, AreTheSameOnAnyNumberOfThreads) {
+  test_rng rng(3);
+  std::vector<graph_ptr> graphs;
+  for (int i = 0; i < 300; i++)
+    graphs.push_back(random_graph(rng, {2 + i % 7, i % 5, 1, 1, true}));
+  const int n = static_cast<int>(graphs.size());
+  const auto graph_of = [&](int i) -> const graph * {
+    return i % 10 == 9 ? nullptr : graphs[static_cast<size_t>(i)].get();
+  };
+  pattern_groups alone;
+  alone.expect(n);
+  alone.prepare_all(1, graph_of);
+  EXPECT_EQ(alone.at(9).count, 0);
+  for (const int jobs : {2, 5}) {
+    pattern_groups groups;
+    for (int again = 0; again < 2; again++) {
+      groups.expect(n);
+      groups.prepare_all(jobs, graph_of);
+      for (int i = 0; i < n; i++) {
+        const pattern_group a = alone.at(i);
+        const pattern_group b = groups.at(i);
+        ASSERT_EQ(b.count, a.count);
+        ASSERT_TRUE(std::equal(a.perms, a.perms + a.count * a.vs, b.perms));
+      }
+    }
+  }
+}
+
 TEST(OrbitWalk, WithoutGeneratorsIsThePlace) {
   orbit_walk walk;
   EXPECT_EQ(images_of(&walk, {}, {3, -1}), (pairs{{-1, 3}}));
