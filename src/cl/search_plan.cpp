@@ -17,7 +17,6 @@
 #include "cl/search_plan.h"
 
 #include <algorithm>
-#include <climits>
 #include <tuple>
 
 namespace kestro {
@@ -398,10 +397,47 @@ int search_plan::take_over(const target &to, int depth,
   return vs;
 }
 
-// How many vertices a walk below a root may take back.
-static int walk_limit(int patience, int slots) {
-  const int64_t limit = patience + int64_t{patience} * slots / 1024;
-  return static_cast<int>(std::min<int64_t>(limit, INT_MAX));
+// How long walks go on.  Times are counted in vertices taken back.
+struct search_plan::pauses {
+  int between_looks;    // at the request
+  int until_look;       // at the start of the current stretch
+  int stretch;          // of a walk below a root
+  int given;            // length of the current stretch
+  int left;             // of it
+  int most;             // below one root, before the search with domains
+  int below = -1;       // before this stretch; -1: the root is not handed over
+  bool is_hard = false; // the search with domains is prepared
+  bool is_too_large = false; // for it
+};
+
+// Looks at the request, and hands a root that has taken long to the search with
+// domains.  Returns the depth at which the walk goes on.
+int search_plan::pause(const graph *t, const target &to, int depth, pauses *p,
+                       search_memory *memory) const {
+  guarded(memory, [this] { check_interruption(stop_); });
+  p->until_look = p->between_looks;
+  if (p->below != -1 && (p->below += p->given) >= p->most) {
+    if (!p->is_hard)
+      prepare_hard(t, memory);
+    p->is_hard = true;
+    p->below = -1;
+    const int reached = take_over(to, depth, memory);
+    p->is_too_large = reached == depth;
+    depth = reached;
+  }
+  p->left = p->given = p->below == -1 ? p->between_looks : p->stretch;
+  return depth;
+}
+
+// Begins the next stretch, below a new root.
+inline void search_plan::begin_root(pauses *p, search_memory *memory) const {
+  p->until_look -= p->given - p->left;
+  if (p->until_look <= 0) {
+    guarded(memory, [this] { check_interruption(stop_); });
+    p->until_look = p->between_looks;
+  }
+  p->left = p->given = p->stretch;
+  p->below = p->is_too_large ? -1 : 0;
 }
 
 // Goes on at a depth, at 0 with the next root, until a mapping is complete,
@@ -412,53 +448,48 @@ bool search_plan::search(const graph *t, const target &to, const int *roots,
                          search_memory *memory) const {
   const int vs = pattern_->vs;
   int *const next_at = memory->at.data();
-  // No step looks at more than a few times the slots of the graph.
-  const int between_looks = 1 + (1 << 22) / (1 + to.slots);
-  int until_look = between_looks;
-  const int limit = walk_limit(memory->patience, to.slots);
-  int until_hard = INT_MAX; // a walk that goes on has had mappings
-  bool is_hard = false;
+  pauses p = pauses_for(to, memory->patience);
   for (;;) {
     while (0 < depth && depth < vs) {
-      if (until_hard == 0) {
-        if (!is_hard)
-          prepare_hard(t, memory);
-        is_hard = true;
-        depth = take_over(to, depth, memory);
-        until_hard = INT_MAX;
-        continue;
-      }
-      int left = std::min(until_look, until_hard);
-      until_look -= left;
-      until_hard -= left;
-      depth = twins == twin_images::ascending
-                  ? walk<twin_images::ascending>(to, depth, &left, memory)
-                  : walk<twin_images::any>(to, depth, &left, memory);
-      until_look += left;
-      until_hard += left;
-      if (until_look == 0) {
-        guarded(memory, [this] { check_interruption(stop_); });
-        until_look = between_looks;
-      }
+      if (p.left == 0)
+        depth = pause(t, to, depth, &p, memory);
+      else
+        depth = twins == twin_images::ascending
+                    ? walk<twin_images::ascending>(to, depth, &p.left, memory)
+                    : walk<twin_images::any>(to, depth, &p.left, memory);
     }
     if (depth == vs)
       return true;
     int root = -1;
     for (int &at = next_at[0]; at < root_count && root == -1; at++)
       if (const int w = roots ? roots[at] : at;
-          to.vlabel[w] == steps_[0].vlabel && fits(steps_[0], to, w) &&
-          !(is_hard && memory->hard.get()->excludes(w)))
+          to.vlabel[w] == steps_[0].vlabel && fits(steps_[0], to, w))
         root = w;
     if (root == -1)
       return false;
+    if (p.is_hard && memory->hard.get()->excludes(root))
+      continue;
     memory->image[0] = root;
     depth = 1;
-    until_hard = limit;
     if (vs > 1) {
+      begin_root(&p, memory);
       to.used[root] = 1;
       next_at[1] = to.v[root];
     }
   }
+}
+
+// A walk that goes on has had a mapping below its root, which is therefore not
+// handed over.
+search_plan::pauses search_plan::pauses_for(const target &to, int patience) {
+  pauses p;
+  // No step looks at more than a few times the slots of the graph.
+  p.between_looks = 1 + (1 << 22) / (1 + to.slots);
+  p.until_look = p.between_looks;
+  p.stretch = std::min(patience, p.between_looks);
+  p.left = p.given = p.between_looks;
+  p.most = patience == 0 ? 0 : std::max(patience, to.slots);
+  return p;
 }
 
 void search_plan::prepare_hard(const graph *t, search_memory *memory) const {

@@ -65,8 +65,7 @@ struct search_memory {
   xvector<int> image; // per depth: the vertex mapped to
   xvector<char> used; // by vertex: 1 for images, 0 between searches
   // The walk below a root ends, and the search with domains takes over, when it
-  // has taken back so many vertices, and as many more for each 1024 slots of
-  // the graph.
+  // has taken back so many vertices, and as many as the graph has slots.
   int patience = 2048;
   late_search hard;
 };
@@ -128,6 +127,11 @@ private:
   template <twin_images Twins>
   int walk(const target &to, int depth, int *left, search_memory *memory) const;
   void prepare_hard(const graph *t, search_memory *memory) const;
+  struct pauses;
+  static pauses pauses_for(const target &to, int patience);
+  int pause(const graph *t, const target &to, int depth, pauses *p,
+            search_memory *memory) const;
+  void begin_root(pauses *p, search_memory *memory) const;
   int take_over(const target &to, int depth, search_memory *memory) const;
   void write_image(const search_memory &memory, int *image) const;
 
