@@ -194,6 +194,12 @@ template <class Target> static int edge_label(const Target &to, int w, int y) {
   return first < last && *first == y ? to.elabel[first - to.e] : -1;
 }
 
+// Vertices that a walk takes back between two pauses.  No step looks at more
+// than a few times the slots of the graph.
+template <class Target> static int stretch(const Target &to, int patience) {
+  return std::min(patience, 1 + (1 << 22) / (1 + to.slots));
+}
+
 // Whether w has enough free neighbours of that kind.
 template <class Target>
 static bool has_room(const plan_need &need, const Target &to, int w) {
@@ -251,6 +257,7 @@ static void prepare(search_memory *memory, int vs, const graph *t) {
     memory->image.resize(static_cast<size_t>(vs));
   }
   memory->at[0] = 0;
+  memory->pauses.root = -1;
   if (memory->used.size() < static_cast<size_t>(t->vs))
     memory->used.resize(static_cast<size_t>(t->vs), 0);
 }
@@ -287,6 +294,7 @@ bool search_plan::first(const graph *t, twin_images twins,
 bool search_plan::next(const graph *t, twin_images twins, search_memory *memory,
                        int *image) const {
   const target to(t, nullptr, memory);
+  memory->pauses.skip(memory->image[0]);
   if (!search(t, to, nullptr, t->vs, pattern_->vs - 1, twins, memory))
     return false;
   write_image(*memory, image);
@@ -397,47 +405,38 @@ int search_plan::take_over(const target &to, int depth,
   return vs;
 }
 
-// How long walks go on.  Times are counted in vertices taken back.
-struct search_plan::pauses {
-  int between_looks;    // at the request
-  int until_look;       // at the start of the current stretch
-  int stretch;          // of a walk below a root
-  int given;            // length of the current stretch
-  int left;             // of it
-  int most;             // below one root, before the search with domains
-  int below = -1;       // before this stretch; -1: the root is not handed over
-  bool is_hard = false; // the search with domains is prepared
-  bool is_too_large = false; // for it
-};
-
-// Looks at the request, and hands a root that has taken long to the search with
-// domains.  Returns the depth at which the walk goes on.
-int search_plan::pause(const graph *t, const target &to, int depth, pauses *p,
+// The walk has taken back as many vertices as it was given.  Looks at the
+// request, and hands a root that has taken long to the search with domains.
+// Sets what is given next and returns the depth at which the walk goes on.
+int search_plan::pause(const graph *t, const target &to, int depth, int *given,
                        search_memory *memory) const {
   guarded(memory, [this] { check_interruption(stop_); });
-  p->until_look = p->between_looks;
-  if (p->below != -1 && (p->below += p->given) >= p->most) {
-    if (!p->is_hard)
-      prepare_hard(t, memory);
-    p->is_hard = true;
-    p->below = -1;
-    const int reached = take_over(to, depth, memory);
-    p->is_too_large = reached == depth;
-    depth = reached;
+  walk_pauses *const p = &memory->pauses;
+  const int root = memory->image[0];
+  if (p->root == -1)
+    p->is_hard = p->is_too_large = false;
+  if (root != p->root) {
+    p->root = root;
+    p->below = 0;
+  } else if (p->below != -1) {
+    p->below += stretch(to, memory->patience);
   }
-  p->left = p->given = p->below == -1 ? p->between_looks : p->stretch;
-  return depth;
-}
-
-// Begins the next stretch, below a new root.
-inline void search_plan::begin_root(pauses *p, search_memory *memory) const {
-  p->until_look -= p->given - p->left;
-  if (p->until_look <= 0) {
-    guarded(memory, [this] { check_interruption(stop_); });
-    p->until_look = p->between_looks;
-  }
-  p->left = p->given = p->stretch;
-  p->below = p->is_too_large ? -1 : 0;
+  const int patience = memory->patience;
+  const int most = patience == 0 ? 0 : std::max(patience, to.slots);
+  const bool is_excluded =
+      p->is_hard && p->below != -1 && memory->hard.get()->excludes(root);
+  *given = stretch(to, std::max(patience, 1));
+  if (!is_excluded && (p->below < most || p->is_too_large))
+    return depth;
+  if (!p->is_hard)
+    prepare_hard(t, memory);
+  p->is_hard = true;
+  const int reached = take_over(to, depth, memory);
+  p->is_too_large = reached == depth;
+  // Another root may be excluded: that shows at its first pause.
+  if (reached == 0)
+    *given = std::min(patience, 1);
+  return reached;
 }
 
 // Goes on at a depth, at 0 with the next root, until a mapping is complete,
@@ -448,15 +447,15 @@ bool search_plan::search(const graph *t, const target &to, const int *roots,
                          search_memory *memory) const {
   const int vs = pattern_->vs;
   int *const next_at = memory->at.data();
-  pauses p = pauses_for(to, memory->patience);
+  int left = stretch(to, memory->patience);
   for (;;) {
     while (0 < depth && depth < vs) {
-      if (p.left == 0)
-        depth = pause(t, to, depth, &p, memory);
+      if (left == 0)
+        depth = pause(t, to, depth, &left, memory);
       else
         depth = twins == twin_images::ascending
-                    ? walk<twin_images::ascending>(to, depth, &p.left, memory)
-                    : walk<twin_images::any>(to, depth, &p.left, memory);
+                    ? walk<twin_images::ascending>(to, depth, &left, memory)
+                    : walk<twin_images::any>(to, depth, &left, memory);
     }
     if (depth == vs)
       return true;
@@ -467,29 +466,13 @@ bool search_plan::search(const graph *t, const target &to, const int *roots,
         root = w;
     if (root == -1)
       return false;
-    if (p.is_hard && memory->hard.get()->excludes(root))
-      continue;
     memory->image[0] = root;
     depth = 1;
     if (vs > 1) {
-      begin_root(&p, memory);
       to.used[root] = 1;
       next_at[1] = to.v[root];
     }
   }
-}
-
-// A walk that goes on has had a mapping below its root, which is therefore not
-// handed over.
-search_plan::pauses search_plan::pauses_for(const target &to, int patience) {
-  pauses p;
-  // No step looks at more than a few times the slots of the graph.
-  p.between_looks = 1 + (1 << 22) / (1 + to.slots);
-  p.until_look = p.between_looks;
-  p.stretch = std::min(patience, p.between_looks);
-  p.left = p.given = p.between_looks;
-  p.most = patience == 0 ? 0 : std::max(patience, to.slots);
-  return p;
 }
 
 void search_plan::prepare_hard(const graph *t, search_memory *memory) const {

@@ -59,14 +59,30 @@ private:
   std::unique_ptr<domain_search> search_;
 };
 
+// What a walk knows when it pauses.
+struct walk_pauses {
+  int root = -1;  // that of the last pause, -1: none in this search
+  int below = -1; // taken back there for certain; -1: it stays with the walk
+  bool is_hard = false;      // the search with domains is prepared
+  bool is_too_large = false; // for it
+  // Lets the walk go on below a root that it has had a mapping of.
+  void skip(int w) {
+    is_hard = is_hard && root != -1;
+    is_too_large = is_too_large && root != -1;
+    root = w;
+    below = -1;
+  }
+};
+
 // The state of a search; its memory is used again by the next one.
 struct search_memory {
   xvector<int> at;    // per depth: slot, or root at depth 0, looked at next
   xvector<int> image; // per depth: the vertex mapped to
   xvector<char> used; // by vertex: 1 for images, 0 between searches
-  // The walk below a root ends, and the search with domains takes over, when it
-  // has taken back so many vertices, and as many as the graph has slots.
+  // A walk that takes back about so many vertices below one root, and as many
+  // as the graph has slots, ends there: the search with domains takes the root.
   int patience = 2048;
+  walk_pauses pauses;
   late_search hard;
 };
 
@@ -127,11 +143,8 @@ private:
   template <twin_images Twins>
   int walk(const target &to, int depth, int *left, search_memory *memory) const;
   void prepare_hard(const graph *t, search_memory *memory) const;
-  struct pauses;
-  static pauses pauses_for(const target &to, int patience);
-  int pause(const graph *t, const target &to, int depth, pauses *p,
+  int pause(const graph *t, const target &to, int depth, int *given,
             search_memory *memory) const;
-  void begin_root(pauses *p, search_memory *memory) const;
   int take_over(const target &to, int depth, search_memory *memory) const;
   void write_image(const search_memory &memory, int *image) const;
 
