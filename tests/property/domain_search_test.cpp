@@ -181,11 +181,7 @@ TEST_P(DomainSearches, FindWhatThePlainWalkFinds) {
   for (int i = 0; i < pairs_per_test; i++) {
     const auto seed = static_cast<unsigned>(GetParam() * pairs_per_test + i);
     search_case c = case_of_seed(seed);
-    const search_plan plan(
-        c.pattern.get(),
-        random_order(*std::make_unique<test_rng>(seed), c.pattern.get())
-            .data());
-    occurring += !found(plan, c, 0).empty();
+    occurring += does_occur(c);
     if (difference(c, seed).empty())
       continue;
     ADD_FAILURE() << shrunk(std::move(c), seed);

@@ -10,10 +10,11 @@ using ints = std::vector<int>;
 
 // The classes of the region around root, as members and edges.
 struct classes_of {
-  classes_of(const graph_ptr &pattern, const graph_ptr &t, int root,
-             int radius) {
+  classes_of(const graph_ptr &pattern, const graph_ptr &target, int root,
+             int radius)
+      : g(graph_copy(pattern.get())), t(graph_copy(target.get())) {
     interruption_poll poll;
-    region.set(pattern.get(), t.get());
+    region.set(g.get(), t.get());
     region.move(root, radius, &poll);
     for (int c = 0; c < region.classes(); c++)
       members.emplace_back(region.members(c),
@@ -26,6 +27,8 @@ struct classes_of {
       to.push_back(region.edges(c)[j].to);
     return to;
   }
+  graph_ptr g; // which the region borrows
+  graph_ptr t;
   twin_graph region;
   std::vector<ints> members;
 };
