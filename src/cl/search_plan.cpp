@@ -71,6 +71,11 @@ void search_plan::set(const graph *pattern, const int *order) {
           steps_[d].twins_behind + 1;
 }
 
+void search_plan::need_degree(int u, int degree) {
+  plan_step &step = steps_[static_cast<size_t>(depth_[static_cast<size_t>(u)])];
+  step.degree = std::max(step.degree, degree);
+}
+
 void search_plan::add_step(int u, int d) {
   const graph *g = pattern_;
   plan_step step = {};

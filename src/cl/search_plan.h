@@ -110,6 +110,10 @@ public:
   // vertex that has most neighbours mapped, then the rarest edge to one.
   void set_rarest_first(const graph *pattern, const graph_profiles &profiles);
 
+  // Lets walks skip images of u with fewer neighbours, for a caller who has no
+  // use for them; some may be found all the same.
+  void need_degree(int u, int degree);
+
   // Whether the pattern occurs in t, a graph without marks; where, is written
   // to image, by pattern vertex: of all mappings the first in lexicographic
   // order along the plan's.
