@@ -228,6 +228,7 @@ void domain_search::start() {
   is_touched_.assign(vs, 0);
   set_.resize(width_);
   allowed_.resize(width_);
+  fresh_.resize(width_);
 }
 
 // Domains
@@ -297,40 +298,74 @@ bool domain_search::revise(int u) {
   return true;
 }
 
-// Counts members against vertices, smallest domains first.
+// The members left of the classes in a set.
+int domain_search::members_of(const word *set) const {
+  int sum = 0;
+  for_each(set, [&](int c) {
+    sum += free_[at(c)];
+    return false;
+  });
+  return sum;
+}
+
+// Counts members against vertices, smallest domains first.  Domains that have
+// no class in common, not even over others, are counted apart.
 bool domain_search::share_out() {
   by_size_.clear();
   for (int v = 0; v < pattern_->vs; v++)
     if (choice_[at(v)] == -1)
       by_size_.push_back({count(domain(v)), v});
   std::sort(by_size_.begin(), by_size_.end());
-  poll_.step(static_cast<int64_t>(width_ * by_size_.size()));
-  std::fill(set_.begin(), set_.end(), 0);
   std::fill(allowed_.begin(), allowed_.end(), ~word{0});
-  int members = 0; // of the classes in set_
-  int vertices = 0;
+  shares_.clear();
+  share_words_.clear();
   for (const auto &[size, v] : by_size_) {
+    poll_.step(static_cast<int64_t>(width_ * (1 + shares_.size())));
     if (!restrict_to(v, allowed_.data()))
       return false;
     // Such a domain has a member for each vertex whatever the others are.
     if (size >= unassigned_)
       continue;
-    const word *const own = domain(v);
-    for (size_t i = 0; i < width_; i++) {
-      for (word more = own[i] & ~set_[i]; more != 0; more &= more - 1)
-        members += free_[i * 64 + at(std::countr_zero(more))];
-      set_[i] |= own[i];
-    }
-    vertices++;
-    if (members < vertices)
+    const share own = joined_share(v);
+    if (own.members < own.vertices)
       return false;
-    if (members > vertices)
+    if (own.members > own.vertices) {
+      shares_.push_back(own);
+      share_words_.insert(share_words_.end(), set_.begin(), set_.end());
       continue;
+    }
     for (size_t i = 0; i < width_; i++)
-      allowed_[i] &= ~std::exchange(set_[i], 0);
-    members = vertices = 0;
+      allowed_[i] &= ~set_[i];
   }
   return true;
+}
+
+// The share of v and of all that have classes in common with it, which are
+// taken out; set_ becomes its classes.
+domain_search::share domain_search::joined_share(int v) {
+  std::copy_n(domain(v), width_, set_.begin());
+  std::copy_n(domain(v), width_, fresh_.begin());
+  share own = {0, 1};
+  for (size_t k = shares_.size(); k-- > 0;) {
+    word *const other = &share_words_[k * width_];
+    word common = 0;
+    for (size_t i = 0; i < width_; i++)
+      common |= other[i] & domain(v)[i];
+    if (common == 0)
+      continue;
+    own.members += shares_[k].members;
+    own.vertices += shares_[k].vertices;
+    for (size_t i = 0; i < width_; i++) {
+      set_[i] |= other[i];
+      fresh_[i] &= ~other[i];
+    }
+    shares_[k] = shares_.back();
+    shares_.pop_back();
+    std::copy_n(&share_words_[shares_.size() * width_], width_, other);
+    share_words_.resize(shares_.size() * width_);
+  }
+  own.members += members_of(fresh_.data());
+  return own;
 }
 
 // Applies the rules until none changes a domain, unless it is known that one

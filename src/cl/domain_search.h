@@ -42,6 +42,11 @@ public:
 private:
   using word = uint64_t; // of a set of classes
   enum class verdict { open, no_room, too_large };
+  // Vertices without a class, and the members left of all theirs.
+  struct share {
+    int members;
+    int vertices;
+  };
 
   void measure_pattern();
   void group_pattern();
@@ -61,6 +66,8 @@ private:
   bool propagate(bool is_possible);
   bool revise(int u);
   bool share_out();
+  share joined_share(int v);
+  int members_of(const word *set) const;
   bool remove(int c);
   bool restrict_to(int v, const word *allowed);
   void keep(int v);
@@ -114,6 +121,9 @@ private:
   xvector<char> is_touched_; // by pattern vertex
   xvector<word> set_;        // for revise() and share_out()
   xvector<word> allowed_;    // for remove() and share_out()
+  xvector<share> shares_;    // for share_out()
+  xvector<word> share_words_;            // their classes
+  xvector<word> fresh_;                  // for joined_share()
   xvector<std::pair<int, int>> by_size_; // for share_out(): size, vertex
   int64_t assignments_ = 0;
 

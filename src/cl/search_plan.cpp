@@ -17,7 +17,6 @@
 #include "cl/search_plan.h"
 
 #include <algorithm>
-#include <climits>
 #include <tuple>
 
 namespace kestro {
@@ -70,6 +69,11 @@ void search_plan::set(const graph *pattern, const int *order) {
     if (const int twin = steps_[d].twin; twin != -1)
       steps_[static_cast<size_t>(twin)].twins_behind =
           steps_[d].twins_behind + 1;
+}
+
+void search_plan::need_degree(int u, int degree) {
+  plan_step &step = steps_[static_cast<size_t>(depth_[static_cast<size_t>(u)])];
+  step.degree = std::max(step.degree, degree);
 }
 
 void search_plan::add_step(int u, int d) {
@@ -195,6 +199,12 @@ template <class Target> static int edge_label(const Target &to, int w, int y) {
   return first < last && *first == y ? to.elabel[first - to.e] : -1;
 }
 
+// Vertices that a walk takes back between two pauses.  No step looks at more
+// than a few times the slots of the graph.
+template <class Target> static int stretch(const Target &to, int patience) {
+  return std::min(patience, 1 + (1 << 22) / (1 + to.slots));
+}
+
 // Whether w has enough free neighbours of that kind.
 template <class Target>
 static bool has_room(const plan_need &need, const Target &to, int w) {
@@ -252,6 +262,7 @@ static void prepare(search_memory *memory, int vs, const graph *t) {
     memory->image.resize(static_cast<size_t>(vs));
   }
   memory->at[0] = 0;
+  memory->pauses.root = -1;
   if (memory->used.size() < static_cast<size_t>(t->vs))
     memory->used.resize(static_cast<size_t>(t->vs), 0);
 }
@@ -288,6 +299,7 @@ bool search_plan::first(const graph *t, twin_images twins,
 bool search_plan::next(const graph *t, twin_images twins, search_memory *memory,
                        int *image) const {
   const target to(t, nullptr, memory);
+  memory->pauses.skip(memory->image[0]);
   if (!search(t, to, nullptr, t->vs, pattern_->vs - 1, twins, memory))
     return false;
   write_image(*memory, image);
@@ -398,10 +410,38 @@ int search_plan::take_over(const target &to, int depth,
   return vs;
 }
 
-// How many vertices a walk below a root may take back.
-static int walk_limit(int patience, int slots) {
-  const int64_t limit = patience + int64_t{patience} * slots / 1024;
-  return static_cast<int>(std::min<int64_t>(limit, INT_MAX));
+// The walk has taken back as many vertices as it was given.  Looks at the
+// request, and hands a root that has taken long to the search with domains.
+// Sets what is given next and returns the depth at which the walk goes on.
+int search_plan::pause(const graph *t, const target &to, int depth, int *given,
+                       search_memory *memory) const {
+  guarded(memory, [this] { check_interruption(stop_); });
+  walk_pauses *const p = &memory->pauses;
+  const int root = memory->image[0];
+  if (p->root == -1)
+    p->is_hard = p->is_too_large = false;
+  if (root != p->root) {
+    p->root = root;
+    p->below = 0;
+  } else if (p->below != -1) {
+    p->below += stretch(to, memory->patience);
+  }
+  const int patience = memory->patience;
+  const int most = patience == 0 ? 0 : std::max(patience, to.slots);
+  const bool is_excluded =
+      p->is_hard && p->below != -1 && memory->hard.get()->excludes(root);
+  *given = stretch(to, std::max(patience, 1));
+  if (!is_excluded && (p->below < most || p->is_too_large))
+    return depth;
+  if (!p->is_hard)
+    prepare_hard(t, memory);
+  p->is_hard = true;
+  const int reached = take_over(to, depth, memory);
+  p->is_too_large = reached == depth;
+  // Another root may be excluded: that shows at its first pause.
+  if (reached == 0)
+    *given = std::min(patience, 1);
+  return reached;
 }
 
 // Goes on at a depth, at 0 with the next root, until a mapping is complete,
@@ -412,48 +452,27 @@ bool search_plan::search(const graph *t, const target &to, const int *roots,
                          search_memory *memory) const {
   const int vs = pattern_->vs;
   int *const next_at = memory->at.data();
-  // No step looks at more than a few times the slots of the graph.
-  const int between_looks = 1 + (1 << 22) / (1 + to.slots);
-  int until_look = between_looks;
-  const int limit = walk_limit(memory->patience, to.slots);
-  int until_hard = INT_MAX; // a walk that goes on has had mappings
-  bool is_hard = false;
+  int left = stretch(to, memory->patience);
   for (;;) {
     while (0 < depth && depth < vs) {
-      if (until_hard == 0) {
-        if (!is_hard)
-          prepare_hard(t, memory);
-        is_hard = true;
-        depth = take_over(to, depth, memory);
-        until_hard = INT_MAX;
-        continue;
-      }
-      int left = std::min(until_look, until_hard);
-      until_look -= left;
-      until_hard -= left;
-      depth = twins == twin_images::ascending
-                  ? walk<twin_images::ascending>(to, depth, &left, memory)
-                  : walk<twin_images::any>(to, depth, &left, memory);
-      until_look += left;
-      until_hard += left;
-      if (until_look == 0) {
-        guarded(memory, [this] { check_interruption(stop_); });
-        until_look = between_looks;
-      }
+      if (left == 0)
+        depth = pause(t, to, depth, &left, memory);
+      else
+        depth = twins == twin_images::ascending
+                    ? walk<twin_images::ascending>(to, depth, &left, memory)
+                    : walk<twin_images::any>(to, depth, &left, memory);
     }
     if (depth == vs)
       return true;
     int root = -1;
     for (int &at = next_at[0]; at < root_count && root == -1; at++)
       if (const int w = roots ? roots[at] : at;
-          to.vlabel[w] == steps_[0].vlabel && fits(steps_[0], to, w) &&
-          !(is_hard && memory->hard.get()->excludes(w)))
+          to.vlabel[w] == steps_[0].vlabel && fits(steps_[0], to, w))
         root = w;
     if (root == -1)
       return false;
     memory->image[0] = root;
     depth = 1;
-    until_hard = limit;
     if (vs > 1) {
       to.used[root] = 1;
       next_at[1] = to.v[root];

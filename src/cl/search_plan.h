@@ -59,15 +59,30 @@ private:
   std::unique_ptr<domain_search> search_;
 };
 
+// What a walk knows when it pauses.
+struct walk_pauses {
+  int root = -1;  // that of the last pause, -1: none in this search
+  int below = -1; // taken back there for certain; -1: it stays with the walk
+  bool is_hard = false;      // the search with domains is prepared
+  bool is_too_large = false; // for it
+  // Lets the walk go on below a root that it has had a mapping of.
+  void skip(int w) {
+    is_hard = is_hard && root != -1;
+    is_too_large = is_too_large && root != -1;
+    root = w;
+    below = -1;
+  }
+};
+
 // The state of a search; its memory is used again by the next one.
 struct search_memory {
   xvector<int> at;    // per depth: slot, or root at depth 0, looked at next
   xvector<int> image; // per depth: the vertex mapped to
   xvector<char> used; // by vertex: 1 for images, 0 between searches
-  // The walk below a root ends, and the search with domains takes over, when it
-  // has taken back so many vertices, and as many more for each 1024 slots of
-  // the graph.
+  // A walk that takes back about so many vertices below one root, and as many
+  // as the graph has slots, ends there: the search with domains takes the root.
   int patience = 2048;
+  walk_pauses pauses;
   late_search hard;
 };
 
@@ -94,6 +109,10 @@ public:
   // The same along an order that starts at a rarest edge and goes on with the
   // vertex that has most neighbours mapped, then the rarest edge to one.
   void set_rarest_first(const graph *pattern, const graph_profiles &profiles);
+
+  // Lets walks skip images of u with fewer neighbours, for a caller who has no
+  // use for them; some may be found all the same.
+  void need_degree(int u, int degree);
 
   // Whether the pattern occurs in t, a graph without marks; where, is written
   // to image, by pattern vertex: of all mappings the first in lexicographic
@@ -128,6 +147,8 @@ private:
   template <twin_images Twins>
   int walk(const target &to, int depth, int *left, search_memory *memory) const;
   void prepare_hard(const graph *t, search_memory *memory) const;
+  int pause(const graph *t, const target &to, int depth, int *given,
+            search_memory *memory) const;
   int take_over(const target &to, int depth, search_memory *memory) const;
   void write_image(const search_memory &memory, int *image) const;
 

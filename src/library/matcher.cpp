@@ -91,6 +91,15 @@ struct prepared_pattern {
   pattern_labels edge_labels;
   std::vector<int> order;
   search_plan plan;
+  int hub = -1;       // a vertex that needs more neighbours than it has, or -1
+  int hub_degree = 0; // how many
+
+  // Lets searches skip vertices with fewer as images of hub.
+  void need(int u, int degree) {
+    hub = u;
+    hub_degree = degree;
+    plan.need_degree(u, degree);
+  }
 };
 
 // The search for a pattern in one graph.
@@ -126,6 +135,8 @@ private:
     p.vertex_labels.replace(vertex_ids, translated_->vlabel, translated_->vs);
     p.edge_labels.replace(edge_ids, translated_->elabel, translated_->es);
     translated_plan_.set(translated_.get(), p.order.data());
+    if (p.hub != -1)
+      translated_plan_.need_degree(p.hub, p.hub_degree);
     plan_ = &translated_plan_;
   }
 
@@ -139,8 +150,91 @@ private:
 
 } // namespace
 
+// The like leaves of one vertex, all but the first of which can be left out.
+struct like_leaves {
+  int hub;
+  xvector<int> leaves;
+};
+
+// The largest such set.
+static like_leaves most_like_leaves(const graph *g) {
+  like_leaves most;
+  for (int hub = 0; hub < g->vs; hub++) {
+    for (int j = g->v[hub]; j < g->v[hub + 1]; j++) {
+      like_leaves found = {hub, {}};
+      for (int k = j; k < g->v[hub + 1]; k++)
+        if (const int w = g->e[k]; g->v[w + 1] - g->v[w] == 1 &&
+                                   g->vlabel[w] == g->vlabel[g->e[j]] &&
+                                   g->elabel[k] == g->elabel[j])
+          found.leaves.push_back(w);
+      if (found.leaves.size() > most.leaves.size())
+        most = std::move(found);
+    }
+  }
+  return most;
+}
+
+// g without some vertices, which have one neighbour each.
+static graph_ptr without_leaves(const graph *g, const xvector<int> &leaves) {
+  const int n = int_count(leaves.size());
+  graph_ptr less(graph_create(g->es - 2 * n, g->vs - n));
+  xvector<int> number(static_cast<size_t>(g->vs), 0);
+  for (const int w : leaves)
+    number[static_cast<size_t>(w)] = -1;
+  int vs = 0;
+  for (int &u : number)
+    if (u != -1)
+      u = vs++;
+  int es = 0;
+  for (int u = 0; u < g->vs; u++) {
+    const int own = number[static_cast<size_t>(u)];
+    if (own == -1)
+      continue;
+    less->v[own] = es;
+    less->vid[own] = own;
+    less->vlabel[own] = g->vlabel[u];
+    for (int j = g->v[u]; j < g->v[u + 1]; j++) {
+      if (const int to = number[static_cast<size_t>(g->e[j])]; to != -1) {
+        less->e[es] = to;
+        less->elabel[es++] = g->elabel[j];
+      }
+    }
+  }
+  less->v[vs] = es;
+  return less;
+}
+
+// The pattern, and what it is counted by: the pattern with one of its most like
+// leaves, whose other images are chosen among the free neighbours.
 struct matcher::state : prepared_pattern {
-  using prepared_pattern::prepared_pattern;
+  state(const graph *g, const label_set *ls)
+      : state(g, ls, most_like_leaves(g)) {}
+
+  prepared_pattern counted;
+  int left_out; // leaves of counted.hub
+  int leaf;     // the one of them that counted has
+
+private:
+  state(const graph *g, const label_set *ls, like_leaves like)
+      : prepared_pattern(g, ls), counted(thinned(g, &like).get(), ls),
+        left_out(g->vs - counted.pattern->vs),
+        leaf(like.leaves.empty() ? -1 : like.leaves[0]) {
+    if (const graph *less = counted.pattern.get(); left_out > 0)
+      counted.need(like.hub, graph_vertex_degree(less, like.hub) + left_out);
+  }
+
+  // Leaves g's vertices out and numbers those that like tells of anew.
+  static graph_ptr thinned(const graph *g, like_leaves *like) {
+    if (like->leaves.size() < 2)
+      return graph_ptr(graph_copy(g));
+    // The smallest leaf stays, so that none comes before it.
+    const xvector<int> out(like->leaves.begin() + 1, like->leaves.end());
+    int before = 0;
+    for (const int w : out)
+      before += w < like->hub;
+    like->hub -= before;
+    return without_leaves(g, out);
+  }
 };
 
 matcher::matcher(graph_view pattern) {
@@ -176,21 +270,69 @@ std::vector<embedding> matcher::all(graph_view g, long long most) const {
   return found;
 }
 
+namespace {
+
+// Counts that stop at what a long long holds.
+class embedding_count {
+public:
+  explicit embedding_count(long long n) : count_(n) {}
+  void add(const embedding_count &other) {
+    too_many_ |= other.too_many_ ||
+                 __builtin_add_overflow(count_, other.count_, &count_);
+  }
+  void multiply(long long n) {
+    too_many_ |= __builtin_mul_overflow(count_, n, &count_);
+  }
+  long long value() const {
+    if (too_many_)
+      throw error("there are more embeddings than can be counted");
+    return count_;
+  }
+
+private:
+  long long count_;
+  bool too_many_ = false;
+};
+
+// The neighbours of hub in g that are like leaf, another one, and not in image.
+int free_leaves(const graph *g, int hub, int leaf, const embedding &image) {
+  const int elabel = graph_edge_label(g, hub, leaf);
+  int found = 0;
+  for (int j = g->v[hub]; j < g->v[hub + 1]; j++)
+    found += g->elabel[j] == elabel && g->vlabel[g->e[j]] == g->vlabel[leaf] &&
+             std::find(image.begin(), image.end(), g->e[j]) == image.end();
+  return found;
+}
+
+} // namespace
+
 // Twins are counted in ascending order only; in each such embedding they can be
-// exchanged in the same number of ways.
+// exchanged in the same number of ways.  The like leaves left out are not
+// looked for at all: each embedding of the others leaves them the same choice
+// of free vertices, one vertex less for each leaf.
 long long matcher::count(graph_view g) const {
-  graph_search search(*state_, g);
-  long long count = 0;
+  const prepared_pattern &counted = state_->counted;
+  graph_search search(counted, g);
+  const graph *t = access::graph_of(g);
+  embedding_count sum(0);
   for (bool more = search.first(twin_images::ascending); more;
-       more = search.next(twin_images::ascending))
-    count++;
-  bool too_many = false;
-  for (int d = 0; d < state_->pattern->vs; d++)
-    too_many |= __builtin_mul_overflow(
-        count, static_cast<long long>(state_->plan.twins_up_to(d)), &count);
-  if (too_many)
-    throw error("there are more embeddings than can be counted");
-  return count;
+       more = search.next(twin_images::ascending)) {
+    embedding_count ways(1);
+    if (const int left_out = state_->left_out; left_out > 0) {
+      const embedding &image = search.image();
+      const int choice =
+          free_leaves(t, image[static_cast<size_t>(counted.hub)],
+                      image[static_cast<size_t>(state_->leaf)], image);
+      if (choice < left_out)
+        continue;
+      for (int i = 0; i < left_out; i++)
+        ways.multiply(choice - i);
+    }
+    sum.add(ways);
+  }
+  for (int d = 0; d < counted.pattern->vs; d++)
+    sum.multiply(counted.plan.twins_up_to(d));
+  return sum.value();
 }
 
 const std::vector<int> &matcher::order() const { return state_->order; }

@@ -12,6 +12,7 @@
 #include <gtest/gtest.h>
 
 #include "cl/automorphism_group.h"
+#include "cl/domain_search.h"
 #include "cl/search_plan.h"
 #include "mining/child_table.h"
 #include "mining/failed_candidates.h"
@@ -359,6 +360,20 @@ TEST_F(LongSteps, FindingGeneratorsEnds) {
   automorphism_search search(&stop);
   xvector<int> perms;
   EXPECT_THROW(search.find(ring_graph(300).get(), &perms), interrupted);
+}
+
+TEST_F(LongSteps, PreparingASearchWithDomainsEnds) {
+  const graph_ptr path = path_graph(5);
+  const graph_ptr complete = complete_graph(400);
+  domain_search search(&stop);
+  search.set(path.get(), {0, 1, 2, 3, 4}, complete.get());
+  EXPECT_THROW(search.find(0), interrupted);
+  // It can be used again.
+  const graph_ptr ring = ring_graph(6);
+  search.set(path.get(), {0, 1, 2, 3, 4}, ring.get());
+  ASSERT_EQ(search.find(1), domain_search::answer::found);
+  EXPECT_EQ(std::vector<int>(search.image(), search.image() + 5),
+            (std::vector<int>{1, 0, 5, 4, 3}));
 }
 
 TEST_F(LongSteps, ListingAutomorphismsEnds) {

@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include "support/graphs.h"
 #include "support/library_error.h"
 
 namespace kestro {
@@ -112,6 +113,53 @@ TEST(LibraryMatcher, CountsHubsWithoutListingTheirLeaves) {
     factorial *= i;
   EXPECT_EQ(matcher(star_of(18)[0]).count(star_of(18)[0]), factorial);
   EXPECT_EQ(matcher(star_of(18, 9)[0]).count(star_of(19)[0]), factorial * 19);
+}
+
+TEST(LibraryMatcher, CountsLeavesWithoutListingTheirSets) {
+  // 12 leaves among 40, in order.
+  long long ways = 1;
+  for (long long i = 40; i > 28; i--)
+    ways *= i;
+  EXPECT_EQ(matcher(star_of(12)[0]).count(star_of(40)[0]), ways);
+  EXPECT_EQ(matcher(star_of(41)[0]).count(star_of(40)[0]), 0);
+}
+
+// A tree with many like leaves, and further edges, in random order.
+static database random_hubs(test_rng &rng, int vertices, int more_edges) {
+  std::vector<std::string_view> labels;
+  std::vector<labelled_edge> edges;
+  const auto connect = [&](int u, int w) {
+    for (const labelled_edge &edge : edges)
+      if (u == w || (edge.from == u && edge.to == w) ||
+          (edge.from == w && edge.to == u))
+        return;
+    edges.push_back({u, w, random_below(rng, 4) == 0 ? "d" : "s"});
+  };
+  const std::vector<int> place = random_permutation(rng, vertices);
+  for (int i = 0; i < vertices; i++)
+    labels.push_back(random_below(rng, 4) == 0 ? "N" : "C");
+  for (int i = 1; i < vertices; i++)
+    connect(place[static_cast<size_t>(random_below(rng, 1 + i / 3))],
+            place[static_cast<size_t>(i)]);
+  for (int i = 0; i < more_edges; i++)
+    connect(random_below(rng, vertices), random_below(rng, vertices));
+  database_builder builder;
+  builder.add(labels, edges);
+  return std::move(builder).build();
+}
+
+TEST(LibraryMatcher, CountsAsManyAsItLists) {
+  test_rng rng(12);
+  int occurring = 0;
+  for (int i = 0; i < 1000; i++) {
+    const matcher m(random_hubs(rng, 2 + random_below(rng, 5), i % 3)[0]);
+    const database target = random_hubs(rng, 3 + random_below(rng, 7), i % 5);
+    const auto listed = static_cast<long long>(m.all(target[0]).size());
+    EXPECT_EQ(m.count(target[0]), listed) << "round " << i;
+    occurring += listed > 0;
+  }
+  EXPECT_GT(occurring, 200);
+  EXPECT_LT(occurring, 900);
 }
 
 TEST(LibraryMatcher, RefusesCountsBeyondALongLong) {
