@@ -26,6 +26,21 @@ namespace {
 
 using cell_record = refinement_work::cell_record;
 
+// Most of what is sorted is short.
+template <class T, class Less> void sort(T *first, T *last, Less less) {
+  if (last - first > 12) {
+    std::sort(first, last, less);
+    return;
+  }
+  for (T *i = first + 1; i < last; i++) {
+    const T item = *i;
+    T *j = i;
+    for (; j > first && less(item, j[-1]); j--)
+      *j = j[-1];
+    *j = item;
+  }
+}
+
 class change_refiner {
 public:
   change_refiner(colouring *c, const graph *g, refinement_work *work)
@@ -113,7 +128,8 @@ private:
     for (int j = first; j < end; j++)
       signature_[j] = static_cast<uint64_t>(g_->elabel[j]) << 32 |
                       static_cast<uint64_t>(cells_[cell_[g_->e[j]]].position);
-    std::sort(signature_ + first, signature_ + end);
+    sort(signature_ + first, signature_ + end,
+         [](uint64_t x, uint64_t y) { return x < y; });
   }
 
   // Vertices of one cell have equally many neighbours.
@@ -135,9 +151,9 @@ private:
     const int position = r.position;
     int *const first = members_ + end - r.touched;
     r.touched = 0;
-    std::sort(first, members_ + end,
-              [this](int a, int b) { return compare(a, b) < 0; });
-    place(end - static_cast<int>(members_ + end - first), end);
+    sort(first, members_ + end,
+         [this](int a, int b) { return compare(a, b) < 0; });
+    place(cell + rest, end);
 
     // The parts in the order of their signatures; the rest is one of them.
     int next = position;
