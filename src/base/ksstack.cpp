@@ -110,11 +110,7 @@ void *ksstack_top(const ksstack *s) {
   return s->count ? element_at(s, s->count - 1) : nullptr;
 }
 
-void *ksstack_at(const ksstack *s, int index) {
-  if (index >= s->count)
-    die("stack.c", "invalid index\n");
-  return element_at(s, index);
-}
+void ksstack_die_of_index() { die("stack.c", "invalid index\n"); }
 
 void *ksstack_remove_at(ksstack *s, int index) {
   char *removed = element_at(s, index);

@@ -2,6 +2,7 @@
 // kept in order by a comparator, a sorted set with binary search.
 #pragma once
 
+#include <cstddef>
 #include <memory>
 
 #include "base/comparators.h"
@@ -47,7 +48,12 @@ void *ksstack_push(const void *element, ksstack *s);
 // The last element, null when empty.
 void *ksstack_top(const ksstack *s);
 // Element index; dies with "invalid index" for index >= count.
-void *ksstack_at(const ksstack *s, int index);
+[[noreturn]] void ksstack_die_of_index();
+inline void *ksstack_at(const ksstack *s, int index) {
+  if (index >= s->count)
+    ksstack_die_of_index();
+  return s->data + static_cast<ptrdiff_t>(index) * s->element_size;
+}
 // Removes element index, which is not checked; returns the scratch slot.  The
 // vacated place is zero-filled.
 void *ksstack_remove_at(ksstack *s, int index);

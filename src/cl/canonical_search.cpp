@@ -46,7 +46,10 @@ public:
   exhaustive_search(const colouring *c, const graph *g,
                     const label_cells &cells, interruption_poll *poll)
       : c_(c), g_(g), cells_(cells), poll_(poll), placed_(c->order),
-        best_(c->order), rows_(g->vs) {}
+        best_(c->order), place_(2 * c->order.size()), rows_(g->vs) {
+    note_places(placed_, place_of());
+    note_places(best_, best_place_of());
+  }
 
   // Leaves the cells that are passed over as they came, and their rows out of
   // the comparison.  Of equal arrangements the first in lexicographic order is
@@ -65,6 +68,7 @@ public:
   bool is_greatest(const xvector<int> &arrangement, int rows,
                    const xvector<xvector<int>> &automorphisms) {
     best_ = arrangement;
+    note_places(best_, best_place_of());
     rows_ = rows;
     automorphisms_ = &automorphisms;
     steps_left_ = 1000;
@@ -75,14 +79,47 @@ public:
 private:
   static size_t index(int i) { return static_cast<size_t>(i); }
 
-  // Compares the row of u, coming next at position i, with that of w.
-  int compare_next(int u, int w, int i) const {
+  int *place_of() { return place_.data(); }
+  int *best_place_of() { return place_.data() + index(g_->vs); }
+
+  static void note_places(const xvector<int> &arrangement, int *place) {
+    for (size_t i = 0; i < arrangement.size(); i++)
+      place[arrangement[i]] = static_cast<int>(i);
+  }
+
+  // Compares the first i cells of the row of u in the arrangement a, in which
+  // place_a tells the places of vertices, with those of w in b.  Rows can
+  // differ only where one of the two has a neighbour.
+  int compare_cells(int u, const int *a, const int *place_a, int w,
+                    const int *b, const int *place_b, int i) const {
     const int *row_u = cells_.row(u);
     const int *row_w = cells_.row(w);
-    for (int j = 0; j < i; j++)
-      if (const int d = row_u[placed_[index(j)]] - row_w[placed_[index(j)]])
-        return d;
-    return 0;
+    int difference = 0;
+    for (int j = g_->v[u], end = g_->v[u + 1]; j < end; j++)
+      if (const int p = place_a[g_->e[j]]; p < i)
+        if (const int d = g_->elabel[j] + 1 - row_w[b[p]]) {
+          i = p;
+          difference = d;
+        }
+    for (int j = g_->v[w], end = g_->v[w + 1]; j < end; j++)
+      if (const int p = place_b[g_->e[j]]; p < i)
+        if (const int d = row_u[a[p]] - (g_->elabel[j] + 1)) {
+          i = p;
+          difference = d;
+        }
+    return difference;
+  }
+
+  // Compares the row of u, coming next at position i, with that of w.
+  int compare_next(int u, int w, int i) {
+    return compare_cells(u, placed_.data(), place_of(), w, placed_.data(),
+                         place_of(), i);
+  }
+
+  void swap_placed(int i, int j) {
+    std::swap(placed_[index(i)], placed_[index(j)]);
+    place_of()[placed_[index(i)]] = i;
+    place_of()[placed_[index(j)]] = j;
   }
 
   // The end, within placed_, of the vertices from position i to the end of its
@@ -95,15 +132,16 @@ private:
         continue;
       if (d > 0)
         ties = i;
-      std::swap(placed_[index(ties)], placed_[index(q)]);
+      swap_placed(ties, q);
       ties++;
     }
     return ties;
   }
 
   // Compares row i of placed_ with that of best_.
-  int compare_with_best(int i) const {
-    return cells_.compare_rows(placed_.data(), best_.data(), i, i + 1);
+  int compare_with_best(int i) {
+    return compare_cells(placed_[index(i)], placed_.data(), place_of(),
+                         best_[index(i)], best_.data(), best_place_of(), i);
   }
 
   // Fills the positions from i on.  The rows before i are above those of best_
@@ -112,8 +150,8 @@ private:
     if (steps_left_ == 0)
       return;
     steps_left_--;
-    poll_->step(g_->vs);
     if (i == rows_) {
+      poll_->step(g_->vs);
       take_leaf(better);
       return;
     }
@@ -122,6 +160,7 @@ private:
       place_from(i + 1, better);
       return;
     }
+    poll_->step(c_->cell_end[index(cell)] - i);
     const int ties = gather_greatest(i, c_->cell_end[index(cell)]);
     if (!better) {
       const int d = compare_with_best(i);
@@ -145,8 +184,7 @@ private:
       if (k > 0 &&
           (has_twin(tied, k) || is_image_of_earlier(tied, k, i, &fixing)))
         continue;
-      const auto at = std::find(placed_.begin() + i, placed_.end(), tied[k]);
-      std::iter_swap(placed_.begin() + i, at);
+      swap_placed(i, place_of()[tied[k]]);
       place_from(i + 1, better);
       better = false; // best_ begins with these rows by now
       if (back_to_ < i)
@@ -159,8 +197,10 @@ private:
   // it equals the leaf met first that is as good, of which it is the image: all
   // branches up to where they part show nothing new.
   void take_leaf(bool better) {
-    if (better)
+    if (better) {
       best_ = placed_;
+      std::copy_n(place_of(), g_->vs, best_place_of());
+    }
     if (rows_ < g_->vs || passes_over_)
       return; // the rest may differ
     if (better || leaf_.empty()) {
@@ -215,8 +255,9 @@ private:
   interruption_poll *poll_;
   xvector<int> placed_; // the arrangement tried; a permutation of every cell
   xvector<int> best_;
-  int rows_;                    // how many decide
-  xvector<int> leaf_;           // the first one met that shows what best_ shows
+  xvector<int> place_; // by vertex, its place in placed_, then that in best_
+  int rows_;           // how many decide
+  xvector<int> leaf_;  // the first one met that shows what best_ shows
   xvector<xvector<int>> found_; // automorphisms between leaves
   const xvector<xvector<int>> *automorphisms_ = &found_; // those to use
   int back_to_ = INT_MAX; // branches from later positions are left

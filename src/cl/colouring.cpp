@@ -7,11 +7,15 @@
 // tells apart stay in the order they came in; canonical forms depend on that.
 //
 // A pass costs the sorting of the open cells' adjacency lists and of the cells
-// themselves; singletons cost nothing.
+// themselves; singletons cost nothing.  A path takes half as many passes as it
+// has vertices, though, so in large graphs passes look at changes only
+// (cl/refine_changes.h).
 
 #include "cl/colouring.h"
 
 #include <algorithm>
+
+#include "cl/refine_changes.h"
 
 namespace kestro {
 
@@ -48,6 +52,10 @@ private:
 };
 
 } // namespace
+
+static int cell_size(const colouring *c, int first) {
+  return c->cell_end[static_cast<size_t>(first)] - first;
+}
 
 template <class T, class Less>
 static void insertion_sort(T *first, T *last, Less less) {
@@ -101,33 +109,55 @@ static int split_cell(colouring *c, const vertex_order &by, int first, int end,
   return cells;
 }
 
-// Passes until one splits nothing.
-static void refine(colouring *c, const graph *g, bool first_pass,
-                   refinement_work *work) {
+static void pass(colouring *c, const graph *g, bool first_pass,
+                 refinement_work *work) {
   uint64_t *signature = work->signature.data();
   int *new_colour = work->new_colour.data();
   const int *cell_end = c->cell_end.data();
+  work->poll.step(g->vs);
+  for (int s = 0; s < g->vs; s = cell_end[s])
+    if (cell_end[s] - s > 1)
+      for (int i = s; i < cell_end[s]; i++)
+        sign(c, g, c->order[static_cast<size_t>(i)], signature);
+  const vertex_order by(g, signature, first_pass);
+  for (int s = 0, end; s < g->vs; s = end) {
+    end = cell_end[s];
+    if (end - s == 1)
+      new_colour[s] = s;
+    else
+      c->cells += split_cell(c, by, s, end, new_colour) - 1;
+  }
+  for (int i = 0; i < g->vs; i++)
+    c->colour[static_cast<size_t>(c->order[static_cast<size_t>(i)])] =
+        new_colour[i];
+}
+
+// Passes until one splits nothing.
+static void refine(colouring *c, const graph *g, bool first_pass,
+                   refinement_work *work) {
   int old_cells;
   do {
-    work->poll.step(g->vs);
     old_cells = c->cells;
-    for (int s = 0; s < g->vs; s = cell_end[s])
-      if (cell_end[s] - s > 1)
-        for (int i = s; i < cell_end[s]; i++)
-          sign(c, g, c->order[static_cast<size_t>(i)], signature);
-    const vertex_order by(g, signature, first_pass);
-    for (int s = 0, end; s < g->vs; s = end) {
-      end = cell_end[s];
-      if (end - s == 1)
-        new_colour[s] = s;
-      else
-        c->cells += split_cell(c, by, s, end, new_colour) - 1;
-    }
-    for (int i = 0; i < g->vs; i++)
-      c->colour[static_cast<size_t>(c->order[static_cast<size_t>(i)])] =
-          new_colour[i];
+    pass(c, g, first_pass, work);
     first_pass = false;
   } while (c->cells > old_cells && c->cells < g->vs);
+}
+
+// The same from the first pass on, for a large graph.
+static void refine_large(colouring *c, const graph *g, refinement_work *work) {
+  pass(c, g, true, work);
+  if (c->cells == 1 || c->cells == g->vs)
+    return;
+  int largest = 0;
+  for (int s = 0; s < g->vs; s = c->cell_end[static_cast<size_t>(s)])
+    if (cell_size(c, s) > cell_size(c, largest))
+      largest = s;
+  work->changed.clear();
+  for (int s = 0; s < g->vs; s = c->cell_end[static_cast<size_t>(s)])
+    if (s != largest)
+      work->changed.insert(work->changed.end(), c->order.begin() + s,
+                           c->order.begin() + s + cell_size(c, s));
+  refine_changes(c, g, &work->changed, work);
 }
 
 void colouring_init(colouring *c, const graph *g, refinement_work *work) {
@@ -142,7 +172,10 @@ void colouring_init(colouring *c, const graph *g, refinement_work *work) {
     work->signature.resize(static_cast<size_t>(g->es));
   if (work->new_colour.size() < vs)
     work->new_colour.resize(vs);
-  refine(c, g, true, work);
+  if (g->vs < work->large)
+    refine(c, g, true, work);
+  else
+    refine_large(c, g, work);
 }
 
 void colouring_individualise(colouring *c, const graph *g, int v,
@@ -158,8 +191,14 @@ void colouring_individualise(colouring *c, const graph *g, int v,
   c->cell_end[static_cast<size_t>(first)] = first + 1;
   c->cell_end[static_cast<size_t>(first) + 1] = end;
   c->cells++;
-  if (c->cells < g->vs)
+  if (c->cells == g->vs)
+    return;
+  if (g->vs < work->large) {
     refine(c, g, false, work);
+    return;
+  }
+  work->changed.assign(1, v);
+  refine_changes(c, g, &work->changed, work);
 }
 
 int colouring_first_open(const colouring *c, int from) {

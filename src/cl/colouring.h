@@ -24,6 +24,24 @@ struct refinement_work {
   xvector<uint64_t> signature; // by slot: label and colour, sorted per vertex
   xvector<int> new_colour;     // by position
   interruption_poll poll;      // a step costs the vertices that it passes
+
+  // Graphs of so many vertices and more are refined by cl/refine_changes.h,
+  // with the same result.  In smaller ones whole passes cost less.
+  int large = 40;
+
+  // What this uses: see there.
+  struct cell_record {
+    int position; // of the cell in the order
+    int size;
+    int touched; // how many of its members are
+  };
+  xvector<int> members;
+  xvector<int> where;
+  xvector<int> cell;
+  xvector<cell_record> cells;
+  xvector<int> touched; // cells
+  xvector<int> parts;
+  xvector<int> changed; // vertices
 };
 
 // Refines the partition of all vertices of g into one cell: vertices are set

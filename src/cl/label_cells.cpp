@@ -1,17 +1,23 @@
 // The matrix behind the comparison of arrangements: one row per vertex, so that
-// a row of an arrangement is read from one row of the matrix.  It costs the
-// square of the vertices to fill; patterns are small.
+// a row of an arrangement is read from one row of the matrix.
 
 #include "cl/label_cells.h"
 
 namespace kestro {
 
 void label_cells::fill(const graph *g) {
+  for (const size_t cell : filled_)
+    cells_[cell] = 0;
+  filled_.clear();
+  g_ = g;
   vs_ = g->vs;
-  cells_.assign(index(vs_) * index(vs_), 0);
+  if (cells_.size() < index(vs_) * index(vs_))
+    cells_.resize(index(vs_) * index(vs_), 0);
   for (int u = 0; u < g->vs; u++)
-    for (int j = g->v[u]; j < g->v[u + 1]; j++)
-      cells_[index(u) * index(vs_) + index(g->e[j])] = g->elabel[j] + 1;
+    for (int j = g->v[u]; j < g->v[u + 1]; j++) {
+      filled_.push_back(index(u) * index(vs_) + index(g->e[j]));
+      cells_[filled_.back()] = g->elabel[j] + 1;
+    }
 }
 
 int label_cells::compare_rows(const int *a, const int *b, int from,
@@ -26,13 +32,18 @@ int label_cells::compare_rows(const int *a, const int *b, int from,
   return 0;
 }
 
-bool label_cells::are_twins(int u, int w) const {
-  const int *row_u = row(u);
+// Whether w sees every vertex that u sees along such an edge, but for each
+// other.
+bool label_cells::sees_the_same(int u, int w) const {
   const int *row_w = row(w);
-  for (int x = 0; x < vs_; x++)
-    if (x != u && x != w && row_u[x] != row_w[x])
+  for (int j = g_->v[u], end = g_->v[u + 1]; j < end; j++)
+    if (g_->e[j] != w && row_w[g_->e[j]] != g_->elabel[j] + 1)
       return false;
   return true;
+}
+
+bool label_cells::are_twins(int u, int w) const {
+  return sees_the_same(u, w) && sees_the_same(w, u);
 }
 
 } // namespace kestro

@@ -11,6 +11,7 @@
 #include <bit>
 #include <iterator>
 
+#include "base/bit_sets.h"
 #include "base/error.h"
 
 namespace kestro {
@@ -72,12 +73,8 @@ bool tid_lists::narrow(int pid, bool is_first, int minsup,
     return static_cast<int>(work->common.size()) >= minsup;
   }
   const uint64_t *bits = bits_.data() + static_cast<size_t>(pid) * words_;
-  int left = 0;
-  for (size_t i = 0; i < words_; i++) {
-    work->bits[i] = is_first ? bits[i] : work->bits[i] & bits[i];
-    left += std::popcount(work->bits[i]);
-  }
-  return left >= minsup;
+  return and_count(is_first ? bits : work->bits.data(), bits, work->bits.data(),
+                   words_) >= minsup;
 }
 
 void tid_lists::list_bits(workspace *work) const {
