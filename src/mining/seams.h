@@ -38,7 +38,7 @@ public:
   virtual void bound(sg_set *cand, const sg_set *prev,
                      work_watcher *watcher) = 0;
   // Drops those that are not frequent.  Afterwards the loop frees the TID
-  // lists and rows of prev and takes its links away.
+  // lists and rows of prev.
   virtual void count(sg_set *cand, const sg_set *prev,
                      work_watcher *watcher) = 0;
 };
