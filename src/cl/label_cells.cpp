@@ -9,7 +9,6 @@ void label_cells::fill(const graph *g) {
   for (const size_t cell : filled_)
     cells_[cell] = 0;
   filled_.clear();
-  g_ = g;
   vs_ = g->vs;
   if (cells_.size() < index(vs_) * index(vs_))
     cells_.resize(index(vs_) * index(vs_), 0);
@@ -32,18 +31,13 @@ int label_cells::compare_rows(const int *a, const int *b, int from,
   return 0;
 }
 
-// Whether w sees every vertex that u sees along such an edge, but for each
-// other.
-bool label_cells::sees_the_same(int u, int w) const {
+bool label_cells::are_twins(int u, int w) const {
+  const int *row_u = row(u);
   const int *row_w = row(w);
-  for (int j = g_->v[u], end = g_->v[u + 1]; j < end; j++)
-    if (g_->e[j] != w && row_w[g_->e[j]] != g_->elabel[j] + 1)
+  for (int x = 0; x < vs_; x++)
+    if (x != u && x != w && row_u[x] != row_w[x])
       return false;
   return true;
-}
-
-bool label_cells::are_twins(int u, int w) const {
-  return sees_the_same(u, w) && sees_the_same(w, u);
 }
 
 } // namespace kestro

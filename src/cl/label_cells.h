@@ -13,8 +13,8 @@ namespace kestro {
 // better.
 class label_cells {
 public:
-  // Borrows g until the next fill.  Costs the edges of both, and the square of
-  // the vertices once for the largest.
+  // Costs the edges of g and of the graph before, and the square of the
+  // vertices once for the largest.
   void fill(const graph *g);
   const int *row(int a) const { return cells_.data() + index(a) * index(vs_); }
 
@@ -22,14 +22,11 @@ public:
   // no later positions.
   int compare_rows(const int *a, const int *b, int from, int to) const;
   // Whether exchanging u and w alone, which have one label, is an automorphism:
-  // they see the same edges to all other vertices.  Costs their neighbours.
+  // they see the same edges to all other vertices.
   bool are_twins(int u, int w) const;
 
 private:
   static size_t index(int i) { return static_cast<size_t>(i); }
-  bool sees_the_same(int u, int w) const;
-
-  const graph *g_ = nullptr;
   int vs_ = 0;
   xvector<int> cells_;     // rows of vs_ cells; 0 behind them
   xvector<size_t> filled_; // the cells that are not 0
