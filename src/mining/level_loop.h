@@ -26,8 +26,8 @@ struct search_end {
 
 // Mines all sizes up to maxsize or the last one with a pattern, or until the
 // receiver has enough.  Once a size has been counted, the TID lists and rows of
-// the level below it are freed.  Throws interrupted when stop says so before all
-// work is done; every level that was complete has been received by then.  A
+// the level below it are freed.  Throws interrupted when stop says so before
+// all work is done; every level that was complete has been received by then.  A
 // counter has to look at stop by itself.
 search_end mine_levels(const mining_run *run);
 
