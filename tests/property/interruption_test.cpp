@@ -282,6 +282,20 @@ TEST_F(LongSteps, CandidatesOfSeveralThreadsStillHaveAnOwner) {
   EXPECT_LT(to.size(), n);
 }
 
+TEST_F(LongSteps, CompactingLeavesEveryRecordAnOwner) {
+  const sg_set_ptr set(sg_set_create());
+  const int n = sg_set_size(made.get());
+  for (int i = 0; i < n; i++) {
+    sg_ptr kept(sg_copy(sg_set_get(made.get(), i), &set->blocks));
+    sg_ptr dropped(sg_copy(sg_set_get(made.get(), i), &set->blocks));
+    sg_set_push(set.get(), i % 2 ? std::move(kept) : std::move(dropped));
+  }
+  set->blocks.take(set->blocks.taken()); // so that half is left
+  const std::vector<int> before = contents(set.get());
+  EXPECT_THROW(sg_set_compact(set.get(), &stop), interrupted);
+  EXPECT_EQ(contents(set.get()), before);
+}
+
 TEST_F(LongSteps, SortingLeavesTheSetAsItWas) {
   std::reverse(ksstack_array<subgraph *>(made.get()),
                ksstack_array<subgraph *>(made.get()) + sg_set_size(made.get()));
@@ -359,7 +373,7 @@ TEST_F(LongSteps, OneSearchInOneTransactionEnds) {
 TEST_F(LongSteps, FindingGeneratorsEnds) {
   automorphism_search search(&stop);
   xvector<int> perms;
-  EXPECT_THROW(search.find(ring_graph(300).get(), &perms), interrupted);
+  EXPECT_THROW(search.find(ring_graph(3000).get(), &perms), interrupted);
 }
 
 TEST_F(LongSteps, PreparingASearchWithDomainsEnds) {
@@ -389,11 +403,11 @@ TEST_F(LongSteps, CanonicalFormsEnd) {
   // cells are no orbits, so searches have to try them.
   std::vector<test_edge> edges;
   int n = 0;
-  for (int part = 0; part < 6; part++, n += 4)
+  for (int part = 0; part < 20; part++, n += 4)
     for (int u = 0; u < 4; u++)
       for (int w = u + 1; w < 4; w++)
         edges.push_back({n + u, n + w});
-  for (int part = 0; part < 6; part++, n += 6)
+  for (int part = 0; part < 20; part++, n += 6)
     for (int u = 0; u < 3; u++)
       for (int w = 3; w < 6; w++)
         edges.push_back({n + u, n + w});
