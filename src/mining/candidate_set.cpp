@@ -19,10 +19,11 @@ const subgraph *candidate_set::add(sg_ptr sg) {
 
 void candidate_set::take_over(candidate_set *other) {
   interruption_poll poll(stop_);
-  records_->blocks.absorb(&other->records_->blocks);
-  // Records must not outlive their blocks, whatever happens below.
-  xvector<sg_ptr> records = sg_set_take_records(other->records_.get());
   other->table_.clear();
+  // Records must not outlive their blocks, whatever is thrown: these go before
+  // the set that has the blocks.
+  xvector<sg_ptr> records = sg_set_take_records(other->records_.get());
+  records_->blocks.absorb(&other->records_->blocks);
   for (sg_ptr &sg : records) {
     poll.step();
     if (!contains(sg.get()))

@@ -23,14 +23,14 @@ static constexpr int int_bytes = static_cast<int>(sizeof(int));
 size_t sg_size(int es, int vs) { return sizeof(subgraph) + graph_size(es, vs); }
 
 static size_t block_size(int es, int vs, int parents) {
+  if (vs > parent_max_vertices)
+    die_out_of_memory();
   return sg_size(es, vs) + static_cast<size_t>(parents) * sg_parent_bytes(vs);
 }
 
 // Record in memory of block_size() bytes with its graph laid out, no parents
 // and no sets.
 static subgraph *lay_out(void *memory, int es, int vs, int parents) {
-  if (vs > parent_max_vertices)
-    die_out_of_memory();
   subgraph *sg = static_cast<subgraph *>(memory);
   *sg = {};
   sg->g = graph_init(sg + 1, es, vs);
