@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <tuple>
+#include <utility>
 
 namespace kestro {
 
@@ -59,6 +60,19 @@ path_arms::path_arms(const sg_set *edges, int nel, int nvl, size_t limit)
     if (const int centre = centre_of(label); centre >= 0)
       centre_[static_cast<size_t>(centre)] = label;
   number_arms(edges);
+  list_by_labels(limit);
+}
+
+void path_arms::list_by_labels(size_t limit) {
+  const size_t labels = vertex_.size() * edge_.size();
+  if (labels > limit / sizeof(int) / std::max(centre_.size(), size_t{1}))
+    return;
+  xvector<int> list(centre_.size() * labels);
+  for (int centre = 0; centre < centres(); centre++)
+    for (int v = 0; v < static_cast<int>(vertex_.size()); v++)
+      for (int e = 0; e < static_cast<int>(edge_.size()); e++)
+        list[place(centre, e, v)] = arm_of(centre, e, v);
+  by_labels_ = std::move(list);
 }
 
 void path_arms::number_arms(const sg_set *edges) {

@@ -29,6 +29,8 @@ public:
   }
   // The number of an arm at a centre, -1 for one that is not frequent.
   int arm_of(int centre, int elabel, int vlabel) const {
+    if (!by_labels_.empty())
+      return by_labels_[place(centre, elabel, vlabel)];
     const int to = vertex_[static_cast<size_t>(vlabel)];
     const int e = edge_[static_cast<size_t>(elabel)];
     return to < 0 || e < 0 ? -1 : numbers_.number_of({centre, to, e}) - 1;
@@ -48,12 +50,21 @@ public:
 
 private:
   void number_arms(const sg_set *edges);
+  void list_by_labels(size_t limit);
+  size_t place(int centre, int elabel, int vlabel) const {
+    return (static_cast<size_t>(centre) * vertex_.size() +
+            static_cast<size_t>(vlabel)) *
+               edge_.size() +
+           static_cast<size_t>(elabel);
+  }
 
-  xvector<int> vertex_; // by label, its number as a centre or -1
-  xvector<int> edge_;   // by label, its number among those in use or -1
-  int edges_ = 0;       // edge labels in use
-  xvector<int> centre_; // by number, the label
-  edge_table numbers_;  // of arms, plus 1, by the new numbers of labels
+  xvector<int> vertex_;    // by label, its number as a centre or -1
+  xvector<int> edge_;      // by label, its number among those in use or -1
+  int edges_ = 0;          // edge labels in use
+  xvector<int> centre_;    // by number, the label
+  edge_table numbers_;     // of arms, plus 1, by the new numbers of labels
+  xvector<int> by_labels_; // the same by centre and labels as they are, or
+                           // empty where that would be large
   xvector<path_arm> arms_;
   xvector<size_t> first_arm_;  // by centre; the end
   xvector<size_t> first_path_; // by centre; the end
