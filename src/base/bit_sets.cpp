@@ -16,8 +16,8 @@ namespace kestro {
 #define KESTRO_CHOOSES_POPCNT 1
 #endif
 
-static int and_count_plain(const uint64_t *a, const uint64_t *b, uint64_t *out,
-                           size_t words) {
+int and_count_plain(const uint64_t *a, const uint64_t *b, uint64_t *out,
+                    size_t words) {
   int count = 0;
   for (size_t i = 0; i < words; i++) {
     out[i] = a[i] & b[i];

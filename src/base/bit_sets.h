@@ -11,5 +11,8 @@ namespace kestro {
 // processor has, which is found out at the start.
 int and_count(const uint64_t *a, const uint64_t *b, uint64_t *out,
               size_t words);
+// The same on every processor, one bit count after another.
+int and_count_plain(const uint64_t *a, const uint64_t *b, uint64_t *out,
+                    size_t words);
 
 } // namespace kestro

@@ -76,6 +76,7 @@ int automorphism_search::add_exchanges_in(int first, int end) {
   sizes_.clear();
   for (int i = first; i < end; i++) {
     const int u = path_[0].order[index(i)];
+    work_.poll.step(static_cast<int64_t>(firsts_.size()) + 1);
     mark_neighbours(u);
     size_t k = 0;
     while (k < firsts_.size() && !is_twin_of_marked(firsts_[k], u))

@@ -6,7 +6,7 @@
 // until none applies: a class needs a neighbour in the domain of each
 // neighbour; a class has no more vertices than members; and where the classes
 // of several domains have just as many members as there are domains, other
-// vertices do without them (Hall sets, counted as in the Glasgow solver).  The
+// vertices do without them (Hall sets).  The
 // first rule alone keeps images within the pattern's distances, and the sides
 // of a bipartite graph apart.  The vertex with the smallest domain is next.
 //

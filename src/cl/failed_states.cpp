@@ -33,6 +33,9 @@ void failed_states::add(const word &w) {
   if (w.size() > UINT16_MAX || table_.size() == most_words ||
       numbers_.size() + w.size() >= most_numbers)
     return;
+  // Doubled once more it would be larger than needed.
+  if (numbers_.capacity() > most_numbers / 2)
+    numbers_.reserve(most_numbers);
   const slot added = {hash_of(w), numbers_.size() + 1};
   numbers_.push_back(static_cast<uint16_t>(w.size()));
   numbers_.insert(numbers_.end(), w.begin(), w.end());

@@ -10,7 +10,7 @@
 namespace kestro {
 
 // A set of words, sequences of numbers.  It takes no more of them when it has
-// come to some 48 MB.
+// come to 48 MB, nor ever takes more than 64 MB.
 class failed_states {
 public:
   using word = xvector<uint16_t>;

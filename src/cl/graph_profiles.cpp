@@ -75,11 +75,12 @@ namespace {
 // for all of them.
 class telling_slots {
 public:
-  void set(const graph *g) {
+  void set(const graph *g, interruption_poll *poll) {
     slots_.clear();
     first_.clear();
     for (int w = 0; w < g->vs; w++) {
       first_.push_back(slots_.size());
+      poll->step(g->v[w + 1] - g->v[w]);
       add(g, w);
     }
     first_.push_back(slots_.size());
@@ -128,14 +129,15 @@ static int largest_degree(const graph *g) {
 // cost no square: of their slots, each neighbour reads three of a kind, and
 // those of many kinds until its profile shows all there can be.
 template <class Take>
-static void each_profile(const graph *g, telling_slots *slots, Take take) {
+static void each_profile(const graph *g, telling_slots *slots,
+                         interruption_poll *poll, Take take) {
   constexpr int many = 32;
   if (g->es <= 2 * many || largest_degree(g) <= many) {
     for (int u = 0; u < g->vs; u++)
       take(u, profile_of(g, u));
     return;
   }
-  slots->set(g);
+  slots->set(g, poll);
   const auto telling = [slots](int w, const vertex_profile &so_far,
                                const auto &visit) {
     const int *const end = slots->end(w);
@@ -178,7 +180,7 @@ graph_profiles::graph_profiles(const graph_list *graphs,
     first_by_label_.push_back(by_label_.size());
     if (g->vs > scanned_whole)
       add_by_label(g);
-    each_profile(g, &slots, [&](int u, const vertex_profile &profile) {
+    each_profile(g, &slots, &poll, [&](int u, const vertex_profile &profile) {
       poll.step(path_cost * (g->v[u + 1] - g->v[u]));
       profiles_.push_back(profile);
     });

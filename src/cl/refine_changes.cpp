@@ -45,6 +45,7 @@ class change_refiner {
 public:
   change_refiner(colouring *c, const graph *g, refinement_work *work)
       : c_(c), g_(g), work_(work), signature_(work->signature.data()) {
+    work->touched.clear(); // of a pass that was interrupted
     work->members.assign(c->order.begin(), c->order.end());
     work->cell.assign(c->colour.begin(), c->colour.end());
     const size_t vs = index(g->vs);

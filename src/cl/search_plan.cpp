@@ -417,6 +417,8 @@ int search_plan::pause(const graph *t, const target &to, int depth, int *given,
                        search_memory *memory) const {
   guarded(memory, [this] { check_interruption(stop_); });
   walk_pauses *const p = &memory->pauses;
+  const int patience = memory->patience;
+  const int most = patience == 0 ? 0 : std::max(patience, to.slots);
   const int root = memory->image[0];
   if (p->root == -1)
     p->is_hard = p->is_too_large = false;
@@ -424,10 +426,8 @@ int search_plan::pause(const graph *t, const target &to, int depth, int *given,
     p->root = root;
     p->below = 0;
   } else if (p->below != -1) {
-    p->below += stretch(to, memory->patience);
+    p->below = std::min(most, p->below + stretch(to, patience));
   }
-  const int patience = memory->patience;
-  const int most = patience == 0 ? 0 : std::max(patience, to.slots);
   const bool is_excluded =
       p->is_hard && p->below != -1 && memory->hard.get()->excludes(root);
   *given = stretch(to, std::max(patience, 1));

@@ -151,8 +151,8 @@ void join_context::collect(const joined_child &a, size_t b,
   }
 }
 
-// As many images of a place as make the group of the pattern that is built onto
-// worth finding: it spares no more than all but one of them.
+// With fewer images of a place than this, finding the group of the pattern that
+// is built onto costs more than it saves: it spares at most all images but one.
 static constexpr size_t many = 3;
 
 void join_context::join_children_of(int core, const pattern_groups &groups) {
@@ -170,7 +170,7 @@ void join_context::join_children_of(int core, const pattern_groups &groups) {
   groups_.expect(group.count > 0 ? n : 0);
   for (size_t i = 0; i < child_.size(); i++) {
     const std::span<const edge_place> places =
-        orbit_.images(group, child_[i].place);
+        orbit_.images(group, child_[i].place, &poll);
     poll.step(static_cast<int64_t>((child_.size() - i) * places.size()));
     for (size_t j = i; j < child_.size(); j++)
       collect(child_[i], j, places);
@@ -235,7 +235,7 @@ void join_context::mark_seen(const subgraph *accepted, int core) {
 void join_context::mark_images(const extension &x, const pattern_group &group) {
   if (group.count == 0)
     return;
-  for (const edge_place &place : images_.images(group, {x.from, x.to})) {
+  for (const edge_place &place : images_.images(group, {x.from, x.to}, &poll)) {
     poll.step();
     seen_.insert(
         x.to == -1 ? pendant_extension(x.pattern, place.u, x.elabel, x.vlabel)

@@ -19,9 +19,9 @@ struct extension {
   bool operator==(const extension &) const = default;
 };
 
-// A vertex's number in the type that extensions store.  A pattern with a larger
-// number would be of a level that needs far more memory than any machine has,
-// so this dies as exhausted memory does.
+// A vertex's number in the type that extensions store.  A larger one ends the
+// run as exhausted memory does; the time for so many levels ends it long
+// before.
 inline int16_t short_vertex(int u) {
   if (u > INT16_MAX)
     die_out_of_memory();

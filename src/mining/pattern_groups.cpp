@@ -61,7 +61,8 @@ void orbit_walk::meet(const edge_place &place, int vs) {
 }
 
 std::span<const edge_place> orbit_walk::images(const pattern_group &group,
-                                               edge_place place) {
+                                               edge_place place,
+                                               interruption_poll *poll) {
   images_.clear();
   if (group.count == 0) {
     images_.push_back(place);
@@ -71,17 +72,33 @@ std::span<const edge_place> orbit_walk::images(const pattern_group &group,
   const size_t bits = place.w == -1 ? vs : vs * vs;
   if (marks_.size() * 64 < bits)
     marks_.resize(bits / 64 + 1, 0);
+  try {
+    walk(group, place, poll);
+  } catch (...) {
+    clear_marks(group.vs);
+    throw;
+  }
+  clear_marks(group.vs);
+  return images_;
+}
+
+void orbit_walk::walk(const pattern_group &group, const edge_place &place,
+                      interruption_poll *poll) {
   meet(place, group.vs);
   for (size_t i = 0; i < images_.size(); i++) {
+    if (poll)
+      poll->step(group.count);
     const edge_place from = images_[i];
     for (int k = 0; k < group.count; k++) {
       const int *perm = group.perm(k);
       meet({perm[from.u], from.w == -1 ? -1 : perm[from.w]}, group.vs);
     }
   }
+}
+
+void orbit_walk::clear_marks(int vs) {
   for (const edge_place &met : images_)
-    marks_[bit_of(met, group.vs) / 64] = 0;
-  return images_;
+    marks_[bit_of(met, vs) / 64] = 0;
 }
 
 } // namespace kestro

@@ -84,12 +84,17 @@ struct edge_place {
 class orbit_walk {
 public:
   // The images of a place under a group, each once, itself first.  The list is
-  // valid until the next call.  Costs a step for each of them and generator.
+  // valid until the next call.  Costs a step for each of them and generator, of
+  // poll where it is given.
   std::span<const edge_place> images(const pattern_group &group,
-                                     edge_place place);
+                                     edge_place place,
+                                     interruption_poll *poll = nullptr);
 
 private:
+  void walk(const pattern_group &group, const edge_place &place,
+            interruption_poll *poll);
   void meet(const edge_place &place, int vs);
+  void clear_marks(int vs);
 
   xvector<edge_place> images_;
   xvector<uint64_t> marks_; // bits by vertex or pair, 0 between calls

@@ -23,8 +23,8 @@ struct sg_parent {
                  // lacks, too
 };
 
-// Patterns have at most as many vertices; those of a database would fill any
-// memory long before.
+// Patterns have at most as many vertices; a larger one ends the run as
+// exhausted memory does.  The time for so many levels ends it long before.
 inline constexpr int parent_max_vertices = INT16_MAX;
 
 // Bytes of a parent entry of a pattern with vs vertices.

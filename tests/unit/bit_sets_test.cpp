@@ -35,6 +35,9 @@ TEST(BitSets, CountsWhatBothHave) {
     EXPECT_EQ(and_count(a.data(), b.data(), out.data(), n), slow_count(common));
     EXPECT_EQ(words(out.begin(), out.end() - 1), common);
     EXPECT_EQ(out.back(), 7u);
+    EXPECT_EQ(and_count_plain(a.data(), b.data(), out.data(), n),
+              slow_count(common));
+    EXPECT_EQ(words(out.begin(), out.end() - 1), common);
     EXPECT_EQ(and_count(a.data(), b.data(), a.data(), n), slow_count(common));
     EXPECT_EQ(a, common);
   }

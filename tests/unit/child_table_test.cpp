@@ -25,7 +25,7 @@ protected:
   const subgraph *child(int id) const {
     return sg_set_get(levels.children.get(), id);
   }
-  // Where the automorphism found for x brings the edge of the found link.
+  // Where the automorphism found for x brings the edge of the found entry.
   extension brought_to(const child_table &children, const extension &x) const {
     const found_child *found = children.find(x);
     const subgraph *sg = child(found->child);
