@@ -131,8 +131,9 @@ static std::set<std::string> shortage_reports(const outcome &undisturbed) {
   return reports;
 }
 
-// Refuses every allocation in turn.
-static void sweep(const scenario &s, refusal how) {
+// Refuses every allocation in turn; at least that share of the refusals must
+// end the run.
+static void sweep(const scenario &s, refusal how, double ending = 0.9) {
   const outcome undisturbed = run_with_refusal(s, never, how);
   ASSERT_EQ(undisturbed.status, 0) << undisturbed.err;
   ASSERT_EQ(undisturbed.err, "");
@@ -152,7 +153,8 @@ static void sweep(const scenario &s, refusal how) {
     failed++;
   }
   // Most blocks matter, or something has swallowed the refusals.
-  EXPECT_GT(failed, undisturbed.told.asked * 9 / 10);
+  EXPECT_GT(static_cast<double>(failed),
+            ending * static_cast<double>(undisturbed.told.asked));
   testing::Test::RecordProperty("allocations",
                                 static_cast<int>(undisturbed.told.asked));
 }
@@ -205,15 +207,19 @@ TEST(Memory, RefusedForGoodWithLoadedLabels) {
 TEST(Memory, RefusedOnceWithSavedLabels) { sweep(saving, refusal::once); }
 TEST(Memory, RefusedForGoodWithSavedLabels) { sweep(saving, refusal::lasting); }
 
+// A thread that cannot be started is done without, and how many blocks are
+// asked for depends on which thread takes which piece of work.
+static constexpr double ending_on_two_threads = 0.75;
+
 TEST(Memory, RefusedOnceOnTwoThreads) {
   scenario s = maximal;
   s.jobs = 2;
-  sweep(s, refusal::once);
+  sweep(s, refusal::once, ending_on_two_threads);
 }
 TEST(Memory, RefusedForGoodOnTwoThreads) {
   scenario s = maximal;
   s.jobs = 2;
-  sweep(s, refusal::lasting);
+  sweep(s, refusal::lasting, ending_on_two_threads);
 }
 
 } // namespace kestro
