@@ -18,7 +18,7 @@ static int copy_vertex(const graph *g, int i, int count, graph *result) {
   const int degree = g->v[i + 1] - g->v[i];
   result->v[i] = count;
   result->vlabel[i] = g->vlabel[i];
-  result->vid[i] = g->vid[i];
+  result->vid[i] = g->vid ? g->vid[i] : i;
   std::copy_n(g->e + g->v[i], degree, result->e + count);
   std::copy_n(g->elabel + g->v[i], degree, result->elabel + count);
   return count + degree;

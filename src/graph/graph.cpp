@@ -7,6 +7,7 @@
 #include "graph/graph.h"
 
 #include <cstring>
+#include <numeric>
 #include <string>
 #include <type_traits>
 
@@ -20,19 +21,24 @@ static_assert(std::is_trivially_copyable_v<graph>);
 
 static size_t ints(int count) { return static_cast<size_t>(count); }
 
-size_t graph_size(int es, int vs) {
-  return sizeof(graph) + (ints(vs) + (ints(vs) + ints(es)) * 2 + 1) * 4;
+size_t graph_size(int es, int vs, graph_ids ids) {
+  const size_t of_vertices = ids == graph_ids::stored ? 3 : 2;
+  return sizeof(graph) + (ints(vs) * of_vertices + ints(es) * 2 + 1) * 4;
 }
 
-graph *graph_init(void *memory, int es, int vs) {
+graph *graph_init(void *memory, int es, int vs, graph_ids ids) {
   graph *g = static_cast<graph *>(memory);
   g->es = es;
   g->vs = vs;
   g->key = 0;
   g->e = reinterpret_cast<int *>(g + 1);
   g->v = g->e + es;
-  g->vid = g->v + vs + 1;
-  g->elabel = g->vid + vs;
+  g->elabel = g->v + vs + 1;
+  g->vid = nullptr;
+  if (ids == graph_ids::stored) {
+    g->vid = g->elabel;
+    g->elabel += vs;
+  }
   g->vlabel = g->elabel + es;
   return g;
 }
@@ -57,7 +63,10 @@ void graph_copy_into(const graph *src, graph *dst) {
   dst->key = src->key;
   copy_ints(src->e, src->es, dst->e);
   copy_ints(src->v, src->vs + 1, dst->v);
-  copy_ints(src->vid, src->vs, dst->vid);
+  if (dst->vid && src->vid)
+    copy_ints(src->vid, src->vs, dst->vid);
+  else if (dst->vid)
+    std::iota(dst->vid, dst->vid + src->vs, 0);
   copy_ints(src->elabel, src->es, dst->elabel);
   copy_ints(src->vlabel, src->vs, dst->vlabel);
 }

@@ -12,6 +12,9 @@ namespace kestro {
 //
 //   | header | e: es | v: vs + 1 | vid: vs | elabel: es | vlabel: vs |
 //
+// Of patterns there are many, and their vertices come from nowhere else: their
+// blocks are without vid.
+//
 // The neighbours of vertex i are e[v[i]] .. e[v[i + 1] - 1], ascending and
 // without repeats; every edge has a slot at either end, both with its label.
 //
@@ -26,21 +29,27 @@ struct graph {
   uint32_t key; // hash of structure and labels, 0 when fresh
   int *e;       // es neighbours; negative means disabled
   int *v;       // vs + 1 offsets into e; negative means disabled
-  int *vid;     // vs ids in the graph this one came from
+  int *vid;     // vs ids in the graph this one came from; null where each
+                // vertex has its own number as id
   int *elabel;  // es edge label ids
   int *vlabel;  // vs vertex label ids
 };
 
+// Whether a graph has ids of its own.
+enum class graph_ids { stored, own_numbers };
+
 // Bytes of the block of a graph with es slots and vs vertices.
-size_t graph_size(int es, int vs);
+size_t graph_size(int es, int vs, graph_ids ids = graph_ids::stored);
 // Lays a graph out in caller memory of graph_size(es, vs) bytes, with key 0;
 // the arrays' contents are left as they are.
-graph *graph_init(void *memory, int es, int vs);
+graph *graph_init(void *memory, int es, int vs,
+                  graph_ids ids = graph_ids::stored);
 // The same in a new block; freed with graph_free.
 graph *graph_create(int es, int vs);
 // A new graph with all that g holds; likewise.
 graph *graph_copy(const graph *g);
-// Copies src into the arrays of dst, which must have room for them.
+// Copies src into the arrays of dst, which must have room for them; ids only
+// where dst stores any.
 void graph_copy_into(const graph *src, graph *dst);
 // Overwrites the block with zero bytes and frees it; g may be null.
 void graph_free(graph *g);

@@ -52,7 +52,7 @@ level_data look_at(const sg_set *set, int size, const label_set *labels) {
 // Units of a block of graphs that one of this size takes.
 static size_t units(const graph *g) {
   constexpr size_t unit = sizeof(std::max_align_t);
-  return (graph_size(g->es, g->vs) + unit - 1) / unit;
+  return (graph_size(g->es, g->vs, graph_ids::own_numbers) + unit - 1) / unit;
 }
 
 static void keep_graphs(level_data *level) {
@@ -62,7 +62,8 @@ static void keep_graphs(level_data *level) {
   level->graphs.resize(size);
   std::max_align_t *at = level->graphs.data();
   for (level_record &record : level->records) {
-    graph *copy = graph_init(at, record.g->es, record.g->vs);
+    graph *copy =
+        graph_init(at, record.g->es, record.g->vs, graph_ids::own_numbers);
     graph_copy_into(record.g, copy);
     at += units(record.g);
     record.g = copy;

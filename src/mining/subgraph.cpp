@@ -22,29 +22,33 @@ static constexpr int int_bytes = static_cast<int>(sizeof(int));
 
 size_t sg_size(int es, int vs) { return sizeof(subgraph) + graph_size(es, vs); }
 
-static size_t block_size(int es, int vs, int parents) {
+static size_t block_size(int es, int vs, graph_ids ids, int parents) {
   if (vs > parent_max_vertices)
     die_out_of_memory();
-  return sg_size(es, vs) + static_cast<size_t>(parents) * sg_parent_bytes(vs);
+  return sizeof(subgraph) + graph_size(es, vs, ids) +
+         static_cast<size_t>(parents) * sg_parent_bytes(vs);
 }
 
 // Record in memory of block_size() bytes with its graph laid out, no parents
 // and no sets.
-static subgraph *lay_out(void *memory, int es, int vs, int parents) {
+static subgraph *lay_out(void *memory, int es, int vs, graph_ids ids,
+                         int parents) {
   subgraph *sg = static_cast<subgraph *>(memory);
   *sg = {};
-  sg->g = graph_init(sg + 1, es, vs);
-  sg->entries = static_cast<char *>(memory) + sg_size(es, vs);
+  sg->g = graph_init(sg + 1, es, vs, ids);
+  sg->entries = reinterpret_cast<char *>(sg + 1) + graph_size(es, vs, ids);
   sg->entry_bytes = static_cast<int>(sg_parent_bytes(vs));
   sg->parents_room = parents;
   sg->kept[0] = sg->kept[1] = -1;
-  sg->block = block_size(es, vs, parents);
+  sg->block = block_size(es, vs, ids, parents);
   return sg;
 }
 
 subgraph *sg_create(int es, int vs) {
   const int parents = es / 2;
-  sg_ptr sg(lay_out(xmalloc(block_size(es, vs, parents)), es, vs, parents));
+  constexpr graph_ids ids = graph_ids::stored;
+  sg_ptr sg(
+      lay_out(xmalloc(block_size(es, vs, ids, parents)), es, vs, ids, parents));
   sg->child = ksstack_new(vs, int_bytes);
   sg->tid = ksstack_new(1, int_bytes);
   sg->cover = ksstack_new(1, int_bytes);
@@ -52,19 +56,20 @@ subgraph *sg_create(int es, int vs) {
 }
 
 subgraph *sg_init(void *memory, int es, int vs) {
-  return lay_out(memory, es, vs, 0);
+  return lay_out(memory, es, vs, graph_ids::stored, 0);
 }
 
 static ksstack *copy_set(const ksstack *s) {
   return s ? ksstack_copy(s) : nullptr;
 }
 
-// What a record holds but for its sets, in a new block.
+// What a record holds but for its sets and vertex ids, in a new block.
 static sg_ptr copy_block(const subgraph *sg, arena *memory) {
   const graph *g = sg->g;
-  const size_t bytes = block_size(g->es, g->vs, sg->parents);
+  constexpr graph_ids ids = graph_ids::own_numbers;
+  const size_t bytes = block_size(g->es, g->vs, ids, sg->parents);
   sg_ptr copy(lay_out(memory ? memory->take(bytes) : xmalloc(bytes), g->es,
-                      g->vs, sg->parents));
+                      g->vs, ids, sg->parents));
   copy->in_arena = memory != nullptr;
   graph_copy_into(g, copy->g);
   copy->count = sg->count;
@@ -114,7 +119,7 @@ subgraph *sg_move_links(subgraph *sg, arena *memory) {
 }
 
 subgraph *sg_light_copy(const subgraph *sg, void *memory) {
-  subgraph *copy = lay_out(memory, sg->g->es, sg->g->vs, 0);
+  subgraph *copy = sg_init(memory, sg->g->es, sg->g->vs);
   graph_copy_into(sg->g, copy->g);
   copy->count = sg->count;
   return copy;

@@ -67,8 +67,8 @@ subgraph *sg_create(int es, int vs);
 subgraph *sg_init(void *memory, int es, int vs);
 size_t sg_size(int es, int vs);
 // A new record with deep copies of the sets that are present and no room to
-// spare.  Its block is taken from memory or, where that is null, is one of its
-// own.
+// spare; its graph is without vertex ids.  Its block is taken from memory or,
+// where that is null, is one of its own.
 subgraph *sg_copy(const subgraph *sg, arena *memory = nullptr);
 // Moves a record to a copy of its block in memory and frees the old one.
 subgraph *sg_move(subgraph *sg, arena *memory);

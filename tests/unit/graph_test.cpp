@@ -96,6 +96,25 @@ TEST(Graph, CopyIntoKeepsTheArraysOfALargerTarget) {
   EXPECT_EQ(target->vlabel, before.vlabel);
 }
 
+TEST(Graph, WithoutStoredIdsEachVertexHasItsNumber) {
+  const graph_ptr g = triangle();
+  g->vid[1] = 77;
+  std::vector<int64_t> memory(graph_size(6, 3, graph_ids::own_numbers) / 8 + 1);
+  graph *bare = graph_init(memory.data(), 6, 3, graph_ids::own_numbers);
+  EXPECT_EQ(bare->vid, nullptr);
+  EXPECT_EQ(graph_size(6, 3, graph_ids::own_numbers) + 3 * sizeof(int),
+            graph_size(6, 3));
+  EXPECT_EQ(static_cast<void *>(bare->vlabel + 3),
+            reinterpret_cast<char *>(memory.data()) +
+                graph_size(6, 3, graph_ids::own_numbers));
+  graph_copy_into(g.get(), bare);
+  EXPECT_TRUE(same_structure(bare, g.get()));
+  const graph_ptr copy(graph_copy(bare));
+  EXPECT_TRUE(same_structure(copy.get(), g.get()));
+  EXPECT_EQ(std::vector<int>(copy->vid, copy->vid + 3),
+            (std::vector<int>{0, 1, 2}));
+}
+
 TEST(Graph, EmptyGraphCanBeCopied) {
   const graph_ptr g = make_graph({}, {});
   const graph_ptr copy(graph_copy(g.get()));

@@ -48,7 +48,7 @@ TEST_F(Registration, ClosedCandidateIsKeptInCanonicalForm) {
   EXPECT_EQ(to->accepted.size(), 1);
   EXPECT_TRUE(to->accepted.contains(sg));
   EXPECT_EQ(sg_compare(sg, canonical_record(path_graph(4)).get()), 0);
-  EXPECT_EQ(ints(sg->g->vid, sg->g->vid + 4), identity_of(4));
+  EXPECT_EQ(sg->g->vid, nullptr);
   EXPECT_EQ(sg->count, 0);
   EXPECT_EQ(sg_tid_size(sg) + sg_child_size(sg) + sg_cover_size(sg), 0);
   EXPECT_EQ(outcomes(), (ints{1, 0, 0, 0, 1}));
@@ -241,7 +241,7 @@ static void expect_alike(const subgraph *sg, const subgraph *plain) {
   if (!sg)
     return;
   EXPECT_EQ(sg_compare(sg, plain), 0);
-  EXPECT_EQ(ints(sg->g->vid, sg->g->vid + sg->g->vs), identity_of(sg->g->vs));
+  EXPECT_EQ(sg->g->vid, nullptr);
   EXPECT_EQ(sg->count + sg_tid_size(sg) + sg_child_size(sg), 0);
   EXPECT_EQ(pids_of(sg), pids_of(plain));
   EXPECT_EQ(kept_of(sg), kept_of(plain));
