@@ -57,6 +57,7 @@ static void add_need(xvector<plan_need> *needs, const plan_need &more) {
 void search_plan::set(const graph *pattern, const int *order) {
   const size_t vs = static_cast<size_t>(pattern->vs);
   pattern_ = pattern;
+  core_ = cores_.find(pattern);
   steps_.clear();
   closing_.clear();
   needs_.clear();
@@ -249,7 +250,7 @@ bool search_plan::find(const graph *t, search_memory *memory,
 
 bool search_plan::find(const graph_profiles &profiles, int i, int *image) {
   const graph *t = profiles.graph_at(i);
-  if (pattern_->vs > t->vs)
+  if (pattern_->vs > t->vs || !profiles.core_of(i).may_hold(core_))
     return false;
   const auto [roots, count] = profiles.vertices(i, steps_[0].vlabel);
   return find(t, profiles.of(i), roots, count, &memory_, image);

@@ -169,6 +169,8 @@ private:
   xvector<plan_need> needs_;
   xvector<int> order_;
   xvector<int> depth_; // by vertex
+  cycle_core_finder cores_;
+  cycle_core core_; // the pattern's
   xvector<plan_need> later_;
   xvector<waiting_vertex> waiting_;
   search_memory memory_; // of find()
