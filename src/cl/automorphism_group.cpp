@@ -58,6 +58,8 @@ bool automorphism_search::add_exchanges() {
   const colouring &root = path_[0];
   labels_.resize(index(g_->vs));
   image_.resize(index(g_->vs));
+  if (class_.size() < index(g_->vs))
+    class_.resize(index(g_->vs), 0);
   std::iota(image_.begin(), image_.end(), 0);
   bool only_twins = true;
   for (int s = 0, end; s < g_->vs; s = end) {
@@ -76,13 +78,11 @@ int automorphism_search::add_exchanges_in(int first, int end) {
   sizes_.clear();
   for (int i = first; i < end; i++) {
     const int u = path_[0].order[index(i)];
-    work_.poll.step(static_cast<int64_t>(firsts_.size()) + 1);
     mark_neighbours(u);
-    size_t k = 0;
-    while (k < firsts_.size() && !is_twin_of_marked(firsts_[k], u))
-      k++;
+    const size_t k = class_of_marked(u);
     unmark_neighbours(u);
     if (k == firsts_.size()) {
+      class_[index(u)] = k;
       firsts_.push_back(u);
       sizes_.push_back(0);
     } else {
@@ -90,9 +90,35 @@ int automorphism_search::add_exchanges_in(int first, int end) {
       add(image_);
       std::swap(image_[index(firsts_[k])], image_[index(u)]);
     }
+    work_.poll.step(static_cast<int64_t>(firsts_.size()) + 1);
     labels_[index(u)] = first + sizes_[k]++;
   }
   return static_cast<int>(firsts_.size());
+}
+
+// The class that has a twin of u, whose neighbours are marked; the number of
+// classes for none.  A twin is a neighbour, or a neighbour of each neighbour,
+// which takes the shorter walk where there are many classes.
+size_t automorphism_search::class_of_marked(int u) const {
+  const size_t none = firsts_.size();
+  const int slot = g_->v[u];
+  const bool is_few =
+      none < 8 || slot == g_->v[u + 1] ||
+      none <= index(degree_of(u)) + index(degree_of(g_->e[slot]));
+  if (is_few) {
+    size_t k = 0;
+    while (k < none && !is_twin_of_marked(firsts_[k], u))
+      k++;
+    return k;
+  }
+  for (const int x : {u, g_->e[slot]})
+    for (int j = g_->v[x]; j < g_->v[x + 1]; j++) {
+      const int w = g_->e[j];
+      const size_t k = class_[index(w)]; // holds for firsts of this cell only
+      if (k < none && firsts_[k] == w && is_twin_of_marked(w, u))
+        return k;
+    }
+  return none;
 }
 
 // Whether w is a twin of u, whose neighbours are marked; both are in one cell,

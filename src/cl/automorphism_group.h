@@ -28,7 +28,9 @@ public:
 private:
   bool add_exchanges();
   int add_exchanges_in(int first, int end);
+  size_t class_of_marked(int u) const;
   bool is_twin_of_marked(int w, int u) const;
+  int degree_of(int u) const { return g_->v[u + 1] - g_->v[u]; }
   void follow_path();
   void search_cell(size_t level);
   bool leads_to_image(int w, size_t level);
@@ -42,14 +44,15 @@ private:
 
   const graph *g_ = nullptr;
   xvector<int> *perms_ = nullptr;
-  size_t first_ = 0;     // where the generators of g begin in perms
-  size_t exchanges_ = 0; // how many of them exchange twins
-  size_t found_ = 0;     // how many there are
-  graph view_ = {};      // g with labels_
-  xvector<int> labels_;  // by vertex: its cell and its number among its twins
-  xvector<int> firsts_;  // of the classes of twins of a cell
-  xvector<int> sizes_;   // by class
-  xvector<int> marks_;   // by vertex: label plus 1 of the edge to it, else 0
+  size_t first_ = 0;      // where the generators of g begin in perms
+  size_t exchanges_ = 0;  // how many of them exchange twins
+  size_t found_ = 0;      // how many there are
+  graph view_ = {};       // g with labels_
+  xvector<int> labels_;   // by vertex: its cell and its number among its twins
+  xvector<int> firsts_;   // of the classes of twins of a cell
+  xvector<int> sizes_;    // by class
+  xvector<size_t> class_; // by vertex that is the first of one
+  xvector<int> marks_;    // by vertex: label plus 1 of the edge to it, else 0
   refinement_work work_;
   xvector<colouring> path_;  // by level; the nodes that are not discrete
   size_t levels_ = 0;        // of the path

@@ -182,7 +182,7 @@ private:
     fixing_orbits fixing;
     for (size_t k = 0; k < tied.size(); k++) {
       if (k > 0 &&
-          (has_twin(tied, k) || is_image_of_earlier(tied, k, i, &fixing)))
+          (is_image_of_earlier(tied, k, i, &fixing) || has_twin(tied, k)))
         continue;
       swap_placed(i, place_of()[tied[k]]);
       place_from(i + 1, better);

@@ -168,16 +168,19 @@ graph_profiles::graph_profiles(const graph_list *graphs,
   interruption_poll poll(stop, 1 << 17);
   constexpr int64_t path_cost = 32; // of an edge, for the paths through it
   telling_slots slots;
+  cycle_core_finder cores;
   size_t vertices = 0;
   for (int i = 0; i < graphs->count; i++)
     vertices += static_cast<size_t>(graph_at(i)->vs);
   profiles_.reserve(vertices);
   first_.reserve(static_cast<size_t>(graphs->count));
+  cores_.reserve(static_cast<size_t>(graphs->count));
   first_by_label_.reserve(static_cast<size_t>(graphs->count) + 1);
   for (int i = 0; i < graphs->count; i++) {
     const graph *g = graph_at(i);
     first_.push_back(profiles_.size());
     first_by_label_.push_back(by_label_.size());
+    cores_.push_back(cores.find(g));
     if (g->vs > scanned_whole)
       add_by_label(g);
     each_profile(g, &slots, &poll, [&](int u, const vertex_profile &profile) {

@@ -5,6 +5,7 @@
 
 #include "base/interruption.h"
 #include "base/xmalloc.h"
+#include "cl/cycle_core.h"
 #include "graph/graph_list.h"
 
 namespace kestro {
@@ -34,6 +35,9 @@ public:
   // Whether graph i has fewer vertices than the average one.
   bool is_small(int i) const { return small_[static_cast<size_t>(i)]; }
 
+  const cycle_core &core_of(int i) const {
+    return cores_[static_cast<size_t>(i)];
+  }
   // By vertex of graph i.
   const vertex_profile *of(int i) const {
     return profiles_.data() + first_[static_cast<size_t>(i)];
@@ -56,6 +60,7 @@ private:
   xvector<vertex_profile> profiles_; // graph after graph
   xvector<size_t> first_;            // per graph, where its vertices start
   xvector<char> small_;              // per graph
+  xvector<cycle_core> cores_;        // per graph
   xvector<int> by_label_; // per large graph, its vertices by label, then id
   xvector<size_t> first_by_label_; // per graph, where they start; the end
   xvector<int> frequency_;         // by hash of the labels

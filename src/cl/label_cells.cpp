@@ -9,14 +9,18 @@ void label_cells::fill(const graph *g) {
   for (const size_t cell : filled_)
     cells_[cell] = 0;
   filled_.clear();
+  first_.clear();
   vs_ = g->vs;
   if (cells_.size() < index(vs_) * index(vs_))
     cells_.resize(index(vs_) * index(vs_), 0);
-  for (int u = 0; u < g->vs; u++)
+  for (int u = 0; u < g->vs; u++) {
+    first_.push_back(filled_.size());
     for (int j = g->v[u]; j < g->v[u + 1]; j++) {
       filled_.push_back(index(u) * index(vs_) + index(g->e[j]));
       cells_[filled_.back()] = g->elabel[j] + 1;
     }
+  }
+  first_.push_back(filled_.size());
 }
 
 int label_cells::compare_rows(const int *a, const int *b, int from,
@@ -32,11 +36,17 @@ int label_cells::compare_rows(const int *a, const int *b, int from,
 }
 
 bool label_cells::are_twins(int u, int w) const {
-  const int *row_u = row(u);
+  const size_t first = first_[index(u)];
+  const size_t end = first_[index(u) + 1];
+  if (first_[index(w) + 1] - first_[index(w)] != end - first)
+    return false;
+  // With equally many neighbours, all of w's are among u's if u's are w's.
   const int *row_w = row(w);
-  for (int x = 0; x < vs_; x++)
-    if (x != u && x != w && row_u[x] != row_w[x])
+  for (size_t i = first; i < end; i++) {
+    const size_t x = filled_[i] - index(u) * index(vs_);
+    if (x != index(w) && row_w[x] != cells_[filled_[i]])
       return false;
+  }
   return true;
 }
 

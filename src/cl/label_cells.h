@@ -22,14 +22,15 @@ public:
   // no later positions.
   int compare_rows(const int *a, const int *b, int from, int to) const;
   // Whether exchanging u and w alone, which have one label, is an automorphism:
-  // they see the same edges to all other vertices.
+  // they see the same edges to all other vertices.  Costs u's edges.
   bool are_twins(int u, int w) const;
 
 private:
   static size_t index(int i) { return static_cast<size_t>(i); }
   int vs_ = 0;
   xvector<int> cells_;     // rows of vs_ cells; 0 behind them
-  xvector<size_t> filled_; // the cells that are not 0
+  xvector<size_t> filled_; // the cells that are not 0, row by row
+  xvector<size_t> first_;  // by row, where its own start there; the end
 };
 
 } // namespace kestro

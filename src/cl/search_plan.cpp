@@ -17,6 +17,7 @@
 #include "cl/search_plan.h"
 
 #include <algorithm>
+#include <cassert>
 #include <tuple>
 
 namespace kestro {
@@ -54,9 +55,21 @@ static void add_need(xvector<plan_need> *needs, const plan_need &more) {
   needs->push_back(more);
 }
 
-void search_plan::set(const graph *pattern, const int *order) {
-  const size_t vs = static_cast<size_t>(pattern->vs);
+void search_plan::set_pattern(const graph *pattern) {
   pattern_ = pattern;
+  const bool is_tree = pattern->es / 2 < pattern->vs;
+  core_ = is_tree ? cycle_core() : cores_.find(pattern);
+  rarest_by_ = nullptr;
+}
+
+void search_plan::set(const graph *pattern, const int *order) {
+  set_pattern(pattern);
+  make_steps(order);
+}
+
+void search_plan::make_steps(const int *order) {
+  const graph *pattern = pattern_;
+  const size_t vs = static_cast<size_t>(pattern->vs);
   steps_.clear();
   closing_.clear();
   needs_.clear();
@@ -157,8 +170,16 @@ int search_plan::next_in_order() const {
 
 void search_plan::set_rarest_first(const graph *pattern,
                                    const graph_profiles &profiles) {
-  const graph *g = pattern;
-  pattern_ = pattern;
+  set_pattern(pattern);
+  rarest_by_ = &profiles;
+}
+
+// Makes the steps of a plan that starts at a rarest edge.
+void search_plan::settle() {
+  if (!rarest_by_)
+    return;
+  const graph *g = pattern_;
+  const graph_profiles &profiles = *rarest_by_;
   order_.clear();
   waiting_.assign(static_cast<size_t>(g->vs), {0, INT32_MAX});
   for (int u = g->vs > 0 ? first_in_order(profiles) : -1; u != -1;
@@ -173,7 +194,8 @@ void search_plan::set_rarest_first(const graph *pattern,
       x.rarest = std::min(x.rarest, frequency(g, u, j, profiles));
     }
   }
-  set(pattern, order_.data());
+  make_steps(order_.data());
+  rarest_by_ = nullptr;
 }
 
 // What is searched, with its arrays at hand.
@@ -238,19 +260,22 @@ inline bool search_plan::fits(const plan_step &step, const target &to,
 }
 
 bool search_plan::find(const graph *t, int *image) {
+  settle();
   return find(t, &memory_, image);
 }
 
 bool search_plan::find(const graph *t, search_memory *memory,
                        int *image) const {
+  assert(!rarest_by_);
   return pattern_->vs <= t->vs &&
          find(t, nullptr, nullptr, t->vs, memory, image);
 }
 
 bool search_plan::find(const graph_profiles &profiles, int i, int *image) {
   const graph *t = profiles.graph_at(i);
-  if (pattern_->vs > t->vs)
+  if (pattern_->vs > t->vs || !profiles.core_of(i).may_hold(core_))
     return false;
+  settle();
   const auto [roots, count] = profiles.vertices(i, steps_[0].vlabel);
   return find(t, profiles.of(i), roots, count, &memory_, image);
 }
@@ -286,6 +311,7 @@ bool search_plan::find(const graph *t, const vertex_profile *profiles,
 
 bool search_plan::first(const graph *t, twin_images twins,
                         search_memory *memory, int *image) const {
+  assert(!rarest_by_);
   if (pattern_->vs > t->vs)
     return false;
   prepare(memory, pattern_->vs, t);

@@ -107,7 +107,9 @@ public:
   // Makes this the plan of another pattern.
   void set(const graph *pattern, const int *order);
   // The same along an order that starts at a rarest edge and goes on with the
-  // vertex that has most neighbours mapped, then the rarest edge to one.
+  // vertex that has most neighbours mapped, then the rarest edge to one.  The
+  // order is made by the first find() below that needs it, which must not be
+  // one with a memory of the caller's; profiles is borrowed until then.
   void set_rarest_first(const graph *pattern, const graph_profiles &profiles);
 
   // Lets walks skip images of u with fewer neighbours, for a caller who has no
@@ -157,6 +159,9 @@ private:
     int mapped; // neighbours in the order; -1 when in it itself
     int rarest; // frequency of the rarest edge to one of them
   };
+  void set_pattern(const graph *pattern);
+  void settle();
+  void make_steps(const int *order);
   void add_step(int u, int d);
   int twin_of(int u) const;
   int first_in_order(const graph_profiles &profiles) const;
@@ -164,11 +169,14 @@ private:
 
   const interruption *stop_;
   const graph *pattern_ = nullptr;
+  const graph_profiles *rarest_by_ = nullptr; // while there are no steps yet
   xvector<plan_step> steps_;
   xvector<plan_edge> closing_;
   xvector<plan_need> needs_;
   xvector<int> order_;
   xvector<int> depth_; // by vertex
+  cycle_core_finder cores_;
+  cycle_core core_; // the pattern's
   xvector<plan_need> later_;
   xvector<waiting_vertex> waiting_;
   search_memory memory_; // of find()

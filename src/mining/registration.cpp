@@ -21,16 +21,17 @@
 namespace kestro {
 
 // Fills entry for cand without that edge through its canonical form; false when
-// that is not in the level below.
+// that is not in the level below.  Tells whether that form is known not to
+// depend on the order of vertices.
 static bool find_by_form(subgraph *cand, const removable_edge &edge,
-                         registration *to, sg_parent *entry) {
+                         registration *to, sg_parent *entry, bool *invariant) {
   if (!to->rest || to->rest->g->es < cand->g->es)
     to->rest.reset(sg_create(cand->g->es, cand->g->es / 2 + 1));
   graph *rest = to->rest->g;
   graph_mark_edge_between(cand->g, edge.u, edge.w);
   graph_copy_compacted(cand->g, rest);
   graph_enable_edge_between(cand->g, edge.u, edge.w);
-  to->forms.canonicalize(rest);
+  *invariant = to->forms.canonicalize(rest).invariant;
   entry->pid = sg_set_find(to->prev, to->rest.get());
   if (entry->pid == -1)
     return false;
@@ -54,27 +55,74 @@ static bool can_be_closed(const subgraph *cand,
   return true;
 }
 
-// Whether every connected graph that is cand less one edge is in the level
-// below; these are entered as cand's parents.
-static bool is_downward_closed(subgraph *cand, const derived_parents *known,
-                               registration *to) {
-  const xvector<removable_edge> &edges = to->edges.of(cand->g);
-  if (!can_be_closed(cand, edges, known, to))
-    return false;
+// Enters the parents of cand edge by edge; false when one is missing.
+static bool enter_each(subgraph *cand, const xvector<removable_edge> &edges,
+                       const derived_parents *known, registration *to) {
   const size_t ints = sg_parent_bytes(cand->g->vs) / sizeof(int);
   if (to->memory.size() < ints)
     to->memory.resize(ints);
   auto *entry = reinterpret_cast<sg_parent *>(to->memory.data());
   entry->vs = short_vertex(cand->g->vs);
+  bool invariant;
   for (const removable_edge &edge : edges) {
     entry->u = short_vertex(edge.u);
     entry->v = short_vertex(edge.w);
     if (!(known && known->find(edge, entry)) &&
-        !find_by_form(cand, edge, to, entry))
+        !find_by_form(cand, edge, to, entry, &invariant))
       return false;
     sg_update_parent_info(cand, entry, to->prev);
   }
   return true;
+}
+
+// The same where automorphisms of cand bring edges to one another.
+static bool enter_with_images(subgraph *cand,
+                              const xvector<removable_edge> &edges,
+                              const derived_parents *known, registration *to) {
+  parent_images *all = &to->images;
+  all->set(cand->g, edges);
+  for (size_t i = 0; i < edges.size(); i++)
+    if (!all->has(i) && known && known->find(edges[i], all->at(i)))
+      all->enter_with_images(i);
+  for (size_t i = 0; i < edges.size(); i++)
+    if (!all->has(i) &&
+        !to->filter.contains(to->filter.label_without(cand->g, edges[i])))
+      return false;
+  for (size_t i = 0; i < edges.size(); i++) {
+    bool invariant = false;
+    if (!all->has(i) &&
+        !find_by_form(cand, edges[i], to, all->at(i), &invariant))
+      return false;
+    if (invariant)
+      all->enter_with_images(i);
+    sg_update_parent_info(cand, all->at(i), to->prev);
+  }
+  return true;
+}
+
+// With fewer unknown parents than this, finding the automorphisms costs more
+// than forms.
+static constexpr int many_unknown = 3;
+
+static int count_unknown(const xvector<removable_edge> &edges,
+                         const derived_parents *known) {
+  if (known && known->knows_all())
+    return 0;
+  int unknown = 0;
+  for (const removable_edge &edge : edges)
+    unknown += !(known && known->knows(edge));
+  return unknown;
+}
+
+// Whether every connected graph that is cand less one edge is in the level
+// below; these are entered as cand's parents.
+static bool is_downward_closed(subgraph *cand, const derived_parents *known,
+                               registration *to) {
+  const xvector<removable_edge> &edges = to->edges.of(cand->g);
+  if (!cand->rigid && count_unknown(edges, known) >= many_unknown)
+    return enter_with_images(cand, edges, known, to);
+  return can_be_closed(cand, edges, known, to) &&
+         enter_each(cand, edges, known, to);
 }
 
 // Counts a candidate that turned out to have an infrequent part.

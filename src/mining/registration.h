@@ -8,6 +8,7 @@
 #include "mining/closure.h"
 #include "mining/derived_parents.h"
 #include "mining/failed_candidates.h"
+#include "mining/parent_images.h"
 #include "mining/sg_set.h"
 
 namespace kestro {
@@ -40,7 +41,7 @@ struct registration {
                         derived_parents *known = nullptr,
                         const interruption *stop = nullptr)
       : prev(level), derived(known), forms(std::move(labels)), accepted(stop),
-        failed(stop), filter(level, stop) {}
+        failed(stop), filter(level, stop), images(stop) {}
 
   const sg_set *prev;
   derived_parents *derived;
@@ -52,6 +53,7 @@ struct registration {
   failed_candidates failed;
   closure_filter filter;
   removable_edges edges;
+  parent_images images;
   sg_ptr scratch;      // room for a candidate, null at first
   sg_ptr rest;         // room for a candidate without an edge, null at first
   xvector<int> memory; // room for a parent entry

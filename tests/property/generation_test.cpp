@@ -5,6 +5,10 @@
 // forms.  Below five the form of some small graphs depends on the order of
 // their vertices, so that one graph can come out as several candidates; the
 // generations must agree there too.
+//
+// In the exact form the same is done on databases of symmetric graphs, where
+// the product uses generators and orbits of groups and the plain generation
+// lists every automorphism of every core.
 
 #include <sstream>
 #include <stdexcept>
@@ -13,10 +17,12 @@
 
 #include "reference/cl/canonical.h"
 #include "reference/cl/canonical_calls.h"
+#include "support/exact_form.h"
 #include "support/mined_levels.h"
 #include "support/plain_generation.h"
 #include "support/random_database.h"
 #include "support/records.h"
+#include "support/symmetric_database.h"
 #include "support/threshold_scope.h"
 
 namespace kestro {
@@ -27,11 +33,16 @@ constexpr int seeds_per_test = 100;
 constexpr int test_count = 11;
 constexpr int edge_limit = 8; // of a transaction
 
+constexpr int symmetric_seeds_per_test = 50;
+constexpr int symmetric_test_count = 10;
+constexpr int symmetric_edge_limit = 12;
+
 struct generation_case {
   uint64_t seed;
   std::vector<plain_graph> database;
   int minsup;
   int threshold; // of the canonical form
+  form kind = form::prescribed;
 };
 
 // Four vertices all joined, a perfect matching with another label, and up to
@@ -61,6 +72,21 @@ generation_case case_of_seed(uint64_t seed) {
   for (int copies = chance.one_in(5) ? c.minsup : 0; copies > 0; copies--)
     c.database.push_back(matched_clique(&chance));
   return c;
+}
+
+generation_case symmetric_case_of_seed(uint64_t seed) {
+  dice chance(seed + 1000000);
+  generation_case c{};
+  c.seed = seed;
+  c.database = symmetric_database(&chance, symmetric_edge_limit);
+  c.minsup = chance.between(1, static_cast<int>(c.database.size()));
+  c.threshold = chance.one_in(3) ? chance.between(1, 4) : 5;
+  c.kind = form::exact;
+  return c;
+}
+
+graph_ptr exact_canonical(const graph *g) {
+  return exact_form(g, cl_get_stabilizer_threshold());
 }
 
 // The first difference is thrown as a std::runtime_error.
@@ -96,13 +122,14 @@ void check_parents(const subgraph *sg, const plain_candidate &expected,
 struct totals {
   int levels = 0;
   int candidates = 0;
-  int variant = 0; // candidates whose form depends on the order of vertices
+  int variant = 0;   // candidates whose form depends on the order of vertices
+  int symmetric = 0; // that are not known to be rigid
 };
 
 // The records that several threads make are those that one makes.
-void check_jobs(const two_levels &levels, const sg_set *made) {
+void check_jobs(const two_levels &levels, const sg_set *made, form kind) {
   for (const int jobs : {2, 3, 7}) {
-    const sg_set_ptr same = candidates_of(levels, jobs);
+    const sg_set_ptr same = candidates_of(levels, jobs, kind);
     if (sg_set_size(same.get()) != sg_set_size(made))
       throw std::runtime_error("other candidates of several threads");
     for (int i = 0; i < sg_set_size(made); i++) {
@@ -118,9 +145,11 @@ void check_jobs(const two_levels &levels, const sg_set *made) {
   }
 }
 
-void compare(const two_levels &levels, const sg_set *made, totals *sum) {
+void compare(const two_levels &levels, const sg_set *made, form kind,
+             totals *sum) {
   const std::map<graph_form, plain_candidate> expected =
-      plain_candidates(levels.children.get(), levels.cores.get());
+      plain_candidates(levels.children.get(), levels.cores.get(),
+                       kind == form::exact ? exact_canonical : plain_canonical);
   sum->levels++;
   for (int i = 0; i < sg_set_size(made); i++) {
     const subgraph *sg = sg_set_get(made, i);
@@ -129,6 +158,7 @@ void compare(const two_levels &levels, const sg_set *made, totals *sum) {
     check_parents(sg, found->second, levels.children.get());
     sum->candidates++;
     sum->variant += !sg->invariant;
+    sum->symmetric += !sg->rigid;
   }
   const std::map<graph_form, int> ids = ids_by_form(made);
   for (const auto &[form, candidate] : expected)
@@ -140,12 +170,14 @@ void compare(const two_levels &levels, const sg_set *made, totals *sum) {
 std::string difference(const generation_case &c, totals *sum) {
   const threshold_scope scope(c.threshold);
   try {
-    visit_levels(number(c.database), c.minsup,
-                 [&](const two_levels &levels, const sg_set *made) {
-                   compare(levels, made, sum);
-                   if (c.seed % 8 == 0)
-                     check_jobs(levels, made);
-                 });
+    visit_levels(
+        number(c.database), c.minsup,
+        [&](const two_levels &levels, const sg_set *made) {
+          compare(levels, made, c.kind, sum);
+          if (c.seed % 8 == 0)
+            check_jobs(levels, made, c.kind);
+        },
+        c.kind);
     return "";
   } catch (const std::exception &e) {
     return e.what();
@@ -184,5 +216,24 @@ TEST_P(Generation, MakesThePlainCandidatesWithTheirParents) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Seeds, Generation, testing::Range(0, test_count));
+
+class SymmetricGeneration : public testing::TestWithParam<int> {};
+
+TEST_P(SymmetricGeneration, MakesWhatAllAutomorphismsMake) {
+  totals sum;
+  for (int i = 0; i < symmetric_seeds_per_test; i++) {
+    const int seed = GetParam() * symmetric_seeds_per_test + i;
+    const generation_case c =
+        symmetric_case_of_seed(static_cast<uint64_t>(seed));
+    if (!difference(c, &sum).empty())
+      ADD_FAILURE() << shrunk(c);
+  }
+  EXPECT_GT(sum.levels, 2 * symmetric_seeds_per_test);
+  EXPECT_GT(sum.symmetric, 10 * symmetric_seeds_per_test);
+  EXPECT_EQ(sum.variant, 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(Seeds, SymmetricGeneration,
+                         testing::Range(0, symmetric_test_count));
 
 } // namespace kestro

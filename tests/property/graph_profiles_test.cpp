@@ -1,5 +1,7 @@
-// Profiles of vertices against the naive matcher: wherever a mapping sends a
-// vertex, the image's profile covers the vertex's.  Seeds are fixed.
+// Profiles and cores against the naive matcher: wherever a mapping sends a
+// vertex, the image's profile covers the vertex's, and where there is a
+// mapping, the core of the graph may hold that of the pattern.  Seeds are
+// fixed.
 
 #include "cl/graph_profiles.h"
 
@@ -17,6 +19,8 @@ struct profile_counts {
   int mapped = 0;   // pairs of a vertex and an image of it
   int excluded = 0; // pairs without a mapping that profiles tell apart
   int mappings = 0;
+  int cycles_mapped = 0;  // pairs with a mapping, the pattern with cycles
+  int cores_excluded = 0; // pairs that cores tell apart
 };
 
 // A random pattern and a random graph, or the pattern with vertices and edges
@@ -52,6 +56,13 @@ void check_pair(const graph *pattern, const graph *target,
                 profile_counts *counts) {
   const auto maps = naive_maps(pattern, target);
   counts->mappings += static_cast<int>(maps.size());
+  cycle_core_finder cores;
+  const cycle_core part = cores.find(pattern);
+  const bool may_hold = cores.find(target).may_hold(part);
+  ASSERT_TRUE(may_hold || maps.empty())
+      << graph_words(pattern) << "\nin " << graph_words(target);
+  counts->cycles_mapped += part.cycles > 0 && !maps.empty();
+  counts->cores_excluded += !may_hold;
   for (int u = 0; u < pattern->vs; u++) {
     const vertex_profile profile = profile_of(pattern, u);
     for (int w = 0; w < target->vs; w++) {
@@ -87,6 +98,8 @@ TEST_P(GraphProfiles, OfImagesCoverThoseOfTheirVertices) {
   EXPECT_GT(counts.mapped, 5000);
   EXPECT_GT(counts.excluded, 5000);
   EXPECT_GT(counts.mappings, 2000);
+  EXPECT_GT(counts.cycles_mapped, 200);
+  EXPECT_GT(counts.cores_excluded, 100);
 }
 
 INSTANTIATE_TEST_SUITE_P(Seeds, GraphProfiles, testing::Range(0, 4));

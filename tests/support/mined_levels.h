@@ -91,11 +91,13 @@ inline pattern_groups parent_groups(const two_levels &levels) {
 
 // The candidates that the product makes of two levels, under the threshold of
 // this thread.
-inline sg_set_ptr candidates_of(const two_levels &levels, int jobs = 1) {
+inline sg_set_ptr candidates_of(const two_levels &levels, int jobs = 1,
+                                form kind = form::prescribed) {
   return sg_generate_candidates(
              levels.children.get(), levels.cores.get(),
              {.jobs = jobs,
-              .stabilizer_threshold = cl_get_stabilizer_threshold()})
+              .stabilizer_threshold = cl_get_stabilizer_threshold(),
+              .kind = kind})
       .candidates;
 }
 
@@ -112,11 +114,12 @@ inline void go_up(two_levels *levels, sg_set_ptr made,
 // Mines the patterns in minsup transactions and calls visit(levels, candidates)
 // with all pairs of levels and the candidates that the product makes of them.
 template <class Visit>
-void visit_levels(const numbered_database &db, int minsup, Visit visit) {
+void visit_levels(const numbered_database &db, int minsup, Visit visit,
+                  form kind = form::prescribed) {
   two_levels levels = first_two_levels(db.transactions.get(), minsup,
                                        db.edge_labels, db.vertex_labels);
   while (sg_set_size(levels.children.get()) > 0) {
-    sg_set_ptr made = candidates_of(levels);
+    sg_set_ptr made = candidates_of(levels, 1, kind);
     visit(levels, made.get());
     go_up(&levels, std::move(made), db.transactions.get(), minsup);
   }

@@ -150,8 +150,10 @@ namespace {
 
 class generation {
 public:
-  generation(const sg_set *children, const sg_set *cores)
-      : children_(children), cores_(cores), ids_(ids_by_form(children)) {}
+  generation(const sg_set *children, const sg_set *cores,
+             std::function<graph_ptr(const graph *)> canonical)
+      : children_(children), cores_(cores), canonical_(std::move(canonical)),
+        ids_(ids_by_form(children)) {}
 
   std::map<graph_form, plain_candidate> run() {
     for (int p = 0; p < sg_set_size(cores_); p++) {
@@ -217,8 +219,10 @@ private:
   }
 
   void offer(const graph *g) {
+    if (!joined_.insert(form_as_is(g)).second)
+      return; // its form is known already
     plain_candidate cand;
-    cand.form = plain_canonical(g);
+    cand.form = canonical_(g);
     const graph_form form = form_as_is(cand.form.get());
     if (tried_.insert(form).second && is_closed(&cand))
       accepted_.emplace(form, std::move(cand));
@@ -231,7 +235,7 @@ private:
       const graph_ptr part = plain_without(cand->form.get(), edge.u, edge.w);
       if (!part)
         continue;
-      const auto found = ids_.find(plain_form(part.get()));
+      const auto found = ids_.find(form_as_is(canonical_(part.get()).get()));
       if (found == ids_.end())
         return false;
       by_pid.try_emplace(found->second,
@@ -263,16 +267,19 @@ private:
 
   const sg_set *children_;
   const sg_set *cores_;
+  const std::function<graph_ptr(const graph *)> canonical_;
   const std::map<graph_form, int> ids_; // of children
+  std::set<graph_form> joined_;         // as they came
   std::set<graph_form> tried_;
   std::map<graph_form, plain_candidate> accepted_;
 };
 
 } // namespace
 
-std::map<graph_form, plain_candidate> plain_candidates(const sg_set *children,
-                                                       const sg_set *cores) {
-  return generation(children, cores).run();
+std::map<graph_form, plain_candidate>
+plain_candidates(const sg_set *children, const sg_set *cores,
+                 std::function<graph_ptr(const graph *)> canonical) {
+  return generation(children, cores, std::move(canonical)).run();
 }
 
 } // namespace kestro

@@ -2,9 +2,11 @@
 // core is joined along every automorphism of the core, each result is put into
 // canonical form, and kept if every connected graph with one edge less is in
 // the level, which is looked up by canonical form.  Nothing is known beforehand
-// and nothing is left out.  The forms are those of the stepwise reference.
+// and nothing is left out.  The forms are those of the stepwise reference, or
+// of the caller.
 #pragma once
 
+#include <functional>
 #include <map>
 #include <string>
 #include <vector>
@@ -51,9 +53,11 @@ struct plain_candidate {
   std::vector<plain_parent> kept; // by pid
 };
 
-// The candidates of the next size by their forms.  children is a level with
-// known supports, cores the level below it with known children.
-std::map<graph_form, plain_candidate> plain_candidates(const sg_set *children,
-                                                       const sg_set *cores);
+// The candidates of the next size by their forms, which canonical gives.
+// children is a level with known supports, cores the level below it with known
+// children.
+std::map<graph_form, plain_candidate> plain_candidates(
+    const sg_set *children, const sg_set *cores,
+    std::function<graph_ptr(const graph *)> canonical = plain_canonical);
 
 } // namespace kestro
