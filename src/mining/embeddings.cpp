@@ -3,7 +3,7 @@
 // Most candidates that pass their bound occur in nearly all of its
 // transactions, and mostly at the embedding of a parent; placing one edge there
 // costs a walk over one neighbour list instead of a search.  Rows live from the
-// count of one level to the count of the next, within a budget.
+// count of a pattern to that of the last candidate that keeps it as a parent.
 
 #include "mining/embeddings.h"
 

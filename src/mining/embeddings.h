@@ -23,7 +23,7 @@ namespace kestro {
 // supports rows are long.  Several threads may use one budget.
 class embedding_budget {
 public:
-  static constexpr long long per_pattern = 896;   // of a share, in bytes
+  static constexpr long long per_pattern = 896;  // of a share, in bytes
   static constexpr long long spare = 16LL << 20; // bytes
 
   explicit embedding_budget(const graph_list *transactions);

@@ -153,7 +153,8 @@ void support_counter::count_all(sg_set *cand, const sg_set *prev, int minsup,
       jobs_, count,
       [&](int worker, int i) {
         count_candidate(&records[static_cast<size_t>(i)], prev, minsup,
-                        &finders[static_cast<size_t>(worker)], &budget, &release);
+                        &finders[static_cast<size_t>(worker)], &budget,
+                        &release);
       },
       [](int) {}, watcher);
   for (sg_ptr &sg : records)
