@@ -3,7 +3,7 @@
 // Most candidates that pass their bound occur in nearly all of its
 // transactions, and mostly at the embedding of a parent; placing one edge there
 // costs a walk over one neighbour list instead of a search.  Rows live from the
-// count of one level to the count of the next, within a budget.
+// count of a pattern to that of the last candidate that keeps it as a parent.
 
 #include "mining/embeddings.h"
 
@@ -17,11 +17,16 @@ embedding_budget::embedding_budget(const graph_list *transactions) {
   int largest = 0;
   for (int i = 0; i < transactions->count; i++) {
     const graph *t = graph_list_at(transactions, i);
-    left_ += static_cast<long long>(graph_size(t->es, t->vs));
+    share_ += static_cast<long long>(graph_size(t->es, t->vs));
     largest = std::max(largest, t->vs);
   }
-  left_ = left_ / 4;
+  share_ = share_ / 4;
   width_ = largest <= UINT8_MAX + 1 ? 1 : largest <= UINT16_MAX + 1 ? 2 : 0;
+}
+
+long long embedding_budget::bytes() const {
+  const long long share = share_;
+  return share + std::max(share, spare);
 }
 
 static long long rows_bytes(const subgraph *sg) {
@@ -34,18 +39,18 @@ ksstack *embedding_budget::take_rows(const subgraph *sg, int n) {
   const long long bytes = static_cast<long long>(n) * sg->g->vs * width_;
   if (bytes == 0)
     return nullptr;
-  if ((left_ -= bytes) < 0) {
-    left_ += bytes;
+  if ((taken_ += bytes) > this->bytes()) {
+    taken_ -= bytes;
     return nullptr;
   }
   return ksstack_new(n, sg->g->vs * width_);
 }
 
 void embedding_budget::give_back(const subgraph *sg) {
-  left_ += rows_bytes(sg);
+  taken_ -= rows_bytes(sg);
 }
 
-void embedding_budget::charge(const subgraph *sg) { left_ -= rows_bytes(sg); }
+void embedding_budget::charge(const subgraph *sg) { taken_ += rows_bytes(sg); }
 
 template <class Image>
 static void push_images(const int *images, int vs, ksstack *rows) {

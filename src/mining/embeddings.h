@@ -16,19 +16,27 @@ namespace kestro {
 // uint8_t where all transactions have at most 256 vertices, else uint16_t;
 // there are no rows where a transaction has more than 65,536.
 
-// The memory that rows may take: a quarter of what the transactions themselves
-// take, and something for each pattern or candidate alive.  Several threads may
-// use one budget.
+// The memory that rows may take.  A share is a quarter of what the transactions
+// themselves take and 896 bytes for each pattern or candidate alive, about a
+// sixth of what a run holds without rows.  Rows may take two shares, or one and
+// 16 MiB where that is more: a run with few patterns can bear that, and at high
+// supports rows are long.  Several threads may use one budget.
 class embedding_budget {
 public:
+  static constexpr long long per_pattern = 896;  // of a share, in bytes
+  static constexpr long long spare = 16LL << 20; // bytes
+
   explicit embedding_budget(const graph_list *transactions);
   embedding_budget(const embedding_budget &other)
-      : width_(other.width_), left_(other.left_.load()) {}
+      : width_(other.width_), share_(other.share_.load()),
+        taken_(other.taken_.load()) {}
   // Bytes of an image, 0 where there are no rows.
   int image_bytes() const { return width_; }
   // Makes room for one more pattern alive, takes it back.
-  void add_pattern() { left_ += per_pattern; }
-  void remove_pattern() { left_ -= per_pattern; }
+  void add_pattern() { share_ += per_pattern; }
+  void remove_pattern() { share_ -= per_pattern; }
+  // Bytes that rows may take in all.
+  long long bytes() const;
   // Empty rows for up to n transactions, whose memory is taken off the budget;
   // null when it does not suffice.
   ksstack *take_rows(const subgraph *sg, int n);
@@ -38,10 +46,9 @@ public:
   void charge(const subgraph *sg);
 
 private:
-  static constexpr long long per_pattern = 896;
-
-  int width_ = 1;                   // bytes of an image, 0 for no rows
-  std::atomic<long long> left_ = 0; // bytes
+  int width_ = 1;                    // bytes of an image, 0 for no rows
+  std::atomic<long long> share_ = 0; // bytes
+  std::atomic<long long> taken_ = 0; // bytes of rows
 };
 
 // Of a pattern that has rows: whether their images are bytes.

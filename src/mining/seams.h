@@ -37,8 +37,8 @@ public:
   // without counting; prev is the level below.
   virtual void bound(sg_set *cand, const sg_set *prev,
                      work_watcher *watcher) = 0;
-  // Drops those that are not frequent.  Afterwards the loop frees the TID
-  // lists and rows of prev.
+  // Drops those that are not frequent.  May free the TID lists and rows of
+  // prev; afterwards the loop frees what is left of them.
   virtual void count(sg_set *cand, const sg_set *prev,
                      work_watcher *watcher) = 0;
 };

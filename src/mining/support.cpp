@@ -9,6 +9,7 @@
 #include "mining/support.h"
 
 #include <algorithm>
+#include <atomic>
 #include <utility>
 
 #include "base/error.h"
@@ -64,14 +65,64 @@ support_counter::support_counter(const graph_list *transactions, int jobs,
     : jobs_(jobs), stop_(stop), profiles_(transactions, stop),
       budget_(transactions) {}
 
+namespace {
+
+// Frees the rows and TID lists of a level once the last candidate that they can
+// serve has been counted.  So little more than one level of them is alive.
+class level_release {
+public:
+  level_release(const sg_set *level, const xvector<sg_ptr> &candidates,
+                embedding_budget *budget);
+  // Several threads may count.
+  void counted(const subgraph *candidate);
+
+private:
+  void free_at(int pid);
+
+  const sg_set *level_;
+  embedding_budget *budget_;
+  xvector<std::atomic<int>> waiting_; // candidates by kept parent
+};
+
+} // namespace
+
+level_release::level_release(const sg_set *level,
+                             const xvector<sg_ptr> &candidates,
+                             embedding_budget *budget)
+    : level_(level), budget_(budget),
+      waiting_(static_cast<size_t>(sg_set_size(level))) {
+  for (const sg_ptr &sg : candidates)
+    for (int i = 0; i < sg_kept_size(sg.get()); i++)
+      waiting_[static_cast<size_t>(sg_kept_at(sg.get(), i)->pid)]++;
+  for (int pid = 0; pid < sg_set_size(level); pid++)
+    if (waiting_[static_cast<size_t>(pid)] == 0)
+      free_at(pid);
+}
+
+void level_release::free_at(int pid) {
+  subgraph *sg = sg_set_get(level_, pid);
+  budget_->give_back(sg);
+  ksstack_free(std::exchange(sg->rows, nullptr));
+  ksstack_free(std::exchange(sg->tid, nullptr));
+}
+
+void level_release::counted(const subgraph *candidate) {
+  for (int i = 0; i < sg_kept_size(candidate); i++) {
+    const int pid = sg_kept_at(candidate, i)->pid;
+    if (--waiting_[static_cast<size_t>(pid)] == 0)
+      free_at(pid);
+  }
+}
+
 // Counts one candidate; frees it if it is not frequent.
 static void count_candidate(sg_ptr *cand, const sg_set *prev, int minsup,
-                            occurrence_finder *finder,
-                            embedding_budget *budget) {
+                            occurrence_finder *finder, embedding_budget *budget,
+                            level_release *release) {
   subgraph *sg = cand->get();
   budget->add_pattern();
   sg->rows = budget->take_rows(sg, sg_tid_size(sg));
   sg->count = finder->find(sg, prev, minsup);
+  release->counted(sg);
   if (sg->count >= minsup) {
     budget->give_back(sg);
     sg->tid = ksstack_trim(sg->tid);
@@ -94,6 +145,7 @@ void support_counter::count_all(sg_set *cand, const sg_set *prev, int minsup,
   }
   xvector<sg_ptr> records = sg_set_take_records(cand);
   const int count = static_cast<int>(records.size());
+  level_release release(prev, records, &budget);
   xvector<occurrence_finder> finders(
       static_cast<size_t>(worker_count(jobs_, count)),
       occurrence_finder(&profiles_, stop_));
@@ -101,7 +153,8 @@ void support_counter::count_all(sg_set *cand, const sg_set *prev, int minsup,
       jobs_, count,
       [&](int worker, int i) {
         count_candidate(&records[static_cast<size_t>(i)], prev, minsup,
-                        &finders[static_cast<size_t>(worker)], &budget);
+                        &finders[static_cast<size_t>(worker)], &budget,
+                        &release);
       },
       [](int) {}, watcher);
   for (sg_ptr &sg : records)

@@ -33,8 +33,8 @@ public:
 
   // Counts every record of a sorted set, whose tid is a bound before and exact
   // afterwards, and frees those below minsup, all of them when it throws; prev
-  // holds their parents.  Records get rows of embeddings as far as the budget
-  // lasts.
+  // holds their parents, whose rows and TID lists it frees on the way.  Records
+  // get rows of embeddings as far as the budget lasts.
   void count_all(sg_set *cand, const sg_set *prev, int minsup,
                  work_watcher *watcher = nullptr);
 

@@ -9,7 +9,8 @@ namespace kestro {
 
 using ints = std::vector<int>;
 
-// A database of n transactions of one edge, and a quarter of its size.
+// A database of n transactions of one edge, and the budget for its rows while
+// no pattern is alive.
 static graph_list_ptr edges(int n) {
   graph_list_ptr list(graph_list_new());
   for (int i = 0; i < n; i++)
@@ -17,13 +18,13 @@ static graph_list_ptr edges(int n) {
   return list;
 }
 static int bytes_of(int n) {
-  return n * static_cast<int>(graph_size(2, 2)) / 4;
+  return n * static_cast<int>(graph_size(2, 2)) / 4 + (16 << 20);
 }
 
 // Rows of a pattern are as long as its vertices times this.
 static constexpr int vertex_bytes = 1;
 
-TEST(EmbeddingBudget, IsAQuarterOfTheMemoryOfTheTransactions) {
+TEST(EmbeddingBudget, IsAQuarterOfTheTransactionsAndSixteenMebibytes) {
   const graph_list_ptr database = edges(3);
   const sg_ptr sg = record_of(path_graph(2));
   const int most = bytes_of(3) / (2 * vertex_bytes);
@@ -64,8 +65,6 @@ TEST(EmbeddingBudget, NoRowsForNoTransactions) {
   const graph_list_ptr database = edges(1);
   const sg_ptr sg = record_of(path_graph(2));
   EXPECT_EQ(embedding_budget(database.get()).take_rows(sg.get(), 0), nullptr);
-  const graph_list_ptr empty = edges(0);
-  EXPECT_EQ(embedding_budget(empty.get()).take_rows(sg.get(), 1), nullptr);
 }
 
 TEST(EmbeddingBudget, RowsGivenBackCanBeTakenAgain) {
@@ -113,7 +112,9 @@ TEST(EmbeddingBudget, EveryPatternAliveMakesRoom) {
   const int most = bytes_of(1) / (2 * vertex_bytes);
   embedding_budget budget(database.get());
   budget.add_pattern();
-  sg->rows = budget.take_rows(sg.get(), most + 1);
+  const int more = most + 896 / (2 * vertex_bytes);
+  EXPECT_EQ(budget.take_rows(sg.get(), more + 1), nullptr);
+  sg->rows = budget.take_rows(sg.get(), more);
   ASSERT_NE(sg->rows, nullptr);
   budget.give_back(sg.get());
   budget.remove_pattern();
@@ -122,14 +123,38 @@ TEST(EmbeddingBudget, EveryPatternAliveMakesRoom) {
   EXPECT_NE(rows, nullptr);
 }
 
-TEST(EmbeddingBudget, PatternsMakeRoomWithoutAnyTransactions) {
-  const graph_list_ptr empty = edges(0);
-  const sg_ptr sg = record_of(path_graph(2));
-  embedding_budget budget(empty.get());
-  EXPECT_EQ(budget.take_rows(sg.get(), 1), nullptr);
+TEST(EmbeddingBudget, IsTwoSharesWhereOneIsMoreThanSixteenMebibytes) {
+  const graph_list_ptr database = edges(8);
+  const long long quarter = 2 * static_cast<long long>(graph_size(2, 2));
+  constexpr long long sixteen = 16LL << 20;
+  embedding_budget budget(database.get());
+  EXPECT_EQ(budget.bytes(), quarter + sixteen);
+  int patterns = 0;
+  for (; quarter + 896LL * patterns <= sixteen; patterns++) {
+    ASSERT_EQ(budget.bytes(), quarter + 896LL * patterns + sixteen);
+    budget.add_pattern();
+  }
+  EXPECT_EQ(budget.bytes(), 2 * (quarter + 896LL * patterns));
   budget.add_pattern();
-  const ksstack_ptr rows(budget.take_rows(sg.get(), 1));
-  EXPECT_NE(rows, nullptr);
+  EXPECT_EQ(budget.bytes(), 2 * (quarter + 896LL * (patterns + 1)));
+}
+
+TEST(EmbeddingBudget, RowsTakenDoNotChangeTheBudget) {
+  const graph_list_ptr database = edges(1);
+  const sg_ptr sg = record_of(path_graph(2));
+  embedding_budget budget(database.get());
+  const long long before = budget.bytes();
+  const ksstack_ptr rows(budget.take_rows(sg.get(), 100));
+  ASSERT_NE(rows, nullptr);
+  EXPECT_EQ(budget.bytes(), before);
+}
+
+TEST(EmbeddingBudget, IsThereWithoutAnyTransactions) {
+  const graph_list_ptr empty = edges(0);
+  embedding_budget budget(empty.get());
+  EXPECT_EQ(budget.bytes(), 16LL << 20);
+  budget.add_pattern();
+  EXPECT_EQ(budget.bytes(), (16LL << 20) + 896);
 }
 
 TEST(EmbeddingBudget, CopyHasABudgetOfItsOwn) {
@@ -149,11 +174,14 @@ TEST(EmbeddingBudget, CopyHasABudgetOfItsOwn) {
 TEST(EmbeddingBudget, ThreadsTogetherTakeNoMoreThanThereIs) {
   const graph_list_ptr database = edges(40);
   const sg_ptr sg = record_of(path_graph(2));
+  // What is left has room for forty more.
   const int most = bytes_of(40) / (2 * vertex_bytes);
   embedding_budget budget(database.get());
+  const ksstack_ptr others(budget.take_rows(sg.get(), most - 40));
+  ASSERT_NE(others, nullptr);
   std::atomic<int> taken = 0;
   parallel_for(
-      3, 2 * most,
+      3, 80,
       [&](int, int) {
         const ksstack_ptr rows(budget.take_rows(sg.get(), 1));
         taken += rows != nullptr;
@@ -161,8 +189,8 @@ TEST(EmbeddingBudget, ThreadsTogetherTakeNoMoreThanThereIs) {
       [](int) {});
   // A thread may be refused what another is about to put back, but only at the
   // end of the budget.
-  EXPECT_LE(taken, most);
-  EXPECT_GE(taken, most - 3);
+  EXPECT_LE(taken, 40);
+  EXPECT_GE(taken, 40 - 3);
 }
 
 // A graph without edges.

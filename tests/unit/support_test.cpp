@@ -422,12 +422,26 @@ TEST(CountFrequents, WithoutBudgetThereAreNoRows) {
   EXPECT_EQ(ids_of(sg_set_get(level.get(), 0)->tid), (ints{0, 2}));
 }
 
+// Gives the last pattern of prev rows of that many bytes, an even number, and
+// cand a last candidate below it, which occurs nowhere, so that they stay until
+// all others have been counted.
+static void take_budget(long long bytes, const sg_set_ptr &prev, sg_set *cand) {
+  const int last = sg_set_size(prev.get()) - 1;
+  sg_set_get(prev.get(), last)->rows =
+      ksstack_new(static_cast<int>(bytes / 2), 2);
+  sg_set_insert(cand, bounded(ring_graph(100), {}, {last}, prev));
+}
+
 TEST(CountFrequents, BudgetOfInfrequentCandidatesServesTheOthers) {
   // Before the one that occurs stand more candidates than rows have room for.
   const graph_list_ptr database = database_of(path_graph(4));
-  const int room = static_cast<int>(graph_size(6, 4) / 8);
-  const sg_set_ptr prev = level_with_tids({{0}});
+  const sg_set_ptr prev = level_with_tids({{0}, {0}});
+  embedding_budget budget(database.get());
+  for (int alive = 0; alive < 3; alive++)
+    budget.add_pattern();
+  constexpr int room = 5; // for candidates of four vertices
   sg_set *cand = sg_set_create();
+  take_budget((budget.bytes() - 4 * room) / 2 * 2, prev, cand);
   for (int label = 1; label <= 10 * room; label++)
     sg_set_insert(
         cand, bounded(make_graph({0, 0, 0, 0}, {{0, 1, label}, {1, 2}, {2, 3}}),
@@ -441,28 +455,51 @@ TEST(CountFrequents, BudgetOfInfrequentCandidatesServesTheOthers) {
   expect_one_row(sg, graph_list_at(database.get(), 0));
 }
 
-TEST(CountFrequents, LevelBeforeKeepsWhatCountingNeeds) {
+TEST(CountFrequents, LevelBeforeIsFreedOnceItsLastCandidateIsCounted) {
   const graph_list_ptr database = database_of(star_graph(3));
-  const sg_set_ptr prev = level_with_rows({0}, {{0, 1}});
-  subgraph *parent = sg_set_get(prev.get(), 0);
-  add_parent(parent, 3);
-  counted_paths(database, prev, {0});
-  EXPECT_EQ(rows_of(parent), (std::vector<ints>{{0, 1}}));
-  EXPECT_EQ(pids_of(parent), (ints{3}));
-  EXPECT_EQ(ids_of(parent->tid), (ints{0}));
+  for (const int jobs : {1, 2}) {
+    const sg_set_ptr prev = level_with_rows({0}, {{0, 1}});
+    subgraph *parent = sg_set_get(prev.get(), 0);
+    add_parent(parent, 3);
+    const sg_set_ptr cand(sg_set_create());
+    sg_set_insert(cand.get(), longer_path({0}, prev));
+    sg_ptr ring = bounded(ring_graph(3), {0}, {0}, prev);
+    sg_set_insert(cand.get(), std::move(ring));
+    for (int i = 0; i < 2; i++)
+      ksstack_free(std::exchange(sg_set_get(cand.get(), i)->rows, nullptr));
+    support_counter(database.get(), jobs).count_all(cand.get(), prev.get(), 1);
+    ASSERT_EQ(sg_set_size(cand.get()), 1) << jobs;
+    EXPECT_EQ(rows_of(sg_set_get(cand.get(), 0)),
+              (std::vector<ints>{{0, 1, 2}}));
+    EXPECT_EQ(parent->rows, nullptr);
+    EXPECT_EQ(parent->tid, nullptr);
+    EXPECT_EQ(pids_of(parent), (ints{3}));
+    EXPECT_EQ(parent->count, 1);
+  }
 }
 
 TEST(CountFrequents, RowsOfTheLevelBeforeTakeTheBudget) {
   const graph_list_ptr database = database_of(star_graph(3));
-  const sg_set_ptr prev = level_with_tids({{0}, {0}});
-  sg_set_get(prev.get(), 1)->rows = ksstack_new(100000, 3);
-  const sg_set_ptr level = counted_paths(database, prev, {0});
-  ASSERT_EQ(sg_set_size(level.get()), 1);
-  EXPECT_EQ(sg_set_get(level.get(), 0)->rows, nullptr);
+  for (const bool waits : {true, false}) {
+    const sg_set_ptr prev = level_with_tids({{0}, {0}});
+    sg_ptr sg = longer_path({0}, prev);
+    ksstack_free(std::exchange(sg->rows, nullptr));
+    sg_set *cand = sg_set_create();
+    if (waits)
+      take_budget(17 << 20, prev, cand);
+    else // nobody needs them
+      sg_set_get(prev.get(), 1)->rows = ksstack_new(17 << 19, 2);
+    sg_set_insert(cand, std::move(sg));
+    const sg_set_ptr level(count_level(cand, prev.get(), database.get(), 1));
+    ASSERT_EQ(sg_set_size(level.get()), 1);
+    EXPECT_EQ(sg_set_get(level.get(), 0)->rows == nullptr, waits);
+    EXPECT_EQ(sg_set_get(prev.get(), 1)->rows, nullptr);
+  }
 }
 
 // Counts paths of these numbers of vertices over all transactions, behind a
-// level of some patterns; returns how many were given rows.
+// level of some patterns, whose rows take 16 MiB; returns how many were given
+// rows.
 static int given_rows(const graph_list_ptr &database, int patterns,
                       const ints &vertices) {
   const sg_set_ptr prev =
@@ -473,6 +510,7 @@ static int given_rows(const graph_list_ptr &database, int patterns,
     set_tids(sg.get(), identity_of(database->count));
     sg_set_insert(cand, std::move(sg));
   }
+  take_budget(16 << 20, prev, cand);
   const sg_set_ptr level(count_level(cand, prev.get(), database.get(), 1));
   EXPECT_EQ(sg_set_size(level.get()), static_cast<int>(vertices.size()));
   int given = 0;
@@ -558,7 +596,6 @@ TEST(CountAll, DropsInPlaceAndRegistersNoChildren) {
     ksstack_free(std::exchange(sg_set_get(cand.get(), 0)->rows, nullptr));
   }
   EXPECT_EQ(ids_of(sg_set_get(prev.get(), 0)->child), ints());
-  EXPECT_EQ(ids_of(sg_set_get(prev.get(), 0)->tid), (ints{0, 1, 2}));
 }
 
 } // namespace kestro
