@@ -122,9 +122,9 @@ private:
   }
 
   uint64_t first_key(int u) const {
-    const uint64_t rank =
-        static_cast<uint64_t>(most_vertices - 1 - degree(u)) << vlabel_bits |
-        static_cast<uint64_t>(g_->vlabel[u]);
+    const uint64_t rank = static_cast<uint64_t>(most_vertices - 1 - degree(u))
+                              << vlabel_bits |
+                          static_cast<uint64_t>(g_->vlabel[u]);
     const int *labels = g_->elabel + g_->v[u];
     const uint64_t list =
         degree(u) > short_list
@@ -144,10 +144,10 @@ private:
     if (n > short_list)
       write_list(u);
     else
-      keys_[i] = sorted_list<item_bits>(
-                     n, [&](int k) { return item(first + k); })
-                     << place_bits |
-                 static_cast<uint64_t>(i);
+      keys_[i] =
+          sorted_list<item_bits>(n, [&](int k) { return item(first + k); })
+              << place_bits |
+          static_cast<uint64_t>(i);
   }
 
   uint64_t *list_of(int u) { return work_->signature.data() + g_->v[u]; }
@@ -237,8 +237,8 @@ private:
   int *order_;
   int *colour_;
   int *cell_end_;
-  uint64_t touched_ = 0; // cells, by their first positions
-  uint64_t changed_ = 0; // vertices
+  uint64_t touched_ = 0;         // cells, by their first positions
+  uint64_t changed_ = 0;         // vertices
   uint64_t keys_[most_vertices]; // by position: list and position
 };
 

@@ -50,7 +50,7 @@ struct registration {
                                   // ones fare as it did
   candidate_set accepted;
   failed_candidates failed;
-  closure_filter filter;
+  late_closure_filter filter;
   removable_edges edges;
   sg_ptr scratch;      // room for a candidate, null at first
   sg_ptr rest;         // room for a candidate without an edge, null at first
