@@ -39,11 +39,6 @@ public:
 
   // Lists the edges of all children.
   void collect();
-  // Whether a core has children.
-  bool has_children(int core) const {
-    const size_t p = static_cast<size_t>(core);
-    return starts_[p] < starts_[p + 1];
-  }
   // Fills the table.
   void fill();
 
@@ -155,18 +150,12 @@ void child_table::builder::add_images(const pattern_group &group, size_t first,
 }
 
 child_table::child_table(const sg_set *children, const sg_set *cores,
-                         pattern_groups *groups, const interruption *stop,
-                         int jobs)
+                         const pattern_groups *groups, const interruption *stop)
     : groups_(groups) {
   for (int id = 0; id < sg_set_size(cores); id++)
     cores_.push_back(sg_set_get(cores, id)->invariant);
   builder lists(this, children, sg_set_size(cores), stop);
   lists.collect();
-  groups->expect(sg_set_size(cores));
-  groups->prepare_all(jobs, [&](int id) {
-    const subgraph *core = sg_set_get(cores, id);
-    return lists.has_children(id) && !core->rigid ? core->g : nullptr;
-  });
   lists.fill();
 }
 
