@@ -12,13 +12,8 @@
 
 namespace kestro {
 
-static constexpr size_t longest_int = 11; // characters, sign included
-
-void text_buffer::add_long(int number) {
-  make_room(longest_int);
-  char *const end = text_.get() + capacity_;
-  const auto result = std::to_chars(text_.get() + size_, end, number);
-  size_ = static_cast<size_t>(result.ptr - text_.get());
+char *text_buffer::put_long(char *at, int number) {
+  return std::to_chars(at, at + longest_int, number).ptr;
 }
 
 void text_buffer::flush() {

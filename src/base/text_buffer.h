@@ -23,15 +23,29 @@ public:
     make_room(1);
     text_.get()[size_++] = c;
   }
-  void add(int number) { // in decimal
-    if (number < 0 || number > 9)
-      add_long(number);
-    else
-      add(static_cast<char>('0' + number));
-  }
+  void add(int number) { end_at(put(room(longest_int), number)); } // decimal
   void add(const char *text) {
     while (*text)
       add(*text++);
+  }
+
+  // Room for that many bytes more.  What is put there is in once end_at() tells
+  // where it ends.
+  char *room(size_t bytes) {
+    make_room(bytes);
+    return text_.get() + size_;
+  }
+  void end_at(const char *end) {
+    size_ = static_cast<size_t>(end - text_.get());
+  }
+  // Puts a number in decimal to at, where there is room for longest_int bytes;
+  // returns its end.
+  static constexpr size_t longest_int = 11; // sign included
+  static char *put(char *at, int number) {
+    if (number < 0 || number > 9)
+      return put_long(at, number);
+    *at = static_cast<char>('0' + number);
+    return at + 1;
   }
 
   // Hands all text to the stream, and the stream's to the file.
@@ -45,7 +59,7 @@ private:
       enlarge(bytes);
   }
   void enlarge(size_t bytes);
-  void add_long(int number);
+  static char *put_long(char *at, int number);
   void hand_over();
 
   FILE *stream_;

@@ -9,13 +9,15 @@
 // A pass costs the sorting of the open cells' adjacency lists and of the cells
 // themselves; singletons cost nothing.  A path takes half as many passes as it
 // has vertices, though, so in large graphs passes look at changes only
-// (cl/refine_changes.h).
+// (cl/refine_changes.h).  In small ones signatures are single words
+// (cl/refine_small.h).
 
 #include "cl/colouring.h"
 
 #include <algorithm>
 
 #include "cl/refine_changes.h"
+#include "cl/refine_small.h"
 
 namespace kestro {
 
@@ -172,10 +174,12 @@ void colouring_init(colouring *c, const graph *g, refinement_work *work) {
     work->signature.resize(static_cast<size_t>(g->es));
   if (work->new_colour.size() < vs)
     work->new_colour.resize(vs);
-  if (g->vs < work->large)
-    refine(c, g, true, work);
-  else
+  if (g->vs >= work->large)
     refine_large(c, g, work);
+  else if (g->vs <= work->small && can_refine_small(g))
+    refine_small(c, g, work);
+  else
+    refine(c, g, true, work);
 }
 
 void colouring_individualise(colouring *c, const graph *g, int v,
@@ -193,12 +197,14 @@ void colouring_individualise(colouring *c, const graph *g, int v,
   c->cells++;
   if (c->cells == g->vs)
     return;
-  if (g->vs < work->large) {
+  if (g->vs >= work->large) {
+    work->changed.assign(1, v);
+    refine_changes(c, g, &work->changed, work);
+  } else if (g->vs <= work->small && can_refine_small(g)) {
+    refine_small_from(c, g, v, work);
+  } else {
     refine(c, g, false, work);
-    return;
   }
-  work->changed.assign(1, v);
-  refine_changes(c, g, &work->changed, work);
 }
 
 int colouring_first_open(const colouring *c, int from) {

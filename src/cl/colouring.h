@@ -28,6 +28,9 @@ struct refinement_work {
   // Graphs of so many vertices and more are refined by cl/refine_changes.h,
   // with the same result.  In smaller ones whole passes cost less.
   int large = 40;
+  // Smaller graphs of at most so many vertices are refined by
+  // cl/refine_small.h, where their labels allow it, with the same result.
+  int small = 64;
 
   // What this uses: see there.
   struct cell_record {

@@ -5,9 +5,26 @@
 
 #include "graph/graph_text.h"
 
+#include <cstring>
+
 #include "base/error.h"
 
 namespace kestro {
+
+// Ends a line, for which there is room at at, with its label.
+static void end_line(char *at, const char *label, text_buffer &out) {
+  *at++ = ' ';
+  while (*label)
+    *at++ = *label++;
+  *at++ = '\n';
+  out.end_at(at);
+}
+
+// Room for the two letters at the line's start, two numbers and a space between
+// them, a space, the label and the line's end.
+static char *line_room(const char *label, text_buffer &out) {
+  return out.room(2 * text_buffer::longest_int + strlen(label) + 5);
+}
 
 static void save_slot(const graph *g, int i, int j, const label_set *ls,
                       text_buffer &out) {
@@ -19,24 +36,21 @@ static void save_slot(const graph *g, int i, int j, const label_set *ls,
   if (both_ways && i > g->e[j])
     return;
   const char *label = label_set_edge_label(ls, g->elabel[j]);
-  out.add(both_ways ? 'u' : 'd');
-  out.add(' ');
-  out.add(i);
-  out.add(' ');
-  out.add(g->e[j]);
-  out.add(' ');
-  out.add(label);
-  out.add('\n');
+  char *at = line_room(label, out);
+  *at++ = both_ways ? 'u' : 'd';
+  *at++ = ' ';
+  at = text_buffer::put(at, i);
+  *at++ = ' ';
+  end_line(text_buffer::put(at, g->e[j]), label, out);
 }
 
 static void save_vertex(const graph *g, int i, const label_set *ls,
                         text_buffer &out) {
   const char *label = label_set_vertex_label(ls, g->vlabel[i]);
-  out.add("v ");
-  out.add(i);
-  out.add(' ');
-  out.add(label);
-  out.add('\n');
+  char *at = line_room(label, out);
+  *at++ = 'v';
+  *at++ = ' ';
+  end_line(text_buffer::put(at, i), label, out);
 }
 
 void graph_save(const graph *g, const label_set *ls, text_buffer &out) {

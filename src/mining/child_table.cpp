@@ -1,5 +1,10 @@
 // Children by parent and edge.
 //
+// Each core has a sorted list of the places of its children's edges, and all
+// lists lie one behind another.  The candidates that are looked up one after
+// another are joins of one core, so they ask for few parents, whose lists stay
+// near.
+//
 // An edge of a parent can be placed wherever an automorphism of the parent
 // brings it; every such place is entered once, so a look-up needs no search.
 // The entry tells the generator by which the place was reached, so a way back
@@ -7,61 +12,151 @@
 
 #include "mining/child_table.h"
 
+#include <algorithm>
+
+#include "mining/expect_records.h"
 #include "mining/parents.h"
 
 namespace kestro {
 
-static xvector<char> invariant_ones(const sg_set *level) {
-  xvector<char> flags;
-  flags.reserve(static_cast<size_t>(sg_set_size(level)));
-  for (int id = 0; id < sg_set_size(level); id++)
-    flags.push_back(sg_set_get(level, id)->invariant);
-  return flags;
+// An index of an entry or a generator in the type that the table stores.  As
+// with vertices, time ends a run long before there are more.
+static int16_t short_index(int i) { return short_vertex(i); }
+
+// The order in which children's entries are listed.
+static bool is_earlier(const found_child &a, const found_child &b) {
+  return a.child != b.child ? a.child < b.child : a.entry < b.entry;
+}
+
+// Builds the lists: first the edges of all children as they come, then core by
+// core, sorted and with their images.
+class child_table::builder {
+public:
+  builder(child_table *table, const sg_set *children, int cores,
+          const interruption *stop)
+      : table_(table), children_(children), poll_(stop, 4096), met_(stop),
+        starts_(static_cast<size_t>(cores) + 1, 0) {}
+
+  // Lists the edges of all children.
+  void collect();
+  // Fills the table.
+  void fill();
+
+private:
+  // A child's edge as an extension of a core.
+  struct entry {
+    extension edge;
+    found_child found;
+  };
+
+  void count_starts();
+  void add_sorted(size_t first, size_t end);
+  void add_images(const pattern_group &group, size_t first, size_t end);
+
+  child_table *table_;
+  const sg_set *children_;
+  interruption_poll poll_;
+  extension_set met_; // places of one core
+  xvector<entry> entries_;
+  xvector<int> starts_;   // by core, its entries in order_; and their end
+  xvector<int> order_;    // entries by core
+  xvector<entry> places_; // of one core
+};
+
+void child_table::builder::collect() {
+  const int n = sg_set_size(children_);
+  if (n > 0) // as many for each, or nearly so
+    entries_.reserve(static_cast<size_t>(n) *
+                     static_cast<size_t>(sg_set_get(children_, 0)->g->es / 2));
+  for (int id = 0; id < n; id++) {
+    expect_records(children_, id, true);
+    const subgraph *child = sg_set_get(children_, id);
+    table_->children_.push_back(child->invariant);
+    poll_.step(1 + sg_parent_size(child));
+    for (int l = 0; l < sg_parent_size(child); l++)
+      entries_.push_back({sg_parent_edge(child, sg_parent_at(child, l)),
+                          {id, short_index(l), -1}});
+  }
+  count_starts();
+}
+
+// Sorts the entries by core; those of one core stay in their order.
+void child_table::builder::count_starts() {
+  int_count(entries_.size());
+  for (const entry &e : entries_)
+    starts_[static_cast<size_t>(e.edge.pattern)]++;
+  int end = 0;
+  for (int &start : starts_)
+    start = end += start;
+  order_.resize(entries_.size());
+  for (size_t i = entries_.size(); i-- > 0;)
+    order_[static_cast<size_t>(
+        --starts_[static_cast<size_t>(entries_[i].edge.pattern)])] =
+        static_cast<int>(i);
+}
+
+void child_table::builder::fill() {
+  xvector<placed_child> &out = table_->places_;
+  out.reserve(entries_.size()); // most have one place only
+  const size_t cores = starts_.size() - 1;
+  table_->starts_.reserve(cores + 1);
+  table_->starts_.push_back(0);
+  for (size_t p = 0; p < cores; p++) {
+    const size_t first = static_cast<size_t>(starts_[p]);
+    const size_t end = static_cast<size_t>(starts_[p + 1]);
+    poll_.step(static_cast<int64_t>(end - first));
+    const pattern_group group = table_->groups_->at(static_cast<int>(p));
+    const auto start = static_cast<ptrdiff_t>(out.size());
+    if (group.count == 0)
+      for (size_t i = first; i < end; i++) {
+        const entry &e = entries_[static_cast<size_t>(order_[i])];
+        out.push_back(placed(e.edge, e.found));
+      }
+    else
+      add_images(group, first, end);
+    std::sort(out.begin() + start, out.end(),
+              [this](const placed_child &a, const placed_child &b) {
+                poll_.step();
+                return is_same(a, b) ? is_earlier(a.found, b.found)
+                                     : comes_after(a, b);
+              });
+    // The earliest of equal ones stays.
+    out.erase(std::unique(out.begin() + start, out.end(), is_same), out.end());
+    table_->starts_.push_back(int_count(out.size()));
+  }
+}
+
+// Adds the images of a core's entries, each once.
+void child_table::builder::add_images(const pattern_group &group, size_t first,
+                                      size_t end) {
+  met_.clear();
+  for (size_t i = first; i < end; i++) {
+    const entry &e = entries_[static_cast<size_t>(order_[i])];
+    if (!met_.insert(e.edge))
+      continue; // all images are in, too
+    places_.assign(1, e);
+    for (size_t j = 0; j < places_.size(); j++) {
+      poll_.step(group.count);
+      for (int k = 0; k < group.count; k++) {
+        const extension image = image_of(places_[j].edge, group.perm(k));
+        if (met_.insert(image))
+          places_.push_back(
+              {image, {e.found.child, e.found.entry, short_index(k)}});
+      }
+    }
+    for (const entry &place : places_)
+      table_->places_.push_back(placed(place.edge, place.found));
+  }
 }
 
 child_table::child_table(const sg_set *children, const sg_set *cores,
                          const pattern_groups *groups, const interruption *stop)
-    : map_(stop), groups_(groups), children_(invariant_ones(children)),
-      cores_(invariant_ones(cores)) {
-  interruption_poll poll(stop, 4096);
-  size_t entries = 0;
-  for (int id = 0; id < sg_set_size(children); id++) {
-    poll.step();
-    entries += static_cast<size_t>(sg_parent_size(sg_set_get(children, id)));
-  }
-  map_.reserve(entries);    // most have one place only
-  xvector<extension> edges; // of one child
-  for (int id = 0; id < sg_set_size(children); id++) {
-    const subgraph *child = sg_set_get(children, id);
-    edges.clear();
-    for (int l = 0; l < sg_parent_size(child); l++) {
-      edges.push_back(sg_parent_edge(child, sg_parent_at(child, l)));
-      map_.expect(edges.back());
-    }
-    for (int l = 0; l < sg_parent_size(child); l++) {
-      poll.step();
-      const extension &edge = edges[static_cast<size_t>(l)];
-      if (map_.insert(edge, {id, l, -1})) // else all images are in, too
-        enter_images(edge, {id, l, -1}, &poll);
-    }
-  }
-}
-
-// Enters the images of x, which is in.
-void child_table::enter_images(const extension &x, const found_child &found,
-                               interruption_poll *poll) {
-  const pattern_group group = groups_->at(x.pattern);
-  if (group.count == 0)
-    return;
-  entered_.assign(1, x);
-  for (size_t i = 0; i < entered_.size(); i++) {
-    poll->step(group.count);
-    for (int k = 0; k < group.count; k++) {
-      const extension image = image_of(entered_[i], group.perm(k));
-      if (map_.insert(image, {found.child, found.entry, k}))
-        entered_.push_back(image);
-    }
-  }
+    : groups_(groups) {
+  for (int id = 0; id < sg_set_size(cores); id++)
+    cores_.push_back(sg_set_get(cores, id)->invariant);
+  builder lists(this, children, sg_set_size(cores), stop);
+  lists.collect();
+  lists.fill();
 }
 
 // The vertex that a permutation brings to u.
@@ -75,7 +170,7 @@ static int preimage(const int *perm, int u) {
 void child_table::find_steps(extension x, xvector<const int *> *steps) const {
   steps->clear();
   const pattern_group group = groups_->at(x.pattern);
-  for (int k; (k = map_.find(x)->generator) != -1;) {
+  for (int k; (k = find(x)->generator) != -1;) {
     const int *perm = group.perm(k);
     steps->push_back(perm);
     const int from = preimage(perm, x.from);

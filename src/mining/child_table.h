@@ -9,10 +9,11 @@ namespace kestro {
 
 // A pattern found as one of its parents plus an edge.
 struct found_child {
-  int child;     // its id in the level
-  int entry;     // the index of its parent entry that leads there
-  int generator; // of the parent's group, which brings the edge from a place
-                 // that was met before; -1 at the place that the entry tells
+  int child;         // its id in the level
+  int16_t entry;     // the index of its parent entry that leads there
+  int16_t generator; // of the parent's group, which brings the edge from a
+                     // place that was met before; -1 at the place that the
+                     // entry tells
 };
 
 // For every parent and every edge such that the parent plus the edge is a
@@ -25,11 +26,19 @@ public:
               const pattern_groups *groups, const interruption *stop = nullptr);
 
   // The pattern that x, an extension of a core, is; null when it is none of the
-  // level.
-  const found_child *find(const extension &x) const { return map_.find(x); }
-
-  // Tells that find() will be asked for x soon.
-  void expect(const extension &x) const { map_.expect(x); }
+  // level.  Costs the logarithm of the core's children.
+  const found_child *find(const extension &x) const {
+    const int *start = starts_.data() + x.pattern;
+    const placed_child *at = places_.data() + start[0];
+    int left = start[1] - start[0];
+    const placed_child wanted = placed(x, {});
+    while (left > 1) {
+      const int half = left / 2;
+      at += comes_after(at[half - 1], wanted) ? half : 0;
+      left -= half;
+    }
+    return left == 1 && is_same(*at, wanted) ? &at->found : nullptr;
+  }
 
   // Whether the form of a pattern of the level, or of a core, is known not to
   // depend on the order of vertices.
@@ -41,17 +50,41 @@ public:
   void find_steps(extension x, xvector<const int *> *steps) const;
 
 private:
+  // A place of an edge on a core, and the child that is there.
+  struct placed_child {
+    uint32_t place; // from, then to
+    int elabel;
+    int vlabel;
+    found_child found;
+  };
+  static placed_child placed(const extension &x, const found_child &found) {
+    return {uint32_t{static_cast<uint16_t>(x.from)} << 16 |
+                static_cast<uint16_t>(x.to),
+            x.elabel, x.vlabel, found};
+  }
+  static uint64_t labels_of(const placed_child &c) {
+    return uint64_t{static_cast<uint32_t>(c.elabel)} << 32 |
+           static_cast<uint32_t>(c.vlabel);
+  }
+  static bool is_same(const placed_child &a, const placed_child &b) {
+    return a.place == b.place && labels_of(a) == labels_of(b);
+  }
+  // Whether b stands behind a in a core's list.
+  static bool comes_after(const placed_child &a, const placed_child &b) {
+    return a.place < b.place ||
+           (a.place == b.place && labels_of(a) < labels_of(b));
+  }
   static bool is_set(const xvector<char> &flags, int id) {
     return flags[static_cast<size_t>(id)] != 0;
   }
-  void enter_images(const extension &x, const found_child &found,
-                    interruption_poll *poll);
 
-  extension_map<found_child> map_;
+  class builder;
+
+  xvector<int> starts_; // by core: where its children begin, and the end
+  xvector<placed_child> places_;
   const pattern_groups *groups_; // by id of a core
   xvector<char> children_;       // by id: whether invariant
   xvector<char> cores_;
-  xvector<extension> entered_; // the images of one edge
 };
 
 } // namespace kestro

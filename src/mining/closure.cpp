@@ -6,7 +6,8 @@
 // label no pattern of the level has cannot be in it, which spares its canonical
 // form. Equal labels prove nothing: the form decides then.
 //
-// A label costs a few rounds over the edges.
+// A label costs a few rounds over the edges, and the filter a label for every
+// pattern of the level.
 
 #include "mining/closure.h"
 
@@ -87,6 +88,19 @@ uint64_t closure_filter::label_without(const graph *g,
     if (end != -1 && g->v[end + 1] - g->v[end] == 1)
       label -= mix(colour[end]);
   return label;
+}
+
+// A canonical form takes several times as long as a label.
+static constexpr int labels_for_a_form = 8;
+
+bool late_closure_filter::may_contain(const graph *g,
+                                      const removable_edge &edge) {
+  if (!filter_) {
+    if (misses_ <= sg_set_size(prev_) / labels_for_a_form)
+      return true;
+    filter_.emplace(prev_, stop_);
+  }
+  return filter_->contains(filter_->label_without(g, edge));
 }
 
 } // namespace kestro

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 
 #include "base/interruption.h"
 #include "base/xmalloc.h"
@@ -30,6 +31,29 @@ private:
   xvector<uint64_t> labels_; // sorted
   xvector<uint64_t> colour_; // by vertex
   xvector<uint64_t> next_;   // by vertex
+};
+
+// The same filter, made once it pays.  Look-ups leave few candidates with an
+// infrequent part on most levels, where the labels of the whole level would
+// cost more than the forms that they spare.
+class late_closure_filter {
+public:
+  // Borrows prev, the level below, and stop, which may be null.
+  explicit late_closure_filter(const sg_set *prev,
+                               const interruption *stop = nullptr)
+      : prev_(prev), stop_(stop) {}
+
+  // False when g without one of its removable edges is certainly not in the
+  // level.  Throws interrupted when stop says so.
+  bool may_contain(const graph *g, const removable_edge &edge);
+  // Tells that a form was made in vain: it was not in the level.
+  void note_miss() { misses_++; }
+
+private:
+  const sg_set *prev_;
+  const interruption *stop_;
+  int misses_ = 0;
+  std::optional<closure_filter> filter_;
 };
 
 } // namespace kestro

@@ -42,26 +42,22 @@ extension derived_parents::part_without(const sg_parent *entry) const {
 bool derived_parents::look_up(const extension &x) {
   x_ = x;
   pattern_ = sg_set_get(children_, x.pattern);
-  const int entries = sg_parent_size(pattern_);
-  found_.resize(static_cast<size_t>(entries));
-  parts_.resize(static_cast<size_t>(entries));
-  for (int l = 0; l < entries; l++) {
-    extension &part = parts_[static_cast<size_t>(l)];
-    part = part_without(sg_parent_at(pattern_, l));
-    if (part.pattern != -1)
-      table_->expect(part);
-  }
+  const size_t entries = static_cast<size_t>(sg_parent_size(pattern_));
+  found_.resize(entries);
+  parts_.resize(entries);
   // An edge that closes a cycle may make more edges removable.
   knows_all_ = pattern_->invariant && x.to == -1;
-  for (int l = 0; l < entries; l++) {
-    const extension &part = parts_[static_cast<size_t>(l)];
-    found_[static_cast<size_t>(l)] = nullptr;
+  const char *entry = pattern_->entries;
+  for (size_t l = 0; l < entries; l++, entry += pattern_->entry_bytes) {
+    extension &part = parts_[l];
+    part = part_without(reinterpret_cast<const sg_parent *>(entry));
+    found_[l] = nullptr;
     if (part.pattern == -1)
       continue;
     const found_child *found = table_->find(part);
     if (!found && table_->core_is_invariant(part.pattern))
       return false;
-    found_[static_cast<size_t>(l)] = found;
+    found_[l] = found;
     knows_all_ &= found && table_->child_is_invariant(found->child);
   }
   // Their entries are read once the candidate has its form.
@@ -146,35 +142,44 @@ void derived_parents::compose(int index, int16_t *map) const {
   const sg_parent *step = sg_parent_at(pattern_, index);
   const subgraph *part = sg_set_get(children_, found->child);
   const sg_parent *back = sg_parent_at(part, found->entry);
-  steps_.clear();
-  if (found->generator != -1)
-    table_->find_steps(parts_[static_cast<size_t>(index)], &steps_);
-  to_part_.resize(static_cast<size_t>(pattern_->g->vs));
-  int16_t *to_part = to_part_.data(); // by vertex of the core
-  int16_t new_vertex = -1;            // of the part
-  for (int16_t r = 0; r < back->vs; r++) {
-    if (back->map[r] == -1) {
-      new_vertex = r;
-      continue;
-    }
-    int in_core = back->map[r];
-    for (size_t s = steps_.size(); s-- > 0;)
-      in_core = steps_[s][in_core];
-    to_part[in_core] = r;
-  }
-  // The vertex of the candidate that the core lacks: the new one, or a leaf
-  // that x's edge keeps.
   const int n = pattern_->g->vs;
+  const size_t room = static_cast<size_t>(n) + 1;
+  maps_.resize(2 * room);
+  int16_t *const to_part = maps_.data() + 1; // by vertex of the core, or -1
+  to_part[-1] = -1;
+  for (int16_t r = 0; r < back->vs; r++)
+    to_part[back->map[r]] = r;
+  const int16_t new_vertex = to_part[-1]; // of the part, if it has one
+  to_part[-1] = -1;
+  if (found->generator != -1)
+    move_on(index, back, to_part);
+  // The vertex of the candidate that the core lacks is the new one, or a leaf
+  // that x's edge keeps.
   const int kept = x_.to == -1                ? n
                    : step->map[x_.from] == -1 ? x_.from
                    : step->map[x_.to] == -1   ? x_.to
                                               : -1;
-  for (size_t i = 0; i < origin_.size(); i++) {
-    const int b = origin_[i];
-    if (b == kept)
-      map[i] = new_vertex;
-    else
-      map[i] = step->map[b] == -1 ? int16_t{-1} : to_part[step->map[b]];
+  int16_t *const by_origin = maps_.data() + room;
+  for (int b = 0; b < n; b++)
+    by_origin[b] = to_part[step->map[b]];
+  if (kept != -1)
+    by_origin[kept] = new_vertex;
+  for (size_t i = 0; i < origin_.size(); i++)
+    map[i] = by_origin[origin_[i]];
+}
+
+// Moves the vertices of a part along the automorphism of the core that brings
+// the part's edge to where it is in the candidate.
+void derived_parents::move_on(int index, const sg_parent *back,
+                              int16_t *to_part) const {
+  table_->find_steps(parts_[static_cast<size_t>(index)], &steps_);
+  for (int16_t r = 0; r < back->vs; r++) {
+    int in_core = back->map[r];
+    if (in_core == -1)
+      continue;
+    for (size_t s = steps_.size(); s-- > 0;)
+      in_core = steps_[s][in_core];
+    to_part[in_core] = r;
   }
 }
 

@@ -37,6 +37,7 @@ private:
   bool is_own_edge(const removable_edge &edge) const;
   int known_entry(const removable_edge &edge) const;
   void compose(int index, int16_t *map) const;
+  void move_on(int index, const sg_parent *back, int16_t *to_part) const;
 
   const sg_set *children_;
   const child_table *table_;
@@ -49,7 +50,7 @@ private:
                              // for
   xvector<int> origin_;      // by vertex of the candidate, that of x's pattern
   mutable xvector<const int *> steps_; // of an automorphism of a core
-  mutable xvector<int16_t> to_part_;   // by vertex of a core
+  mutable xvector<int16_t> maps_;      // by vertex, for compose()
 };
 
 } // namespace kestro

@@ -62,6 +62,8 @@ public:
   // Growing throws interrupted, and changes nothing, when stop says so.
   explicit extension_map(const interruption *stop = nullptr) : table_(stop) {}
 
+  // Takes everything out.
+  void clear() { table_.clear(); }
   // Makes room for n extensions at once.
   void reserve(size_t n) { table_.reserve(n); }
 

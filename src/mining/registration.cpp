@@ -33,8 +33,10 @@ static bool find_by_form(subgraph *cand, const removable_edge &edge,
   graph_enable_edge_between(cand->g, edge.u, edge.w);
   *invariant = to->forms.canonicalize(rest).invariant;
   entry->pid = sg_set_find(to->prev, to->rest.get());
-  if (entry->pid == -1)
+  if (entry->pid == -1) {
+    to->filter.note_miss();
     return false;
+  }
   std::fill_n(entry->map, entry->vs, int16_t{-1});
   for (int16_t j = 0; j < rest->vs; j++)
     entry->map[rest->vid[j]] = j;
@@ -50,7 +52,7 @@ static bool can_be_closed(const subgraph *cand,
     return true;
   for (const removable_edge &edge : edges)
     if (!(known && known->knows(edge)) &&
-        !to->filter.contains(to->filter.label_without(cand->g, edge)))
+        !to->filter.may_contain(cand->g, edge))
       return false;
   return true;
 }

@@ -51,7 +51,7 @@ struct registration {
                                   // ones fare as it did
   candidate_set accepted;
   failed_candidates failed;
-  closure_filter filter;
+  late_closure_filter filter;
   removable_edges edges;
   parent_images images;
   sg_ptr scratch;      // room for a candidate, null at first

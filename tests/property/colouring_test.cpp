@@ -1,6 +1,6 @@
-// Refinement that looks at changes only against refinement by whole passes:
-// the same cells in the same order, and the same vertices in the same order in
-// each.  Seeds are fixed.
+// Refinement that looks at changes only, and that of small graphs, against
+// refinement by whole passes: the same cells in the same order, and the same
+// vertices in the same order in each.  Seeds are fixed.
 
 #include "cl/colouring.h"
 
@@ -152,21 +152,33 @@ graph_ptr draw_large_graph(test_rng &rng) {
 
 // A graph refined in both ways.
 struct both_ways {
-  colouring passes, changes;
-  refinement_work work_of_passes, work_of_changes;
+  colouring passes, other;
+  refinement_work work_of_passes, work_of_other;
 
-  both_ways() {
-    work_of_passes.large = INT_MAX;
-    work_of_changes.large = 0;
+  static both_ways with_changes() {
+    both_ways both;
+    both.work_of_other.large = 0;
+    return both;
+  }
+  static both_ways with_small_graphs() {
+    both_ways both;
+    both.work_of_other.large = INT_MAX;
+    return both;
   }
 
   void expect_equal() const {
-    ASSERT_EQ(passes.cells, changes.cells);
-    ASSERT_TRUE(passes.order == changes.order);
-    ASSERT_TRUE(passes.colour == changes.colour);
+    ASSERT_EQ(passes.cells, other.cells);
+    ASSERT_TRUE(passes.order == other.order);
+    ASSERT_TRUE(passes.colour == other.colour);
     for (size_t s = 0; s < passes.order.size();
          s = static_cast<size_t>(passes.cell_end[s]))
-      ASSERT_EQ(passes.cell_end[s], changes.cell_end[s]);
+      ASSERT_EQ(passes.cell_end[s], other.cell_end[s]);
+  }
+
+private:
+  both_ways() {
+    work_of_passes.large = INT_MAX;
+    work_of_passes.small = 0;
   }
 };
 
@@ -191,16 +203,16 @@ int draw_open_vertex(test_rng &rng, const colouring &c) {
 // earlier partition at times, with the order as it is then.
 void walk(test_rng &rng, const graph *g, both_ways *both, walk_counts *counts) {
   colouring_init(&both->passes, g, &both->work_of_passes);
-  colouring_init(&both->changes, g, &both->work_of_changes);
+  colouring_init(&both->other, g, &both->work_of_other);
   ASSERT_NO_FATAL_FAILURE(both->expect_equal());
   counts->largest = std::max(counts->largest, g->vs);
   std::vector<std::pair<colouring, colouring>> before;
   for (int step = 0; both->passes.cells < g->vs && step < 40; step++) {
-    before.emplace_back(both->passes, both->changes);
+    before.emplace_back(both->passes, both->other);
     const int old_cells = both->passes.cells;
     const int v = draw_open_vertex(rng, both->passes);
     colouring_individualise(&both->passes, g, v, &both->work_of_passes);
-    colouring_individualise(&both->changes, g, v, &both->work_of_changes);
+    colouring_individualise(&both->other, g, v, &both->work_of_other);
     ASSERT_NO_FATAL_FAILURE(both->expect_equal());
     counts->steps++;
     counts->split_further += both->passes.cells > old_cells + 1;
@@ -208,7 +220,7 @@ void walk(test_rng &rng, const graph *g, both_ways *both, walk_counts *counts) {
       before.resize(1 + static_cast<size_t>(random_below(
                             rng, static_cast<int>(before.size()))));
       colouring_coarsen(&both->passes, &before.back().first);
-      colouring_coarsen(&both->changes, &before.back().second);
+      colouring_coarsen(&both->other, &before.back().second);
       before.pop_back();
     }
   }
@@ -218,12 +230,12 @@ class ColouringProperty : public testing::TestWithParam<int> {};
 
 } // namespace
 
-TEST_P(ColouringProperty, ChangesGiveWhatWholePassesGive) {
+// Walks over many graphs of all sizes with the same memory.
+static void walk_many(int from_seed, both_ways both) {
   constexpr int graphs = 1500;
   walk_counts counts;
-  both_ways both; // serves graphs of all sizes
-  for (int i = 0; i < graphs && !HasFailure(); i++) {
-    const auto seed = static_cast<unsigned>(GetParam() * graphs + i);
+  for (int i = 0; i < graphs && !testing::Test::HasFailure(); i++) {
+    const auto seed = static_cast<unsigned>(from_seed * graphs + i);
     test_rng rng(seed);
     const graph_ptr g =
         i % 2 == 0 ? draw_large_graph(rng) : std::move(draw_graph(seed).g);
@@ -233,6 +245,14 @@ TEST_P(ColouringProperty, ChangesGiveWhatWholePassesGive) {
   EXPECT_GT(counts.steps, 5000);
   EXPECT_GT(counts.split_further, 2000);
   EXPECT_GT(counts.largest, 100);
+}
+
+TEST_P(ColouringProperty, ChangesGiveWhatWholePassesGive) {
+  walk_many(GetParam(), both_ways::with_changes());
+}
+
+TEST_P(ColouringProperty, SmallGraphsComeOutAsByWholePasses) {
+  walk_many(GetParam(), both_ways::with_small_graphs());
 }
 
 INSTANTIATE_TEST_SUITE_P(Seeds, ColouringProperty, testing::Range(0, 4));

@@ -157,4 +157,28 @@ TEST(Closure, FilterKnowsTheLabelsOfItsLevelOnly) {
   EXPECT_FALSE(filter.contains(filter.label(star_graph(4).get())));
 }
 
+TEST(Closure, LateFilterTellsNothingBeforeItPays) {
+  const sg_set_ptr level(sg_set_create());
+  sg_set_insert(level.get(), canonical_record(path_graph(4)));
+  sg_set_insert(level.get(), canonical_record(ring_graph(3)));
+  // Without the edge between its last two leaves a star, without another one a
+  // path.
+  const graph_ptr g =
+      make_graph({0, 0, 0, 0}, {{0, 1}, {0, 2}, {0, 3}, {2, 3}});
+  removable_edges finder;
+  const xvector<removable_edge> edges = finder.of(g.get());
+  late_closure_filter filter(level.get());
+  for (const removable_edge &edge : edges)
+    EXPECT_TRUE(filter.may_contain(g.get(), edge));
+  filter.note_miss(); // one is enough for so small a level
+  int refused = 0;
+  for (const removable_edge &edge : edges) {
+    const bool leaves_a_star = edge.u == 2 && edge.w == 3;
+    EXPECT_EQ(filter.may_contain(g.get(), edge), !leaves_a_star)
+        << edge.u << '-' << edge.w;
+    refused += leaves_a_star;
+  }
+  EXPECT_EQ(refused, 1);
+}
+
 } // namespace kestro

@@ -237,6 +237,29 @@ TEST(Colouring, CellsAreThoseOfWholeSignatures) {
   }
 }
 
+TEST(Colouring, LabelsOfAnySizeAndManyEdgesAtAVertex) {
+  test_rng rng(5);
+  for (int round = 0; round < 300; round++) {
+    const int vs = 6 + random_below(rng, 20);
+    const graph_ptr g = random_graph(rng, {.vs = vs,
+                                           .extra_edges = 3 * vs,
+                                           .vlabels = 2,
+                                           .elabels = 2,
+                                           .connected = true});
+    const int vlabel = round % 3 == 1 ? 65535 : 1; // the limits of small ones
+    const int elabel = round % 3 == 2 ? 256 : 255;
+    for (int i = 0; i < g->vs; i++)
+      g->vlabel[i] *= vlabel + round % 2;
+    for (int j = 0; j < g->es; j++)
+      g->elabel[j] *= elabel;
+    const colouring c = coloured(g);
+    expect_whole(c, g.get());
+    ASSERT_EQ(cell_numbers(c),
+              slowly_refined(g.get(), ints(static_cast<size_t>(vs), 0)))
+        << round;
+  }
+}
+
 TEST(ColouringLargestCell, IsTheLargest) {
   colouring c;
   colouring_init(&c, path_graph(5).get(), &work); // 2 | 1 3 | 0 4
