@@ -87,8 +87,7 @@ static bool enter_with_images(subgraph *cand,
     if (!all->has(i) && known && known->find(edges[i], all->at(i)))
       all->enter_with_images(i);
   for (size_t i = 0; i < edges.size(); i++)
-    if (!all->has(i) &&
-        !to->filter.contains(to->filter.label_without(cand->g, edges[i])))
+    if (!all->has(i) && !to->filter.may_contain(cand->g, edges[i]))
       return false;
   for (size_t i = 0; i < edges.size(); i++) {
     bool invariant = false;
