@@ -22,15 +22,15 @@ static xvector<edge_place> places_of(const sg_parent *entry, int p,
   return places;
 }
 
-void sg_join_pair(int a, int b, int p, join_context *context) {
+void sg_join_pair(int a, int b, int p, const sg_set *cores,
+                  join_context *context) {
   const subgraph *sa = sg_set_get(context->children(), a);
   const subgraph *sb = sg_set_get(context->children(), b);
   const sg_parent *ea = sg_find_kept(sa, p);
   const sg_parent *eb = sg_find_kept(sb, p);
   if (!ea || !eb)
     return;
-  const xvector<edge_place> places =
-      places_of(ea, p, sg_set_get(context->cores(), p)->g);
+  const xvector<edge_place> places = places_of(ea, p, sg_set_get(cores, p)->g);
   sg_join(a, b, ea, eb, places, context);
 }
 

@@ -5,9 +5,10 @@
 
 namespace kestro {
 
-// Joins the patterns a and b of level k-1 through their core with id p, which
-// is among the kept parents of both; a and b may be the same.
-void sg_join_pair(int a, int b, int p, join_context *context);
+// Joins the patterns a and b of level k-1 through their core with id p in
+// cores, which is among the kept parents of both; a and b may be the same.
+void sg_join_pair(int a, int b, int p, const sg_set *cores,
+                  join_context *context);
 
 // For each vertex of the pattern that ea belongs to, the vertex of eb's pattern
 // that it meets through the automorphism perm of their core of n vertices; -1

@@ -28,8 +28,8 @@ namespace {
 
 // Joins the children of cores on one thread.
 struct joiner {
-  joiner(const sg_set *children, const sg_set *cores, const child_table *table,
-         const generation_options &options)
+  joiner(const sg_set *children, const core_links *cores,
+         const child_table *table, const generation_options &options)
       : derived(children, table),
         registry(
             children,
@@ -46,14 +46,16 @@ struct joiner {
 
 generation sg_generate_candidates(const sg_set *children, const sg_set *cores,
                                   const generation_options &options) {
-  pattern_groups found(options.stop);
-  const pattern_groups *groups = options.core_groups;
-  if (!groups) {
-    sg_find_parent_groups(children, cores, &found, options.jobs, options.stop);
-    groups = &found;
-  }
-  const child_table table(children, cores, groups, options.stop);
-  const int workers = worker_count(options.jobs, sg_set_size(cores));
+  return sg_generate_candidates(
+      children, core_links(cores, children, options.jobs, options.stop),
+      options);
+}
+
+generation sg_generate_candidates(const sg_set *children,
+                                  const core_links &cores,
+                                  const generation_options &options) {
+  const child_table table(children, &cores, options.stop);
+  const int workers = worker_count(options.jobs, cores.size());
   // A joiner belongs to the thread that makes and ends it.
   xvector<std::unique_ptr<joiner>> joiners(static_cast<size_t>(workers));
   xvector<candidate_set> accepted;
@@ -61,12 +63,12 @@ generation sg_generate_candidates(const sg_set *children, const sg_set *cores,
     accepted.emplace_back(options.stop);
   xvector<registration_counts> counted(static_cast<size_t>(workers));
   parallel_for(
-      workers, sg_set_size(cores),
+      workers, cores.size(),
       [&](int worker, int p) {
         std::unique_ptr<joiner> &own = joiners[static_cast<size_t>(worker)];
         if (!own)
-          own = std::make_unique<joiner>(children, cores, &table, options);
-        own->context.join_children_of(p, *groups);
+          own = std::make_unique<joiner>(children, &cores, &table, options);
+        own->context.join_children_of(p);
       },
       [&](int worker) {
         const size_t w = static_cast<size_t>(worker);
@@ -95,7 +97,7 @@ edge_place sg_place_in_core(const sg_parent *entry) {
   return {entry->map[entry->u], entry->map[entry->v]};
 }
 
-join_context::join_context(const sg_set *children, const sg_set *cores,
+join_context::join_context(const sg_set *children, const core_links *cores,
                            registration *registry, const interruption *stop)
     : poll(stop, 2048), patterns_(children), cores_(cores), registry_(registry),
       seen_(stop), groups_(stop) {
@@ -160,19 +162,16 @@ void join_context::collect(const joined_child &a, size_t b,
 // is built onto costs more than it saves: it spares at most all images but one.
 static constexpr size_t many = 3;
 
-void join_context::join_children_of(int core, const pattern_groups &groups) {
-  const subgraph *sg = sg_set_get(cores_, core);
-  const int n = sg_child_size(sg);
-  if (n == 0)
+void join_context::join_children_of(int core) {
+  const std::span<const int> ids = cores_->children(core);
+  if (ids.empty())
     return;
   child_.clear();
   from_core_.clear();
-  for (int i = 0; i < n; i++) {
-    const int id = sg_child_at(sg, i);
+  for (const int id : ids)
     add_child(id, sg_find_kept(sg_set_get(patterns_, id), core));
-  }
-  const pattern_group group = groups.at(core);
-  groups_.expect(group.count > 0 ? n : 0);
+  const pattern_group group = cores_->group(core);
+  groups_.expect(group.count > 0 ? static_cast<int>(ids.size()) : 0);
   for (size_t i = 0; i < child_.size(); i++) {
     const std::span<const edge_place> places =
         orbit_.images(group, child_[i].place, &poll);

@@ -6,6 +6,7 @@
 #include "base/interruption.h"
 #include "base/parallel.h"
 #include "cl/canonical.h"
+#include "mining/core_links.h"
 #include "mining/derived_parents.h"
 #include "mining/pattern_groups.h"
 #include "mining/registration.h"
@@ -19,8 +20,6 @@ struct generation_options {
   form kind = form::prescribed;       // of the candidates' graphs
   const interruption *stop = nullptr; // ends it by throwing interrupted
   work_watcher *watcher = nullptr;    // hears of the cores as they are joined
-  // Those of the cores, where they are known: the cores need no graphs then.
-  const pattern_groups *core_groups = nullptr;
 };
 
 // The candidates of one size: a sorted set of records with canonical graph,
@@ -35,6 +34,10 @@ struct generation {
 // Generates size k.  children is the level k-1, not empty, cores the level k-2,
 // whose child lists say which children share a core.
 generation sg_generate_candidates(const sg_set *children, const sg_set *cores,
+                                  const generation_options &options = {});
+// The same from what joins read of the cores.
+generation sg_generate_candidates(const sg_set *children,
+                                  const core_links &cores,
                                   const generation_options &options = {});
 
 // A child of the core that is joined: what its joins read, in one place.
@@ -59,11 +62,11 @@ struct pending_offer {
 class join_context {
 public:
   // All is borrowed: the level k-1, the level k-2, and where candidates go.
-  join_context(const sg_set *children, const sg_set *cores,
+  join_context(const sg_set *children, const core_links *cores,
                registration *registry, const interruption *stop = nullptr);
 
-  // Joins all children of a core with one another.  groups are those of cores.
-  void join_children_of(int core, const pattern_groups &groups);
+  // Joins all children of a core with one another.
+  void join_children_of(int core);
 
   // Joins the patterns a and b of level k-1, which may be the same, through one
   // core: ea and eb are their parent entries for it, places those in the core
@@ -72,7 +75,6 @@ public:
             std::span<const edge_place> places);
 
   const sg_set *children() const { return patterns_; }
-  const sg_set *cores() const { return cores_; }
   // Whether an extension was offered, or need not be.
   bool was_seen(const extension &x) const { return seen_.find(x) != nullptr; }
 
@@ -92,7 +94,7 @@ private:
   pattern_group group_of_child(size_t i);
 
   const sg_set *patterns_;
-  const sg_set *cores_;
+  const core_links *cores_;
   registration *registry_;
   extension_set seen_;          // extensions that need not be offered again
   xvector<int> last_core_;      // by pattern: the id of its last kept parent

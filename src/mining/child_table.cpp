@@ -105,7 +105,7 @@ void child_table::builder::fill() {
     const size_t first = static_cast<size_t>(starts_[p]);
     const size_t end = static_cast<size_t>(starts_[p + 1]);
     poll_.step(static_cast<int64_t>(end - first));
-    const pattern_group group = table_->groups_->at(static_cast<int>(p));
+    const pattern_group group = table_->cores_->group(static_cast<int>(p));
     const auto start = static_cast<ptrdiff_t>(out.size());
     if (group.count == 0)
       for (size_t i = first; i < end; i++) {
@@ -149,12 +149,10 @@ void child_table::builder::add_images(const pattern_group &group, size_t first,
   }
 }
 
-child_table::child_table(const sg_set *children, const sg_set *cores,
-                         const pattern_groups *groups, const interruption *stop)
-    : groups_(groups) {
-  for (int id = 0; id < sg_set_size(cores); id++)
-    cores_.push_back(sg_set_get(cores, id)->invariant);
-  builder lists(this, children, sg_set_size(cores), stop);
+child_table::child_table(const sg_set *children, const core_links *cores,
+                         const interruption *stop)
+    : cores_(cores) {
+  builder lists(this, children, cores->size(), stop);
   lists.collect();
   lists.fill();
 }
@@ -169,7 +167,7 @@ static int preimage(const int *perm, int u) {
 
 void child_table::find_steps(extension x, xvector<const int *> *steps) const {
   steps->clear();
-  const pattern_group group = groups_->at(x.pattern);
+  const pattern_group group = cores_->group(x.pattern);
   for (int k; (k = find(x)->generator) != -1;) {
     const int *perm = group.perm(k);
     steps->push_back(perm);

@@ -1,8 +1,8 @@
 // The patterns of a level by parent and added edge.
 #pragma once
 
+#include "mining/core_links.h"
 #include "mining/extension_map.h"
-#include "mining/pattern_groups.h"
 #include "mining/sg_set.h"
 
 namespace kestro {
@@ -20,10 +20,10 @@ struct found_child {
 // pattern of the level: that pattern.
 class child_table {
 public:
-  // children is the level, cores the level of their parents; groups, which is
-  // borrowed, holds the groups of these (sg_find_parent_groups).
-  child_table(const sg_set *children, const sg_set *cores,
-              const pattern_groups *groups, const interruption *stop = nullptr);
+  // children is the level, cores, which is borrowed, the level of their
+  // parents.
+  child_table(const sg_set *children, const core_links *cores,
+              const interruption *stop = nullptr);
 
   // The pattern that x, an extension of a core, is; null when it is none of the
   // level.  Costs the logarithm of the core's children.
@@ -42,8 +42,10 @@ public:
 
   // Whether the form of a pattern of the level, or of a core, is known not to
   // depend on the order of vertices.
-  bool child_is_invariant(int id) const { return is_set(children_, id); }
-  bool core_is_invariant(int id) const { return is_set(cores_, id); }
+  bool child_is_invariant(int id) const {
+    return children_[static_cast<size_t>(id)] != 0;
+  }
+  bool core_is_invariant(int id) const { return cores_->is_invariant(id); }
 
   // For x that is found: permutations of the core that, applied from the last
   // to the first, bring the edge of the found child's entry to the place of x.
@@ -74,17 +76,13 @@ private:
     return a.place < b.place ||
            (a.place == b.place && labels_of(a) < labels_of(b));
   }
-  static bool is_set(const xvector<char> &flags, int id) {
-    return flags[static_cast<size_t>(id)] != 0;
-  }
 
   class builder;
 
   xvector<int> starts_; // by core: where its children begin, and the end
   xvector<placed_child> places_;
-  const pattern_groups *groups_; // by id of a core
-  xvector<char> children_;       // by id: whether invariant
-  xvector<char> cores_;
+  const core_links *cores_;
+  xvector<char> children_; // by id: whether invariant
 };
 
 } // namespace kestro

@@ -1,9 +1,9 @@
 // The level-wise search.
 //
-// Two levels are alive at a time: size k-2, of which the child lists are left,
-// that say which patterns to join, and size k-1, the patterns themselves.  Each
-// round turns them into candidates of size k, drops most of these by the bound
-// on their transactions, counts the rest, and frees the older level.
+// Two levels are alive between rounds: size k-2, whose child lists say which
+// patterns to join, and size k-1, the patterns themselves.  Each round frees
+// the older one but for these lists, joins candidates of size k, drops most of
+// them by the bound on their transactions, and counts the rest.
 
 #include "mining/level_loop.h"
 
@@ -97,17 +97,14 @@ private:
 
 } // namespace
 
-// Joins cur; of prev only its child lists are left, since with its groups they
-// are all that joins need.
+// Joins cur, and frees prev before, since its child lists and groups are all
+// that joins need of it.
 static generation join_level(const mining_run *run, level_pair *levels,
-                             generation_options options) {
+                             const generation_options &options) {
   const sg_set *cur = levels->cur.get();
-  sg_set *prev = levels->prev.get();
-  pattern_groups groups(run->stop);
-  sg_find_parent_groups(cur, prev, &groups, options.jobs, run->stop);
-  sg_set_keep_links(prev, run->stop);
-  options.core_groups = &groups;
-  return sg_generate_candidates(cur, prev, options);
+  const core_links cores(levels->prev.get(), cur, options.jobs, run->stop);
+  levels->prev.reset();
+  return sg_generate_candidates(cur, cores, options);
 }
 
 // Size k: moves the pair one level up; cur is null when no candidate is left.

@@ -104,20 +104,6 @@ subgraph *sg_move(subgraph *sg, arena *memory) {
   return moved.release();
 }
 
-subgraph *sg_move_links(subgraph *sg, arena *memory) {
-  auto *moved = static_cast<subgraph *>(memory->take(sizeof(subgraph)));
-  *moved = {};
-  moved->count = sg->count;
-  moved->kept[0] = moved->kept[1] = -1;
-  moved->block = sizeof(subgraph);
-  moved->invariant = sg->invariant;
-  moved->rigid = sg->rigid;
-  moved->in_arena = true;
-  move_sets(sg, moved);
-  sg_free(sg);
-  return moved;
-}
-
 subgraph *sg_light_copy(const subgraph *sg, void *memory) {
   subgraph *copy = sg_init(memory, sg->g->es, sg->g->vs);
   graph_copy_into(sg->g, copy->g);

@@ -114,8 +114,7 @@ class level_check {
 public:
   level_check(const two_levels &levels, totals *sum)
       : children_(levels.children.get()), cores_(levels.cores.get()),
-        groups_(parent_groups(levels)), table_(children_, cores_, &groups_),
-        sum_(sum) {}
+        links_(links_of(levels)), table_(children_, &links_), sum_(sum) {}
 
   void run() {
     for (int id = 0; id < sg_set_size(cores_); id++) {
@@ -156,7 +155,7 @@ private:
     for (const ints &perm : perms)
       listed.insert(std::minmax(to(perm, own.u), to(perm, own.w)));
     place_set walked;
-    for (const edge_place &place : walk_.images(groups_.at(core), own))
+    for (const edge_place &place : walk_.images(links_.group(core), own))
       ASSERT_TRUE(walked.insert(std::minmax(place.u, place.w)).second);
     ASSERT_EQ(walked, listed);
     sum_->places += static_cast<int>(walked.size());
@@ -183,7 +182,7 @@ private:
 
   const sg_set *children_;
   const sg_set *cores_;
-  pattern_groups groups_;
+  core_links links_;
   child_table table_;
   orbit_walk walk_;
   totals *sum_;

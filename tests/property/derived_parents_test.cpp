@@ -61,7 +61,7 @@ class extension_check {
 public:
   extension_check(const two_levels &levels, case_counts *counts)
       : children_(levels.children.get()), cores_(levels.cores.get()),
-        groups_(parent_groups(levels)), table_(children_, cores_, &groups_),
+        links_(links_of(levels)), table_(children_, &links_),
         derived_(children_, &table_), ids_(ids_by_form(children_)),
         counts_(counts) {}
 
@@ -213,7 +213,7 @@ private:
 
   const sg_set *children_;
   const sg_set *cores_;
-  pattern_groups groups_;
+  core_links links_;
   child_table table_;
   derived_parents derived_;
   std::map<graph_form, int> ids_; // of children

@@ -241,23 +241,19 @@ TEST_F(LongSteps, GeneratingCandidatesEnds) {
 }
 
 TEST_F(LongSteps, PreparingGenerationEnds) {
-  pattern_groups groups;
-  EXPECT_THROW(sg_find_parent_groups(levels.children.get(), levels.cores.get(),
-                                     &groups, 1, &stop),
+  EXPECT_THROW(core_links(levels.cores.get(), levels.children.get(), 1, &stop),
                interrupted);
-  groups = parent_groups(levels);
-  EXPECT_THROW(
-      child_table(levels.children.get(), levels.cores.get(), &groups, &stop),
-      interrupted);
+  const core_links links = links_of(levels);
+  EXPECT_THROW(child_table(levels.children.get(), &links, &stop), interrupted);
   EXPECT_THROW(closure_filter(levels.children.get(), &stop), interrupted);
 }
 
 TEST_F(LongSteps, JoiningEnds) {
-  const pattern_groups groups = parent_groups(levels);
-  const child_table table(levels.children.get(), levels.cores.get(), &groups);
+  const core_links links = links_of(levels);
+  const child_table table(levels.children.get(), &links);
   derived_parents known(levels.children.get(), &table);
   registration registry(levels.children.get(), labeller(), &known);
-  join_context context(levels.children.get(), levels.cores.get(), &registry);
+  join_context context(levels.children.get(), &links, &registry);
   context.poll = interruption_poll(&stop, 1);
   for (int id = 0; id < sg_set_size(levels.cores.get()); id++) {
     const subgraph *core = sg_set_get(levels.cores.get(), id);

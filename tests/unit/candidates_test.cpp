@@ -11,7 +11,6 @@
 #include "reference/mining/joins.h"
 #include "reference/mining/subgraph.h"
 #include "support/count_level.h"
-#include "support/mined_levels.h"
 #include "support/records.h"
 
 namespace kestro {
@@ -201,26 +200,14 @@ TEST_F(Candidates, ThreadsLabelUnderTheThresholdAskedFor) {
     expect_same(sg_set_get(out.get(), i), sg_set_get(alone.get(), i));
 }
 
-TEST_F(Candidates, ComeOfGroupsWithoutGraphsOfCores) {
-  mine(path_graph(4), ring_graph(5));
-  const sg_set_ptr with = generate();
-  const pattern_groups groups = parent_groups(children.get(), cores.get());
-  sg_set_keep_links(cores.get());
-  const sg_set_ptr without = generate({.core_groups = &groups});
-  ASSERT_EQ(sg_set_size(with.get()), sg_set_size(without.get()));
-  ASSERT_GT(sg_set_size(with.get()), 0);
-  for (int i = 0; i < sg_set_size(with.get()); i++)
-    expect_same(sg_set_get(with.get(), i), sg_set_get(without.get(), i));
-}
-
 // What joining patterns of two edges needs.
 struct pair_joiner {
   pair_joiner(const sg_set *children, const sg_set *cores)
-      : groups(parent_groups(children, cores)), table(children, cores, &groups),
+      : links(cores, children), table(children, &links),
         derived(children, &table), registry(children, labeller(), &derived),
-        context(children, cores, &registry) {}
+        context(children, &links, &registry) {}
 
-  pattern_groups groups;
+  core_links links;
   child_table table;
   derived_parents derived;
   registration registry;
@@ -236,10 +223,10 @@ TEST_F(Candidates, JoinPairLooksForTheCoreInBothPatterns) {
       sg_find_kept(sg_set_get(children.get(), 0), core) != nullptr;
   const int with = first_has ? 0 : 1;
   const int without = 1 - with;
-  sg_join_pair(with, without, core, &joiner.context);
-  sg_join_pair(without, with, core, &joiner.context);
+  sg_join_pair(with, without, core, cores.get(), &joiner.context);
+  sg_join_pair(without, with, core, cores.get(), &joiner.context);
   EXPECT_EQ(joiner.registry.counts.attempts, 0);
-  sg_join_pair(with, with, core, &joiner.context);
+  sg_join_pair(with, with, core, cores.get(), &joiner.context);
   EXPECT_EQ(joiner.registry.counts.attempts, 1);
 }
 
@@ -254,7 +241,7 @@ TEST_F(Candidates, JoinPairBuildsUponTheSecond) {
   const bool first_has_2 = std::count(first->vlabel, first->vlabel + 3, 2) != 0;
   const int with_2 = first_has_2 ? 0 : 1;
   const int with_3 = 1 - with_2;
-  sg_join_pair(with_2, with_3, core, &joiner.context);
+  sg_join_pair(with_2, with_3, core, cores.get(), &joiner.context);
   EXPECT_FALSE(joiner.context.was_seen(pendant_extension(with_2, 0, 0, 3)));
   EXPECT_TRUE(joiner.context.was_seen(pendant_extension(with_3, 0, 0, 2)));
 }

@@ -1,5 +1,7 @@
 #include "mining/child_table.h"
 
+#include <optional>
+
 #include <gtest/gtest.h>
 
 #include "mining/parents.h"
@@ -20,8 +22,8 @@ protected:
     go_up(&levels, candidates_of(levels), database.get(), 1);
   }
   child_table table() {
-    groups = parent_groups(levels);
-    return child_table(levels.children.get(), levels.cores.get(), &groups);
+    links.emplace(links_of(levels));
+    return child_table(levels.children.get(), &*links);
   }
   const subgraph *child(int id) const {
     return sg_set_get(levels.children.get(), id);
@@ -43,7 +45,7 @@ protected:
 
   graph_list_ptr database;
   two_levels levels;
-  pattern_groups groups;
+  std::optional<core_links> links;
 };
 
 TEST_F(ChildTable, FindsAPathByEitherOfItsEdges) {
@@ -79,8 +81,8 @@ TEST_F(ChildTable, GroupsOfCoresWithChildrenAreThere) {
   const child_table children = table();
   const sg_ptr edge(sg_create_edge(0, 0, 0));
   const int with_child = sg_set_find(levels.cores.get(), edge.get());
-  EXPECT_EQ(groups.at(with_child).count, 1);
-  EXPECT_EQ(groups.at(1 - with_child).count, 0);
+  EXPECT_EQ(links->group(with_child).count, 1);
+  EXPECT_EQ(links->group(1 - with_child).count, 0);
 }
 
 // What a plain look says: the child whose form core plus edge has, -1 for none.

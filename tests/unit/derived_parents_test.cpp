@@ -28,8 +28,8 @@ protected:
     prepare();
   }
   void prepare() {
-    groups = parent_groups(levels);
-    table.emplace(levels.children.get(), levels.cores.get(), &groups);
+    links.emplace(links_of(levels));
+    table.emplace(levels.children.get(), &*links);
     derived.emplace(levels.children.get(), &*table);
   }
   int id_of(const graph_ptr &g) const {
@@ -72,7 +72,7 @@ protected:
 
   graph_list_ptr database;
   two_levels levels;
-  pattern_groups groups;
+  std::optional<core_links> links;
   std::optional<child_table> table;
   std::optional<derived_parents> derived;
   graph_ptr cand;

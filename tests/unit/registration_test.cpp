@@ -258,9 +258,8 @@ TEST_F(Registration, LookUpsAndTheFilterOnlySaveWork) {
         database_of(random_graph(rng, {6, 2, 2, 2, true}));
     two_levels levels = first_two_levels(database.get(), 1, 2, 2);
     while (sg_set_size(levels.children.get()) > 0) {
-      const pattern_groups groups = parent_groups(levels);
-      const child_table table(levels.children.get(), levels.cores.get(),
-                              &groups);
+      const core_links links = links_of(levels);
+      const child_table table(levels.children.get(), &links);
       derived_parents known(levels.children.get(), &table);
       registration with(levels.children.get(), labeller(), &known);
       registration without(levels.children.get());
