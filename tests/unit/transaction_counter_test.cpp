@@ -111,7 +111,7 @@ TEST_F(TransactionCounter, CountFreesOnlyTidsAndRowsOfTheLevelBelow) {
   EXPECT_EQ(sg_child_size(path), 0);
   EXPECT_EQ(path->tid, nullptr);
   EXPECT_EQ(path->rows, nullptr);
-  EXPECT_EQ(sg_support(path), 4);
+  EXPECT_EQ(path->count, 4);
   EXPECT_GT(sg_parent_size(path), 0);
 }
 
