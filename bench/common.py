@@ -14,6 +14,7 @@ import re
 import resource
 import shlex
 import shutil
+import signal
 import subprocess
 import sys
 import tempfile
@@ -73,7 +74,8 @@ class Limits:
 
     def set(self) -> None:
         """For this process and those that it starts."""
-        resource.setrlimit(resource.RLIMIT_CPU, (self.cpu, self.cpu))
+        # The hard limit would end it by a signal that can mean anything.
+        resource.setrlimit(resource.RLIMIT_CPU, (self.cpu, self.cpu + 5))
         resource.setrlimit(resource.RLIMIT_AS, (self.memory, self.memory))
 
 
@@ -221,7 +223,7 @@ def run_timed(program: Program, options: list[str], database: Path,
         child.returncode = os.waitstatus_to_exitcode(status)
         cpu = used.ru_utime + used.ru_stime
         if child.returncode != 0 and limits is not None:
-            if cpu >= limits.cpu - 0.1:
+            if child.returncode == 128 + signal.SIGXCPU:  # by GNU time
                 raise TooMuch(f"more than {limits.cpu} s of CPU time")
             if b"not enough memory" in stderr.read_bytes():
                 raise TooMuch(f"more than {limits.memory >> 20} MiB")
