@@ -1,10 +1,10 @@
 // kestro_steps JOBS SUPPORT FILE
 //
-// Mines FILE at SUPPORT per cent on JOBS threads, writes the pattern file beside
-// it as the program does, and prints what each step of the search took, reading
-// not among them: wall time, CPU time of the first thread, which alone does what
-// is not spread, and CPU time of all threads.  A step begins where the listener
-// is told that the one before it has ended.
+// Mines FILE at SUPPORT per cent on JOBS threads, writes the pattern file
+// beside it as the program does, and prints what each step of the search took,
+// reading not among them: wall time, CPU time of the first thread, which alone
+// does what is not spread, and CPU time of all threads.  A step begins where
+// the listener is told that the one before it has ended.
 
 #include <malloc.h>
 
