@@ -49,9 +49,22 @@ public:
     __builtin_prefetch(slots_.data() + (hash >> shift_));
   }
 
+  // Whether the next insertion may make the table grow.
+  bool is_full() const { return count_ == limit_of(slots_.size()); }
+
+  // Takes out what keep(slot) does not hold, and makes room for a quarter
+  // more than is left.
+  template <class Keep> void keep_only(const Keep &keep) {
+    const auto left = static_cast<size_t>(
+        std::count_if(slots_.begin(), slots_.end(),
+                      [&](const Slot &s) { return s.in_use() && keep(s); }));
+    resize(slots_for(left + left / 4), keep);
+    count_ = left;
+  }
+
   // Adds added; false, and nothing is changed, when the same is in already.
   template <class Same> bool insert(const Slot &added, const Same &same) {
-    if (count_ == limit_of(slots_.size()))
+    if (is_full())
       resize(2 * slots_.size());
     Slot &s = slots_[place_of(added.hash(), same)];
     if (s.in_use())
@@ -97,6 +110,9 @@ private:
 
   // Large tables take a while: they are laid out and filled piece by piece.
   void resize(size_t size) {
+    resize(size, [](const Slot &) { return true; });
+  }
+  template <class Keep> void resize(size_t size, const Keep &keep) {
     static constexpr size_t piece = 16384;
     xvector<Slot> larger;
     larger.reserve(size);
@@ -107,7 +123,7 @@ private:
     const int shift = shift_of(size);
     for (size_t i = 0; i < slots_.size();) {
       for (const size_t end = std::min(slots_.size(), i + piece); i < end; i++)
-        if (slots_[i].in_use())
+        if (slots_[i].in_use() && keep(slots_[i]))
           put(slots_[i], shift, &larger);
       check_interruption(stop_);
     }

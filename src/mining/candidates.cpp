@@ -20,6 +20,7 @@
 #include "base/error.h"
 #include "base/parallel.h"
 #include "base/xmalloc.h"
+#include "mining/parents.h"
 
 namespace kestro {
 
@@ -45,9 +46,13 @@ struct joiner {
 
 generation sg_generate_candidates(const sg_set *children, const sg_set *cores,
                                   const generation_options &options) {
-  pattern_groups core_groups(options.stop);
-  const child_table table(children, cores, &core_groups, options.stop,
-                          options.jobs);
+  pattern_groups found(options.stop);
+  const pattern_groups *groups = options.core_groups;
+  if (!groups) {
+    sg_find_parent_groups(children, cores, &found, options.jobs, options.stop);
+    groups = &found;
+  }
+  const child_table table(children, cores, groups, options.stop);
   const int workers = worker_count(options.jobs, sg_set_size(cores));
   // A joiner belongs to the thread that makes and ends it.
   xvector<std::unique_ptr<joiner>> joiners(static_cast<size_t>(workers));
@@ -61,7 +66,7 @@ generation sg_generate_candidates(const sg_set *children, const sg_set *cores,
         std::unique_ptr<joiner> &own = joiners[static_cast<size_t>(worker)];
         if (!own)
           own = std::make_unique<joiner>(children, cores, &table, options);
-        own->context.join_children_of(p, core_groups);
+        own->context.join_children_of(p, *groups);
       },
       [&](int worker) {
         const size_t w = static_cast<size_t>(worker);
@@ -189,17 +194,33 @@ void join_context::join(int a, int b, const sg_parent *ea, const sg_parent *eb,
   offer_all(ea->pid, false);
 }
 
+// Whether a pattern is extended while that core or a later one is joined, since
+// cores are joined in ascending order.
+bool join_context::is_extended_from(int core, int pattern) const {
+  return last_core_[static_cast<size_t>(pattern)] >= core;
+}
+
+// Marks an extension as seen; false when it was before.  Before the marks need
+// more room, those go that no core from this one on asks for.
+bool join_context::remember(const extension &x, int core) {
+  if (seen_.is_full())
+    seen_.keep_only([&](const extension &seen) {
+      return is_extended_from(core, seen.pattern);
+    });
+  return seen_.insert(x);
+}
+
 // Offers the candidates that were not seen before.  with_groups: the same place
 // may come by several ways, which a child's automorphisms tell.
 void join_context::offer_all(int core, bool with_groups) {
   for (const auto &[x, child] : offers_) {
-    if (!seen_.insert(x))
+    if (!remember(x, core))
       continue;
     const subgraph *accepted = sg_offer_extension(x, registry_);
     if (accepted && accepted->invariant)
       mark_seen(accepted, core);
     if (with_groups && registry_->invariant_outcome)
-      mark_images(x, group_of_child(child));
+      mark_images(x, group_of_child(child), core);
   }
   offers_.clear();
 }
@@ -215,31 +236,32 @@ pattern_group join_context::group_of_child(size_t i) {
 
 // Marks the other extensions that give an accepted candidate: a parent of it
 // and the edge that the parent lacks.  Since its form does not depend on how it
-// is built, they would only give duplicates.  Cores are joined in ascending
-// order, so a parent whose last core is below the current one is extended no
-// further and needs no mark.
+// is built, they would only give duplicates.  A parent that is extended no
+// further needs no mark.
 void join_context::mark_seen(const subgraph *accepted, int core) {
   marks_.clear();
   for (int l = 0; l < sg_parent_size(accepted); l++) {
     const sg_parent *entry = sg_parent_at(accepted, l);
-    if (last_core_[static_cast<size_t>(entry->pid)] < core)
+    if (!is_extended_from(core, entry->pid))
       continue;
     marks_.push_back(sg_parent_edge(accepted, entry));
     seen_.expect(marks_.back());
   }
   for (const extension &x : marks_)
-    seen_.insert(x);
+    remember(x, core);
 }
 
 // Marks the extensions to which a child's automorphisms bring x.
-void join_context::mark_images(const extension &x, const pattern_group &group) {
+void join_context::mark_images(const extension &x, const pattern_group &group,
+                               int core) {
   if (group.count == 0)
     return;
   for (const edge_place &place : images_.images(group, {x.from, x.to}, &poll)) {
     poll.step();
-    seen_.insert(
-        x.to == -1 ? pendant_extension(x.pattern, place.u, x.elabel, x.vlabel)
-                   : closing_extension(x.pattern, place.u, place.w, x.elabel));
+    remember(x.to == -1
+                 ? pendant_extension(x.pattern, place.u, x.elabel, x.vlabel)
+                 : closing_extension(x.pattern, place.u, place.w, x.elabel),
+             core);
   }
 }
 

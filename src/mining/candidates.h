@@ -19,6 +19,8 @@ struct generation_options {
   form kind = form::prescribed;       // of the candidates' graphs
   const interruption *stop = nullptr; // ends it by throwing interrupted
   work_watcher *watcher = nullptr;    // hears of the cores as they are joined
+  // Those of the cores, where they are known: the cores need no graphs then.
+  const pattern_groups *core_groups = nullptr;
 };
 
 // The candidates of one size: a sorted set of records with canonical graph,
@@ -84,7 +86,9 @@ private:
   void add_offer(const extension &x, size_t child);
   void offer_all(int core, bool with_groups);
   void mark_seen(const subgraph *accepted, int core);
-  void mark_images(const extension &x, const pattern_group &group);
+  bool is_extended_from(int core, int pattern) const;
+  bool remember(const extension &x, int core);
+  void mark_images(const extension &x, const pattern_group &group, int core);
   pattern_group group_of_child(size_t i);
 
   const sg_set *patterns_;

@@ -20,24 +20,15 @@ static xvector<char> invariant_ones(const sg_set *level) {
 }
 
 child_table::child_table(const sg_set *children, const sg_set *cores,
-                         pattern_groups *groups, const interruption *stop,
-                         int jobs)
+                         const pattern_groups *groups, const interruption *stop)
     : map_(stop), groups_(groups), children_(invariant_ones(children)),
       cores_(invariant_ones(cores)) {
   interruption_poll poll(stop, 4096);
-  xvector<bool> needed(static_cast<size_t>(sg_set_size(cores)), false);
   size_t entries = 0;
   for (int id = 0; id < sg_set_size(children); id++) {
-    const subgraph *child = sg_set_get(children, id);
     poll.step();
-    for (int l = 0; l < sg_parent_size(child); l++, entries++)
-      needed[static_cast<size_t>(sg_parent_at(child, l)->pid)] = true;
+    entries += static_cast<size_t>(sg_parent_size(sg_set_get(children, id)));
   }
-  groups->expect(sg_set_size(cores));
-  groups->prepare_all(jobs, [&](int id) {
-    const subgraph *core = sg_set_get(cores, id);
-    return needed[static_cast<size_t>(id)] && !core->rigid ? core->g : nullptr;
-  });
   map_.reserve(entries);    // most have one place only
   xvector<extension> edges; // of one child
   for (int id = 0; id < sg_set_size(children); id++) {

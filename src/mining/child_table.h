@@ -19,12 +19,10 @@ struct found_child {
 // pattern of the level: that pattern.
 class child_table {
 public:
-  // children is the level, cores the level of their parents.  groups, which is
-  // borrowed, gets the groups of all cores with children that are not rigid,
-  // computed on up to jobs threads.
+  // children is the level, cores the level of their parents; groups, which is
+  // borrowed, holds the groups of these (sg_find_parent_groups).
   child_table(const sg_set *children, const sg_set *cores,
-              pattern_groups *groups, const interruption *stop = nullptr,
-              int jobs = 1);
+              const pattern_groups *groups, const interruption *stop = nullptr);
 
   // The pattern that x, an extension of a core, is; null when it is none of the
   // level.

@@ -70,6 +70,14 @@ public:
     return table_.insert({x, value}, [&](const slot &s) { return s.key == x; });
   }
 
+  // Whether the next insertion may make the table grow.
+  bool is_full() const { return table_.is_full(); }
+
+  // Takes out what keep(x) does not hold.
+  template <class Keep> void keep_only(const Keep &keep) {
+    table_.keep_only([&](const slot &s) { return keep(s.key); });
+  }
+
   // Tells that x will be inserted or looked for soon, which saves time then.
   void expect(const extension &x) const { table_.expect(hash_of(x)); }
 

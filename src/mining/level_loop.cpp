@@ -1,9 +1,9 @@
 // The level-wise search.
 //
-// Two levels are alive at a time: size k-2, whose child lists say which
-// patterns to join, and size k-1, the patterns themselves.  Each round turns
-// them into candidates of size k, drops most of these by the bound on their
-// transactions, counts the rest, and frees the older level.
+// Two levels are alive at a time: size k-2, of which the child lists are left,
+// that say which patterns to join, and size k-1, the patterns themselves.  Each
+// round turns them into candidates of size k, drops most of these by the bound
+// on their transactions, counts the rest, and frees the older level.
 
 #include "mining/level_loop.h"
 
@@ -97,6 +97,19 @@ private:
 
 } // namespace
 
+// Joins cur; of prev only its child lists are left, since with its groups they
+// are all that joins need.
+static generation join_level(const mining_run *run, level_pair *levels,
+                             generation_options options) {
+  const sg_set *cur = levels->cur.get();
+  sg_set *prev = levels->prev.get();
+  pattern_groups groups(run->stop);
+  sg_find_parent_groups(cur, prev, &groups, options.jobs, run->stop);
+  sg_set_keep_links(prev, run->stop);
+  options.core_groups = &groups;
+  return sg_generate_candidates(cur, prev, options);
+}
+
 // Size k: moves the pair one level up; cur is null when no candidate is left.
 // False when the receiver has enough.
 static bool mine_level(const mining_run *run, int k, level_pair *levels) {
@@ -105,8 +118,7 @@ static bool mine_level(const mining_run *run, int k, level_pair *levels) {
   options.stop = run->stop;
   step_watcher joining(to, {k, progress::step::joining, 0, 0, 0});
   options.watcher = &joining;
-  generation joined =
-      sg_generate_candidates(levels->cur.get(), levels->prev.get(), options);
+  generation joined = join_level(run, levels, options);
   run->stats->order_dependent += joined.order_dependent;
   sg_set_ptr cand = std::move(joined.candidates);
   const int generated = sg_set_size(cand.get());

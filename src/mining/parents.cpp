@@ -55,6 +55,24 @@ void sg_register_children(const sg_set *level, const sg_set *prev,
   }
 }
 
+void sg_find_parent_groups(const sg_set *level, const sg_set *prev,
+                           pattern_groups *groups, int jobs,
+                           const interruption *stop) {
+  interruption_poll poll(stop, 4096);
+  xvector<bool> needed(static_cast<size_t>(sg_set_size(prev)), false);
+  for (int id = 0; id < sg_set_size(level); id++) {
+    poll.step();
+    const subgraph *sg = sg_set_get(level, id);
+    for (int l = 0; l < sg_parent_size(sg); l++)
+      needed[static_cast<size_t>(sg_parent_at(sg, l)->pid)] = true;
+  }
+  groups->expect(sg_set_size(prev));
+  groups->prepare_all(jobs, [&](int id) {
+    const subgraph *sg = sg_set_get(prev, id);
+    return needed[static_cast<size_t>(id)] && !sg->rigid ? sg->g : nullptr;
+  });
+}
+
 void sg_parent_ids(const subgraph *sg, xvector<int> *ids) {
   ids->clear();
   for (int i = 0; i < sg_parent_size(sg); i++)

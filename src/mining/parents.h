@@ -2,6 +2,7 @@
 #pragma once
 
 #include "mining/extension_map.h"
+#include "mining/pattern_groups.h"
 #include "mining/sg_set.h"
 
 namespace kestro {
@@ -17,6 +18,12 @@ void sg_update_parent_info(subgraph *sg, const sg_parent *entry,
 // Throws interrupted when stop, which may be null, says so.
 void sg_register_children(const sg_set *level, const sg_set *prev,
                           const interruption *stop = nullptr);
+
+// Computes the groups of those patterns of prev that are parents in level and
+// not known to be rigid, by their ids, on up to jobs threads.
+void sg_find_parent_groups(const sg_set *level, const sg_set *prev,
+                           pattern_groups *groups, int jobs = 1,
+                           const interruption *stop = nullptr);
 
 // The ids of all parents, ascending, each once.
 void sg_parent_ids(const subgraph *sg, xvector<int> *ids);

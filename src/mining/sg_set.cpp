@@ -99,6 +99,25 @@ xvector<sg_ptr> sg_set_take_records(sg_set *s) {
   return records;
 }
 
+// Replaces every record by what move(record, memory) makes of it, in new memory
+// that takes the place of the set's blocks.
+template <class Move>
+static void move_records(sg_set *s, const interruption *stop, Move move) {
+  interruption_poll poll(stop);
+  subgraph **const records = ksstack_array<subgraph *>(s);
+  arena blocks;
+  try {
+    for (int i = 0; i < s->count; i++) {
+      poll.step();
+      records[i] = move(records[i], &blocks);
+    }
+  } catch (...) {
+    s->blocks.absorb(&blocks);
+    throw;
+  }
+  s->blocks = std::move(blocks);
+}
+
 void sg_set_compact(sg_set *s, const interruption *stop) {
   subgraph **const records = ksstack_array<subgraph *>(s);
   size_t held = 0;
@@ -106,19 +125,11 @@ void sg_set_compact(sg_set *s, const interruption *stop) {
     held += records[i]->in_arena ? records[i]->block : 0;
   if (2 * held >= s->blocks.taken())
     return;
-  interruption_poll poll(stop);
-  arena blocks;
-  const auto move = [&](subgraph *&sg) {
-    poll.step();
-    sg = sg_move(sg, &blocks);
-  };
-  try {
-    std::for_each(records, records + s->count, move);
-  } catch (...) {
-    s->blocks.absorb(&blocks);
-    throw;
-  }
-  s->blocks = std::move(blocks);
+  move_records(s, stop, sg_move);
+}
+
+void sg_set_keep_links(sg_set *s, const interruption *stop) {
+  move_records(s, stop, sg_move_links);
 }
 
 void sg_set_check(const sg_set *s) {

@@ -43,6 +43,9 @@ xvector<sg_ptr> sg_set_take_records(sg_set *s);
 // stop, which may be null, says so; all records still have an owner then.
 void sg_set_compact(sg_set *s, const interruption *stop = nullptr);
 
+// Drops the graphs and parents of all records.  Throws interrupted as above.
+void sg_set_keep_links(sg_set *s, const interruption *stop = nullptr);
+
 // Dies through an assertion unless s is sorted without repeats.
 void sg_set_check(const sg_set *s);
 

@@ -85,14 +85,32 @@ subgraph *sg_copy(const subgraph *sg, arena *memory) {
   return copy.release();
 }
 
+static void move_sets(subgraph *from, subgraph *to) {
+  to->child = std::exchange(from->child, nullptr);
+  to->tid = std::exchange(from->tid, nullptr);
+  to->cover = std::exchange(from->cover, nullptr);
+  to->rows = std::exchange(from->rows, nullptr);
+}
+
 subgraph *sg_move(subgraph *sg, arena *memory) {
   sg_ptr moved = copy_block(sg, memory);
-  moved->child = std::exchange(sg->child, nullptr);
-  moved->tid = std::exchange(sg->tid, nullptr);
-  moved->cover = std::exchange(sg->cover, nullptr);
-  moved->rows = std::exchange(sg->rows, nullptr);
+  move_sets(sg, moved.get());
   sg_free(sg);
   return moved.release();
+}
+
+subgraph *sg_move_links(subgraph *sg, arena *memory) {
+  auto *moved = static_cast<subgraph *>(memory->take(sizeof(subgraph)));
+  *moved = {};
+  moved->count = sg->count;
+  moved->kept[0] = moved->kept[1] = -1;
+  moved->block = sizeof(subgraph);
+  moved->invariant = sg->invariant;
+  moved->rigid = sg->rigid;
+  moved->in_arena = true;
+  move_sets(sg, moved);
+  sg_free(sg);
+  return moved;
 }
 
 subgraph *sg_light_copy(const subgraph *sg, void *memory) {

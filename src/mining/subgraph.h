@@ -40,7 +40,8 @@ inline size_t sg_parent_bytes(int vs) {
 // sorted set of its level.  Any of them may be absent (null), which means
 // empty; adding to an absent one creates it.
 struct subgraph {
-  graph *g;         // in canonical form once looked up or kept; in this block
+  graph *g;         // in canonical form once looked up or kept; in this block;
+                    // null for a core of which only what joins need is left
   int count;        // transactions that contain it; 0 until counted
   int parents;      // entries in use
   int kept[2];      // those of them under which it is joined, by pid; -1 none
@@ -71,6 +72,8 @@ size_t sg_size(int es, int vs);
 subgraph *sg_copy(const subgraph *sg, arena *memory = nullptr);
 // Moves a record to a copy of its block in memory and frees the old one.
 subgraph *sg_move(subgraph *sg, arena *memory);
+// Moves all but graph and parents to a block in memory and frees the old one.
+subgraph *sg_move_links(subgraph *sg, arena *memory);
 // Graph and count only, in caller memory of sg_size() bytes for the graph's
 // sizes.
 subgraph *sg_light_copy(const subgraph *sg, void *memory);

@@ -114,7 +114,8 @@ class level_check {
 public:
   level_check(const two_levels &levels, totals *sum)
       : children_(levels.children.get()), cores_(levels.cores.get()),
-        table_(children_, cores_, &groups_), sum_(sum) {}
+        groups_(parent_groups(levels)), table_(children_, cores_, &groups_),
+        sum_(sum) {}
 
   void run() {
     for (int id = 0; id < sg_set_size(cores_); id++) {

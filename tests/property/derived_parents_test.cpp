@@ -61,8 +61,9 @@ class extension_check {
 public:
   extension_check(const two_levels &levels, case_counts *counts)
       : children_(levels.children.get()), cores_(levels.cores.get()),
-        table_(children_, cores_, &groups_), derived_(children_, &table_),
-        ids_(ids_by_form(children_)), counts_(counts) {}
+        groups_(parent_groups(levels)), table_(children_, cores_, &groups_),
+        derived_(children_, &table_), ids_(ids_by_form(children_)),
+        counts_(counts) {}
 
   void check_pattern(int id, int edge_labels, int vertex_labels) {
     const graph *g = sg_set_get(children_, id)->g;

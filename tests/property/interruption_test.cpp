@@ -242,6 +242,10 @@ TEST_F(LongSteps, GeneratingCandidatesEnds) {
 
 TEST_F(LongSteps, PreparingGenerationEnds) {
   pattern_groups groups;
+  EXPECT_THROW(sg_find_parent_groups(levels.children.get(), levels.cores.get(),
+                                     &groups, 1, &stop),
+               interrupted);
+  groups = parent_groups(levels);
   EXPECT_THROW(
       child_table(levels.children.get(), levels.cores.get(), &groups, &stop),
       interrupted);
@@ -249,7 +253,7 @@ TEST_F(LongSteps, PreparingGenerationEnds) {
 }
 
 TEST_F(LongSteps, JoiningEnds) {
-  pattern_groups groups;
+  const pattern_groups groups = parent_groups(levels);
   const child_table table(levels.children.get(), levels.cores.get(), &groups);
   derived_parents known(levels.children.get(), &table);
   registration registry(levels.children.get(), labeller(), &known);

@@ -78,6 +78,17 @@ inline two_levels first_two_levels(const graph_list *transactions, int minsup,
   return levels;
 }
 
+// The groups of the cores that the children have as parents.
+inline pattern_groups parent_groups(const sg_set *children,
+                                    const sg_set *cores) {
+  pattern_groups groups;
+  sg_find_parent_groups(children, cores, &groups);
+  return groups;
+}
+inline pattern_groups parent_groups(const two_levels &levels) {
+  return parent_groups(levels.children.get(), levels.cores.get());
+}
+
 // The candidates that the product makes of two levels, under the threshold of
 // this thread.
 inline sg_set_ptr candidates_of(const two_levels &levels, int jobs = 1) {

@@ -11,6 +11,7 @@
 #include "reference/mining/joins.h"
 #include "reference/mining/subgraph.h"
 #include "support/count_level.h"
+#include "support/mined_levels.h"
 #include "support/records.h"
 
 namespace kestro {
@@ -200,11 +201,23 @@ TEST_F(Candidates, ThreadsLabelUnderTheThresholdAskedFor) {
     expect_same(sg_set_get(out.get(), i), sg_set_get(alone.get(), i));
 }
 
+TEST_F(Candidates, ComeOfGroupsWithoutGraphsOfCores) {
+  mine(path_graph(4), ring_graph(5));
+  const sg_set_ptr with = generate();
+  const pattern_groups groups = parent_groups(children.get(), cores.get());
+  sg_set_keep_links(cores.get());
+  const sg_set_ptr without = generate({.core_groups = &groups});
+  ASSERT_EQ(sg_set_size(with.get()), sg_set_size(without.get()));
+  ASSERT_GT(sg_set_size(with.get()), 0);
+  for (int i = 0; i < sg_set_size(with.get()); i++)
+    expect_same(sg_set_get(with.get(), i), sg_set_get(without.get(), i));
+}
+
 // What joining patterns of two edges needs.
 struct pair_joiner {
   pair_joiner(const sg_set *children, const sg_set *cores)
-      : table(children, cores, &groups), derived(children, &table),
-        registry(children, labeller(), &derived),
+      : groups(parent_groups(children, cores)), table(children, cores, &groups),
+        derived(children, &table), registry(children, labeller(), &derived),
         context(children, cores, &registry) {}
 
   pattern_groups groups;

@@ -20,6 +20,7 @@ protected:
     go_up(&levels, candidates_of(levels), database.get(), 1);
   }
   child_table table() {
+    groups = parent_groups(levels);
     return child_table(levels.children.get(), levels.cores.get(), &groups);
   }
   const subgraph *child(int id) const {

@@ -28,6 +28,7 @@ protected:
     prepare();
   }
   void prepare() {
+    groups = parent_groups(levels);
     table.emplace(levels.children.get(), levels.cores.get(), &groups);
     derived.emplace(levels.children.get(), &*table);
   }

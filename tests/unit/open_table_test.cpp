@@ -50,8 +50,8 @@ private:
   }
 };
 
-// Inserts, looks up and now and then clears or makes room, here and in a
-// standard map.
+// Inserts, looks up and now and then clears, prunes or makes room, here and in
+// a standard map.
 template <class Hash> void compare_with_standard_map(int steps, int keys) {
   test_rng rng(11);
   int_map<Hash> map;
@@ -66,6 +66,10 @@ template <class Hash> void compare_with_standard_map(int steps, int keys) {
       plain.clear();
     } else if (what < 4) {
       map.table.reserve(static_cast<size_t>(random_below(rng, 2 * keys)));
+    } else if (what < 8) {
+      const int rest = random_below(rng, 7); // of keys that go
+      map.table.keep_only([&](const auto &s) { return s.key % 7 != rest; });
+      std::erase_if(plain, [&](const auto &p) { return p.first % 7 == rest; });
     } else if (what < 2000) {
       ASSERT_EQ(map.insert(key, i), plain.try_emplace(key, i).second) << i;
     }
@@ -147,6 +151,22 @@ TEST(OpenTable, AnyRoomMadeBeforehandCanBeOutgrown) {
       ASSERT_EQ(map.find(210), -1) << room;
       ASSERT_EQ(map.find(0), 0) << room;
     }
+}
+
+TEST(OpenTable, WhatIsKeptCanGrowByAQuarter) {
+  for (const int kept : {0, 1, 47, 48, 49, 500}) {
+    int_map<spread_out> map;
+    for (int key = 0; key < 1000; key++)
+      map.insert(key, key);
+    map.table.keep_only([&](const auto &s) { return s.key < kept; });
+    EXPECT_EQ(map.table.size(), static_cast<size_t>(kept));
+    for (int key = 1000; key < 1000 + kept / 4; key++) {
+      EXPECT_FALSE(map.table.is_full()) << kept;
+      map.insert(key, key);
+    }
+    EXPECT_EQ(map.find(kept - 1), kept - 1);
+    EXPECT_EQ(map.find(kept), -1);
+  }
 }
 
 TEST(OpenTable, ClearedOneHoldsNothing) {

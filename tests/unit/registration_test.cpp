@@ -258,7 +258,7 @@ TEST_F(Registration, LookUpsAndTheFilterOnlySaveWork) {
         database_of(random_graph(rng, {6, 2, 2, 2, true}));
     two_levels levels = first_two_levels(database.get(), 1, 2, 2);
     while (sg_set_size(levels.children.get()) > 0) {
-      pattern_groups groups;
+      const pattern_groups groups = parent_groups(levels);
       const child_table table(levels.children.get(), levels.cores.get(),
                               &groups);
       derived_parents known(levels.children.get(), &table);

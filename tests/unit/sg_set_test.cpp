@@ -187,6 +187,30 @@ TEST(SgSet, CompactOfRecordsWithBlocksOfTheirOwn) {
   EXPECT_EQ(sg_set_get(s.get(), 1), before);
 }
 
+TEST(SgSet, KeepLinksLeavesTheSets) {
+  const sg_set_ptr s = set_in_blocks(50);
+  sg_set_push(s.get(), keyed(50)); // with a block of its own
+  sg_add_child(sg_set_get(s.get(), 7), 70);
+  sg_set_get(s.get(), 7)->rigid = true;
+  sg_set_get(s.get(), 8)->invariant = true;
+  sg_set_get(s.get(), 8)->count = 3;
+  sg_set_keep_links(s.get());
+  ASSERT_EQ(sg_set_size(s.get()), 51);
+  EXPECT_LT(s->blocks.taken(),
+            51 * (sizeof(subgraph) + alignof(std::max_align_t)));
+  for (int i = 0; i < 51; i++) {
+    const subgraph *sg = sg_set_get(s.get(), i);
+    EXPECT_EQ(sg->g, nullptr);
+    EXPECT_EQ(sg_parent_size(sg), 0);
+    EXPECT_EQ(sg_kept_size(sg), 0);
+    EXPECT_EQ(ids_of(sg->tid), i == 50 ? ints{} : (ints{i, i + 1}));
+    EXPECT_EQ(sg_child_size(sg), i == 7 ? 1 : 0);
+    EXPECT_EQ(sg->rigid, i == 7);
+    EXPECT_EQ(sg->invariant, i == 8);
+    EXPECT_EQ(sg->count, i == 8 ? 3 : 0);
+  }
+}
+
 TEST(SgSet, FreeOfNullDoesNothing) { EXPECT_NO_THROW(sg_set_free(nullptr)); }
 
 TEST(SgSetFatal, IndexBeyondTheEnd) {
