@@ -11,8 +11,10 @@ import datetime
 import gzip
 import os
 import re
+import resource
 import shlex
 import shutil
+import signal
 import subprocess
 import sys
 import tempfile
@@ -26,6 +28,10 @@ TREE = BENCH.parent
 GENERATE = "generate:"  # a file column that starts so holds settings instead
 GNU_TIME = "/usr/bin/time"
 COLLECTED = re.compile(r"Collected : (\d+)")
+LAST_LEVEL = "8388608,16,64"  # bytes, ways and bytes of a line, for cachegrind
+MISSES = re.compile(r"LLd misses: +[\d,]+ +\( *([\d,]+) rd +\+ +([\d,]+) wr\)")
+MISPREDICTS = re.compile(r"Mispredicts: +([\d,]+)")
+CPU_TIME_LINE = re.compile(rb"(Elapsed User CPU Time:)[^\n]*")
 TABLE_HEADING = re.compile(r" *Size +Candidates +Frequent Patterns *")
 TABLE_ROW = re.compile(r" *(\d+)(?: +(\d+))? +(\d+) *")
 TOTAL = re.compile(r"Total Number of Frequent Patterns Found: +(\d+)")
@@ -53,6 +59,27 @@ class Figures:
 
 
 @dataclasses.dataclass(frozen=True)
+class Misses:
+    """What a run waits for, by cachegrind."""
+    reads: int  # of data, that miss the last level of cache
+    writes: int
+    branches: int  # mispredicted
+
+
+@dataclasses.dataclass(frozen=True)
+class Limits:
+    """What a process may take before it is ended."""
+    cpu: int  # seconds
+    memory: int  # bytes of address space
+
+    def set(self) -> None:
+        """For this process and those that it starts."""
+        # The hard limit would end it by a signal that can mean anything.
+        resource.setrlimit(resource.RLIMIT_CPU, (self.cpu, self.cpu + 5))
+        resource.setrlimit(resource.RLIMIT_AS, (self.memory, self.memory))
+
+
+@dataclasses.dataclass(frozen=True)
 class Level:
     """A row of the report's table."""
     size: int
@@ -62,6 +89,10 @@ class Level:
 
 class Failed(Exception):
     """A workload that cannot be measured; the text says why."""
+
+
+class TooMuch(Failed):
+    """A run that was ended at a limit."""
 
 
 def usage_error(message: str) -> NoReturn:
@@ -170,7 +201,8 @@ def build(folder: str, target: str, *settings: str) -> None:
 
 
 def run_timed(program: Program, options: list[str], database: Path,
-              stdout: Path, stderr: Path) -> Figures:
+              stdout: Path, stderr: Path,
+              limits: Limits | None = None) -> Figures:
     """Run in the database's folder.
 
     GNU time stands between this process and the program because a process
@@ -184,15 +216,22 @@ def run_timed(program: Program, options: list[str], database: Path,
             start = time.perf_counter()
             child = subprocess.Popen(command, cwd=database.parent,
                                      stdin=subprocess.DEVNULL,
-                                     stdout=out, stderr=err)
+                                     stdout=out, stderr=err,
+                                     preexec_fn=limits and limits.set)
             _, status, used = os.wait4(child.pid, 0)
             wall = time.perf_counter() - start
         child.returncode = os.waitstatus_to_exitcode(status)
+        cpu = used.ru_utime + used.ru_stime
+        if child.returncode != 0 and limits is not None:
+            if child.returncode == 128 + signal.SIGXCPU:  # by GNU time
+                raise TooMuch(f"more than {limits.cpu} s of CPU time")
+            if b"not enough memory" in stderr.read_bytes():
+                raise TooMuch(f"more than {limits.memory >> 20} MiB")
         if child.returncode != 0:
             raise Failed(f"{program.name} ended with status "
                          f"{child.returncode}: {stderr.read_text().strip()}")
         peak = int(report.read().split()[-1])
-    return Figures(wall, used.ru_utime + used.ru_stime, peak)
+    return Figures(wall, cpu, peak)
 
 
 def run_reported(program: Program, options: list[str],
@@ -204,21 +243,69 @@ def run_reported(program: Program, options: list[str],
         return figures, out.read_text()
 
 
-def count_instructions(program: Program, options: list[str],
-                       database: Path) -> int:
-    """User-space instructions of one run, which no other process disturbs."""
+def run_once(program: Program, options: list[str],
+             database: Path) -> tuple[Figures, dict[str, bytes]]:
+    """Run in the database's folder: the figures, and the results by name."""
+    with tempfile.TemporaryDirectory() as scratch:
+        out, err = Path(scratch, "stdout"), Path(scratch, "stderr")
+        figures = run_timed(program, options, database, out, err)
+        results = {"standard output": out.read_bytes(),
+                   "standard error": err.read_bytes()}
+    for file in database.parent.iterdir():
+        if file != database:
+            results[file.name] = file.read_bytes()
+    masked = {name: CPU_TIME_LINE.sub(rb"\1", text)
+              for name, text in results.items()}
+    return figures, masked
+
+
+def compare_results(results: list[dict[str, bytes]]) -> None:
+    first, last = results[0], results[-1]
+    differing = [name for name in sorted(first.keys() | last.keys())
+                 if first.get(name) != last.get(name)]
+    if differing:
+        raise Failed("results differ: " + ", ".join(differing))
+
+
+def run_under_valgrind(options: list[str], program: Program,
+                       arguments: list[str], database: Path) -> str:
+    """What valgrind says of a run."""
     with tempfile.NamedTemporaryFile("r") as log:
-        command = ["valgrind", "--tool=callgrind",
-                   "--callgrind-out-file=/dev/null", f"--log-file={log.name}",
-                   str(program.path), *options, database.name]
+        command = ["valgrind", *options, f"--log-file={log.name}",
+                   str(program.path), *arguments, database.name]
         ended = subprocess.run(command, cwd=database.parent,
                                stdin=subprocess.DEVNULL,
                                stdout=subprocess.DEVNULL,
                                stderr=subprocess.DEVNULL)
-        collected = COLLECTED.search(log.read())
-    if ended.returncode != 0 or collected is None:
+        said = log.read()
+    if ended.returncode != 0:
+        raise Failed(f"{program.name} under valgrind ended with status "
+                     f"{ended.returncode}")
+    return said
+
+
+def count_instructions(program: Program, options: list[str],
+                       database: Path) -> int:
+    """User-space instructions of one run, which no other process disturbs."""
+    collected = COLLECTED.search(run_under_valgrind(
+        ["--tool=callgrind", "--callgrind-out-file=/dev/null"], program,
+        options, database))
+    if collected is None:
         raise Failed(f"valgrind counted nothing for {program.name}")
     return int(collected[1])
+
+
+def count_misses(program: Program, options: list[str],
+                 database: Path) -> Misses:
+    """Misses of one run with a last level of cache as LAST_LEVEL tells."""
+    said = run_under_valgrind(
+        ["--tool=cachegrind", "--cachegrind-out-file=/dev/null",
+         "--branch-sim=yes", f"--LL={LAST_LEVEL}"], program, options, database)
+    misses, branches = MISSES.search(said), MISPREDICTS.search(said)
+    if misses is None or branches is None:
+        raise Failed(f"valgrind counted no misses for {program.name}")
+    return Misses(*(int(number.replace(",", "")) for number in
+                    (misses[1], misses[2], branches[1])))
 
 
 # What a run has found
@@ -268,11 +355,16 @@ class Table:
     """
 
     def __init__(self, path: Path | None, columns: list[str]) -> None:
+        headings = ["date", "cpu", "cores", *columns]
         self._path = path
         self._machine = [cpu_model(), str(os.cpu_count())]
         try:
             if path is not None and not path.exists():
-                self._write(["date", "cpu", "cores", *columns])
+                self._write(headings)
+            elif path is not None:
+                with open(path, encoding="utf-8", newline="") as kept:
+                    if next(csv.reader(kept, delimiter="\t"), []) != headings:
+                        usage_error(f"--out: {path} has other columns")
         except OSError as error:
             usage_error(f"--out: {error}")
 
