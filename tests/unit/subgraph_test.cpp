@@ -145,7 +145,9 @@ TEST(Subgraph, CopyHasNoRoomToSpare) {
   const sg_ptr sg = filled_record();
   const sg_ptr copy(sg_copy(sg.get()));
   EXPECT_EQ(copy->parents_room, 2);
-  EXPECT_EQ(copy->block, sg_size(2, 2) + 2 * sg_parent_bytes(2));
+  EXPECT_EQ(copy->block, sizeof(subgraph) +
+                             graph_size(2, 2, graph_ids::own_numbers) +
+                             2 * sg_parent_bytes(2));
 }
 
 TEST(Subgraph, CopyAndMoveIntoAnArenaLeaveTheBlockToIt) {
