@@ -29,13 +29,14 @@ namespace {
 // Joins the children of cores on one thread.
 struct joiner {
   joiner(const sg_set *children, const core_links *cores,
-         const child_table *table, const generation_options &options)
+         const child_table *table, seen_extensions *seen, int worker,
+         const generation_options &options)
       : derived(children, table),
         registry(
             children,
             labeller(options.stabilizer_threshold, options.kind, options.stop),
             &derived, options.stop),
-        context(children, cores, &registry, options.stop) {}
+        context(children, cores, &registry, seen, worker, options.stop) {}
 
   derived_parents derived;
   registration registry;
@@ -56,6 +57,7 @@ generation sg_generate_candidates(const sg_set *children,
                                   const generation_options &options) {
   const child_table table(children, &cores, options.stop);
   const int workers = worker_count(options.jobs, cores.size());
+  seen_extensions seen(children, workers, options.stop);
   // A joiner belongs to the thread that makes and ends it.
   xvector<std::unique_ptr<joiner>> joiners(static_cast<size_t>(workers));
   xvector<candidate_set> accepted;
@@ -67,7 +69,8 @@ generation sg_generate_candidates(const sg_set *children,
       [&](int worker, int p) {
         std::unique_ptr<joiner> &own = joiners[static_cast<size_t>(worker)];
         if (!own)
-          own = std::make_unique<joiner>(children, &cores, &table, options);
+          own = std::make_unique<joiner>(children, &cores, &table, &seen,
+                                         worker, options);
         own->context.join_children_of(p);
       },
       [&](int worker) {
@@ -98,16 +101,10 @@ edge_place sg_place_in_core(const sg_parent *entry) {
 }
 
 join_context::join_context(const sg_set *children, const core_links *cores,
-                           registration *registry, const interruption *stop)
+                           registration *registry, seen_extensions *seen,
+                           int worker, const interruption *stop)
     : poll(stop, 2048), patterns_(children), cores_(cores), registry_(registry),
-      seen_(stop), groups_(stop) {
-  last_core_.reserve(static_cast<size_t>(sg_set_size(children)));
-  for (int id = 0; id < sg_set_size(children); id++) {
-    const subgraph *sg = sg_set_get(children, id);
-    const int n = sg_kept_size(sg);
-    last_core_.push_back(n == 0 ? -1 : sg_kept_at(sg, n - 1)->pid);
-  }
-}
+      seen_(seen), worker_(worker), groups_(stop) {}
 
 // The vertex of a pattern outside its core, -1 when the core has them all.  It
 // is the later end of the extra edge: degrees descend along a form, and the
@@ -131,7 +128,7 @@ void join_context::add_child(int id, const sg_parent *entry) {
 }
 
 void join_context::add_offer(const extension &x, size_t child) {
-  seen_.expect(x);
+  seen_->expect(x);
   offers_.push_back({x, child});
 }
 
@@ -166,6 +163,7 @@ void join_context::join_children_of(int core) {
   const std::span<const int> ids = cores_->children(core);
   if (ids.empty())
     return;
+  seen_->begin_core(worker_, core);
   child_.clear();
   from_core_.clear();
   for (const int id : ids)
@@ -178,48 +176,33 @@ void join_context::join_children_of(int core) {
     poll.step(static_cast<int64_t>((child_.size() - i) * places.size()));
     for (size_t j = i; j < child_.size(); j++)
       collect(child_[i], j, places);
-    offer_all(core, places.size() >= many);
+    offer_all(places.size() >= many);
   }
 }
 
 void join_context::join(int a, int b, const sg_parent *ea, const sg_parent *eb,
                         std::span<const edge_place> places) {
+  seen_->begin_core(worker_, ea->pid);
   child_.clear();
   from_core_.clear();
   add_child(a, ea);
   add_child(b, eb);
   poll.step(static_cast<int64_t>(places.size()));
   collect(child_[0], 1, places);
-  offer_all(ea->pid, false);
-}
-
-// Whether a pattern is extended while that core or a later one is joined, since
-// cores are joined in ascending order.
-bool join_context::is_extended_from(int core, int pattern) const {
-  return last_core_[static_cast<size_t>(pattern)] >= core;
-}
-
-// Marks an extension as seen; false when it was before.  Before the marks need
-// more room, those go that no core from this one on asks for.
-bool join_context::remember(const extension &x, int core) {
-  if (seen_.is_full())
-    seen_.keep_only([&](const extension &seen) {
-      return is_extended_from(core, seen.pattern);
-    });
-  return seen_.insert(x);
+  offer_all(false);
 }
 
 // Offers the candidates that were not seen before.  with_groups: the same place
 // may come by several ways, which a child's automorphisms tell.
-void join_context::offer_all(int core, bool with_groups) {
+void join_context::offer_all(bool with_groups) {
   for (const auto &[x, child] : offers_) {
-    if (!remember(x, core))
+    if (!seen_->insert(x))
       continue;
     const subgraph *accepted = sg_offer_extension(x, registry_);
     if (accepted && accepted->invariant)
-      mark_seen(accepted, core);
+      mark_seen(accepted);
     if (with_groups && registry_->invariant_outcome)
-      mark_images(x, group_of_child(child), core);
+      mark_images(x, group_of_child(child));
   }
   offers_.clear();
 }
@@ -237,30 +220,29 @@ pattern_group join_context::group_of_child(size_t i) {
 // and the edge that the parent lacks.  Since its form does not depend on how it
 // is built, they would only give duplicates.  A parent that is extended no
 // further needs no mark.
-void join_context::mark_seen(const subgraph *accepted, int core) {
+void join_context::mark_seen(const subgraph *accepted) {
+  const int core = seen_->earliest_core();
   marks_.clear();
   for (int l = 0; l < sg_parent_size(accepted); l++) {
     const sg_parent *entry = sg_parent_at(accepted, l);
-    if (!is_extended_from(core, entry->pid))
+    if (!seen_->is_extended_from(core, entry->pid))
       continue;
     marks_.push_back(sg_parent_edge(accepted, entry));
-    seen_.expect(marks_.back());
+    seen_->expect(marks_.back());
   }
   for (const extension &x : marks_)
-    remember(x, core);
+    seen_->insert(x);
 }
 
 // Marks the extensions to which a child's automorphisms bring x.
-void join_context::mark_images(const extension &x, const pattern_group &group,
-                               int core) {
+void join_context::mark_images(const extension &x, const pattern_group &group) {
   if (group.count == 0)
     return;
   for (const edge_place &place : images_.images(group, {x.from, x.to}, &poll)) {
     poll.step();
-    remember(x.to == -1
-                 ? pendant_extension(x.pattern, place.u, x.elabel, x.vlabel)
-                 : closing_extension(x.pattern, place.u, place.w, x.elabel),
-             core);
+    seen_->insert(
+        x.to == -1 ? pendant_extension(x.pattern, place.u, x.elabel, x.vlabel)
+                   : closing_extension(x.pattern, place.u, place.w, x.elabel));
   }
 }
 

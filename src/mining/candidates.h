@@ -10,6 +10,7 @@
 #include "mining/derived_parents.h"
 #include "mining/pattern_groups.h"
 #include "mining/registration.h"
+#include "mining/seen_extensions.h"
 #include "mining/sg_set.h"
 
 namespace kestro {
@@ -61,9 +62,11 @@ struct pending_offer {
 // What joining works on while one size is generated.
 class join_context {
 public:
-  // All is borrowed: the level k-1, the level k-2, and where candidates go.
+  // All is borrowed: the level k-1, the level k-2, where candidates go, and
+  // what all workers have seen, of which this is the one with that number.
   join_context(const sg_set *children, const core_links *cores,
-               registration *registry, const interruption *stop = nullptr);
+               registration *registry, seen_extensions *seen, int worker = 0,
+               const interruption *stop = nullptr);
 
   // Joins all children of a core with one another.
   void join_children_of(int core);
@@ -75,8 +78,6 @@ public:
             std::span<const edge_place> places);
 
   const sg_set *children() const { return patterns_; }
-  // Whether an extension was offered, or need not be.
-  bool was_seen(const extension &x) const { return seen_.find(x) != nullptr; }
 
   interruption_poll poll; // a step is one place of an edge
 
@@ -86,18 +87,16 @@ private:
                std::span<const edge_place> places);
   void close(size_t b, int u, int w, int elabel);
   void add_offer(const extension &x, size_t child);
-  void offer_all(int core, bool with_groups);
-  void mark_seen(const subgraph *accepted, int core);
-  bool is_extended_from(int core, int pattern) const;
-  bool remember(const extension &x, int core);
-  void mark_images(const extension &x, const pattern_group &group, int core);
+  void offer_all(bool with_groups);
+  void mark_seen(const subgraph *accepted);
+  void mark_images(const extension &x, const pattern_group &group);
   pattern_group group_of_child(size_t i);
 
   const sg_set *patterns_;
   const core_links *cores_;
   registration *registry_;
-  extension_set seen_;          // extensions that need not be offered again
-  xvector<int> last_core_;      // by pattern: the id of its last kept parent
+  seen_extensions *seen_;
+  int worker_;
   xvector<joined_child> child_; // of the core
   xvector<int16_t> from_core_;  // of all children, see joined_child
   pattern_groups groups_;       // by child of the core

@@ -253,7 +253,8 @@ TEST_F(LongSteps, JoiningEnds) {
   const child_table table(levels.children.get(), &links);
   derived_parents known(levels.children.get(), &table);
   registration registry(levels.children.get(), labeller(), &known);
-  join_context context(levels.children.get(), &links, &registry);
+  seen_extensions seen(levels.children.get());
+  join_context context(levels.children.get(), &links, &registry, &seen);
   context.poll = interruption_poll(&stop, 1);
   for (int id = 0; id < sg_set_size(levels.cores.get()); id++) {
     const subgraph *core = sg_set_get(levels.cores.get(), id);

@@ -205,12 +205,13 @@ struct pair_joiner {
   pair_joiner(const sg_set *children, const sg_set *cores)
       : links(cores, children), table(children, &links),
         derived(children, &table), registry(children, labeller(), &derived),
-        context(children, &links, &registry) {}
+        seen(children), context(children, &links, &registry, &seen) {}
 
   core_links links;
   child_table table;
   derived_parents derived;
   registration registry;
+  seen_extensions seen;
   join_context context;
 };
 
@@ -242,8 +243,8 @@ TEST_F(Candidates, JoinPairBuildsUponTheSecond) {
   const int with_2 = first_has_2 ? 0 : 1;
   const int with_3 = 1 - with_2;
   sg_join_pair(with_2, with_3, core, cores.get(), &joiner.context);
-  EXPECT_FALSE(joiner.context.was_seen(pendant_extension(with_2, 0, 0, 3)));
-  EXPECT_TRUE(joiner.context.was_seen(pendant_extension(with_3, 0, 0, 2)));
+  EXPECT_FALSE(joiner.seen.contains(pendant_extension(with_2, 0, 0, 3)));
+  EXPECT_TRUE(joiner.seen.contains(pendant_extension(with_3, 0, 0, 2)));
 }
 
 static ints map_of(const parent_entry &ea, const parent_entry &eb,
