@@ -180,7 +180,7 @@ void copy_adjmat_partitioning(const adjmat *src, adjmat *dst) {
 
 static void fill_vertex(const graph *g, int i, adjmat *m) {
   cl_vertex *v = &m->vertex[i];
-  v->id = g->vid[i];
+  v->id = g->vid ? g->vid[i] : i;
   v->degree = g->v[i + 1] - g->v[i];
   v->label = g->vlabel[i];
   v->part = 0;

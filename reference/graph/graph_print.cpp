@@ -95,7 +95,7 @@ void graph_print(const graph *g, FILE *out) {
   }
   bool with_ids = false;
   for (int i = 0; i < g->vs; i++)
-    with_ids |= g->vid[i] != i;
+    with_ids |= g->vid && g->vid[i] != i;
   const int width = column_width(printed_values(g, with_ids));
   const row_printer printer = {g, width, out};
 

@@ -83,7 +83,7 @@ static missing_slots add_edge(const graph *g2, int p, int q, int label,
   missing_slots missing;
   slot_writer out = {result, 0};
   for (int i = 0; i < g2->vs; i++) {
-    out.begin(i, g2->vlabel[i], g2->vid[i]);
+    out.begin(i, g2->vlabel[i], g2->vid ? g2->vid[i] : i);
     if (i == p) {
       copy_vertex_with(g2, i, q, label, &out);
       missing.p = false;
@@ -132,7 +132,7 @@ void merge_graphs1(const graph *g1, const graph *g2, const int *map, int x,
   const int n = g2->vs;
   slot_writer out = {result, 0};
   for (int i = 0; i < g2->vs; i++) {
-    out.begin(i, g2->vlabel[i], g2->vid[i]);
+    out.begin(i, g2->vlabel[i], g2->vid ? g2->vid[i] : i);
     copy_vertex(g2, i, &out);
     if (i == p)
       out.slot(n, el);

@@ -23,7 +23,7 @@ template <class Kept>
 static int copy_vertex(const graph *g, int i, graph *part, int u, int es,
                        const int *renumber, Kept kept) {
   part->v[u] = es;
-  part->vid[u] = g->vid[i];
+  part->vid[u] = g->vid ? g->vid[i] : i;
   part->vlabel[u] = g->vlabel[i];
   for (int j = g->v[i]; j < g->v[i + 1]; j++) {
     if (!kept(j))

@@ -6,7 +6,7 @@
 namespace kestro {
 
 // Whether the functions below serve for g: it has few enough vertices, and its
-// edge labels are small.
+// labels are small.
 bool can_refine_small(const graph *g);
 
 // Refines the partition of all vertices of g into one cell, as whole passes do.

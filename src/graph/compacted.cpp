@@ -25,7 +25,7 @@ void graph_copy_compacted(const graph *g, graph *out) {
       continue;
     u = index[static_cast<size_t>(i)];
     out->v[u] = filled;
-    out->vid[u] = g->vid[i];
+    out->vid[u] = g->vid ? g->vid[i] : i;
     out->vlabel[u] = g->vlabel[i];
     const int end = graph_unmark(g->v[i + 1]);
     for (int j = g->v[i]; j < end; j++) {

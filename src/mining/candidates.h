@@ -68,7 +68,8 @@ public:
                registration *registry, seen_extensions *seen, int worker = 0,
                const interruption *stop = nullptr);
 
-  // Joins all children of a core with one another.
+  // Joins all children of a core with one another.  Cores come in ascending
+  // order.
   void join_children_of(int core);
 
   // Joins the patterns a and b of level k-1, which may be the same, through one

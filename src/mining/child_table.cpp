@@ -65,9 +65,13 @@ private:
 
 void child_table::builder::collect() {
   const int n = sg_set_size(children_);
-  if (n > 0) // as many for each, or nearly so
-    entries_.reserve(static_cast<size_t>(n) *
-                     static_cast<size_t>(sg_set_get(children_, 0)->g->es / 2));
+  size_t edges = 0;
+  for (int id = 0; id < n; id++) {
+    expect_records(children_, id, false);
+    poll_.step();
+    edges += static_cast<size_t>(sg_parent_size(sg_set_get(children_, id)));
+  }
+  entries_.reserve(edges);
   for (int id = 0; id < n; id++) {
     expect_records(children_, id, true);
     const subgraph *child = sg_set_get(children_, id);

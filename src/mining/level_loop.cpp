@@ -65,8 +65,8 @@ static int mine_first_levels(const mining_run *run, level_pair *levels,
   return 2;
 }
 
-// Frees a level's embeddings and TID lists, which are needed only until the
-// size above has been counted.
+// Frees what the counter has left of a level's embeddings and TID lists, which
+// are needed only until the size above has been counted.
 static void free_after_use(sg_set *level, const interruption *stop) {
   interruption_poll poll(stop);
   for (int i = 0; i < sg_set_size(level); i++) {

@@ -1,7 +1,7 @@
 // An automorphism brings an edge f of a candidate to an edge f', and what is
 // left without f to what is left without f': these are one graph.  So the
-// parent is the same, and the map to it is the one without f behind the
-// automorphism.  The images are met by a walk along generators, each from the
+// parent is the same; a vertex goes back by the automorphism, then along the
+// map without f.  The images are met by a walk along generators, each from the
 // entry of the edge before.  The map may differ by an automorphism of the
 // parent from the one that a canonical form gives.
 

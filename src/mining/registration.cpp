@@ -6,7 +6,9 @@
 // tested.  A parent that cannot be derived from the pattern extended is found
 // by the canonical form of the remainder, made in place: its vertex ids say
 // which vertex of the candidate went where, which is the map of the parent
-// entry.  A filter sees most candidates fail before any such form.
+// entry.  Once many such forms were in vain, a filter spares most of the
+// others. Of edges that automorphisms of the candidate bring to one another,
+// one is asked for.
 
 #include "mining/registration.h"
 
@@ -25,7 +27,7 @@ namespace kestro {
 // depend on the order of vertices.
 static bool find_by_form(subgraph *cand, const removable_edge &edge,
                          registration *to, sg_parent *entry, bool *invariant) {
-  if (!to->rest || to->rest->g->es < cand->g->es)
+  if (!to->rest || 2 * to->rest->parents_room < cand->g->es)
     to->rest.reset(sg_create(cand->g->es, cand->g->es / 2 + 1));
   graph *rest = to->rest->g;
   graph_mark_edge_between(cand->g, edge.u, edge.w);
@@ -77,7 +79,7 @@ static bool enter_each(subgraph *cand, const xvector<removable_edge> &edges,
   return true;
 }
 
-// The same where automorphisms of cand bring edges to one another.
+// The same where automorphisms of cand may bring edges to one another.
 static bool enter_with_images(subgraph *cand,
                               const xvector<removable_edge> &edges,
                               const derived_parents *known, registration *to) {

@@ -61,11 +61,33 @@ TEST(CycleCore, IsThatOfTheComponentWithMostCycles) {
   expect_core(make_graph(std::vector<int>(8, 0), edges), 3, 4);
 }
 
+// The graphs side by side.
+static graph_ptr beside(const std::vector<graph_ptr> &parts) {
+  std::vector<test_edge> edges;
+  int vertices = 0;
+  for (const graph_ptr &part : parts) {
+    for (const test_edge &edge : edges_of(part.get()))
+      edges.push_back({edge.u + vertices, edge.w + vertices});
+    vertices += part->vs;
+  }
+  return make_graph(std::vector<int>(static_cast<size_t>(vertices), 0), edges);
+}
+
 TEST(CycleCore, IsOpenWhereComponentsDiffer) {
-  std::vector<test_edge> edges = edges_of(ring_graph(4).get());
-  for (const test_edge &edge : edges_of(ring_graph(3).get()))
-    edges.push_back({edge.u + 4, edge.w + 4});
-  expect_core(make_graph(std::vector<int>(7, 0), edges), 1, -1);
+  std::vector<graph_ptr> rings;
+  rings.push_back(ring_graph(4));
+  rings.push_back(ring_graph(3));
+  expect_core(beside(rings), 1, -1);
+  rings.push_back(complete_graph(4)); // three cycles
+  expect_core(beside(rings), 3, 4);
+}
+
+TEST(CycleCore, IsThatOfEqualComponents) {
+  std::vector<graph_ptr> rings;
+  rings.push_back(ring_graph(4));
+  rings.push_back(ring_graph(4));
+  rings.push_back(path_graph(2));
+  expect_core(beside(rings), 1, 4);
 }
 
 TEST(CycleCore, HoldsPartsWithFewerCyclesOrTheSameCore) {

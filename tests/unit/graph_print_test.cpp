@@ -1,6 +1,7 @@
 #include "reference/graph/graph_print.h"
 
 #include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -42,6 +43,16 @@ TEST(GraphPrint, IdsOnlyWhenTheyDifferFromTheNumbers) {
                         "V: 5|  6|7\n"
                         "e: 1|0 2|1\n"
                         "E: 3|3 4|4\n");
+}
+
+TEST(GraphPrint, GraphWithoutStoredIdsPrintsAsItsCopy) {
+  const graph_ptr g = labelled_path();
+  std::vector<int64_t> memory(
+      graph_size(g->es, g->vs, graph_ids::own_numbers) / 8 + 1);
+  graph *bare = graph_init(memory.data(), g->es, g->vs, graph_ids::own_numbers);
+  graph_copy_into(g.get(), bare);
+  EXPECT_EQ(written_text([&](FILE *out) { graph_print(bare, out); }),
+            printed(g));
 }
 
 TEST(GraphPrint, WidestIdWidensEveryCell) {

@@ -61,8 +61,12 @@ TEST_F(ParentImages, TakeTheVertexThatIsLacking) {
   set(star_graph(5)); // vertices, four of them leaves
   const graph_ptr rest = enter(0, 0);
   ASSERT_EQ(entered().size(), 4u);
-  for (size_t i = 0; i < 4; i++)
-    EXPECT_EQ(images.at(i)->map[images.at(i)->v], -1);
+  for (size_t i = 0; i < 4; i++) {
+    const sg_parent *entry = images.at(i);
+    EXPECT_EQ(entry->map[entry->v], -1);
+    EXPECT_TRUE(
+        is_map_onto_rest(g.get(), entry->u, entry->v, rest.get(), entry->map));
+  }
 }
 
 TEST_F(ParentImages, StayInTheOrbit) {
