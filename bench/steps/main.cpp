@@ -126,7 +126,7 @@ int main(int argc, char **argv) {
     return 2;
   }
 #ifdef __GLIBC__
-  mallopt(M_MMAP_THRESHOLD, 1 << 20); // as the program has it
+  mallopt(M_MMAP_THRESHOLD, 1 << 18); // as the program has it
 #endif
   try {
     kestro::measure(atoi(argv[1]), atof(argv[2]), argv[3]);

@@ -47,7 +47,8 @@ private:
   std::shared_ptr<const state> state_;
 };
 
-// An edge to be built, between any two vertices; its label is copied.
+// An edge to be built, between any two vertices.  It borrows its label, which
+// must last until the edge is added; adding copies it.
 struct labelled_edge {
   int from;
   int to;

@@ -16,11 +16,12 @@ namespace kestro {
 using embedding = std::vector<int>;
 
 // One connected pattern, prepared for being looked for in many graphs: of the
-// database, of another one, with labels that this one does not know.  Labels
-// are compared by their texts.  An embedding maps vertices to different
-// vertices of the same label, and edges onto edges of the same label; the graph
-// may have further edges between them.  Embeddings come in lexicographic order
-// along order().
+// database, of another one, with labels that this one does not know.  A graph
+// that belongs to none is built as a database of one graph.  Labels are
+// compared by their texts.  An embedding maps vertices to different vertices of
+// the same label, and edges onto edges of the same label; the graph may have
+// further edges between them.  Embeddings come in lexicographic order along
+// order().
 class KESTRO_API matcher {
 public:
   // Copies the pattern.  Throws error when it is not connected or has no

@@ -94,7 +94,8 @@ private:
 };
 
 // Who receives what a run finds, as it finds it.  All calls come from the
-// thread that called mine; what they throw ends the run and comes out of it.
+// thread that called mine; what they throw ends the run and comes out of it.  A
+// call may request the stop that the options hold: no further level comes then.
 class KESTRO_API listener {
 public:
   virtual ~listener() = default;

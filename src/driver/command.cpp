@@ -66,13 +66,14 @@ static bool prepare_outputs() {
 }
 
 // Keeps large blocks out of the heap, so that freeing one gives its memory
-// back. By itself the C library stops doing so once it has seen a large block
-// freed.  False when there is hardly any memory: the C++ library sets some
-// aside at the start, by which it can throw when all is used up; where it got
-// none, it would end the process instead.
+// back, and a heap that cannot grow, as under some tools, is not asked for
+// them. By itself the C library stops doing so once it has seen a large block
+// freed. False when there is hardly any memory: the C++ library sets some aside
+// at the start, by which it can throw when all is used up; where it got none,
+// it would end the process instead.
 static bool prepare_memory() {
 #ifdef __GLIBC__
-  static constexpr int large = 1 << 20; // bytes
+  static constexpr int large = 1 << 18; // bytes
   mallopt(M_MMAP_THRESHOLD, large);
 #endif
   static constexpr size_t set_aside = 1 << 17; // bytes, and some to spare
