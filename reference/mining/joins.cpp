@@ -34,11 +34,20 @@ void sg_join_pair(int a, int b, int p, const sg_set *cores,
   sg_join(a, b, ea, eb, places, context);
 }
 
+static xvector<int> images_of(const sg_parent *entry) {
+  xvector<int> images;
+  for (int i = 0; i < entry->vs; i++)
+    images.push_back(entry->image(i));
+  return images;
+}
+
 void setup_map(const sg_parent *ea, const sg_parent *eb, const int *perm, int n,
                int *map) {
   const int core_vs = n;
-  const int16_t *g1_to_core1 = ea->map;
-  const int16_t *g2_to_core2 = eb->map;
+  const xvector<int> to_core1 = images_of(ea);
+  const xvector<int> to_core2 = images_of(eb);
+  const int *g1_to_core1 = to_core1.data();
+  const int *g2_to_core2 = to_core2.data();
   xvector<int> core2_to_g2(static_cast<size_t>(n), -1);
   for (int i = 0; i < eb->vs; i++) {
     if (g2_to_core2[i] == -1)

@@ -23,9 +23,10 @@ static bool find_parent(const subgraph *cand, registration *to,
   entry->pid = sg_set_find(to->prev, rest.get());
   if (entry->pid == -1)
     return false;
-  std::fill_n(entry->map, entry->vs, int16_t{-1});
-  for (int16_t j = 0; j < rest->g->vs; j++)
-    entry->map[rest->g->vid[j]] = j;
+  for (int i = 0; i < entry->vs; i++)
+    entry->set_image(i, -1);
+  for (int j = 0; j < rest->g->vs; j++)
+    entry->set_image(rest->g->vid[j], j);
   return true;
 }
 

@@ -34,7 +34,22 @@ int sg_pid_at(const subgraph *sg, int i) {
   return ids.at(static_cast<size_t>(i));
 }
 
+int sg_child_size(const subgraph *sg) {
+  return sg->child ? sg->child->count : 0;
+}
+int sg_child_at(const subgraph *sg, int i) {
+  return ksstack_get<int>(sg->child, i);
+}
+void sg_add_child(subgraph *sg, int id) { add_id(&sg->child, id); }
 void sg_clear_child(subgraph *sg) { clear(sg->child); }
+
+void sg_register_children(const sg_set *level, const sg_set *prev) {
+  for (int j = 0; j < sg_set_size(level); j++) {
+    const subgraph *sg = sg_set_get(level, j);
+    for (int i = 0; i < sg_kept_size(sg); i++)
+      sg_add_child(sg_set_get(prev, sg_kept_at(sg, i)->pid), j);
+  }
+}
 
 void sg_add_tid(subgraph *sg, int tid) { add_id(&sg->tid, tid); }
 void sg_clear_tid(subgraph *sg) { clear(sg->tid); }

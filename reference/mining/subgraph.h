@@ -1,8 +1,8 @@
-// The id sets of pattern records, further: covers, and what the others go
-// without.
+// The id sets of pattern records, further: children, covers, and what TID lists
+// go without.
 #pragma once
 
-#include "mining/subgraph.h"
+#include "mining/sg_set.h"
 
 namespace kestro {
 
@@ -14,7 +14,13 @@ int sg_pid_size(const subgraph *sg);
 int sg_pid_at(const subgraph *sg, int i);
 
 // add inserts unless present; clear keeps the memory.
+int sg_child_size(const subgraph *sg);
+int sg_child_at(const subgraph *sg, int i);
+void sg_add_child(subgraph *sg, int id);
 void sg_clear_child(subgraph *sg);
+// Adds each pattern of level to the child sets of its kept parents in prev.
+void sg_register_children(const sg_set *level, const sg_set *prev);
+
 void sg_add_tid(subgraph *sg, int tid);
 void sg_clear_tid(subgraph *sg);
 

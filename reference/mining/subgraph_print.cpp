@@ -60,7 +60,7 @@ void sg_print_cover(const subgraph *sg, FILE *out) {
 void sg_print_parent(const sg_parent *entry, FILE *out) {
   fprintf(out, "%d(%d,%d): ", entry->pid, entry->u, entry->v);
   for (int i = 0; i < entry->vs; i++)
-    fprintf(out, "%d ", entry->map[i]);
+    fprintf(out, "%d ", entry->image(i));
   fputc('\n', out);
 }
 

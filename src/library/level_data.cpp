@@ -12,6 +12,7 @@
 #include "base/parallel.h"
 #include "cl/search_plan.h"
 #include "graph/connectivity.h"
+#include "mining/expect_records.h"
 #include "mining/parents.h"
 
 namespace kestro {
@@ -41,6 +42,7 @@ level_data look_at(const sg_set *set, int size, const label_set *labels) {
   level.records.reserve(static_cast<size_t>(sg_set_size(set)));
   xvector<int> parents;
   for (int id = 0; id < sg_set_size(set); id++) {
+    expect_records(set, id, record_part::parents);
     const subgraph *sg = sg_set_get(set, id);
     level.records.push_back(look_at(sg, level));
     sg_parent_ids(sg, &parents);

@@ -20,6 +20,7 @@
 #include "base/error.h"
 #include "base/parallel.h"
 #include "base/xmalloc.h"
+#include "mining/expect_records.h"
 #include "mining/parents.h"
 
 namespace kestro {
@@ -97,7 +98,7 @@ generation sg_generate_candidates(const sg_set *children,
 }
 
 edge_place sg_place_in_core(const sg_parent *entry) {
-  return {entry->map[entry->u], entry->map[entry->v]};
+  return {entry->image(entry->u), entry->image(entry->v)};
 }
 
 join_context::join_context(const sg_set *children, const core_links *cores,
@@ -110,8 +111,8 @@ join_context::join_context(const sg_set *children, const core_links *cores,
 // is the later end of the extra edge: degrees descend along a form, and the
 // other end has more than this one edge.
 static int vertex_outside(const sg_parent *entry) {
-  assert(entry->map[entry->u] != -1);
-  return entry->map[entry->v] == -1 ? entry->v : -1;
+  assert(entry->image(entry->u) != -1);
+  return entry->image(entry->v) == -1 ? entry->v : -1;
 }
 
 void join_context::add_child(int id, const sg_parent *entry) {
@@ -123,8 +124,8 @@ void join_context::add_child(int id, const sg_parent *entry) {
   from_core_.resize(from_core_.size() + static_cast<size_t>(entry->vs));
   int16_t *from_core = from_core_.data() + child_.back().from_core;
   for (int16_t i = 0; i < entry->vs; i++)
-    if (entry->map[i] != -1)
-      from_core[entry->map[i]] = i;
+    if (const int in_core = entry->image(i); in_core != -1)
+      from_core[in_core] = i;
 }
 
 void join_context::add_offer(const extension &x, size_t child) {
@@ -166,6 +167,11 @@ void join_context::join_children_of(int core) {
   seen_->begin_core(worker_, core);
   child_.clear();
   from_core_.clear();
+  for (const int id : ids)
+    expect_rest(sg_set_get(patterns_, id), record_part::parents);
+  if (core + 1 < cores_->size())
+    for (const int id : cores_->children(core + 1))
+      expect_head(sg_set_get(patterns_, id));
   for (const int id : ids)
     add_child(id, sg_find_kept(sg_set_get(patterns_, id), core));
   const pattern_group group = cores_->group(core);

@@ -67,13 +67,13 @@ void child_table::builder::collect() {
   const int n = sg_set_size(children_);
   size_t edges = 0;
   for (int id = 0; id < n; id++) {
-    expect_records(children_, id, false);
+    expect_records(children_, id, record_part::head);
     poll_.step();
     edges += static_cast<size_t>(sg_parent_size(sg_set_get(children_, id)));
   }
   entries_.reserve(edges);
   for (int id = 0; id < n; id++) {
-    expect_records(children_, id, true);
+    expect_records(children_, id, record_part::parents);
     const subgraph *child = sg_set_get(children_, id);
     table_->children_.push_back(child->invariant);
     poll_.step(1 + sg_parent_size(child));

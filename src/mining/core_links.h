@@ -1,6 +1,7 @@
 // What joins read of the level of cores.
 #pragma once
 
+#include <array>
 #include <span>
 
 #include "mining/pattern_groups.h"
@@ -8,13 +9,14 @@
 
 namespace kestro {
 
-// The child lists and groups of a level.  Its records can go before the level
-// above is joined.
+// The child lists and groups of a level: under which cores its patterns are
+// joined, and how.  The records of the cores can go before the level above is
+// joined.
 class core_links {
 public:
   // cores is the level; children, the one above, says which of them are
-  // parents.  Groups are computed on up to jobs threads.  Throws interrupted
-  // when stop, which may be null, says so.
+  // parents, and of whom.  Groups are computed on up to jobs threads.  Throws
+  // interrupted when stop, which may be null, says so.
   core_links(const sg_set *cores, const sg_set *children, int jobs = 1,
              const interruption *stop = nullptr);
 
@@ -34,9 +36,14 @@ public:
   }
 
 private:
-  void copy_lists(const sg_set *cores, interruption_poll *poll);
-  void find_groups(const sg_set *cores, const sg_set *children, int jobs,
-                   interruption_poll *poll);
+  // What the children tell.
+  struct parentage {
+    xvector<std::array<int, 2>> kept; // by child: its kept parents, -1 for none
+    xvector<char> is_parent;          // by core
+  };
+  static parentage parentage_of(const sg_set *cores, const sg_set *children,
+                                interruption_poll *poll);
+  void list_children(const parentage &of, interruption_poll *poll);
 
   xvector<int> starts_;   // by core: where its children begin, and the end
   xvector<int> children_; // of all cores

@@ -22,13 +22,13 @@ namespace kestro {
 // The extension of an entry's parent that is the candidate without that entry's
 // edge, pattern -1 when x's edge would be left without hold.
 extension derived_parents::part_without(const sg_parent *entry) const {
-  const int from = entry->map[x_.from];
+  const int from = entry->image(x_.from);
   if (x_.to == -1) {
     if (from == -1)
       return {};
     return pendant_extension(entry->pid, from, x_.elabel, x_.vlabel);
   }
-  const int to = entry->map[x_.to];
+  const int to = entry->image(x_.to);
   // A leaf of B that loses its edge hangs on x's edge instead.
   if (from == -1)
     return pendant_extension(entry->pid, to, x_.elabel,
@@ -69,12 +69,15 @@ bool derived_parents::look_up(const extension &x) {
 
 void derived_parents::take_order(const graph *cand) {
   origin_.assign(cand->vid, cand->vid + cand->vs);
+  first_entry_.assign(static_cast<size_t>(pattern_->g->vs) + 1, -1);
+  for (int l = sg_parent_size(pattern_); l-- > 0;)
+    first_entry_[static_cast<size_t>(sg_parent_at(pattern_, l)->u)] = l;
   for (const found_child *found : found_)
     if (found) {
       const sg_parent *entry =
           sg_parent_at(sg_set_get(children_, found->child), found->entry);
       __builtin_prefetch(entry);
-      __builtin_prefetch(entry->map + 16);
+      __builtin_prefetch(reinterpret_cast<const char *>(entry + 1) + 16);
     }
 }
 
@@ -96,24 +99,17 @@ bool derived_parents::is_own_edge(const removable_edge &edge) const {
 // for none.
 int derived_parents::known_entry(const removable_edge &edge) const {
   const auto [low, high] = ends_of(edge);
-  int first = 0;
-  int last = sg_parent_size(pattern_);
-  while (first < last) { // entries are sorted by their edge
-    const int middle = (first + last) / 2;
-    const sg_parent *entry = sg_parent_at(pattern_, middle);
-    if (entry->u < low || (entry->u == low && entry->v < high))
-      first = middle + 1;
-    else
-      last = middle;
+  int l = first_entry_[static_cast<size_t>(low)];
+  for (; l != -1 && l < sg_parent_size(pattern_); l++) {
+    const sg_parent *entry = sg_parent_at(pattern_, l);
+    if (entry->u != low || entry->v > high)
+      return -1; // entries are sorted by their edge
+    if (entry->v < high)
+      continue;
+    const found_child *found = found_[static_cast<size_t>(l)];
+    return found && table_->child_is_invariant(found->child) ? l : -1;
   }
-  if (first == sg_parent_size(pattern_))
-    return -1;
-  const sg_parent *entry = sg_parent_at(pattern_, first);
-  const found_child *found = found_[static_cast<size_t>(first)];
-  return entry->u == low && entry->v == high && found &&
-                 table_->child_is_invariant(found->child)
-             ? first
-             : -1;
+  return -1;
 }
 
 bool derived_parents::knows(const removable_edge &edge) const {
@@ -121,51 +117,82 @@ bool derived_parents::knows(const removable_edge &edge) const {
 }
 
 bool derived_parents::find(const removable_edge &edge, sg_parent *entry) const {
-  if (!knows(edge))
-    return false;
   if (is_own_edge(edge)) {
+    if (!pattern_->invariant)
+      return false;
     entry->pid = x_.pattern;
-    for (size_t i = 0; i < origin_.size(); i++)
-      entry->map[i] =
-          static_cast<int16_t>(origin_[i] < pattern_->g->vs ? origin_[i] : -1);
+    for (int i = 0; i < entry->vs; i++) {
+      const int origin = origin_[static_cast<size_t>(i)];
+      entry->set_image(i, origin < pattern_->g->vs ? origin : -1);
+    }
     return true;
   }
   const int index = known_entry(edge);
+  if (index == -1)
+    return false;
   entry->pid = found_[static_cast<size_t>(index)]->child;
-  compose(index, entry->map);
+  compose(index, entry);
   return true;
 }
 
+namespace {
+
+// An entry's map whatever its type.
+struct any_map {
+  const sg_parent *entry;
+  int operator[](int i) const { return entry->image(i); }
+};
+
+} // namespace
+
 // Maps cand to the part without that entry's edge.
-void derived_parents::compose(int index, int16_t *map) const {
+void derived_parents::compose(int index, sg_parent *entry) const {
+  // Nothing has more vertices than cand, so all maps are of its type, or read
+  // one by one.
+  if (entry->has_bytes())
+    compose_maps(
+        index, [](const sg_parent *e) { return e->map<int8_t>(); },
+        entry->map<int8_t>());
+  else
+    compose_maps(
+        index, [](const sg_parent *e) { return any_map{e}; },
+        entry->map<int16_t>());
+}
+
+template <class MapOf, class Image>
+void derived_parents::compose_maps(int index, MapOf map_of, Image *map) const {
   const found_child *found = found_[static_cast<size_t>(index)];
-  const sg_parent *step = sg_parent_at(pattern_, index);
   const subgraph *part = sg_set_get(children_, found->child);
   const sg_parent *back = sg_parent_at(part, found->entry);
+  const auto to_core = map_of(sg_parent_at(pattern_, index));
+  const auto part_to_core = map_of(back);
   const int n = pattern_->g->vs;
+  const int part_vs = back->vs;
   const size_t room = static_cast<size_t>(n) + 1;
   maps_.resize(2 * room);
   int16_t *const to_part = maps_.data() + 1; // by vertex of the core, or -1
   to_part[-1] = -1;
-  for (int16_t r = 0; r < back->vs; r++)
-    to_part[back->map[r]] = r;
+  for (int r = 0; r < part_vs; r++)
+    to_part[part_to_core[r]] = static_cast<int16_t>(r);
   const int16_t new_vertex = to_part[-1]; // of the part, if it has one
   to_part[-1] = -1;
   if (found->generator != -1)
     move_on(index, back, to_part);
   // The vertex of the candidate that the core lacks is the new one, or a leaf
   // that x's edge keeps.
-  const int kept = x_.to == -1                ? n
-                   : step->map[x_.from] == -1 ? x_.from
-                   : step->map[x_.to] == -1   ? x_.to
-                                              : -1;
+  const int kept = x_.to == -1              ? n
+                   : to_core[x_.from] == -1 ? x_.from
+                   : to_core[x_.to] == -1   ? x_.to
+                                            : -1;
   int16_t *const by_origin = maps_.data() + room;
   for (int b = 0; b < n; b++)
-    by_origin[b] = to_part[step->map[b]];
+    by_origin[b] = to_part[to_core[b]];
   if (kept != -1)
     by_origin[kept] = new_vertex;
-  for (size_t i = 0; i < origin_.size(); i++)
-    map[i] = by_origin[origin_[i]];
+  const size_t vs = origin_.size();
+  const int *const origin = origin_.data();
+  for (size_t i = 0; i < vs; i++)
+    map[i] = static_cast<Image>(by_origin[origin[i]]);
 }
 
 // Moves the vertices of a part along the automorphism of the core that brings
@@ -174,7 +201,7 @@ void derived_parents::move_on(int index, const sg_parent *back,
                               int16_t *to_part) const {
   table_->find_steps(parts_[static_cast<size_t>(index)], &steps_);
   for (int16_t r = 0; r < back->vs; r++) {
-    int in_core = back->map[r];
+    int in_core = back->image(r);
     if (in_core == -1)
       continue;
     for (size_t s = steps_.size(); s-- > 0;)

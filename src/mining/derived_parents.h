@@ -28,7 +28,8 @@ public:
   bool knows_all() const { return knows_all_; }
   // Whether it is known which parent the candidate without a removable edge is.
   bool knows(const removable_edge &edge) const;
-  // The same; if so, writes the parent's id and the map to it into entry.
+  // The same; if so, writes the parent's id and the map to it into entry,
+  // which has its vs.
   bool find(const removable_edge &edge, sg_parent *entry) const;
 
 private:
@@ -36,7 +37,9 @@ private:
   std::pair<int, int> ends_of(const removable_edge &edge) const;
   bool is_own_edge(const removable_edge &edge) const;
   int known_entry(const removable_edge &edge) const;
-  void compose(int index, int16_t *map) const;
+  void compose(int index, sg_parent *entry) const;
+  template <class MapOf, class Image>
+  void compose_maps(int index, MapOf map_of, Image *map) const;
   void move_on(int index, const sg_parent *back, int16_t *to_part) const;
 
   const sg_set *children_;
@@ -49,6 +52,8 @@ private:
   xvector<extension> parts_; // by entry of pattern_: what found_ was looked
                              // for
   xvector<int> origin_;      // by vertex of the candidate, that of x's pattern
+  xvector<int> first_entry_; // by vertex of x's pattern, and a new one: the
+                             // first entry whose edge starts there, -1 for none
   mutable xvector<const int *> steps_; // of an automorphism of a core
   mutable xvector<int16_t> maps_;      // by vertex, for compose()
 };

@@ -66,9 +66,11 @@ void sg_push_row(const subgraph *sg, const int *images) {
 }
 
 void edge_placement::set(const subgraph *sg, const sg_parent *entry) {
-  map_.assign(entry->map, entry->map + entry->vs);
+  map_.resize(static_cast<size_t>(entry->vs));
+  for (int i = 0; i < entry->vs; i++)
+    map_[static_cast<size_t>(i)] = entry->image(i);
   new_vertex_ = vlabel_ = -1;
-  const bool v_is_new = entry->map[entry->v] == -1;
+  const bool v_is_new = entry->image(entry->v) == -1;
   const int from = v_is_new ? entry->u : entry->v;
   const int to = v_is_new ? entry->v : entry->u;
   from_ = map_[static_cast<size_t>(from)];

@@ -257,10 +257,10 @@ static void fill_parent_entry(const subgraph *sg, int end, const sg_set *level1,
   entry->u = 0;
   entry->v = static_cast<int16_t>(3 - end);
   const bool is_first = labels[end] > centre; // the centre, in the parent
-  entry->map[0] = is_first ? 0 : 1;
-  entry->map[end] = is_first ? 1 : 0;
-  entry->map[3 - end] = -1;
   entry->vs = 3;
+  entry->set_image(0, is_first ? 0 : 1);
+  entry->set_image(end, is_first ? 1 : 0);
+  entry->set_image(3 - end, -1);
 }
 
 void setup_double_edge_subgraph_parent_info(subgraph *sg,

@@ -1,9 +1,10 @@
 // The level-wise search.
 //
-// Two levels are alive between rounds: size k-2, whose child lists say which
-// patterns to join, and size k-1, the patterns themselves.  Each round frees
-// the older one but for these lists, joins candidates of size k, drops most of
-// them by the bound on their transactions, and counts the rest.
+// Two levels are alive between rounds: size k-2, under which patterns are
+// joined, and size k-1, the patterns themselves.  Each round lists under which
+// of the older ones the newer ones are joined, frees the older level, joins
+// candidates of size k, drops most of them by the bound on their transactions,
+// and counts the rest.
 
 #include "mining/level_loop.h"
 
@@ -59,7 +60,6 @@ static int mine_first_levels(const mining_run *run, level_pair *levels,
   check_interruption(run->stop);
   levels->cur = run->counter->double_edges(levels->prev.get());
   count_level(run, levels->cur.get(), 2);
-  sg_register_children(levels->cur.get(), levels->prev.get(), run->stop);
   if (patterns_in(levels->cur) > 0)
     *wanted = report_level(run, levels->cur.get(), 2, 0);
   return 2;
@@ -97,8 +97,8 @@ private:
 
 } // namespace
 
-// Joins cur, and frees prev before, since its child lists and groups are all
-// that joins need of it.
+// Joins cur, and frees prev before, since child lists and groups are all that
+// joins need of it.
 static generation join_level(const mining_run *run, level_pair *levels,
                              const generation_options &options) {
   const sg_set *cur = levels->cur.get();
@@ -133,7 +133,6 @@ static bool mine_level(const mining_run *run, int k, level_pair *levels) {
   check_interruption(run->stop);
   run->counter->count(cand.get(), levels->prev.get(), &counting);
   free_after_use(levels->prev.get(), run->stop);
-  sg_register_children(cand.get(), levels->prev.get(), run->stop);
   count_level(run, cand.get(), k);
   levels->cur = std::move(cand);
   return report_level(run, levels->cur.get(), k, generated);

@@ -53,7 +53,7 @@ void parent_images::enter_with_images(size_t i) {
       sg_parent *to = at(image);
       to->pid = from->pid;
       for (int x = 0; x < g_->vs; x++)
-        to->map[perm[x]] = from->map[x];
+        to->set_image(perm[x], from->image(x));
       queue_.push_back(image);
     }
   }

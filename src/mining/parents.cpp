@@ -44,17 +44,6 @@ void sg_update_parent_info(subgraph *sg, const sg_parent *entry,
     std::swap(sg->kept[0], sg->kept[1]);
 }
 
-void sg_register_children(const sg_set *level, const sg_set *prev,
-                          const interruption *stop) {
-  interruption_poll poll(stop, 4096);
-  for (int j = 0; j < sg_set_size(level); j++) {
-    poll.step();
-    const subgraph *sg = sg_set_get(level, j);
-    for (int i = 0; i < sg_kept_size(sg); i++)
-      sg_add_child(sg_set_get(prev, sg_kept_at(sg, i)->pid), j);
-  }
-}
-
 void sg_parent_ids(const subgraph *sg, xvector<int> *ids) {
   ids->clear();
   for (int i = 0; i < sg_parent_size(sg); i++)
@@ -64,8 +53,8 @@ void sg_parent_ids(const subgraph *sg, xvector<int> *ids) {
 }
 
 extension sg_parent_edge(const subgraph *sg, const sg_parent *entry) {
-  const int u = entry->map[entry->u];
-  const int v = entry->map[entry->v];
+  const int u = entry->image(entry->u);
+  const int v = entry->image(entry->v);
   const int elabel = graph_edge_label(sg->g, entry->u, entry->v);
   if (u == -1)
     return pendant_extension(entry->pid, v, elabel, sg->g->vlabel[entry->u]);

@@ -13,11 +13,6 @@ namespace kestro {
 void sg_update_parent_info(subgraph *sg, const sg_parent *entry,
                            const sg_set *prev);
 
-// Adds each pattern of level to the child sets of its kept parents in prev.
-// Throws interrupted when stop, which may be null, says so.
-void sg_register_children(const sg_set *level, const sg_set *prev,
-                          const interruption *stop = nullptr);
-
 // The ids of all parents, ascending, each once.
 void sg_parent_ids(const subgraph *sg, xvector<int> *ids);
 

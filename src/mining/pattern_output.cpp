@@ -27,7 +27,7 @@ void sg_set_write_patterns(const sg_set *set, const label_set *ls,
     die("subgraph.c", "no output file specified\n");
   text_buffer out(stream);
   for (int id = 0; id < sg_set_size(set); id++) {
-    expect_records(set, id, false);
+    expect_records(set, id, record_part::graph);
     const subgraph *sg = sg_set_get(set, id);
     out.add("t # ");
     add_name(size_of(sg), id, out);
@@ -61,7 +61,7 @@ void sg_set_write_pc_list(const sg_set *set, FILE *stream) {
   text_buffer out(stream);
   xvector<int> parents;
   for (int id = 0; id < sg_set_size(set); id++) {
-    expect_records(set, id, true);
+    expect_records(set, id, record_part::parents);
     const subgraph *sg = sg_set_get(set, id);
     add_name(size_of(sg), id, out);
     sg_parent_ids(sg, &parents);

@@ -39,9 +39,10 @@ static bool find_by_form(subgraph *cand, const removable_edge &edge,
     to->filter.note_miss();
     return false;
   }
-  std::fill_n(entry->map, entry->vs, int16_t{-1});
-  for (int16_t j = 0; j < rest->vs; j++)
-    entry->map[rest->vid[j]] = j;
+  for (int i = 0; i < entry->vs; i++)
+    entry->set_image(i, -1);
+  for (int j = 0; j < rest->vs; j++)
+    entry->set_image(rest->vid[j], j);
   return true;
 }
 

@@ -103,7 +103,7 @@ void sg_set_compact(sg_set *s, const interruption *stop) {
   subgraph **const records = ksstack_array<subgraph *>(s);
   size_t held = 0;
   for (int i = 0; i < s->count; i++)
-    held += records[i]->in_arena ? records[i]->block : 0;
+    held += records[i]->in_arena ? sg_block_bytes(records[i]) : 0;
   if (2 * held >= s->blocks.taken())
     return;
   interruption_poll poll(stop);

@@ -40,7 +40,6 @@ static subgraph *lay_out(void *memory, int es, int vs, graph_ids ids,
   sg->entry_bytes = static_cast<int>(sg_parent_bytes(vs));
   sg->parents_room = parents;
   sg->kept[0] = sg->kept[1] = -1;
-  sg->block = block_size(es, vs, ids, parents);
   return sg;
 }
 
@@ -63,6 +62,20 @@ static ksstack *copy_set(const ksstack *s) {
   return s ? ksstack_copy(s) : nullptr;
 }
 
+// A candidate's room is for more vertices than most have, which sets its
+// entries apart.
+static void copy_parents(const subgraph *from, subgraph *to) {
+  if (from->entry_bytes != to->entry_bytes) {
+    for (int i = 0; i < from->parents; i++)
+      sg_add_parent(to, sg_parent_at(from, i));
+    return;
+  }
+  memcpy(to->entries, from->entries,
+         static_cast<size_t>(from->parents) *
+             static_cast<size_t>(from->entry_bytes));
+  to->parents = from->parents;
+}
+
 // What a record holds but for its sets and vertex ids, in a new block.
 static sg_ptr copy_block(const subgraph *sg, arena *memory) {
   const graph *g = sg->g;
@@ -73,8 +86,7 @@ static sg_ptr copy_block(const subgraph *sg, arena *memory) {
   copy->in_arena = memory != nullptr;
   graph_copy_into(g, copy->g);
   copy->count = sg->count;
-  for (int i = 0; i < sg->parents; i++)
-    sg_add_parent(copy.get(), sg_parent_at(sg, i));
+  copy_parents(sg, copy.get());
   std::copy(sg->kept, sg->kept + 2, copy->kept);
   copy->invariant = sg->invariant;
   copy->rigid = sg->rigid;
@@ -88,6 +100,13 @@ subgraph *sg_copy(const subgraph *sg, arena *memory) {
   copy->cover = copy_set(sg->cover);
   copy->rows = copy_set(sg->rows);
   return copy.release();
+}
+
+size_t sg_block_bytes(const subgraph *sg) {
+  const graph *g = sg->g;
+  return block_size(g->es, g->vs,
+                    g->vid ? graph_ids::stored : graph_ids::own_numbers,
+                    sg->parents_room);
 }
 
 static void move_sets(subgraph *from, subgraph *to) {
@@ -157,13 +176,6 @@ sg_parent *sg_add_parent(subgraph *sg, const sg_parent *entry) {
 void sg_clear_parents(subgraph *sg) {
   sg->parents = 0;
   sg->kept[0] = sg->kept[1] = -1;
-}
-
-void sg_add_child(subgraph *sg, int id) {
-  if (!sg->child)
-    sg->child = ksstack_new(4, int_bytes);
-  if (!ksstack_bsearch(&id, sg->child, compar_int))
-    ksstack_insert_sorted(&id, sg->child, compar_int);
 }
 
 void sg_append_tid(subgraph *sg, int tid) {

@@ -2,6 +2,7 @@
 // above and to the transactions.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -14,13 +15,45 @@ namespace kestro {
 
 // A way to reach a pattern from one of its parents: the edge u-v of the pattern
 // that the parent lacks, and how the rest of the pattern lies in the parent.
+//
+// The map to the parent follows in the same memory, a byte for each vertex
+// where that suffices: these maps are a good part of what a pattern takes.
 struct sg_parent {
   int pid;   // the parent's id in the previous level
   int16_t u; // u <= v
   int16_t v;
-  int16_t vs;    // vertices of the pattern
-  int16_t map[]; // per vertex, the parent's vertex, -1 for one that the parent
-                 // lacks, too
+  int16_t vs; // vertices of the pattern
+
+  // The parent's vertex that vertex i of the pattern is, -1 for one that the
+  // parent lacks, too.
+  int image(int i) const {
+    return has_bytes() ? map<int8_t>()[i] : map<int16_t>()[i];
+  }
+  void set_image(int i, int to) {
+    if (has_bytes())
+      map<int8_t>()[i] = static_cast<int8_t>(to);
+    else
+      map<int16_t>()[i] = static_cast<int16_t>(to);
+  }
+
+  // The map itself, for loops that know its type: that of bytes, or not.
+  bool has_bytes() const { return vs <= INT8_MAX; }
+  template <class Image> const Image *map() const {
+    return reinterpret_cast<const Image *>(
+        reinterpret_cast<const char *>(this) + head_bytes);
+  }
+  template <class Image> Image *map() {
+    return reinterpret_cast<Image *>(reinterpret_cast<char *>(this) +
+                                     head_bytes);
+  }
+
+  // Bytes of the map of a pattern with n vertices.
+  static constexpr size_t map_bytes(int n) {
+    return static_cast<size_t>(n) *
+           (n <= INT8_MAX ? sizeof(int8_t) : sizeof(int16_t));
+  }
+  // Bytes of an entry before its map.
+  static constexpr size_t head_bytes = sizeof(int) + 3 * sizeof(int16_t);
 };
 
 // Patterns have at most as many vertices; a larger one ends the run as
@@ -30,8 +63,8 @@ inline constexpr int parent_max_vertices = INT16_MAX;
 // Bytes of a parent entry of a pattern with vs vertices.
 inline size_t sg_parent_bytes(int vs) {
   constexpr size_t unit = alignof(sg_parent);
-  const size_t map = static_cast<size_t>(vs) * sizeof(int16_t);
-  return (offsetof(sg_parent, map) + map + unit - 1) / unit * unit;
+  const size_t bytes = sg_parent::head_bytes + sg_parent::map_bytes(vs);
+  return std::max(sizeof(sg_parent), (bytes + unit - 1) / unit * unit);
 }
 
 // Header, followed in the same block by the graph and room for the parents.
@@ -47,12 +80,12 @@ struct subgraph {
   char *entries;    // of sg_parent, one behind another; in this block
   int entry_bytes;  // of each
   int parents_room; // entries that fit
-  ksstack *child;   // of int: patterns of the next level registered under it
+  ksstack *child;   // of int: patterns of the next level registered under it;
+                    // the search has core_links instead
   ksstack *tid;     // of int: transactions, or their bound before the count
   ksstack *cover;   // of int: next-level patterns assigned to it; the search
                     // has none
   ksstack *rows;    // embeddings by transaction (mining/embeddings.h), or null
-  size_t block;     // bytes of this block
   bool invariant; // g is known not to depend on the order its vertices came in
   bool rigid;     // g is known to have the identity as its only automorphism
   bool in_arena;  // this block belongs to an arena
@@ -65,6 +98,8 @@ subgraph *sg_create(int es, int vs);
 // memory of sg_size(es, vs) bytes.
 subgraph *sg_init(void *memory, int es, int vs);
 size_t sg_size(int es, int vs);
+// Bytes of a record's block.
+size_t sg_block_bytes(const subgraph *sg);
 // A new record with deep copies of the sets that are present and no room to
 // spare; its graph is without vertex ids.  Its block is taken from memory or,
 // where that is null, is one of its own.
@@ -112,15 +147,7 @@ inline const sg_parent *sg_find_kept(const subgraph *sg, int pid) {
   return nullptr;
 }
 
-// The id sets.  add inserts unless present.
-inline int sg_child_size(const subgraph *sg) {
-  return sg->child ? sg->child->count : 0;
-}
-inline int sg_child_at(const subgraph *sg, int i) {
-  return ksstack_get<int>(sg->child, i);
-}
-void sg_add_child(subgraph *sg, int id);
-
+// The TID list.
 inline int sg_tid_size(const subgraph *sg) {
   return sg->tid ? sg->tid->count : 0;
 }

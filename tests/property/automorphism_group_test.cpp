@@ -11,6 +11,7 @@
 #include "mining/child_table.h"
 #include "mining/parents.h"
 #include "reference/mining/automorphisms.h"
+#include "reference/mining/subgraph.h"
 #include "support/generated_group.h"
 #include "support/graph_families.h"
 #include "support/mined_levels.h"

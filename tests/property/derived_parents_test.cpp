@@ -129,6 +129,7 @@ private:
     const int vs = cand_->vs;
     std::vector<int> memory(sg_parent_bytes(vs) / sizeof(int), -7);
     auto *entry = reinterpret_cast<sg_parent *>(memory.data());
+    entry->vs = static_cast<int16_t>(vs);
     const bool known = derived_.find(p.edge, entry);
     require(known == derived_.knows(p.edge), "knows() and find() differ");
     if (!known) {
@@ -139,7 +140,7 @@ private:
     counts_->known++;
     require(entry->pid == p.id, "another parent is found");
     require(is_map_onto_rest(cand_.get(), p.edge.u, p.edge.w,
-                             sg_set_get(children_, p.id)->g, entry->map),
+                             sg_set_get(children_, p.id)->g, entry),
             "a wrong map is found");
     count_known(p);
     return true;

@@ -111,8 +111,7 @@ void check_parents(const subgraph *sg, const plain_candidate &expected,
     kept.push_back({entry->pid, entry->u, entry->v});
     require(entry->vs == sg->g->vs &&
                 is_map_onto_rest(sg->g, entry->u, entry->v,
-                                 sg_set_get(children, entry->pid)->g,
-                                 entry->map),
+                                 sg_set_get(children, entry->pid)->g, entry),
             "a wrong map to a parent", sg->g);
   }
   require(kept == expected.kept, "other kept parents", sg->g);

@@ -20,6 +20,7 @@
 #include "mining/tid_lists.h"
 #include "mining/transaction_counter.h"
 #include "reference/mining/automorphisms.h"
+#include "reference/mining/subgraph.h"
 #include "support/mined_levels.h"
 #include "support/records.h"
 
@@ -344,11 +345,11 @@ TEST_F(LongSteps, CountingEndsOnAnyNumberOfThreads) {
   }
 }
 
-TEST_F(LongSteps, RegisteringChildrenEnds) {
+TEST_F(LongSteps, ListingChildrenEnds) {
   sg_set_ptr many(sg_set_create());
   for (int i = 0; i < 5000; i++)
     sg_set_push(many.get(), sg_ptr(sg_copy(sg_set_get(made.get(), 0))));
-  EXPECT_THROW(sg_register_children(many.get(), levels.children.get(), &stop),
+  EXPECT_THROW(core_links(levels.children.get(), many.get(), 1, &stop),
                interrupted);
 }
 

@@ -100,8 +100,7 @@ std::string difference(const subgraph *made, const subgraph *expected,
     const sg_parent *b = sg_parent_at(expected, i);
     if (a->pid != b->pid || a->u != b->u || a->v != b->v || a->vs != b->vs)
       return "another parent";
-    if (!is_map_onto_rest(made->g, a->u, a->v, sg_set_get(level, a->pid)->g,
-                          a->map))
+    if (!is_map_onto_rest(made->g, a->u, a->v, sg_set_get(level, a->pid)->g, a))
       return "a wrong map";
   }
   return std::equal(made->kept, made->kept + 2, expected->kept)

@@ -14,7 +14,7 @@
 #include "mining/candidates.h"
 #include "mining/embeddings.h"
 #include "mining/first_levels.h"
-#include "mining/parents.h"
+#include "reference/mining/subgraph.h"
 #include "support/count_level.h"
 #include "support/records.h"
 

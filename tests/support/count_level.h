@@ -1,8 +1,8 @@
 // Counting one level as the product does.
 #pragma once
 
-#include "mining/parents.h"
 #include "mining/support.h"
+#include "reference/mining/subgraph.h"
 
 namespace kestro {
 

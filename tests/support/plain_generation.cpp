@@ -120,21 +120,23 @@ graph_ptr plain_without(const graph *g, int u, int w) {
 }
 
 bool is_map_onto_rest(const graph *g, int u, int w, const graph *rest,
-                      const int16_t *map) {
+                      const sg_parent *entry) {
   std::set<int> images;
   for (int i = 0; i < g->vs; i++) {
-    if (map[i] == -1) {
+    const int image = entry->image(i);
+    if (image == -1) {
       if ((i != u && i != w) || g->v[i + 1] - g->v[i] != 1)
         return false;
       continue;
     }
-    if (map[i] < 0 || map[i] >= rest->vs || !images.insert(map[i]).second ||
-        rest->vlabel[map[i]] != g->vlabel[i])
+    if (image < 0 || image >= rest->vs || !images.insert(image).second ||
+        rest->vlabel[image] != g->vlabel[i])
       return false;
   }
   for (const test_edge &edge : edges_of(g))
     if ((edge.u != u || edge.w != w) &&
-        graph_edge_label(rest, map[edge.u], map[edge.w]) != edge.label)
+        graph_edge_label(rest, entry->image(edge.u), entry->image(edge.w)) !=
+            edge.label)
       return false;
   return static_cast<int>(images.size()) == rest->vs && rest->es == g->es - 2;
 }
@@ -177,16 +179,16 @@ private:
     ints core_to_b(static_cast<size_t>(perm.size()), -1);
     int outside = -1;
     for (int i = 0; i < eb->vs; i++) {
-      if (eb->map[i] == -1)
+      if (eb->image(i) == -1)
         outside = i;
       else
-        core_to_b[static_cast<size_t>(eb->map[i])] = i;
+        core_to_b[static_cast<size_t>(eb->image(i))] = i;
     }
     const int label = graph_edge_label(sa->g, ea->u, ea->v);
     int ends[2] = {ea->u, ea->v};
     int new_vlabel = -1;
     for (int &end : ends) {
-      const int in_core = ea->map[end];
+      const int in_core = ea->image(end);
       if (in_core == -1)
         new_vlabel = sa->g->vlabel[end];
       end = in_core == -1 ? -1 : at(core_to_b, at(perm, in_core));

@@ -30,11 +30,11 @@ std::vector<std::vector<int>> plain_automorphisms(const graph *g);
 // the vertices of g.  Null when nothing is left or it falls apart.
 graph_ptr plain_without(const graph *g, int u, int w);
 
-// Of g's maps onto rest, which lacks one of its edges and perhaps a vertex,
-// map[i] is rest's vertex, -1 for one that went: whether it is a bijection on
-// the others that keeps labels and all edges, but u-w, in both directions.
+// Whether entry's map leads g onto rest, which lacks the edge u-w and perhaps a
+// vertex: -1 for one that went, and a bijection on the others that keeps labels
+// and all edges, but u-w, in both directions.
 bool is_map_onto_rest(const graph *g, int u, int w, const graph *rest,
-                      const int16_t *map);
+                      const sg_parent *entry);
 
 // The patterns of a level by their forms.
 std::map<graph_form, int> ids_by_form(const sg_set *level);

@@ -56,7 +56,7 @@ public:
     entry->v = static_cast<int16_t>(v);
     entry->vs = static_cast<int16_t>(map.size());
     for (size_t i = 0; i < map.size(); i++)
-      entry->map[i] = static_cast<int16_t>(map[i]);
+      entry->set_image(static_cast<int>(i), map[i]);
   }
   operator const sg_parent *() const {
     return reinterpret_cast<const sg_parent *>(memory_.data());
@@ -86,7 +86,10 @@ inline std::vector<int> kept_of(const subgraph *sg) {
   return ids;
 }
 inline std::vector<int> map_of(const sg_parent *entry) {
-  return {entry->map, entry->map + entry->vs};
+  std::vector<int> map;
+  for (int i = 0; i < entry->vs; i++)
+    map.push_back(entry->image(i));
+  return map;
 }
 
 // A transaction set.

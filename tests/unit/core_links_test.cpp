@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include "reference/mining/subgraph.h"
 #include "support/mined_levels.h"
 #include "support/records.h"
 

@@ -61,12 +61,13 @@ protected:
     const removable_edge edge = {u, w, graph_edge_index(cand.get(), u, w)};
     ints memory(sg_parent_bytes(cand->vs) / sizeof(int));
     auto *entry = reinterpret_cast<sg_parent *>(memory.data());
+    entry->vs = static_cast<int16_t>(cand->vs);
     const bool found = derived->find(edge, entry);
     EXPECT_EQ(derived->knows(edge), found);
     if (!found)
       return -1;
     EXPECT_TRUE(
-        is_map_onto_rest(cand.get(), u, w, graph_of(entry->pid), entry->map));
+        is_map_onto_rest(cand.get(), u, w, graph_of(entry->pid), entry));
     return entry->pid;
   }
 

@@ -7,6 +7,7 @@
 #include "mining/embeddings.h"
 #include "mining/parents.h"
 #include "reference/mining/sg_set.h"
+#include "reference/mining/subgraph.h"
 #include "support/records.h"
 
 namespace kestro {
@@ -184,7 +185,7 @@ TEST(FirstLevels, TwoEqualEdgesHaveOneParent) {
   EXPECT_EQ(entry->v, 2);
   EXPECT_EQ(entry->vs, 3);
   // Labels alike: the centre is the parent's vertex 1.
-  EXPECT_EQ(ints(entry->map, entry->map + 3), (ints{1, 0, -1}));
+  EXPECT_EQ(map_of(entry), (ints{1, 0, -1}));
 }
 
 TEST(FirstLevels, TwoDifferentEdgesHaveAParentEach) {
@@ -201,11 +202,11 @@ TEST(FirstLevels, TwoDifferentEdgesHaveAParentEach) {
   const sg_parent *to_0 = sg_find_kept(sg, first);
   EXPECT_EQ(to_0->u, 0);
   EXPECT_EQ(to_0->v, 2);
-  EXPECT_EQ(ints(to_0->map, to_0->map + 3), (ints{1, 0, -1}));
+  EXPECT_EQ(map_of(to_0), (ints{1, 0, -1}));
   const sg_parent *to_2 = sg_find_kept(sg, 1 - first);
   EXPECT_EQ(to_2->u, 0);
   EXPECT_EQ(to_2->v, 1);
-  EXPECT_EQ(ints(to_2->map, to_2->map + 3), (ints{0, -1, 1}));
+  EXPECT_EQ(map_of(to_2), (ints{0, -1, 1}));
 }
 
 TEST(FirstLevels, EdgeLabelsAloneMakeTwoParents) {
@@ -241,8 +242,8 @@ TEST(FirstLevels, ParentMapsKeepLabels) {
       const sg_parent *entry = sg_kept_at(sg, i);
       const graph *parent = sg_set_get(level1.get(), entry->pid)->g;
       for (int u = 0; u < 3; u++)
-        if (entry->map[u] != -1) {
-          EXPECT_EQ(sg->g->vlabel[u], parent->vlabel[entry->map[u]]) << id;
+        if (entry->image(u) != -1) {
+          EXPECT_EQ(sg->g->vlabel[u], parent->vlabel[entry->image(u)]) << id;
         }
     }
   }
@@ -406,10 +407,10 @@ TEST(FirstLevels, EachEdgeOfAPathHasAnEntryEvenOfTwoEqualOnes) {
   ASSERT_EQ(sg_parent_size(sg), 2);
   const sg_parent *first = sg_parent_at(sg, 0);
   EXPECT_EQ((ints{first->pid, first->u, first->v}), (ints{0, 0, 1}));
-  EXPECT_EQ(ints(first->map, first->map + 3), (ints{1, -1, 0}));
+  EXPECT_EQ(map_of(first), (ints{1, -1, 0}));
   const sg_parent *second = sg_parent_at(sg, 1);
   EXPECT_EQ((ints{second->pid, second->u, second->v}), (ints{0, 0, 2}));
-  EXPECT_EQ(ints(second->map, second->map + 3), (ints{1, 0, -1}));
+  EXPECT_EQ(map_of(second), (ints{1, 0, -1}));
 }
 
 TEST(FirstLevels, EntriesLeadToTheParentWithoutTheirEdge) {

@@ -4,9 +4,9 @@
 
 #include "mining/candidates.h"
 #include "mining/first_levels.h"
-#include "mining/parents.h"
 #include "mining/support.h"
 #include "reference/mining/sg_set.h"
+#include "reference/mining/subgraph.h"
 #include "support/records.h"
 
 namespace kestro {

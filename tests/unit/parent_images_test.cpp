@@ -20,9 +20,10 @@ protected:
     sg_parent *entry = images.at(i);
     graph_ptr rest = plain_without(g.get(), entry->u, entry->v);
     entry->pid = pid;
-    std::fill_n(entry->map, g->vs, int16_t{-1});
-    for (int16_t j = 0; j < rest->vs; j++)
-      entry->map[rest->vid[j]] = j;
+    for (int u = 0; u < g->vs; u++)
+      entry->set_image(u, -1);
+    for (int j = 0; j < rest->vs; j++)
+      entry->set_image(rest->vid[j], j);
     images.enter_with_images(i);
     return rest;
   }
@@ -53,7 +54,7 @@ TEST_F(ParentImages, AreAllEdgesOfARing) {
     EXPECT_EQ(entry->v, edges.of(g.get())[i].w);
     EXPECT_EQ(entry->vs, 7);
     EXPECT_TRUE(
-        is_map_onto_rest(g.get(), entry->u, entry->v, rest.get(), entry->map));
+        is_map_onto_rest(g.get(), entry->u, entry->v, rest.get(), entry));
   }
 }
 
@@ -63,9 +64,9 @@ TEST_F(ParentImages, TakeTheVertexThatIsLacking) {
   ASSERT_EQ(entered().size(), 4u);
   for (size_t i = 0; i < 4; i++) {
     const sg_parent *entry = images.at(i);
-    EXPECT_EQ(entry->map[entry->v], -1);
+    EXPECT_EQ(entry->image(entry->v), -1);
     EXPECT_TRUE(
-        is_map_onto_rest(g.get(), entry->u, entry->v, rest.get(), entry->map));
+        is_map_onto_rest(g.get(), entry->u, entry->v, rest.get(), entry));
   }
 }
 

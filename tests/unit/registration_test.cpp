@@ -163,9 +163,9 @@ TEST_F(Registration, MapsLeadToTheParentWithoutTheDeletedEdge) {
       for (const test_edge &edge : all) {
         if (edge.u == entry->u && edge.w == entry->v)
           continue;
-        EXPECT_EQ(
-            graph_edge_label(parent, entry->map[edge.u], entry->map[edge.w]),
-            edge.label)
+        EXPECT_EQ(graph_edge_label(parent, entry->image(edge.u),
+                                   entry->image(edge.w)),
+                  edge.label)
             << "seed " << seed;
       }
     }

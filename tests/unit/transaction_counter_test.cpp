@@ -7,7 +7,6 @@
 #include "graph/graph_list.h"
 #include "mining/candidates.h"
 #include "mining/first_levels.h"
-#include "mining/parents.h"
 #include "reference/mining/subgraph.h"
 #include "support/graphs.h"
 
