@@ -7,6 +7,7 @@
 
 #include "base/xmalloc.h"
 #include "graph/graph_list.h"
+#include "mining/edge_slots.h"
 #include "mining/sg_set.h"
 
 namespace kestro {
@@ -17,8 +18,8 @@ namespace kestro {
 // there are no rows where a transaction has more than 65,536.
 
 // The memory that rows may take.  A share is a quarter of what the transactions
-// themselves take and 896 bytes for each pattern or candidate alive, about a
-// sixth of what a run holds without rows.  Rows may take two shares, or one and
+// themselves take and 896 bytes for each pattern or candidate alive, about what
+// one takes without rows.  Rows may take two shares, or one and
 // 16 MiB where that is more: a run with few patterns can bear that, and at high
 // supports rows are long.  Several threads may use one budget.
 class embedding_budget {
@@ -69,25 +70,31 @@ void sg_push_row(const subgraph *sg, const int *images);
 // How a pattern is placed by one edge more than one of its parents.
 class edge_placement {
 public:
-  // For the pattern sg and one of its parent entries.
-  void set(const subgraph *sg, const sg_parent *entry);
+  // For the pattern sg and one of its parent entries, in transactions whose
+  // edges have these slots, which are borrowed.
+  void set(const subgraph *sg, const sg_parent *entry, const edge_slots *slots);
 
-  // Places the pattern in transaction t by one edge more than the parent's row;
+  // Places the pattern in a transaction by one edge more than the parent's row;
   // false, with row undefined, when that edge finds no place there.
   template <class Image>
-  bool extend(const Image *parent_row, const graph *t, Image *row) const;
+  bool extend(const Image *parent_row, int tid, Image *row) const;
 
 private:
+  bool is_of_kind(int tid, int u, edge_slots::range slots,
+                  const uint32_t *slot) const;
+  bool has_edge(int tid, int u, int w) const;
   template <class Image>
-  int free_neighbour(const graph *t, int u, const Image *row) const;
+  int free_neighbour(int tid, int u, const Image *row) const;
 
-  xvector<int> map_;  // per vertex, the parent's, -1 for the new one
-  int parent_vs_ = 0; // vertices of the parent
-  int from_ = -1;     // the parent's ends of the edge, to_ -1 when new
+  const edge_slots *slots_ = nullptr;
+  xvector<uint16_t> map_; // per vertex, the parent's, any for the new one
+  int parent_vs_ = 0;     // vertices of the parent
+  int from_ = -1;         // the parent's ends of the edge, to_ -1 when new
   int to_ = -1;
   int new_vertex_ = -1; // the new vertex, -1 for none
   int elabel_ = -1;     // of the edge
-  int vlabel_ = -1;     // of the new vertex
+  int vlabel_ = -1;     // of the end that it leads to
+  int kind_ = -1;       // of both
 };
 
 } // namespace kestro

@@ -41,7 +41,7 @@ int occurrence_finder::find(subgraph *sg, const sg_set *prev, int minsup) {
     is_byte = sg_has_byte_rows(parent);
     parent_cursor &cursor = cursors_[parents_++];
     cursor.parent = parent;
-    cursor.placement.set(sg, entry);
+    cursor.placement.set(sg, entry, slots_);
     cursor.at = 0;
   }
   is_planned_ = false;
@@ -95,7 +95,7 @@ template <class Image> bool occurrence_finder::extend(int i, Image *row) {
     parent_cursor &cursor = cursors_[p];
     const Image *parent_row =
         sg_row<Image>(cursor.parent, cursor.row_index(tid));
-    if (cursor.placement.extend(parent_row, profiles_->graph_at(tid), row))
+    if (cursor.placement.extend(parent_row, tid, row))
       return true;
   }
   return false;

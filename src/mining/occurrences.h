@@ -10,11 +10,11 @@ namespace kestro {
 // Finds them for one candidate after another; each thread has its own.
 class occurrence_finder {
 public:
-  // Borrows the profiles of the transactions.  Finding throws interrupted when
-  // stop, which may be null, says so.
-  explicit occurrence_finder(const graph_profiles *profiles,
-                             const interruption *stop = nullptr)
-      : profiles_(profiles), plan_(stop), poll_(stop, 2048) {}
+  // Borrows the profiles and the slots of the transactions.  Finding throws
+  // interrupted when stop, which may be null, says so.
+  occurrence_finder(const graph_profiles *profiles, const edge_slots *slots,
+                    const interruption *stop = nullptr)
+      : profiles_(profiles), slots_(slots), plan_(stop), poll_(stop, 2048) {}
 
   // Turns sg's tid from a bound into the transactions that sg occurs in, and
   // returns their number; prev holds sg's parents.  Fills sg's rows where sg
@@ -39,6 +39,7 @@ private:
   template <class Image> int close_gaps();
 
   const graph_profiles *profiles_;
+  const edge_slots *slots_;
   subgraph *sg_ = nullptr; // the candidate
   int *tids_ = nullptr;    // its bound
   parent_cursor cursors_[2] = {};

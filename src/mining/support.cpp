@@ -63,7 +63,7 @@ void sg_filter_candidates_by_support(sg_set *cand, const sg_set *prev,
 support_counter::support_counter(const graph_list *transactions, int jobs,
                                  const interruption *stop)
     : jobs_(jobs), stop_(stop), profiles_(transactions, stop),
-      budget_(transactions) {}
+      slots_(transactions, stop), budget_(transactions) {}
 
 namespace {
 
@@ -148,7 +148,7 @@ void support_counter::count_all(sg_set *cand, const sg_set *prev, int minsup,
   level_release release(prev, records, &budget);
   xvector<occurrence_finder> finders(
       static_cast<size_t>(worker_count(jobs_, count)),
-      occurrence_finder(&profiles_, stop_));
+      occurrence_finder(&profiles_, &slots_, stop_));
   parallel_for(
       jobs_, count,
       [&](int worker, int i) {

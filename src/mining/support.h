@@ -21,8 +21,8 @@ void sg_filter_candidates_by_support(sg_set *cand, const sg_set *prev,
                                      const interruption *stop = nullptr,
                                      work_watcher *watcher = nullptr);
 
-// Counts candidates over transactions.  The profiles of the transactions, which
-// the searches use, are computed once.
+// Counts candidates over transactions.  What is read of these, their profiles
+// and slots, is laid out once.
 class support_counter {
 public:
   // Borrows transactions; count_all works on jobs threads, with the same result
@@ -42,6 +42,7 @@ private:
   int jobs_;
   const interruption *stop_;
   graph_profiles profiles_;
+  edge_slots slots_;
   embedding_budget budget_; // with no rows taken
 };
 

@@ -260,11 +260,13 @@ template <class Image>
 static ints placed(const graph_ptr &g, const parent_entry &entry,
                    const ints &parent_row, const graph_ptr &t) {
   const sg_ptr sg = record_of(g);
+  const graph_list_ptr database = database_of(graph_ptr(graph_copy(t.get())));
+  const edge_slots slots(database.get());
   edge_placement placement;
-  placement.set(sg.get(), entry);
+  placement.set(sg.get(), entry, &slots);
   const std::vector<Image> from(parent_row.begin(), parent_row.end());
   std::vector<Image> row(static_cast<size_t>(g->vs));
-  if (!placement.extend(from.data(), t.get(), row.data()))
+  if (!placement.extend(from.data(), 0, row.data()))
     return {};
   return ints(row.begin(), row.end());
 }
@@ -364,17 +366,18 @@ TEST(ExtendRow, ManyNeighboursAreLookedThrough) {
 TEST(EdgePlacement, CanBecomeThatOfAnotherPattern) {
   const sg_ptr triangle = record_of(ring_graph(3));
   const sg_ptr star = record_of(path(0, 0));
-  const graph_ptr t = complete_graph(4);
+  const graph_list_ptr database = database_of(complete_graph(4));
+  const edge_slots slots(database.get());
   edge_placement placement;
   const ints parent_row = {2, 1, 0};
   const std::vector<uint8_t> from(parent_row.begin(), parent_row.end());
   for (int round = 0; round < 2; round++) {
     std::vector<uint8_t> row(3);
-    placement.set(star.get(), new_end());
-    ASSERT_TRUE(placement.extend(from.data(), t.get(), row.data()));
+    placement.set(star.get(), new_end(), &slots);
+    ASSERT_TRUE(placement.extend(from.data(), 0, row.data()));
     EXPECT_EQ(row, (std::vector<uint8_t>{2, 1, 0}));
-    placement.set(triangle.get(), parent_entry(0, 1, 2, {1, 0, 2}));
-    ASSERT_TRUE(placement.extend(from.data(), t.get(), row.data()));
+    placement.set(triangle.get(), parent_entry(0, 1, 2, {1, 0, 2}), &slots);
+    ASSERT_TRUE(placement.extend(from.data(), 0, row.data()));
     EXPECT_EQ(row, (std::vector<uint8_t>{1, 2, 0}));
   }
 }

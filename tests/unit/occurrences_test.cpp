@@ -52,7 +52,8 @@ protected:
                   make_graph({0, 0, 0, 0, 0}, {{0, 1}, {0, 2}, {0, 3}, {3, 4}}),
                   path_graph(3));
   const graph_profiles profiles{database.get()};
-  occurrence_finder finder{&profiles};
+  const edge_slots slots{database.get()};
+  occurrence_finder finder{&profiles, &slots};
   sg_set_ptr cores, level, candidates;
 };
 

@@ -123,7 +123,8 @@ TEST(FilterCandidates, EmptySetStaysEmpty) {
 static int count_support(subgraph *sg, const sg_set *prev,
                          const graph_list *transactions, int minsup = 0) {
   const graph_profiles profiles(transactions);
-  return occurrence_finder(&profiles).find(sg, prev, minsup);
+  const edge_slots slots(transactions);
+  return occurrence_finder(&profiles, &slots).find(sg, prev, minsup);
 }
 
 // The support of a record without parent entries, found by search alone, and
