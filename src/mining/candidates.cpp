@@ -90,10 +90,12 @@ generation sg_generate_candidates(const sg_set *children,
       accepted[0].take_over(&accepted[w]);
   }
   generated.candidates.reset(accepted[0].release_sorted());
-  for (int i = 0; i < sg_set_size(generated.candidates.get()); i++)
-    generated.order_dependent +=
-        !sg_set_get(generated.candidates.get(), i)->invariant;
-  KESTRO_STRUCTURE(sg_set_check(generated.candidates.get()));
+  const sg_set *made = generated.candidates.get();
+  for (int i = 0; i < sg_set_size(made); i++) {
+    expect_records(made, i, record_part::head);
+    generated.order_dependent += !sg_set_get(made, i)->invariant;
+  }
+  KESTRO_STRUCTURE(sg_set_check(made));
   return generated;
 }
 

@@ -26,16 +26,23 @@ inline void expect_head(const subgraph *sg) {
   __builtin_prefetch(reinterpret_cast<const char *>(sg + 1) - 1);
 }
 
-// A loop that reads every record of a set, in order, calls this for each id.
-// Records lie anywhere in memory, so reading them one after another would wait
-// for each; sent for some time before, they come while others are read.
-inline void expect_records(const sg_set *set, int id, record_part part) {
+// A loop that reads n records, in order, calls this for each; at(i) is record
+// i.  Records lie anywhere in memory, so reading them one after another would
+// wait for each; sent for some time before, they come while others are read.
+template <class RecordAt>
+void expect_records(int n, RecordAt at, int i, record_part part) {
   constexpr int heads = 16; // ahead
   constexpr int rest = 6;
-  if (id + heads < sg_set_size(set))
-    expect_head(sg_set_get(set, id + heads));
-  if (part != record_part::head && id + rest < sg_set_size(set))
-    expect_rest(sg_set_get(set, id + rest), part);
+  if (i + heads < n)
+    expect_head(at(i + heads));
+  if (part != record_part::head && i + rest < n)
+    expect_rest(at(i + rest), part);
+}
+
+// The same for a set.
+inline void expect_records(const sg_set *set, int id, record_part part) {
+  expect_records(
+      sg_set_size(set), [set](int i) { return sg_set_get(set, i); }, id, part);
 }
 
 } // namespace kestro

@@ -10,7 +10,7 @@
 
 #include <utility>
 
-#include "mining/parents.h"
+#include "mining/expect_records.h"
 
 namespace kestro {
 
@@ -71,6 +71,7 @@ static void free_after_use(sg_set *level, const interruption *stop) {
   interruption_poll poll(stop);
   for (int i = 0; i < sg_set_size(level); i++) {
     poll.step();
+    expect_records(level, i, record_part::head);
     subgraph *sg = sg_set_get(level, i);
     ksstack_free(std::exchange(sg->rows, nullptr));
     ksstack_free(std::exchange(sg->tid, nullptr));

@@ -4,6 +4,8 @@
 
 #include <algorithm>
 
+#include "mining/expect_records.h"
+
 namespace kestro {
 
 static constexpr size_t shared_parts = 64;
@@ -15,6 +17,7 @@ seen_extensions::seen_extensions(const sg_set *children, int workers,
     p.set = extension_set(stop);
   last_core_.reserve(index(sg_set_size(children)));
   for (int id = 0; id < sg_set_size(children); id++) {
+    expect_records(children, id, record_part::parents);
     const subgraph *sg = sg_set_get(children, id);
     const int n = sg_kept_size(sg);
     last_core_.push_back(n == 0 ? -1 : sg_kept_at(sg, n - 1)->pid);

@@ -9,6 +9,7 @@
 
 #include "base/error.h"
 #include "base/xmalloc.h"
+#include "mining/expect_records.h"
 
 namespace kestro {
 
@@ -31,8 +32,10 @@ sg_set *sg_set_create() {
 void sg_set_free(sg_set *s) {
   if (!s)
     return;
-  subgraph **const records = ksstack_array<subgraph *>(s);
-  std::for_each(records, records + s->count, sg_free);
+  for (int i = 0; i < s->count; i++) {
+    expect_records(s, i, record_part::head);
+    sg_free(sg_set_get(s, i));
+  }
   ksstack_finish(s);
   s->~sg_set();
   xfree(s);
@@ -102,8 +105,10 @@ xvector<sg_ptr> sg_set_take_records(sg_set *s) {
 void sg_set_compact(sg_set *s, const interruption *stop) {
   subgraph **const records = ksstack_array<subgraph *>(s);
   size_t held = 0;
-  for (int i = 0; i < s->count; i++)
+  for (int i = 0; i < s->count; i++) {
+    expect_records(s, i, record_part::graph);
     held += records[i]->in_arena ? sg_block_bytes(records[i]) : 0;
+  }
   if (2 * held >= s->blocks.taken())
     return;
   interruption_poll poll(stop);

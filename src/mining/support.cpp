@@ -16,6 +16,7 @@
 #include "base/parallel.h"
 #include "base/xmalloc.h"
 #include "mining/embeddings.h"
+#include "mining/expect_records.h"
 #include "mining/occurrences.h"
 #include "mining/tid_lists.h"
 
@@ -28,6 +29,15 @@ static void set_tids(subgraph *sg, const xvector<int> &tids) {
   sg->tid = ksstack_new(std::max(n, 1), static_cast<int>(sizeof(int)));
   std::copy(tids.begin(), tids.end(), ksstack_array<int>(sg->tid));
   sg->tid->count = n;
+}
+
+// Sends for the candidates that come after candidate i.  Only for one thread at
+// work: others might free them meanwhile.
+static void expect_candidates(const xvector<sg_ptr> &candidates, int i) {
+  expect_records(
+      static_cast<int>(candidates.size()),
+      [&](int j) { return candidates[static_cast<size_t>(j)].get(); }, i,
+      record_part::parents);
 }
 
 void sg_filter_candidates_by_support(sg_set *cand, const sg_set *prev,
@@ -44,6 +54,8 @@ void sg_filter_candidates_by_support(sg_set *cand, const sg_set *prev,
   parallel_for(
       jobs, old,
       [&](int worker, int i) {
+        if (work.size() == 1)
+          expect_candidates(records, i);
         sg_ptr &sg = records[static_cast<size_t>(i)];
         const xvector<int> &common = lists.common_to_parents(
             sg.get(), minsup, &work[static_cast<size_t>(worker)]);
@@ -91,9 +103,12 @@ level_release::level_release(const sg_set *level,
                              embedding_budget *budget)
     : level_(level), budget_(budget),
       waiting_(static_cast<size_t>(sg_set_size(level))) {
-  for (const sg_ptr &sg : candidates)
-    for (int i = 0; i < sg_kept_size(sg.get()); i++)
-      waiting_[static_cast<size_t>(sg_kept_at(sg.get(), i)->pid)]++;
+  for (size_t c = 0; c < candidates.size(); c++) {
+    expect_candidates(candidates, static_cast<int>(c)); // none works yet
+    const subgraph *sg = candidates[c].get();
+    for (int i = 0; i < sg_kept_size(sg); i++)
+      waiting_[static_cast<size_t>(sg_kept_at(sg, i)->pid)]++;
+  }
   for (int pid = 0; pid < sg_set_size(level); pid++)
     if (waiting_[static_cast<size_t>(pid)] == 0)
       free_at(pid);
@@ -140,6 +155,7 @@ void support_counter::count_all(sg_set *cand, const sg_set *prev, int minsup,
                                 work_watcher *watcher) {
   embedding_budget budget(budget_);
   for (int i = 0; i < sg_set_size(prev); i++) {
+    expect_records(prev, i, record_part::head);
     budget.add_pattern();
     budget.charge(sg_set_get(prev, i));
   }
@@ -152,6 +168,8 @@ void support_counter::count_all(sg_set *cand, const sg_set *prev, int minsup,
   parallel_for(
       jobs_, count,
       [&](int worker, int i) {
+        if (finders.size() == 1)
+          expect_candidates(records, i);
         count_candidate(&records[static_cast<size_t>(i)], prev, minsup,
                         &finders[static_cast<size_t>(worker)], &budget,
                         &release);

@@ -13,6 +13,7 @@
 
 #include "base/bit_sets.h"
 #include "base/error.h"
+#include "mining/expect_records.h"
 
 namespace kestro {
 
@@ -33,6 +34,7 @@ tid_lists::tid_lists(const sg_set *level, int transactions,
   interruption_poll poll(stop, 1 << 14);
   size_t held = 0;
   for (size_t i = 0; i < lists; i++) {
+    expect_records(level, static_cast<int>(i), record_part::head);
     const subgraph *sg = sg_set_get(level, static_cast<int>(i));
     check_order(sg);
     poll.step(sg_tid_size(sg) + 16);
