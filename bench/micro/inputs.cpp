@@ -227,7 +227,6 @@ search_levels mine_until(const loaded_file &db, int k) {
       sg_frequent_edges(transactions, minsup, edge_labels, vertex_labels));
   levels.children.reset(sg_frequent_double_edges(
       levels.cores.get(), transactions, minsup, edge_labels, vertex_labels));
-  sg_register_children(levels.children.get(), levels.cores.get());
   for (int size = 3; sg_set_size(levels.children.get()) > 0; size++) {
     levels.candidates =
         sg_generate_candidates(levels.children.get(), levels.cores.get())
@@ -239,7 +238,6 @@ search_levels mine_until(const loaded_file &db, int k) {
     levels.cores = std::move(levels.children);
     support_counter(transactions, 1)
         .count_all(levels.candidates.get(), levels.cores.get(), minsup);
-    sg_register_children(levels.candidates.get(), levels.cores.get());
     levels.children = std::move(levels.candidates);
   }
   if (!levels.candidates || sg_set_size(levels.candidates.get()) == 0)
