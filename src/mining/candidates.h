@@ -32,8 +32,8 @@ struct generation {
   registration_counts counts; // of what was joined, on all threads together
 };
 
-// Generates size k.  children is the level k-1, not empty, cores the level k-2,
-// whose child lists say which children share a core.
+// Generates size k.  children is the level k-1, not empty, and cores the level
+// k-2; the children's kept parents say which of them share a core.
 generation sg_generate_candidates(const sg_set *children, const sg_set *cores,
                                   const generation_options &options = {});
 // The same from what joins read of the cores.
