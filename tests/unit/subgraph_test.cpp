@@ -90,6 +90,21 @@ TEST(Subgraph, CopyHasTheSameContentsOfItsOwn) {
   EXPECT_EQ(entry->image(1), -1);
 }
 
+// Images of the largest pattern whose maps are of bytes, and of larger ones.
+TEST(Subgraph, MapsHoldAllImagesWhateverTheirType) {
+  for (const int vs : {126, 127, 128, 129, 300}) {
+    std::vector<int> map;
+    for (int i = 0; i < vs; i++)
+      map.push_back(vs - 2 - i); // down to -1
+    const sg_ptr sg(sg_create(2, vs));
+    sg_add_parent(sg.get(), parent_entry(0, 0, 1, map));
+    const sg_parent *entry = sg_parent_at(sg.get(), 0);
+    EXPECT_EQ(entry->has_bytes(), vs <= 127);
+    EXPECT_EQ(map_of(entry), map);
+    EXPECT_EQ(map_of(sg_parent_at(sg_ptr(sg_copy(sg.get())).get(), 0)), map);
+  }
+}
+
 TEST(Subgraph, NewRecordHasNoRows) {
   const sg_ptr sg(sg_create(2, 2));
   EXPECT_EQ(sg->rows, nullptr);
