@@ -3,6 +3,7 @@
 #include "base/arena.h"
 
 #include <algorithm>
+#include <cassert>
 
 #include "base/xmalloc.h"
 
@@ -13,25 +14,61 @@ static size_t aligned(size_t bytes) {
   return (bytes + unit - 1) / unit * unit;
 }
 
+static arena_chunk *new_chunk(size_t size) {
+  auto *chunk = static_cast<arena_chunk *>(xmalloc(size));
+  *chunk = {nullptr, size};
+  return chunk;
+}
+
+static void free_chunks(arena_chunk *first) {
+  while (first)
+    xfree(std::exchange(first, first->next));
+}
+
+chunk_pool::~chunk_pool() { free_chunks(first_); }
+
+arena_chunk *chunk_pool::take(size_t size) {
+  {
+    const std::lock_guard<std::mutex> lock(access_);
+    for (arena_chunk **at = &first_; *at; at = &(*at)->next)
+      if ((*at)->size >= size)
+        return std::exchange(*at, (*at)->next);
+  }
+  return new_chunk(size);
+}
+
+void chunk_pool::give(arena_chunk *first) noexcept {
+#ifdef __SANITIZE_ADDRESS__ // which sees what is read after it was freed
+  free_chunks(std::exchange(first, nullptr));
+#endif
+  const std::lock_guard<std::mutex> lock(access_);
+  while (first) {
+    arena_chunk *const given = std::exchange(first, first->next);
+    given->next = std::exchange(first_, given);
+  }
+}
+
 arena::~arena() {
-  while (first_)
-    xfree(std::exchange(first_, first_->next));
+  if (pool_)
+    pool_->give(first_);
+  else
+    free_chunks(first_);
 }
 
 void arena::add_chunk(size_t size) {
-  auto *added = static_cast<chunk *>(xmalloc(size));
+  arena_chunk *const added = pool_ ? pool_->take(size) : new_chunk(size);
   added->next = first_;
   if (!first_)
     last_ = added;
   first_ = added;
   free_ = reinterpret_cast<char *>(added + 1);
-  left_ = size - sizeof(chunk);
+  left_ = added->size - sizeof(arena_chunk);
 }
 
 void *arena::take(size_t bytes) {
   const size_t size = aligned(bytes);
   if (size > left_) {
-    add_chunk(std::max(sizeof(chunk) + size, next_size_));
+    add_chunk(std::max(sizeof(arena_chunk) + size, next_size_));
     next_size_ = std::min(2 * next_size_, largest_chunk);
   }
   taken_ += size;
@@ -40,7 +77,9 @@ void *arena::take(size_t bytes) {
 }
 
 void arena::absorb(arena *other) noexcept {
+  assert(pool_ == other->pool_);
   arena taken(std::move(*other));
+  other->pool_ = pool_;
   if (!first_) {
     swap(taken);
     return;

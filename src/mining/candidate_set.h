@@ -15,6 +15,10 @@ public:
   explicit candidate_set(const interruption *stop = nullptr)
       : records_(sg_set_create()), table_(stop), stop_(stop) {}
 
+  // Has the memory for records come from pool, which must outlive them, while
+  // there are none.
+  void use(chunk_pool *pool) { records_->blocks = arena(pool); }
+
   // Whether a record with an equal graph is in.
   bool contains(const subgraph *sg) const { return table_.find(sg) != nullptr; }
   // Copies sg, whose graph is in canonical form and not in yet; returns the

@@ -37,7 +37,9 @@ struct joiner {
             children,
             labeller(options.stabilizer_threshold, options.kind, options.stop),
             &derived, options.stop),
-        context(children, cores, &registry, seen, worker, options.stop) {}
+        context(children, cores, &registry, seen, worker, options.stop) {
+    registry.accepted.use(options.chunks);
+  }
 
   derived_parents derived;
   registration registry;
@@ -63,7 +65,7 @@ generation sg_generate_candidates(const sg_set *children,
   xvector<std::unique_ptr<joiner>> joiners(static_cast<size_t>(workers));
   xvector<candidate_set> accepted;
   for (int w = 0; w < workers; w++)
-    accepted.emplace_back(options.stop);
+    accepted.emplace_back(options.stop).use(options.chunks);
   xvector<registration_counts> counted(static_cast<size_t>(workers));
   parallel_for(
       workers, cores.size(),

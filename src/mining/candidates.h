@@ -21,6 +21,7 @@ struct generation_options {
   form kind = form::prescribed;       // of the candidates' graphs
   const interruption *stop = nullptr; // ends it by throwing interrupted
   work_watcher *watcher = nullptr;    // hears of the cores as they are joined
+  chunk_pool *chunks = nullptr;       // memory for candidates; outlives them
 };
 
 // The candidates of one size: a sorted set of records with canonical graph,

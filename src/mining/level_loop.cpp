@@ -110,10 +110,12 @@ static generation join_level(const mining_run *run, level_pair *levels,
 
 // Size k: moves the pair one level up; cur is null when no candidate is left.
 // False when the receiver has enough.
-static bool mine_level(const mining_run *run, int k, level_pair *levels) {
+static bool mine_level(const mining_run *run, int k, chunk_pool *chunks,
+                       level_pair *levels) {
   level_receiver *const to = run->receiver;
   generation_options options = run->generation;
   options.stop = run->stop;
+  options.chunks = chunks;
   step_watcher joining(to, {k, progress::step::joining, 0, 0, 0});
   options.watcher = &joining;
   generation joined = join_level(run, levels, options);
@@ -140,12 +142,13 @@ static bool mine_level(const mining_run *run, int k, level_pair *levels) {
 }
 
 search_end mine_levels(const mining_run *run) {
+  chunk_pool chunks; // from level to level
   level_pair levels;
   bool wanted = true;
   int last = mine_first_levels(run, &levels, &wanted);
   while (wanted && last < run->maxsize && patterns_in(levels.cur) > 0) {
     check_interruption(run->stop);
-    wanted = mine_level(run, ++last, &levels);
+    wanted = mine_level(run, ++last, &chunks, &levels);
   }
   const sg_set_ptr &newest = last < 2 ? levels.prev : levels.cur;
   return {last, run->maxsize < 1 || patterns_in(newest) > 0};

@@ -112,7 +112,7 @@ void sg_set_compact(sg_set *s, const interruption *stop) {
   if (2 * held >= s->blocks.taken())
     return;
   interruption_poll poll(stop);
-  arena blocks;
+  arena blocks(s->blocks.pool());
   const auto move = [&](subgraph *&sg) {
     poll.step();
     sg = sg_move(sg, &blocks);

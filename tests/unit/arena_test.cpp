@@ -79,4 +79,48 @@ TEST(Arena, MoveLeavesAnEmptyOne) {
   EXPECT_EQ(b.taken(), 0u);
 }
 
+// What an arena had serves the next one of its pool, but where it is freed to
+// let the address sanitizer see who still reads it.
+TEST(ChunkPool, KeepsChunksForOthers) {
+#ifdef __SANITIZE_ADDRESS__
+  constexpr bool kept = false;
+#else
+  constexpr bool kept = true;
+#endif
+  chunk_pool pool;
+  const void *large = nullptr;
+  const void *small = nullptr;
+  {
+    arena a(&pool);
+    small = a.take(16);
+    large = a.take(arena::largest_chunk);
+  }
+  arena b(&pool);
+  EXPECT_EQ(b.take(arena::largest_chunk) == large, kept);
+  arena c(&pool);
+  EXPECT_EQ(c.take(16) == small, kept);
+}
+
+TEST(ChunkPool, GivesANewChunkWhereNoneIsLargeEnough) {
+  chunk_pool pool;
+  const void *small = arena(&pool).take(16);
+  arena a(&pool);
+  EXPECT_NE(taken(a, 2 * arena::smallest_chunk), small);
+}
+
+TEST(ChunkPool, ServesArenasThatMoveAndAbsorb) {
+  chunk_pool pool;
+  arena a(&pool);
+  {
+    arena b(&pool);
+    taken(b, 100);
+    a.absorb(&b);
+    EXPECT_EQ(b.pool(), &pool);
+    taken(b, arena::largest_chunk);
+  }
+  const arena moved(std::move(a));
+  EXPECT_EQ(moved.taken(), 112u);
+  EXPECT_EQ(moved.pool(), &pool);
+}
+
 } // namespace kestro
