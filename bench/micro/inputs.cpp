@@ -17,7 +17,6 @@
 #include "graph/transactions.h"
 #include "mining/candidates.h"
 #include "mining/first_levels.h"
-#include "mining/parents.h"
 #include "mining/support.h"
 
 namespace kestro {

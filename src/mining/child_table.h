@@ -2,7 +2,7 @@
 #pragma once
 
 #include "mining/core_links.h"
-#include "mining/extension_map.h"
+#include "mining/extension.h"
 #include "mining/sg_set.h"
 
 namespace kestro {
@@ -26,8 +26,7 @@ public:
               const interruption *stop = nullptr);
 
   // The pattern that x, an extension of a core, is; null when it is none of the
-  // level.  Costs the logarithm of the places
-  // of the core's children.
+  // level.  Costs the logarithm of the places of the core's children.
   const found_child *find(const extension &x) const {
     const int *start = starts_.data() + x.pattern;
     const placed_child *at = places_.data() + start[0];

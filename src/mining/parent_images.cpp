@@ -9,7 +9,7 @@
 
 #include <algorithm>
 
-#include "mining/extension_map.h"
+#include "mining/extension.h"
 
 namespace kestro {
 

@@ -1,7 +1,7 @@
 // The parents of patterns: which of them are kept, and what they lack.
 #pragma once
 
-#include "mining/extension_map.h"
+#include "mining/extension.h"
 #include "mining/sg_set.h"
 
 namespace kestro {

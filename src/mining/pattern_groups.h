@@ -6,7 +6,7 @@
 
 #include "base/parallel.h"
 #include "cl/automorphism_group.h"
-#include "mining/extension_map.h"
+#include "mining/extension.h"
 
 namespace kestro {
 

@@ -4,7 +4,7 @@
 #include <atomic>
 #include <mutex>
 
-#include "mining/extension_map.h"
+#include "mining/extension.h"
 #include "mining/sg_set.h"
 
 namespace kestro {
@@ -36,7 +36,7 @@ public:
   bool insert(const extension &x);
   // Whether x is there, while no thread adds any.
   bool contains(const extension &x) const {
-    return parts_[part_of(x)].set.find(x) != nullptr;
+    return parts_[part_of(x)].set.contains(x);
   }
 
 private:

@@ -104,7 +104,8 @@ size_t sg_block_bytes(const subgraph *sg);
 // spare; its graph is without vertex ids.  Its block is taken from memory or,
 // where that is null, is one of its own.
 subgraph *sg_copy(const subgraph *sg, arena *memory = nullptr);
-// Moves a record to a copy of its block in memory and frees the old one.
+// Moves a record to a copy of its block in memory, where its graph is without
+// vertex ids, and frees the old one.
 subgraph *sg_move(subgraph *sg, arena *memory);
 // Graph and count only, in caller memory of sg_size() bytes for the graph's
 // sizes.

@@ -119,6 +119,15 @@ graph_ptr plain_without(const graph *g, int u, int w) {
   return is_connected(part.get()) ? std::move(part) : nullptr;
 }
 
+graph_ptr plain_extended(const graph *g, const extension &x) {
+  ints vlabels = vlabels_of(g);
+  std::vector<test_edge> edges = edges_of(g);
+  edges.push_back({x.from, x.to == -1 ? g->vs : x.to, x.elabel});
+  if (x.to == -1)
+    vlabels.push_back(x.vlabel);
+  return make_graph(vlabels, edges);
+}
+
 bool is_map_onto_rest(const graph *g, int u, int w, const graph *rest,
                       const sg_parent *entry) {
   std::set<int> images;

@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "mining/parents.h"
 #include "mining/sg_set.h"
 #include "support/graphs.h"
 
@@ -26,6 +27,8 @@ graph_ptr plain_canonical(const graph *g);
 // The permutations that keep g, in lexicographic order.
 std::vector<std::vector<int>> plain_automorphisms(const graph *g);
 
+// g plus x's edge, with ids as they come.
+graph_ptr plain_extended(const graph *g, const extension &x);
 // g without the edge u-w and without an end that only this edge held; vid are
 // the vertices of g.  Null when nothing is left or it falls apart.
 graph_ptr plain_without(const graph *g, int u, int w);

@@ -9,6 +9,7 @@
 #include "reference/mining/sg_set.h"
 #include "reference/mining/subgraph.h"
 #include "support/mined_levels.h"
+#include "support/plain_generation.h"
 #include "support/records.h"
 
 namespace kestro {
@@ -227,15 +228,6 @@ static std::vector<extension> extensions_of(int id, const graph *g) {
   return found;
 }
 
-static graph_ptr built(const graph *g, const extension &x) {
-  ints vlabels = vlabels_of(g);
-  std::vector<test_edge> edges = edges_of(g);
-  if (x.to == -1)
-    vlabels.push_back(x.vlabel);
-  edges.push_back({x.from, x.to == -1 ? g->vs : x.to, x.elabel});
-  return make_graph(vlabels, edges);
-}
-
 static void expect_alike(const subgraph *sg, const subgraph *plain) {
   ASSERT_EQ(sg == nullptr, plain == nullptr);
   if (!sg)
@@ -267,8 +259,8 @@ TEST_F(Registration, LookUpsAndTheFilterOnlySaveWork) {
       for (int id = 0; id < sg_set_size(levels.children.get()); id++) {
         const graph *g = sg_set_get(levels.children.get(), id)->g;
         for (const extension &x : extensions_of(id, g)) {
-          const subgraph *plain =
-              sg_register_candidate(record_of(built(g, x)).get(), &*to);
+          const subgraph *plain = sg_register_candidate(
+              record_of(plain_extended(g, x)).get(), &*to);
           expect_alike(sg_offer_extension(x, &with), plain);
           expect_alike(sg_offer_extension(x, &without), plain);
           ASSERT_FALSE(HasFailure()) << "round " << round;

@@ -1,6 +1,6 @@
-#include "mining/extension_map.h"
+#include "mining/extension.h"
 
-#include <map>
+#include <set>
 #include <tuple>
 
 #include <gtest/gtest.h>
@@ -46,33 +46,8 @@ TEST(ExtensionSet, EveryFieldCounts) {
   EXPECT_TRUE(set.insert({0, 0, 1, 2, 0}));
 }
 
-TEST(ExtensionMap, FindsNothingInAnEmptyTable) {
-  const extension_map<int> map;
-  EXPECT_EQ(map.find({0, 0, 1, 2, -1}), nullptr);
-}
-
-TEST(ExtensionMap, TheFirstValueStays) {
-  extension_map<int> map;
-  const extension x = {0, 0, 1, 2, -1};
-  EXPECT_TRUE(map.insert(x, 8));
-  EXPECT_FALSE(map.insert(x, 9));
-  ASSERT_NE(map.find(x), nullptr);
-  EXPECT_EQ(*map.find(x), 8);
-  EXPECT_EQ(map.find({0, 0, 1, 3, -1}), nullptr);
-}
-
-// A table without a free place would be searched for ever.
-TEST(ExtensionMap, AnyRoomMadeBeforehandCanBeOutgrown) {
-  for (size_t room = 0; room < 40; room++) {
-    extension_map<int> map;
-    map.reserve(room);
-    for (int i = 0; i < 300; i++) {
-      ASSERT_EQ(map.find(pendant_extension(i, 0, 0, 0)), nullptr) << room;
-      ASSERT_TRUE(map.insert(pendant_extension(i, 0, 0, 0), i)) << room;
-    }
-    for (int i = 0; i < 300; i++)
-      ASSERT_EQ(*map.find(pendant_extension(i, 0, 0, 0)), i) << room;
-  }
+TEST(ExtensionSet, FindsNothingInAnEmptyTable) {
+  EXPECT_FALSE(extension_set().contains({0, 0, 1, 2, -1}));
 }
 
 // An extension of ends that are told as plain ints.
@@ -82,10 +57,10 @@ static extension extension_of(int pattern, int from, int to, int elabel,
           vlabel};
 }
 
-TEST(ExtensionMap, EqualsAStandardMapWhileItGrows) {
+TEST(ExtensionSet, EqualsAStandardSetWhileItGrows) {
   test_rng rng(7);
-  extension_map<int> map;
-  std::map<std::tuple<int, int, int, int, int>, int> plain;
+  extension_set set;
+  std::set<std::tuple<int, int, int, int, int>> plain;
   for (int i = 0; i < 5000; i++) {
     const int p = random_below(rng, 3);
     const int from = random_below(rng, 10);
@@ -93,21 +68,13 @@ TEST(ExtensionMap, EqualsAStandardMapWhileItGrows) {
     const int elabel = random_below(rng, 4);
     const int vlabel = random_below(rng, 4) - 1;
     const extension x = extension_of(p, from, to, elabel, vlabel);
-    const auto known = plain.find({p, from, to, elabel, vlabel});
-    const int *found = map.find(x);
-    ASSERT_EQ(found != nullptr, known != plain.end()) << i;
-    if (found) {
-      EXPECT_EQ(*found, known->second) << i;
-    }
-    EXPECT_EQ(map.insert(x, i),
-              plain.try_emplace({p, from, to, elabel, vlabel}, i).second);
+    ASSERT_EQ(set.contains(x), plain.contains({p, from, to, elabel, vlabel}))
+        << i;
+    EXPECT_EQ(set.insert(x),
+              plain.insert({p, from, to, elabel, vlabel}).second);
   }
-  for (const auto &[key, value] : plain) {
-    const auto [p, from, to, elabel, vlabel] = key;
-    const int *found = map.find(extension_of(p, from, to, elabel, vlabel));
-    ASSERT_NE(found, nullptr);
-    EXPECT_EQ(*found, value);
-  }
+  for (const auto &[p, from, to, elabel, vlabel] : plain)
+    ASSERT_TRUE(set.contains(extension_of(p, from, to, elabel, vlabel)));
 }
 
 } // namespace kestro

@@ -1,4 +1,4 @@
-// Tables keyed by extensions: a pattern and where an edge is built onto it.
+// Extensions: a pattern and where an edge is built onto it.
 #pragma once
 
 #include <cstddef>
@@ -56,20 +56,23 @@ inline uint64_t hash_of(const extension &x) {
   return mixed(mixed(0, place), labels);
 }
 
-// Extensions with a value each, in a hash table.
-template <class Value> class extension_map {
+// Extensions in a hash table.
+class extension_set {
 public:
   // Growing throws interrupted, and changes nothing, when stop says so.
-  explicit extension_map(const interruption *stop = nullptr) : table_(stop) {}
+  explicit extension_set(const interruption *stop = nullptr) : table_(stop) {}
 
   // Takes everything out.
   void clear() { table_.clear(); }
-  // Makes room for n extensions at once.
-  void reserve(size_t n) { table_.reserve(n); }
 
   // Adds x; false, and nothing is changed, when it is there already.
-  bool insert(const extension &x, const Value &value = {}) {
-    return table_.insert({x, value}, [&](const slot &s) { return s.key == x; });
+  bool insert(const extension &x) {
+    return table_.insert({x}, [&](const slot &s) { return s.key == x; });
+  }
+  // Whether x is there.
+  bool contains(const extension &x) const {
+    return table_.look_up(hash_of(x), [&](const slot &s) { return s.key == x; })
+        .in_use();
   }
 
   // Whether the next insertion may make the table grow.
@@ -83,17 +86,9 @@ public:
   // Tells that x will be inserted or looked for soon, which saves time then.
   void expect(const extension &x) const { table_.expect(hash_of(x)); }
 
-  // x's value, null when it is not there.
-  const Value *find(const extension &x) const {
-    const slot &found =
-        table_.look_up(hash_of(x), [&](const slot &s) { return s.key == x; });
-    return found.in_use() ? &found.value : nullptr;
-  }
-
 private:
   struct slot {
     extension key; // pattern -1: free
-    [[no_unique_address]] Value value = {};
 
     bool in_use() const { return key.pattern != -1; }
     uint64_t hash() const { return hash_of(key); }
@@ -101,8 +96,5 @@ private:
 
   open_table<slot> table_;
 };
-
-struct no_value {};
-using extension_set = extension_map<no_value>;
 
 } // namespace kestro
