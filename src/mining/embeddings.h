@@ -1,5 +1,4 @@
-// Embeddings: for each transaction of a pattern one place where it occurs.  A
-// pattern with one edge more is found there by placing that edge.
+// Embeddings: for each transaction of a pattern one place where it occurs.
 #pragma once
 
 #include <atomic>
@@ -7,7 +6,6 @@
 
 #include "base/xmalloc.h"
 #include "graph/graph_list.h"
-#include "mining/edge_slots.h"
 #include "mining/sg_set.h"
 
 namespace kestro {
@@ -66,35 +64,5 @@ template <class Image> const Image *sg_row(const subgraph *sg, int i) {
 
 // Appends a row to those of a pattern that has rows.
 void sg_push_row(const subgraph *sg, const int *images);
-
-// How a pattern is placed by one edge more than one of its parents.
-class edge_placement {
-public:
-  // For the pattern sg and one of its parent entries, in transactions whose
-  // edges have these slots, which are borrowed.
-  void set(const subgraph *sg, const sg_parent *entry, const edge_slots *slots);
-
-  // Places the pattern in a transaction by one edge more than the parent's row;
-  // false, with row undefined, when that edge finds no place there.
-  template <class Image>
-  bool extend(const Image *parent_row, int tid, Image *row) const;
-
-private:
-  bool is_of_kind(int tid, int u, edge_slots::range slots,
-                  const uint32_t *slot) const;
-  bool has_edge(int tid, int u, int w) const;
-  template <class Image>
-  int free_neighbour(int tid, int u, const Image *row) const;
-
-  const edge_slots *slots_ = nullptr;
-  xvector<uint16_t> map_; // per vertex, the parent's, any for the new one
-  int parent_vs_ = 0;     // vertices of the parent
-  int from_ = -1;         // the parent's ends of the edge, to_ -1 when new
-  int to_ = -1;
-  int new_vertex_ = -1; // the new vertex, -1 for none
-  int elabel_ = -1;     // of the edge
-  int vlabel_ = -1;     // of the end that it leads to
-  int kind_ = -1;       // of both
-};
 
 } // namespace kestro

@@ -8,107 +8,127 @@
 #include "mining/occurrences.h"
 
 #include <algorithm>
-#include <cassert>
+
+#include "mining/embeddings.h"
 
 namespace kestro {
 
 static constexpr int search_cost = 16; // in edges placed, of a short search
+static constexpr int block = 256;      // edges placed from poll to poll
 
 static size_t index(int i) { return static_cast<size_t>(i); }
 
-// The index of the parent's row for transaction tid, which its list holds.
-int occurrence_finder::parent_cursor::row_index(int tid) {
-  const int *tids = ksstack_array<int>(parent->tid);
-  const int n = parent->tid->count;
-  int i = at;
-  while (i < n && tids[i] < tid)
-    i++;
-  assert(i < n && tids[i] == tid);
-  at = i;
-  return i;
-}
-
 int occurrence_finder::find(subgraph *sg, const sg_set *prev, int minsup) {
   sg_ = sg;
-  tids_ = sg->tid ? ksstack_array<int>(sg->tid) : nullptr;
-  parents_ = 0;
-  bool is_byte = true;
-  for (int i = 0; i < sg_kept_size(sg); i++) {
-    const sg_parent *entry = sg_kept_at(sg, i);
+  is_planned_ = false;
+  return has_byte_rows(prev) ? find_all<uint8_t>(prev, minsup)
+                             : find_all<uint16_t>(prev, minsup);
+}
+
+// Whether the candidate's rows or those of a kept parent are of bytes; all are
+// of one type.
+bool occurrence_finder::has_byte_rows(const sg_set *prev) const {
+  if (sg_->rows)
+    return sg_has_byte_rows(sg_);
+  for (int l = 0; l < sg_kept_size(sg_); l++) {
+    const subgraph *parent = sg_set_get(prev, sg_kept_at(sg_, l)->pid);
+    if (parent->rows)
+      return sg_has_byte_rows(parent);
+  }
+  return true;
+}
+
+template <class Image>
+int occurrence_finder::find_all(const sg_set *prev, int minsup) {
+  const int n = sg_tid_size(sg_);
+  found_.assign(index(n), 0);
+  if (!sg_->rows)
+    row_.resize(index(sg_->g->vs + edge_placement::spare_images));
+  const row_places<Image> to = {
+      sg_->tid ? ksstack_array<int>(sg_->tid) : nullptr, n,
+      sg_->rows ? ksstack_array<Image>(sg_->rows)
+                : reinterpret_cast<Image *>(row_.data()),
+      sg_->rows != nullptr, found_.data()};
+  int open = n; // transactions where it is not found yet
+  for (int l = 0; l < sg_kept_size(sg_) && open > 0; l++) {
+    const sg_parent *entry = sg_kept_at(sg_, l);
     const subgraph *parent = sg_set_get(prev, entry->pid);
     if (!parent->rows)
       continue;
-    is_byte = sg_has_byte_rows(parent);
-    parent_cursor &cursor = cursors_[parents_++];
-    cursor.parent = parent;
-    cursor.placement.set(sg, entry, slots_);
-    cursor.at = 0;
+    placement_.set(sg_, entry, slots_);
+    open -= open == n ? extend_all(parent, to) : extend_open(parent, to);
   }
-  is_planned_ = false;
-  found_.assign(index(sg_tid_size(sg)), 0);
-  image_.resize(index(sg->g->vs));
-  row_.resize(index(sg->g->vs));
-  if (sg->rows)
-    is_byte = sg_has_byte_rows(sg);
-  return is_byte ? find_all<uint8_t>(minsup) : find_all<uint16_t>(minsup);
+  if (open > 0)
+    open -= search_open(to, n - minsup);
+  if (open > 0)
+    close_gaps(to);
+  else if (sg_->rows)
+    sg_->rows->count = n;
+  return n - open;
 }
 
-template <class Image> int occurrence_finder::find_all(int minsup) {
-  const int n = sg_tid_size(sg_);
-  bool all_found = true;
-  for (int i = 0; i < n;) {
-    static constexpr int block = 256;
+// Tries all transactions of the bound, in none of which it is found yet, by one
+// edge more than a parent; returns in how many it is found.
+template <class Image>
+int occurrence_finder::extend_all(const subgraph *parent,
+                                  const row_places<Image> &to) {
+  row_cursor<Image> from(parent);
+  int found = 0;
+  for (int i = 0; i < to.count; i += block) {
     poll_.step(block);
-    for (const int end = std::min(n, i + block); i < end; i++) {
-      found_[index(i)] = extend(i, row_of<Image>(i));
-      all_found &= found_[index(i)];
-    }
+    found += placement_.extend_all(&from, to, i, std::min(to.count, i + block));
   }
-  if (!all_found)
-    search_open<Image>(n - minsup);
-  return close_gaps<Image>();
+  return found;
+}
+
+// The same for those where it is not found yet.
+template <class Image>
+int occurrence_finder::extend_open(const subgraph *parent,
+                                   const row_places<Image> &to) {
+  row_cursor<Image> from(parent);
+  int found = 0;
+  for (int i = 0; i < to.count; i++) {
+    if (to.found[i])
+      continue;
+    poll_.step();
+    from.move_to(to.tids[i]);
+    to.found[i] =
+        placement_.extend(from.row(), to.tids[i], to.row(i, sg_->g->vs));
+    found += to.found[i];
+  }
+  return found;
 }
 
 // Searches the transactions where it is not found yet, until it is missing from
-// more than may_lack.  Small ones come first: there a search is short, and the
-// candidate is missing most often.
-template <class Image> void occurrence_finder::search_open(int may_lack) {
-  const int n = sg_tid_size(sg_);
+// more than may_lack; returns in how many it is found.  Small ones come first:
+// there a search is short, and the candidate is missing most often.
+template <class Image>
+int occurrence_finder::search_open(const row_places<Image> &to, int may_lack) {
+  int found = 0;
   int lacking = 0;
   for (const bool small : {true, false}) {
-    for (int i = 0; i < n; i++) {
-      if (found_[index(i)] || profiles_->is_small(tids_[i]) != small)
+    for (int i = 0; i < to.count; i++) {
+      if (to.found[i] || profiles_->is_small(to.tids[i]) != small)
         continue;
-      found_[index(i)] = search(i, row_of<Image>(i));
-      lacking += !found_[index(i)];
+      to.found[i] = search(to.tids[i], to.row(i, sg_->g->vs));
+      found += to.found[i];
+      lacking += !to.found[i];
       if (lacking > may_lack)
-        return;
+        return found;
     }
   }
+  return found;
 }
 
-// Tries transaction i of the bound by one edge more than a parent; where the
-// candidate is found is written to row.
-template <class Image> bool occurrence_finder::extend(int i, Image *row) {
-  const int tid = tids_[i];
-  for (int p = 0; p < parents_; p++) {
-    parent_cursor &cursor = cursors_[p];
-    const Image *parent_row =
-        sg_row<Image>(cursor.parent, cursor.row_index(tid));
-    if (cursor.placement.extend(parent_row, tid, row))
-      return true;
-  }
-  return false;
-}
-
-// The same by a search, which finds the candidate wherever it is.
-template <class Image> bool occurrence_finder::search(int i, Image *row) {
-  const int tid = tids_[i];
+// Tries a transaction by a search, which finds the candidate wherever it is.
+template <class Image> bool occurrence_finder::search(int tid, Image *row) {
   if (sg_->g->es > profiles_->graph_at(tid)->es)
     return false;
   poll_.step(search_cost);
-  if (!is_planned_)
+  if (!is_planned_) {
     plan_.set_rarest_first(sg_->g, *profiles_);
+    image_.resize(index(sg_->g->vs));
+  }
   is_planned_ = true;
   if (!plan_.find(*profiles_, tid, image_.data()))
     return false;
@@ -116,30 +136,23 @@ template <class Image> bool occurrence_finder::search(int i, Image *row) {
   return true;
 }
 
-// Where the row of transaction i of the bound goes.
-template <class Image> Image *occurrence_finder::row_of(int i) {
-  if (!sg_->rows)
-    return reinterpret_cast<Image *>(row_.data());
-  return ksstack_array<Image>(sg_->rows) + index(i) * index(sg_->g->vs);
-}
-
-// Moves what belongs to the transactions found together; returns their number.
-template <class Image> int occurrence_finder::close_gaps() {
-  const int n = sg_tid_size(sg_);
-  int matches = 0;
-  for (int i = 0; i < n; i++) {
-    if (!found_[index(i)])
+// Moves what belongs to the transactions found together.
+template <class Image>
+void occurrence_finder::close_gaps(const row_places<Image> &to) {
+  const int vs = sg_->g->vs;
+  int *const tids = ksstack_array<int>(sg_->tid);
+  int kept = 0;
+  for (int i = 0; i < to.count; i++) {
+    if (!to.found[i])
       continue;
-    tids_[matches] = tids_[i];
-    if (sg_->rows && matches < i)
-      std::copy_n(row_of<Image>(i), sg_->g->vs, row_of<Image>(matches));
-    matches++;
+    tids[kept] = tids[i];
+    if (to.are_kept && kept < i)
+      std::copy_n(to.row(i, vs), vs, to.row(kept, vs));
+    kept++;
   }
-  if (sg_->tid)
-    sg_->tid->count = matches;
+  sg_->tid->count = kept;
   if (sg_->rows)
-    sg_->rows->count = matches;
-  return matches;
+    sg_->rows->count = kept;
 }
 
 } // namespace kestro

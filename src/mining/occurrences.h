@@ -2,7 +2,7 @@
 #pragma once
 
 #include "cl/search_plan.h"
-#include "mining/embeddings.h"
+#include "mining/edge_placement.h"
 #include "mining/sg_set.h"
 
 namespace kestro {
@@ -23,27 +23,21 @@ public:
   int find(subgraph *sg, const sg_set *prev, int minsup);
 
 private:
-  // Walks one parent's transactions in step with the candidate's.
-  struct parent_cursor {
-    const subgraph *parent;
-    edge_placement placement;
-    int at; // position in the parent's tid
-    int row_index(int tid);
-  };
-
-  template <class Image> int find_all(int minsup);
-  template <class Image> void search_open(int may_lack);
-  template <class Image> bool extend(int i, Image *row);
-  template <class Image> bool search(int i, Image *row);
-  template <class Image> Image *row_of(int i);
-  template <class Image> int close_gaps();
+  bool has_byte_rows(const sg_set *prev) const;
+  template <class Image> int find_all(const sg_set *prev, int minsup);
+  template <class Image>
+  int extend_all(const subgraph *parent, const row_places<Image> &to);
+  template <class Image>
+  int extend_open(const subgraph *parent, const row_places<Image> &to);
+  template <class Image>
+  int search_open(const row_places<Image> &to, int may_lack);
+  template <class Image> bool search(int tid, Image *row);
+  template <class Image> void close_gaps(const row_places<Image> &to);
 
   const graph_profiles *profiles_;
   const edge_slots *slots_;
   subgraph *sg_ = nullptr; // the candidate
-  int *tids_ = nullptr;    // its bound
-  parent_cursor cursors_[2] = {};
-  int parents_ = 0; // cursors in use
+  edge_placement placement_;
   search_plan plan_;
   bool is_planned_ = false; // plan_ is sg_'s
   xvector<char> found_;     // by position in the bound

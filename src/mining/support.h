@@ -5,6 +5,7 @@
 #include "base/xmalloc.h"
 #include "cl/graph_profiles.h"
 #include "graph/graph_list.h"
+#include "mining/edge_slots.h"
 #include "mining/embeddings.h"
 #include "mining/sg_set.h"
 
