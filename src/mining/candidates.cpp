@@ -165,17 +165,19 @@ void join_context::collect(const joined_child &a, size_t b,
 static constexpr size_t many = 3;
 
 void join_context::join_children_of(int core) {
+  // What the joins of the next cores read is on its way meanwhile.
+  if (core + 1 < cores_->size())
+    for (const int id : cores_->children(core + 1))
+      expect_rest(sg_set_get(patterns_, id), record_part::parents);
+  if (core + 2 < cores_->size())
+    for (const int id : cores_->children(core + 2))
+      expect_head(sg_set_get(patterns_, id));
   const std::span<const int> ids = cores_->children(core);
   if (ids.empty())
     return;
   seen_->begin_core(worker_, core);
   child_.clear();
   from_core_.clear();
-  for (const int id : ids)
-    expect_rest(sg_set_get(patterns_, id), record_part::parents);
-  if (core + 1 < cores_->size())
-    for (const int id : cores_->children(core + 1))
-      expect_head(sg_set_get(patterns_, id));
   for (const int id : ids)
     add_child(id, sg_find_kept(sg_set_get(patterns_, id), core));
   const pattern_group group = cores_->group(core);

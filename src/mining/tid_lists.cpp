@@ -17,40 +17,68 @@
 
 namespace kestro {
 
+[[noreturn]] static void die_of_order() {
+  die("subgraph.c", "something wrong\n");
+}
+
 // Dies unless the list is ascending without repeats.
 static void check_order(const subgraph *sg) {
-  if (!sg->tid)
-    return;
-  const int *tids = ksstack_array<int>(sg->tid);
+  const int *tids = sg->tid ? ksstack_array<int>(sg->tid) : nullptr;
   for (int i = 1; i < sg_tid_size(sg); i++)
     if (tids[i] <= tids[i - 1])
-      die("subgraph.c", "something wrong\n");
+      die_of_order();
+}
+
+// The same, and sets a bit for each transaction of the list.
+static void set_bits(const subgraph *sg, uint64_t *bits) {
+  const int *tids = sg->tid ? ksstack_array<int>(sg->tid) : nullptr;
+  const int n = sg_tid_size(sg);
+  int last = -1;
+  for (int i = 0; i < n;) {
+    const int word = tids[i] / 64;
+    uint64_t set = 0;
+    for (; i < n && tids[i] / 64 == word; i++) {
+      if (tids[i] <= last)
+        die_of_order();
+      last = tids[i];
+      set |= uint64_t{1} << last % 64;
+    }
+    bits[word] |= set;
+  }
+}
+
+// Sends for the TID lists that come after list i.
+static void expect_lists(const sg_set *level, int i) {
+  constexpr int ahead = 6;
+  expect_records(level, i, record_part::head);
+  if (i + ahead < sg_set_size(level))
+    __builtin_prefetch(sg_set_get(level, i + ahead)->tid);
 }
 
 tid_lists::tid_lists(const sg_set *level, int transactions,
                      const interruption *stop)
     : level_(level), words_((static_cast<size_t>(transactions) + 63) / 64) {
-  const size_t lists = static_cast<size_t>(sg_set_size(level));
+  const int lists = sg_set_size(level);
   interruption_poll poll(stop, 1 << 14);
   size_t held = 0;
-  for (size_t i = 0; i < lists; i++) {
-    expect_records(level, static_cast<int>(i), record_part::head);
-    const subgraph *sg = sg_set_get(level, static_cast<int>(i));
-    check_order(sg);
-    poll.step(sg_tid_size(sg) + 16);
-    held += static_cast<size_t>(sg_tid_size(sg));
+  for (int i = 0; i < lists; i++) {
+    expect_lists(level, i);
+    poll.step();
+    held += static_cast<size_t>(sg_tid_size(sg_set_get(level, i)));
   }
-  if (lists * words_ * sizeof(uint64_t) > 2 * held * sizeof(int))
-    return;
-  bits_.reserve(lists * words_);
-  for (size_t i = 0; i < lists; i++) {
-    bits_.resize((i + 1) * words_, 0);
-    const subgraph *sg = sg_set_get(level, static_cast<int>(i));
-    uint64_t *bits = bits_.data() + i * words_;
+  const size_t words = static_cast<size_t>(lists) * words_;
+  const bool are_dense = words * sizeof(uint64_t) <= 2 * held * sizeof(int);
+  if (are_dense)
+    bits_.reserve(words);
+  for (int i = 0; i < lists; i++) {
+    expect_lists(level, i);
+    const subgraph *sg = sg_set_get(level, i);
     poll.step(sg_tid_size(sg) + static_cast<int64_t>(words_));
-    for (int j = 0; j < sg_tid_size(sg); j++) {
-      const size_t tid = static_cast<size_t>(ksstack_array<int>(sg->tid)[j]);
-      bits[tid / 64] |= uint64_t{1} << tid % 64;
+    if (are_dense) {
+      bits_.resize(bits_.size() + words_, 0);
+      set_bits(sg, bits_.data() + (bits_.size() - words_));
+    } else {
+      check_order(sg);
     }
   }
 }
