@@ -12,6 +12,17 @@
 
 namespace kestro {
 
+constexpr std::array<text_buffer::short_number, text_buffer::short_numbers>
+    text_buffer::short_texts = [] {
+      std::array<short_number, short_numbers> texts{};
+      for (size_t n = 0; n < short_numbers; n++) {
+        short_number &text = texts[n];
+        for (size_t unit = n < 10 ? 1 : n < 100 ? 10 : 100; unit; unit /= 10)
+          text.digits[text.length++] = static_cast<char>('0' + n / unit % 10);
+      }
+      return texts;
+    }();
+
 char *text_buffer::put_long(char *at, int number) {
   return std::to_chars(at, at + longest_int, number).ptr;
 }

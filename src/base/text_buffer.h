@@ -1,7 +1,10 @@
 // Text on its way to a stream, formatted in memory.
 #pragma once
 
+#include <array>
 #include <cstdio>
+#include <cstring>
+#include <string_view>
 
 #include "base/xmalloc.h"
 
@@ -24,9 +27,9 @@ public:
     text_.get()[size_++] = c;
   }
   void add(int number) { end_at(put(room(longest_int), number)); } // decimal
-  void add(const char *text) {
-    while (*text)
-      add(*text++);
+  void add(std::string_view text) {
+    char *const at = room(text.size());
+    end_at(at + text.copy(at, text.size()));
   }
 
   // Room for that many bytes more.  What is put there is in once end_at() tells
@@ -42,16 +45,24 @@ public:
   // returns its end.
   static constexpr size_t longest_int = 11; // sign included
   static char *put(char *at, int number) {
-    if (number < 0 || number > 9)
+    if (static_cast<size_t>(number) >= short_numbers)
       return put_long(at, number);
-    *at = static_cast<char>('0' + number);
-    return at + 1;
+    const short_number &text = short_texts[static_cast<size_t>(number)];
+    memcpy(at, &text, sizeof text);
+    return at + text.length;
   }
 
   // Hands all text to the stream, and the stream's to the file.
   void flush();
 
 private:
+  // A number of up to three digits; it is copied with its length at once.
+  struct short_number {
+    char digits[3];
+    unsigned char length;
+  };
+  static constexpr size_t short_numbers = 1000;
+  static const std::array<short_number, short_numbers> short_texts;
   static constexpr size_t first_capacity = 4096; // bytes
   static constexpr size_t piece = 65536; // bytes handed over rather than moved
   void make_room(size_t bytes) {

@@ -38,6 +38,19 @@ TEST(TextBuffer, NumbersAreDecimal) {
             expected);
 }
 
+TEST(TextBuffer, NumbersUpToFourDigitsAreDecimal) {
+  std::string expected;
+  EXPECT_EQ(written_text([&](FILE *out) {
+              text_buffer text(out);
+              for (int number = -1100; number <= 1100; number++) {
+                text.add(number);
+                text.add('\n');
+                expected += std::to_string(number) + "\n";
+              }
+            }),
+            expected);
+}
+
 TEST(TextBuffer, NothingAddedIsNothingWritten) {
   EXPECT_EQ(written_text([](FILE *out) {
               text_buffer text(out);
