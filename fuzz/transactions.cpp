@@ -28,9 +28,10 @@ static std::string written(const graph_list *graphs, const label_set *ls) {
   {
     const file_ptr stream(open_file(file.name(), "w"));
     text_buffer out(stream.get());
+    graph_writer writer(ls);
     for (int i = 0; i < graphs->count; i++) {
       out.add("t\n");
-      graph_save(graph_list_at(graphs, i), ls, out);
+      writer.write(graph_list_at(graphs, i), out);
     }
   }
   return file.bytes();

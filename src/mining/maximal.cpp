@@ -130,8 +130,8 @@ namespace {
 // Walks a pattern file's graphs in step with the wanted tags.
 class pattern_filter {
 public:
-  pattern_filter(const ksstack *tags, const label_set *ls, FILE *out)
-      : tags_(tags), ls_(ls), out_(out) {}
+  pattern_filter(const ksstack *tags, const label_set *ls, text_buffer &out)
+      : tags_(tags), graphs_(ls), out_(out) {}
 
   // The graph behind the header line, which is copied with it if wanted.
   void graph_line(const char *header, const graph *g) {
@@ -140,8 +140,8 @@ public:
       index_ = 0;
     }
     if (wanted()) {
-      fputs(header, out_);
-      graph_save(g, ls_, out_);
+      out_.add(header);
+      graphs_.write(g, out_);
       next_++;
     }
     index_++;
@@ -156,8 +156,8 @@ private:
   }
 
   const ksstack *tags_;
-  const label_set *ls_;
-  FILE *out_;
+  graph_writer graphs_;
+  text_buffer &out_;
   int size_ = 0;  // of the graphs met last
   int index_ = 0; // of the next graph of that size
   int next_ = 0;  // the wanted tag
@@ -165,10 +165,11 @@ private:
 
 } // namespace
 
-// Copies the wanted parts of a pattern file to out.  Lines are read as into a
-// buffer of *size bytes.
+// Copies the wanted parts of a pattern file to a stream.  Lines are read as
+// into a buffer of *size bytes.
 static void filter_patterns(const file_text &patterns, const ksstack *tags,
-                            const label_set *ls, int *size, FILE *out) {
+                            const label_set *ls, int *size, FILE *stream) {
+  text_buffer out(stream);
   pattern_filter filter(tags, ls, out);
   transaction_reader reader(ls);
   text_lines lines(patterns);
@@ -183,7 +184,7 @@ static void filter_patterns(const file_text &patterns, const ksstack *tags,
     const int c = first_character(line);
     at_graph = c == 't';
     if (c == '#') {
-      fputs(line, out);
+      out.add(line);
     } else if (at_graph) {
       const std::string header = line; // which ends as reading goes on
       lines.seek(start);
@@ -196,7 +197,7 @@ static void filter_patterns(const file_text &patterns, const ksstack *tags,
   lines.seek(start);
   while (const char *line = lines.next(size))
     if (line[0] == '#')
-      fputs(line, out);
+      out.add(line);
 }
 
 // Goes back to where a temporary file that has been written begins.

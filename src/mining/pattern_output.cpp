@@ -26,6 +26,7 @@ void sg_set_write_patterns(const sg_set *set, const label_set *ls,
   if (!stream)
     die("subgraph.c", "no output file specified\n");
   text_buffer out(stream);
+  graph_writer graphs(ls);
   for (int id = 0; id < sg_set_size(set); id++) {
     expect_records(set, id, record_part::graph);
     const subgraph *sg = sg_set_get(set, id);
@@ -34,7 +35,7 @@ void sg_set_write_patterns(const sg_set *set, const label_set *ls,
     out.add(", ");
     out.add(sg->count);
     out.add('\n');
-    graph_save(sg->g, ls, out);
+    graphs.write(sg->g, out);
   }
   out.flush();
 }
