@@ -1,40 +1,55 @@
 // Building a graph and one edge more in one pass.
 //
-// Neighbour lists are copied with the new slot let in at its sorted place, so
-// the result needs no sorting.  It goes into memory that the caller uses again;
-// nothing is allocated.
+// The slots are copied in up to three runs, with each new one let in at its
+// sorted place, so the result needs no sorting.  It goes into memory that the
+// caller uses again; nothing is allocated.
 
 #include "graph/extend.h"
 
 #include <algorithm>
+#include <numeric>
 
 #include "base/error.h"
 
 namespace kestro {
 
-// Appends vertex i of g, which loses nothing, to result, whose slots up to
-// count are filled; returns how many are then.
-static int copy_vertex(const graph *g, int i, int count, graph *result) {
-  const int degree = g->v[i + 1] - g->v[i];
-  result->v[i] = count;
-  result->vlabel[i] = g->vlabel[i];
-  result->vid[i] = g->vid ? g->vid[i] : i;
-  std::copy_n(g->e + g->v[i], degree, result->e + count);
-  std::copy_n(g->elabel + g->v[i], degree, result->elabel + count);
-  return count + degree;
+// Where neighbour belongs in the list of vertex i.
+static int place_in(const graph *g, int i, int neighbour) {
+  int j = g->v[i];
+  while (j < g->v[i + 1] && g->e[j] < neighbour)
+    j++;
+  return j;
 }
 
-// Lets a slot in among those of the vertex appended last.
-static int insert_slot(graph *result, int first, int count, int neighbour,
-                       int elabel) {
-  int j = count;
-  for (; j > first && result->e[j - 1] > neighbour; j--) {
-    result->e[j] = result->e[j - 1];
-    result->elabel[j] = result->elabel[j - 1];
-  }
-  result->e[j] = neighbour;
-  result->elabel[j] = elabel;
-  return count + 1;
+// Copies the slots in [first, end) of g to those of result from at on; returns
+// where they end.
+static int copy_slots(const graph *g, int first, int end, graph *result,
+                      int at) {
+  std::copy(g->e + first, g->e + end, result->e + at);
+  std::copy(g->elabel + first, g->elabel + end, result->elabel + at);
+  return at + end - first;
+}
+
+static int append_slot(graph *result, int at, int neighbour, int elabel) {
+  result->e[at] = neighbour;
+  result->elabel[at] = elabel;
+  return at + 1;
+}
+
+// Copies the vertices of g, of which first has a slot more in result, and so
+// has second, which is greater, where g has it.
+static void copy_vertices(const graph *g, int first, int second,
+                          graph *result) {
+  const int vs = g->vs;
+  const int *const v = g->v;
+  int *const to = result->v;
+  for (int i = 0; i <= vs; i++)
+    to[i] = v[i] + (i > first) + (i > second);
+  std::copy_n(g->vlabel, vs, result->vlabel);
+  if (g->vid)
+    std::copy_n(g->vid, vs, result->vid);
+  else
+    std::iota(result->vid, result->vid + vs, 0);
 }
 
 void graph_extend_between(const graph *g, int from, int to, int elabel,
@@ -42,14 +57,15 @@ void graph_extend_between(const graph *g, int from, int to, int elabel,
   assert(!graph_has_edge(g, from, to));
   result->es = g->es + 2;
   result->vs = g->vs;
-  int count = 0;
-  for (int i = 0; i < g->vs; i++) {
-    const int first = count;
-    count = copy_vertex(g, i, count, result);
-    if (i == from || i == to)
-      count = insert_slot(result, first, count, i == from ? to : from, elabel);
-  }
-  result->v[g->vs] = count;
+  const auto [first, second] = std::minmax(from, to);
+  const int of_first = place_in(g, first, second);
+  const int of_second = place_in(g, second, first);
+  int at = copy_slots(g, 0, of_first, result, 0);
+  at = append_slot(result, at, second, elabel);
+  at = copy_slots(g, of_first, of_second, result, at);
+  at = append_slot(result, at, first, elabel);
+  copy_slots(g, of_second, g->es, result, at);
+  copy_vertices(g, first, second, result);
   KESTRO_STRUCTURE(graph_check(result));
 }
 
@@ -58,18 +74,15 @@ void graph_extend_to_new(const graph *g, int from, int elabel, int vlabel,
   const int n = g->vs;
   result->es = g->es + 2;
   result->vs = n + 1;
-  int count = 0;
-  for (int i = 0; i < n; i++) {
-    const int first = count;
-    count = copy_vertex(g, i, count, result);
-    if (i == from)
-      count = insert_slot(result, first, count, n, elabel);
-  }
-  result->v[n] = count;
+  const int of_from = g->v[from + 1]; // no neighbour is greater than n
+  int at = copy_slots(g, 0, of_from, result, 0);
+  at = append_slot(result, at, n, elabel);
+  at = copy_slots(g, of_from, g->es, result, at);
+  at = append_slot(result, at, from, elabel);
+  copy_vertices(g, from, n, result);
+  result->v[n + 1] = at;
   result->vlabel[n] = vlabel;
   result->vid[n] = n;
-  count = insert_slot(result, count, count, from, elabel);
-  result->v[n + 1] = count;
   KESTRO_STRUCTURE(graph_check(result));
 }
 

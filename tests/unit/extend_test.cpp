@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include "base/xmalloc.h"
 #include "graph/edge_marks.h"
 #include "reference/graph/merge.h"
 #include "support/graphs.h"
@@ -65,6 +66,56 @@ TEST(Extend, RoomIsUsedAgain) {
 TEST(ExtendDeath, EdgeThatIsThereAlready) {
   EXPECT_DEATH(extended_between(path_graph(3), 0, 1, 0),
                "Assertion `!graph_has_edge\\(g, from, to\\)' failed");
+}
+
+// The same from a list of edges.
+static graph_ptr extended_plainly(const graph_ptr &g, const test_edge &edge,
+                                  int vlabel) {
+  std::vector<test_edge> edges = edges_of(g.get());
+  ints vlabels = vlabels_of(g.get());
+  if (edge.w == g->vs)
+    vlabels.push_back(vlabel);
+  edges.push_back(edge);
+  graph_ptr result = make_graph(vlabels, edges);
+  std::copy_n(g->vid, g->vs, result->vid);
+  return result;
+}
+
+// At every place, those at the first and the last vertex among them.
+TEST(Extend, AgreesWithBuildingFromEdges) {
+  test_rng rng(5);
+  for (int round = 0; round < 60; round++) {
+    const graph_ptr g = random_graph(rng, {.vs = 1 + round % 12,
+                                           .extra_edges = round % 7,
+                                           .connected = round % 5 != 0});
+    const int n = g->vs;
+    for (int i = 0; i < n; i++)
+      g->vid[i] = random_below(rng, 1000);
+    for (int from = 0; from < n; from++) {
+      for (int to = 0; to < n; to++)
+        if (to != from && !graph_has_edge(g.get(), from, to))
+          expect_same(extended_between(g, from, to, 7).get(),
+                      extended_plainly(g, {from, to, 7}, 0).get());
+      expect_same(extended_to_new(g, from, 8, 9).get(),
+                  extended_plainly(g, {from, n, 8}, 9).get());
+    }
+  }
+}
+
+TEST(Extend, VerticesOfAGraphWithoutIdsGetTheirNumbers) {
+  const graph_ptr path = path_graph(3);
+  path->vid[1] = 70;
+  const xptr<void> memory(
+      xmalloc(graph_size(path->es, path->vs, graph_ids::own_numbers)));
+  graph *pattern =
+      graph_init(memory.get(), path->es, path->vs, graph_ids::own_numbers);
+  graph_copy_into(path.get(), pattern);
+  const graph_ptr longer = room_for(pattern);
+  graph_extend_to_new(pattern, 2, 0, 0, longer.get());
+  expect_same(longer.get(), path_graph(4).get());
+  const graph_ptr closed = room_for(pattern);
+  graph_extend_between(pattern, 0, 2, 0, closed.get());
+  expect_same(closed.get(), ring_graph(3).get());
 }
 
 // Gluing another pattern onto the graph along their common core comes to the
