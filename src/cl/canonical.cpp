@@ -9,7 +9,6 @@
 #include "cl/canonical.h"
 
 #include <algorithm>
-#include <utility>
 
 #include "base/error.h"
 #include "cl/exact_search.h"
@@ -38,56 +37,47 @@ struct old_arrays {
   const int *e, *v, *vid, *elabel, *vlabel;
 };
 
+// Copies the arrays in one piece: they lie in one block, which vlabel ends.
 static old_arrays copy_arrays(const graph *g, xvector<int> *memory) {
-  const size_t ints =
-      2 * static_cast<size_t>(g->es) + 3 * static_cast<size_t>(g->vs) + 1;
+  const int *const end = g->vlabel + g->vs;
+  const auto ints = static_cast<size_t>(end - g->e);
   if (memory->size() < ints)
     memory->resize(ints);
-  int *to = memory->data();
-  const auto copied = [&to](const int *from, int count) {
-    std::copy(from, from + count, to);
-    return std::exchange(to, to + count);
-  };
-  old_arrays old;
-  old.e = copied(g->e, g->es);
-  old.v = copied(g->v, g->vs + 1);
-  old.vid = copied(g->vid, g->vs);
-  old.elabel = copied(g->elabel, g->es);
-  old.vlabel = copied(g->vlabel, g->vs);
-  return old;
+  int *const to = memory->data();
+  std::copy(static_cast<const int *>(g->e), end, to);
+  return {to, to + (g->v - g->e), to + (g->vid - g->e), to + (g->elabel - g->e),
+          to + (g->vlabel - g->e)};
 }
 
-// Inserts the slot (neighbour, label) among the sorted ones in [first, end).
-static void insert_slot(graph *g, int first, int end, int neighbour,
-                        int label) {
-  int j = end;
-  for (; j > first && g->e[j - 1] > neighbour; j--) {
-    g->e[j] = g->e[j - 1];
-    g->elabel[j] = g->elabel[j - 1];
-  }
-  g->e[j] = neighbour;
-  g->elabel[j] = label;
-}
-
-// Rewrites g with the vertex at position i as vertex i.
+// Rewrites g with the vertex at position i as vertex i.  Neighbour lists are
+// filled side by side: each vertex in turn enters itself in those of its
+// neighbours, so that they come out ascending.
 void labeller::relabel(graph *g) {
-  const int *order = cells_.order.data();
+  const int vs = g->vs;
+  const int *const order = cells_.order.data();
   const old_arrays old = copy_arrays(g, &arrays_);
-  if (position_.size() < static_cast<size_t>(g->vs))
-    position_.resize(static_cast<size_t>(g->vs));
-  int *position = position_.data();
-  for (int i = 0; i < g->vs; i++)
-    position[order[i]] = i;
+  if (next_.size() < static_cast<size_t>(vs))
+    next_.resize(static_cast<size_t>(vs));
+  int *const next = next_.data();
   int filled = 0;
-  g->v[0] = 0;
-  for (int i = 0; i < g->vs; i++) {
+  for (int i = 0; i < vs; i++) {
     const int u = order[i];
+    g->v[i] = next[u] = filled;
     g->vid[i] = old.vid[u];
     g->vlabel[i] = old.vlabel[u];
-    const int first = filled;
-    for (int j = old.v[u]; j < old.v[u + 1]; j++)
-      insert_slot(g, first, filled++, position[old.e[j]], old.elabel[j]);
-    g->v[i + 1] = filled;
+    filled += old.v[u + 1] - old.v[u];
+  }
+  g->v[vs] = filled;
+  int *const e = g->e;
+  int *const elabel = g->elabel;
+  for (int i = 0; i < vs; i++) {
+    const int u = order[i];
+    const int end = old.v[u + 1];
+    for (int j = old.v[u]; j < end; j++) {
+      const int slot = next[old.e[j]]++;
+      e[slot] = i;
+      elabel[slot] = old.elabel[j];
+    }
   }
 }
 

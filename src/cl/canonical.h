@@ -56,8 +56,8 @@ private:
   colouring cells_;
   label_cells labels_;
   refinement_work work_;
-  xvector<int> position_; // by vertex, its canonical index
-  xvector<int> arrays_;   // a copy of the graph's arrays
+  xvector<int> next_;   // by vertex, the slot that its next neighbour fills
+  xvector<int> arrays_; // a copy of the graph's arrays
 };
 
 } // namespace kestro

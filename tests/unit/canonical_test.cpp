@@ -102,6 +102,23 @@ TEST(Canonical, VidIsCarriedAlongUntouched) {
             (std::vector<int>{400, 0, -20}));
 }
 
+// As a candidate lies in memory made for the largest of its size.
+TEST(Canonical, ArraysWithRoomForMore) {
+  test_rng rng(23);
+  labeller forms;
+  for (int round = 0; round < 50; round++) {
+    const graph_ptr g = random_graph(rng, {.vs = 1 + round % 9});
+    const graph_ptr exact(graph_copy(g.get()));
+    const graph_ptr roomy(graph_create(g->es + 5, g->vs + 3));
+    graph_copy_into(g.get(), roomy.get());
+    forms.canonicalize(exact.get());
+    forms.canonicalize(roomy.get());
+    EXPECT_TRUE(same_structure(exact.get(), roomy.get()));
+    EXPECT_EQ(exact->key, roomy->key);
+    expect_form_of(roomy.get(), g.get());
+  }
+}
+
 TEST(Canonical, OneVertexAndNoVertex) {
   const graph_ptr one = make_graph({4}, {});
   EXPECT_EQ(cl_canonicalize_graph(one.get()), graph_key(one.get()));
