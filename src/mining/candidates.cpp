@@ -60,7 +60,7 @@ generation sg_generate_candidates(const sg_set *children,
                                   const generation_options &options) {
   const child_table table(children, &cores, options.stop);
   const int workers = worker_count(options.jobs, cores.size());
-  seen_extensions seen(children, workers, options.stop);
+  seen_extensions seen(children, &cores, workers, options.stop);
   // A joiner belongs to the thread that makes and ends it.
   xvector<std::unique_ptr<joiner>> joiners(static_cast<size_t>(workers));
   xvector<candidate_set> accepted;
@@ -133,8 +133,7 @@ void join_context::add_child(int id, const sg_parent *entry) {
 }
 
 void join_context::add_offer(const extension &x, size_t child) {
-  seen_->expect(x);
-  offers_.push_back({x, child});
+  offers_.push_back({seen_->expect(x), child});
 }
 
 void join_context::close(size_t b, int u, int w, int elabel) {
@@ -207,9 +206,10 @@ void join_context::join(int a, int b, const sg_parent *ea, const sg_parent *eb,
 // Offers the candidates that were not seen before.  with_groups: the same place
 // may come by several ways, which a child's automorphisms tell.
 void join_context::offer_all(bool with_groups) {
-  for (const auto &[x, child] : offers_) {
-    if (!seen_->insert(x))
+  for (const auto &[key, child] : offers_) {
+    if (!seen_->insert(key))
       continue;
+    const extension &x = key.x;
     const subgraph *accepted = sg_offer_extension(x, registry_);
     if (accepted && accepted->invariant)
       mark_seen(accepted);
@@ -239,11 +239,10 @@ void join_context::mark_seen(const subgraph *accepted) {
     const sg_parent *entry = sg_parent_at(accepted, l);
     if (!seen_->is_extended_from(core, entry->pid))
       continue;
-    marks_.push_back(sg_parent_edge(accepted, entry));
-    seen_->expect(marks_.back());
+    marks_.push_back(seen_->expect(sg_parent_edge(accepted, entry)));
   }
-  for (const extension &x : marks_)
-    seen_->insert(x);
+  for (const seen_extensions::key &mark : marks_)
+    seen_->insert(mark);
 }
 
 // Marks the extensions to which a child's automorphisms bring x.

@@ -56,7 +56,7 @@ struct joined_child {
 
 // A candidate to be offered, found on that child of the core.
 struct pending_offer {
-  extension x;
+  seen_extensions::key key;
   size_t child;
 };
 
@@ -103,7 +103,7 @@ private:
   xvector<int16_t> from_core_;  // of all children, see joined_child
   pattern_groups groups_;       // by child of the core
   xvector<pending_offer> offers_;
-  xvector<extension> marks_;
+  xvector<seen_extensions::key> marks_;
   orbit_walk orbit_;  // of a place in the core
   orbit_walk images_; // of a place in a child
 };

@@ -4,23 +4,31 @@
 
 #include <algorithm>
 
-#include "mining/expect_records.h"
-
 namespace kestro {
 
 static constexpr size_t shared_parts = 64;
 
-seen_extensions::seen_extensions(const sg_set *children, int workers,
+// The vertices that a pattern of the level can have: patterns of one level have
+// equally many edges, and they are connected.
+static int most_vertices(const sg_set *level) {
+  return sg_set_get(level, 0)->g->es / 2 + 1;
+}
+
+seen_extensions::seen_extensions(const sg_set *children,
+                                 const core_links *cores, int workers,
                                  const interruption *stop)
-    : parts_(workers > 1 ? shared_parts : 1), cores_(index(workers)) {
-  for (part &p : parts_)
-    p.set = extension_set(stop);
-  last_core_.reserve(index(sg_set_size(children)));
-  for (int id = 0; id < sg_set_size(children); id++) {
-    expect_records(children, id, record_part::parents);
-    const subgraph *sg = sg_set_get(children, id);
-    const int n = sg_kept_size(sg);
-    last_core_.push_back(n == 0 ? -1 : sg_kept_at(sg, n - 1)->pid);
+    : packing_(sg_set_size(children), most_vertices(children)),
+      parts_(workers > 1 ? shared_parts : 1), cores_(index(workers)),
+      last_core_(index(sg_set_size(children)), -1) {
+  for (part &p : parts_) {
+    p.words = word_set(stop);
+    p.others = extension_set(stop);
+  }
+  interruption_poll poll(stop, 65536);
+  for (int core = 0; core < cores->size(); core++) {
+    poll.step(1 + std::ssize(cores->children(core)));
+    for (const int child : cores->children(core))
+      last_core_[index(child)] = core;
   }
 }
 
@@ -35,24 +43,39 @@ int seen_extensions::earliest_core() const {
   return earliest;
 }
 
-// Before a set needs more room, those go that no core from the earliest one on
-// asks for.
-bool seen_extensions::insert_into(extension_set *set, const extension &x) {
-  if (set->is_full()) {
-    const int core = earliest_core();
-    set->keep_only([&](const extension &seen) {
-      return is_extended_from(core, seen.pattern);
-    });
-  }
-  return set->insert(x);
+// Before a table needs more room, those go that no core from the earliest one
+// on asks for.
+template <class Table, class PatternOf>
+void seen_extensions::make_room(Table *table, PatternOf pattern_of) const {
+  if (!table->is_full())
+    return;
+  const int core = earliest_core();
+  table->keep_only([&](const auto &seen) {
+    return is_extended_from(core, pattern_of(seen));
+  });
 }
 
-bool seen_extensions::insert(const extension &x) {
-  part *to = &parts_[part_of(x)];
+bool seen_extensions::insert_into(part *to, const key &k) {
+  if (k.word == 0) {
+    make_room(&to->others, [](const extension &x) { return x.pattern; });
+    return to->others.insert(k.x);
+  }
+  make_room(&to->words, [&](uint64_t w) { return packing_.pattern_of(w); });
+  return to->words.insert(k.word);
+}
+
+bool seen_extensions::insert(const key &k) {
+  part *to = &parts_[part_of(k.x)];
   if (!is_shared())
-    return insert_into(&to->set, x);
+    return insert_into(to, k);
   const std::lock_guard<std::mutex> lock(to->access);
-  return insert_into(&to->set, x);
+  return insert_into(to, k);
+}
+
+bool seen_extensions::contains(const extension &x) const {
+  const key k = key_of(x);
+  const part &in = parts_[part_of(x)];
+  return k.word == 0 ? in.others.contains(x) : in.words.contains(k.word);
 }
 
 } // namespace kestro

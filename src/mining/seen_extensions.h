@@ -4,8 +4,8 @@
 #include <atomic>
 #include <mutex>
 
-#include "mining/extension.h"
-#include "mining/sg_set.h"
+#include "mining/core_links.h"
+#include "mining/packed_extension.h"
 
 namespace kestro {
 
@@ -13,9 +13,16 @@ namespace kestro {
 // others need not offer.  Forgetting an extension would only cost time.
 class seen_extensions {
 public:
-  // children, the level that is extended, is borrowed while this is made.
-  explicit seen_extensions(const sg_set *children, int workers = 1,
-                           const interruption *stop = nullptr);
+  // An extension as it is looked for.
+  struct key {
+    extension x;
+    uint64_t word; // of x, 0 when it has none
+  };
+
+  // children, not empty, is the level that is extended, and cores tell through
+  // which cores.  Both are borrowed while this is made.
+  seen_extensions(const sg_set *children, const core_links *cores,
+                  int workers = 1, const interruption *stop = nullptr);
 
   // Tells that a worker joins that core from now on.  Each worker joins cores
   // in ascending order.
@@ -27,23 +34,25 @@ public:
     return last_core_[index(pattern)] >= core;
   }
 
-  // Tells that x will be added soon, which saves time then.
-  void expect(const extension &x) const {
-    if (!is_shared())
-      parts_[0].set.expect(x);
+  // Tells that x will be added soon, which saves time then; as what.
+  key expect(const extension &x) const {
+    const key k = key_of(x);
+    if (!is_shared() && k.word != 0)
+      parts_[0].words.expect(k.word);
+    return k;
   }
-  // Adds x; false when it is there already.
-  bool insert(const extension &x);
+  // Adds an extension; false when it is there already.
+  bool insert(const key &k);
+  bool insert(const extension &x) { return insert(key_of(x)); }
   // Whether x is there, while no thread adds any.
-  bool contains(const extension &x) const {
-    return parts_[part_of(x)].set.contains(x);
-  }
+  bool contains(const extension &x) const;
 
 private:
   // The extensions of some of the patterns.
   struct part {
     std::mutex access;
-    extension_set set;
+    word_set words;
+    extension_set others; // those without a word
   };
 
   static size_t index(int i) { return static_cast<size_t>(i); }
@@ -54,8 +63,12 @@ private:
   size_t part_of(const extension &x) const {
     return index(x.pattern) % parts_.size();
   }
-  bool insert_into(extension_set *set, const extension &x);
+  key key_of(const extension &x) const { return {x, packing_.word_of(x)}; }
+  bool insert_into(part *to, const key &k);
+  template <class Table, class PatternOf>
+  void make_room(Table *table, PatternOf pattern_of) const;
 
+  extension_packing packing_;
   xvector<part> parts_;
   xvector<std::atomic<int>> cores_; // by worker: the one it joins
   xvector<int> last_core_; // by pattern: the id of its last kept parent

@@ -254,7 +254,7 @@ TEST_F(LongSteps, JoiningEnds) {
   const child_table table(levels.children.get(), &links);
   derived_parents known(levels.children.get(), &table);
   registration registry(levels.children.get(), labeller(), &known);
-  seen_extensions seen(levels.children.get());
+  seen_extensions seen(levels.children.get(), &links);
   join_context context(levels.children.get(), &links, &registry, &seen);
   context.poll = interruption_poll(&stop, 1);
   for (int id = 0; id < sg_set_size(levels.cores.get()); id++) {

@@ -205,7 +205,7 @@ struct pair_joiner {
   pair_joiner(const sg_set *children, const sg_set *cores)
       : links(cores, children), table(children, &links),
         derived(children, &table), registry(children, labeller(), &derived),
-        seen(children), context(children, &links, &registry, &seen) {}
+        seen(children, &links), context(children, &links, &registry, &seen) {}
 
   core_links links;
   child_table table;
