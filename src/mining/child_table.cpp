@@ -28,14 +28,12 @@ static bool is_earlier(const found_child &a, const found_child &b) {
   return a.child != b.child ? a.child < b.child : a.entry < b.entry;
 }
 
-// Builds the lists: first the edges of all children as they come, then core by
-// core, sorted and with their images.
+// Builds the lists: first the edges of all children, as they come, each with
+// its core, then core by core, sorted and with their images.
 class child_table::builder {
 public:
-  builder(child_table *table, const sg_set *children, int cores,
-          const interruption *stop)
-      : table_(table), children_(children), poll_(stop, 4096), met_(stop),
-        starts_(static_cast<size_t>(cores) + 1, 0) {}
+  builder(child_table *table, const sg_set *children, const interruption *stop)
+      : table_(table), children_(children), poll_(stop, 4096), met_(stop) {}
 
   // Lists the edges of all children.
   void collect();
@@ -49,71 +47,60 @@ private:
     found_child found;
   };
 
-  void count_starts();
-  void add_sorted(size_t first, size_t end);
+  void make_room();
   void add_images(const pattern_group &group, size_t first, size_t end);
 
   child_table *table_;
   const sg_set *children_;
   interruption_poll poll_;
-  extension_set met_; // places of one core
-  xvector<entry> entries_;
-  xvector<int> starts_;   // by core, its entries in order_; and their end
-  xvector<int> order_;    // entries by core
-  xvector<entry> places_; // of one core
+  extension_set met_;      // places of one core
+  xvector<entry> entries_; // core by core
+  xvector<size_t> ends_;   // by core, of its entries
+  xvector<entry> places_;  // of one core
 };
 
 void child_table::builder::collect() {
-  const int n = sg_set_size(children_);
-  size_t edges = 0;
-  for (int id = 0; id < n; id++) {
-    expect_records(children_, id, record_part::head);
-    poll_.step();
-    edges += static_cast<size_t>(sg_parent_size(sg_set_get(children_, id)));
-  }
-  entries_.reserve(edges);
-  for (int id = 0; id < n; id++) {
+  make_room();
+  table_->children_.reserve(static_cast<size_t>(sg_set_size(children_)));
+  for (int id = 0; id < sg_set_size(children_); id++) {
     expect_records(children_, id, record_part::parents);
     const subgraph *child = sg_set_get(children_, id);
     table_->children_.push_back(child->invariant);
     poll_.step(1 + sg_parent_size(child));
-    for (int l = 0; l < sg_parent_size(child); l++)
-      entries_.push_back({sg_parent_edge(child, sg_parent_at(child, l)),
-                          {id, short_index(l), -1}});
+    for (int l = 0; l < sg_parent_size(child); l++) {
+      const sg_parent *parent = sg_parent_at(child, l);
+      entries_[ends_[static_cast<size_t>(parent->pid)]++] = {
+          sg_parent_edge(child, parent), {id, short_index(l), -1}};
+    }
   }
-  count_starts();
 }
 
-// Sorts the entries by core; those of one core stay in their order.
-void child_table::builder::count_starts() {
-  int_count(entries_.size());
-  for (const entry &e : entries_)
-    starts_[static_cast<size_t>(e.edge.pattern)]++;
-  int end = 0;
-  for (int &start : starts_)
-    start = end += start;
-  order_.resize(entries_.size());
-  for (size_t i = entries_.size(); i-- > 0;)
-    order_[static_cast<size_t>(
-        --starts_[static_cast<size_t>(entries_[i].edge.pattern)])] =
-        static_cast<int>(i);
+// Each core's entries end where they begin, at first.
+void child_table::builder::make_room() {
+  const int cores = table_->cores_->size();
+  ends_.reserve(static_cast<size_t>(cores));
+  size_t entries = 0;
+  for (int p = 0; p < cores; p++) {
+    ends_.push_back(entries);
+    entries += static_cast<size_t>(table_->cores_->entries(p));
+  }
+  entries_.resize(entries);
 }
 
 void child_table::builder::fill() {
   xvector<placed_child> &out = table_->places_;
   out.reserve(entries_.size()); // most have one place only
-  const size_t cores = starts_.size() - 1;
-  table_->starts_.reserve(cores + 1);
+  table_->starts_.reserve(ends_.size() + 1);
   table_->starts_.push_back(0);
-  for (size_t p = 0; p < cores; p++) {
-    const size_t first = static_cast<size_t>(starts_[p]);
-    const size_t end = static_cast<size_t>(starts_[p + 1]);
+  size_t first = 0;
+  for (size_t p = 0; p < ends_.size(); first = ends_[p], p++) {
+    const size_t end = ends_[p];
     poll_.step(static_cast<int64_t>(end - first));
     const pattern_group group = table_->cores_->group(static_cast<int>(p));
     const auto start = static_cast<ptrdiff_t>(out.size());
     if (group.count == 0)
       for (size_t i = first; i < end; i++) {
-        const entry &e = entries_[static_cast<size_t>(order_[i])];
+        const entry &e = entries_[i];
         out.push_back(placed(e.edge, e.found));
       }
     else
@@ -135,7 +122,7 @@ void child_table::builder::add_images(const pattern_group &group, size_t first,
                                       size_t end) {
   met_.clear();
   for (size_t i = first; i < end; i++) {
-    const entry &e = entries_[static_cast<size_t>(order_[i])];
+    const entry &e = entries_[i];
     if (!met_.insert(e.edge))
       continue; // all images are in, too
     places_.assign(1, e);
@@ -156,7 +143,7 @@ void child_table::builder::add_images(const pattern_group &group, size_t first,
 child_table::child_table(const sg_set *children, const core_links *cores,
                          const interruption *stop)
     : cores_(cores) {
-  builder lists(this, children, cores->size(), stop);
+  builder lists(this, children, stop);
   lists.collect();
   lists.fill();
 }

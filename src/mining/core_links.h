@@ -28,6 +28,8 @@ public:
     return {children_.data() + start[0],
             static_cast<size_t>(start[1] - start[0])};
   }
+  // How many parent entries of patterns of the next level tell of a core.
+  int entries(int core) const { return entries_[static_cast<size_t>(core)]; }
   // The group of a core that is a parent.
   pattern_group group(int core) const { return groups_.at(core); }
   // Whether the form of a core is known not to depend on the order of vertices.
@@ -36,17 +38,15 @@ public:
   }
 
 private:
-  // What the children tell.
-  struct parentage {
-    xvector<std::array<int, 2>> kept; // by child: its kept parents, -1 for none
-    xvector<char> is_parent;          // by core
-  };
-  static parentage parentage_of(const sg_set *cores, const sg_set *children,
-                                interruption_poll *poll);
-  void list_children(const parentage &of, interruption_poll *poll);
+  // By child: the kept parents, -1 for none.
+  using kept_parents = xvector<std::array<int, 2>>;
+
+  kept_parents read_children(const sg_set *children, interruption_poll *poll);
+  void list_children(const kept_parents &kept, interruption_poll *poll);
 
   xvector<int> starts_;   // by core: where its children begin, and the end
   xvector<int> children_; // of all cores
+  xvector<int> entries_;  // by core
   xvector<char> invariant_;
   pattern_groups groups_;
 };

@@ -6,8 +6,6 @@
 
 namespace kestro {
 
-static constexpr size_t shared_parts = 64;
-
 // The vertices that a pattern of the level can have: patterns of one level have
 // equally many edges, and they are connected.
 static int most_vertices(const sg_set *level) {

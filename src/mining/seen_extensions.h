@@ -55,13 +55,15 @@ private:
     extension_set others; // those without a word
   };
 
+  static constexpr size_t shared_parts = 64;
+
   static size_t index(int i) { return static_cast<size_t>(i); }
   bool is_shared() const { return cores_.size() > 1; }
   int core_of(int worker) const {
     return cores_[index(worker)].load(std::memory_order_relaxed);
   }
   size_t part_of(const extension &x) const {
-    return index(x.pattern) % parts_.size();
+    return is_shared() ? index(x.pattern) % shared_parts : 0;
   }
   key key_of(const extension &x) const { return {x, packing_.word_of(x)}; }
   bool insert_into(part *to, const key &k);
