@@ -22,7 +22,7 @@ seen_extensions::seen_extensions(const sg_set *children,
     p.words = word_set(stop);
     p.others = extension_set(stop);
   }
-  interruption_poll poll(stop, 65536);
+  interruption_poll poll(stop, 4096);
   for (int core = 0; core < cores->size(); core++) {
     poll.step(1 + std::ssize(cores->children(core)));
     for (const int child : cores->children(core))

@@ -4,6 +4,7 @@
 #include <atomic>
 #include <mutex>
 
+#include "base/word_set.h"
 #include "mining/core_links.h"
 #include "mining/packed_extension.h"
 

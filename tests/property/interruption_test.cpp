@@ -246,6 +246,8 @@ TEST_F(LongSteps, PreparingGenerationEnds) {
                interrupted);
   const core_links links = links_of(levels);
   EXPECT_THROW(child_table(levels.children.get(), &links, &stop), interrupted);
+  EXPECT_THROW(seen_extensions(levels.children.get(), &links, 1, &stop),
+               interrupted);
   EXPECT_THROW(closure_filter(levels.children.get(), &stop), interrupted);
 }
 
@@ -315,6 +317,19 @@ TEST_F(LongSteps, GrowingTablesStayAsTheyWere) {
   for (int i = 0; i < added; i++)
     EXPECT_TRUE(seen.contains(closing_extension(i, 0, 1, 0)));
   EXPECT_FALSE(seen.contains(closing_extension(added, 0, 1, 0)));
+}
+
+TEST_F(LongSteps, GrowingSetsOfWordsStayAsTheyWere) {
+  word_set words(&stop);
+  uint64_t added = 0;
+  const auto add_all = [&] {
+    for (;; added++)
+      words.insert(added + 1);
+  };
+  EXPECT_THROW(add_all(), interrupted);
+  for (uint64_t w = 1; w <= added; w++)
+    EXPECT_TRUE(words.contains(w));
+  EXPECT_FALSE(words.contains(added + 1));
 }
 
 TEST_F(LongSteps, BoundsEndOnAnyNumberOfThreads) {

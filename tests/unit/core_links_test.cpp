@@ -27,6 +27,13 @@ TEST(CoreLinks, TellWhatTheRecordsTold) {
       children.push_back(sg_child_at(core, i));
     EXPECT_EQ(ints(links.children(id).begin(), links.children(id).end()),
               children);
+    int entries = 0;
+    for (int i = 0; i < sg_set_size(levels.children.get()); i++) {
+      const subgraph *child = sg_set_get(levels.children.get(), i);
+      for (int l = 0; l < sg_parent_size(child); l++)
+        entries += sg_parent_at(child, l)->pid == id;
+    }
+    EXPECT_EQ(links.entries(id), entries);
     EXPECT_EQ(links.is_invariant(id), core->invariant);
     // An edge with equal ends can be turned round.
     const bool turns = core->g->vlabel[0] == core->g->vlabel[1];

@@ -1,5 +1,9 @@
 #include "mining/seen_extensions.h"
 
+#include <climits>
+#include <set>
+#include <tuple>
+
 #include <gtest/gtest.h>
 
 #include "base/parallel.h"
@@ -9,25 +13,35 @@
 namespace kestro {
 
 // A level in which pattern i has core i / 10 as its only kept parent.
-static sg_set_ptr level_of(int patterns) {
-  sg_set_ptr level(sg_set_create());
-  for (int i = 0; i < patterns; i++) {
-    sg_ptr sg = record_of(path_graph(2));
-    add_parent(sg.get(), i / 10);
-    sg->kept[0] = 0;
-    sg_set_push(level.get(), std::move(sg));
+struct narrow_level {
+  explicit narrow_level(int patterns)
+      : children(sg_set_create()), cores(sg_set_create()) {
+    for (int i = 0; i < patterns; i++) {
+      sg_ptr sg = record_of(path_graph(3));
+      add_parent(sg.get(), i / 10);
+      sg->kept[0] = 0;
+      sg_set_push(children.get(), std::move(sg));
+      if (i % 10 == 0)
+        sg_set_push(cores.get(), record_of(path_graph(2)));
+    }
   }
-  return level;
-}
+  seen_extensions seen(int workers = 1) const {
+    const core_links links(cores.get(), children.get());
+    return {children.get(), &links, workers};
+  }
+
+  sg_set_ptr children;
+  sg_set_ptr cores;
+};
 
 static extension at(int pattern, int from) {
   return pendant_extension(pattern, from, 0, 0);
 }
 
 TEST(SeenExtensions, AreAddedOnce) {
-  const sg_set_ptr level = level_of(3);
+  const narrow_level level(3);
   for (const int workers : {1, 3}) {
-    seen_extensions seen(level.get(), workers);
+    seen_extensions seen = level.seen(workers);
     EXPECT_FALSE(seen.contains(at(2, 1)));
     seen.expect(at(2, 1));
     EXPECT_TRUE(seen.insert(at(2, 1)));
@@ -39,8 +53,8 @@ TEST(SeenExtensions, AreAddedOnce) {
 }
 
 TEST(SeenExtensions, LastKeptParentSaysHowLongAPatternIsExtended) {
-  const sg_set_ptr level = level_of(25);
-  const seen_extensions seen(level.get());
+  const narrow_level level(25);
+  const seen_extensions seen = level.seen();
   EXPECT_TRUE(seen.is_extended_from(0, 9));
   EXPECT_FALSE(seen.is_extended_from(1, 9));
   EXPECT_TRUE(seen.is_extended_from(1, 10));
@@ -49,8 +63,8 @@ TEST(SeenExtensions, LastKeptParentSaysHowLongAPatternIsExtended) {
 }
 
 TEST(SeenExtensions, SlowestWorkerSaysWhichCoreIsTheEarliest) {
-  const sg_set_ptr level = level_of(1);
-  seen_extensions seen(level.get(), 3);
+  const narrow_level level(1);
+  seen_extensions seen = level.seen(3);
   EXPECT_EQ(seen.earliest_core(), 0);
   seen.begin_core(0, 5);
   seen.begin_core(2, 7);
@@ -64,9 +78,9 @@ TEST(SeenExtensions, SlowestWorkerSaysWhichCoreIsTheEarliest) {
 // Joined in order, patterns keep their marks as long as a core asks for them.
 TEST(SeenExtensions, NoneIsForgottenThatIsAskedForAgain) {
   constexpr int patterns = 2000;
-  const sg_set_ptr level = level_of(patterns);
+  const narrow_level level(patterns);
   for (const int workers : {1, 2}) {
-    seen_extensions seen(level.get(), workers);
+    seen_extensions seen = level.seen(workers);
     for (int core = 0; core < patterns / 10; core++) {
       for (int w = 0; w < workers; w++)
         seen.begin_core(w, core);
@@ -80,12 +94,46 @@ TEST(SeenExtensions, NoneIsForgottenThatIsAskedForAgain) {
   }
 }
 
+// Some extensions have a word, and the large labels have none.
+TEST(SeenExtensions, EqualAStandardSet) {
+  constexpr int patterns = 1000;
+  const narrow_level level(patterns);
+  const auto order = [](const extension &a, const extension &b) {
+    return std::tie(a.pattern, a.from, a.to, a.elabel, a.vlabel) <
+           std::tie(b.pattern, b.from, b.to, b.elabel, b.vlabel);
+  };
+  for (const int workers : {1, 3}) {
+    seen_extensions seen = level.seen(workers);
+    std::set<extension, decltype(order)> expected(order);
+    test_rng rng(7);
+    const auto any = [&](int n) {
+      return static_cast<int>(rng() % unsigned(n));
+    };
+    const auto label = [&] { return any(3) ? any(3) : INT_MAX - any(3); };
+    for (int i = 0; i < 40000; i++) {
+      const int core = i / (40000 / (patterns / 10));
+      for (int w = 0; w < workers; w++)
+        seen.begin_core(w, core);
+      const int pattern = 10 * core + any(patterns - 10 * core);
+      const extension x =
+          any(3) ? pendant_extension(pattern, any(3), label(), label())
+                 : closing_extension(pattern, any(2), 2, label());
+      ASSERT_EQ(seen.contains(x), expected.count(x) == 1);
+      const bool added = any(2) ? seen.insert(x) : seen.insert(seen.expect(x));
+      ASSERT_EQ(added, expected.insert(x).second);
+    }
+    for (const extension &x : expected)
+      ASSERT_TRUE(seen.contains(x) ||
+                  !seen.is_extended_from(seen.earliest_core(), x.pattern));
+  }
+}
+
 // Each is added by one of the threads that want to.
 TEST(SeenExtensions, ThreadsShareThem) {
   constexpr int patterns = 500;
   constexpr int jobs = 4;
-  const sg_set_ptr level = level_of(patterns);
-  seen_extensions seen(level.get(), jobs);
+  const narrow_level level(patterns);
+  seen_extensions seen = level.seen(jobs);
   std::atomic<int> added = 0;
   parallel_for(
       jobs, 4 * patterns,
