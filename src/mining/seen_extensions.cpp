@@ -1,4 +1,8 @@
 // Seen extensions, in parts that threads seldom want at once.
+//
+// Looking for them mostly waits for memory, so the tables are small: a word for
+// each.  The few that have none are in a table of their own, so that what does
+// not fit into a word is kept just as exactly.
 
 #include "mining/seen_extensions.h"
 

@@ -35,11 +35,16 @@ public:
     return last_core_[index(pattern)] >= core;
   }
 
-  // Tells that x will be added soon, which saves time then; as what.
+  // Tells that x will be added soon, which saves time then.  Returns what
+  // insert() needs of it, so that it is computed once.
   key expect(const extension &x) const {
     const key k = key_of(x);
-    if (!is_shared() && k.word != 0)
+    if (is_shared())
+      return k;
+    if (k.word != 0)
       parts_[0].words.expect(k.word);
+    else
+      parts_[0].others.expect(x);
     return k;
   }
   // Adds an extension; false when it is there already.
