@@ -43,7 +43,9 @@ public:
 
 private:
   // Bits for the numbers from 0 to n.
-  static int width(int n) { return std::bit_width(static_cast<unsigned>(n)); }
+  static int width(int n) {
+    return static_cast<int>(std::bit_width(static_cast<unsigned>(n)));
+  }
 
   // Where a number's lowest bit lies; the vlabel's is bit 0.
   int pattern_at_;

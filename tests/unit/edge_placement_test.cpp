@@ -195,7 +195,7 @@ protected:
     std::vector<Image> rows[2];
     std::vector<char> found[2];
     int placed[2] = {0, 0};
-    for (const size_t way : {0, 1}) {
+    for (size_t way = 0; way < 2; way++) {
       rows[way].resize(images);
       found[way].resize(n);
       const row_places<Image> to = {bound.data(), count, rows[way].data(),
