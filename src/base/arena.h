@@ -14,7 +14,8 @@ struct alignas(std::max_align_t) arena_chunk {
 };
 
 // Chunks that arenas are done with, kept for others: memory fresh from the
-// system costs a fault for each of its pages.  Several threads may use one.
+// system costs a fault for each of its pages.  It frees them in its end only.
+// Several threads may use one.
 class chunk_pool {
 public:
   chunk_pool() = default;

@@ -214,7 +214,7 @@ edge_placement::shuffling::shuffling(const edge_placement &placement)
   }
 }
 
-// The number of rows, of count, behind which so many bytes can be reached.
+// The number of rows, of count, from whose start on so many bytes are theirs.
 static int rows_with_room(int count, int vs, int bytes) {
   return std::max(0, count - (bytes + vs - 1) / vs + 1);
 }

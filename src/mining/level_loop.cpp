@@ -142,7 +142,7 @@ static bool mine_level(const mining_run *run, int k, chunk_pool *chunks,
 }
 
 search_end mine_levels(const mining_run *run) {
-  chunk_pool chunks; // from level to level
+  chunk_pool chunks; // of all levels, which it outlives
   level_pair levels;
   bool wanted = true;
   int last = mine_first_levels(run, &levels, &wanted);

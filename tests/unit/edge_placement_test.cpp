@@ -179,7 +179,34 @@ protected:
     return map;
   }
 
-  // Compares extend_all with extend_each, block after block.
+  template <class Image>
+  int extend_blocks(const edge_placement &placement, const subgraph *parent,
+                    const row_places<Image> &to, int block) {
+    row_cursor<Image> from(parent);
+    int placed = 0;
+    for (int i = 0; i < to.count; i += block)
+      placed +=
+          placement.extend_all(&from, to, i, std::min(to.count, i + block));
+    return placed;
+  }
+
+  template <class Image>
+  int extend_one_by_one(const edge_placement &placement, const subgraph *parent,
+                        const row_places<Image> &to, int vs) {
+    const ints tids = ids_of(parent->tid);
+    int placed = 0;
+    for (int i = 0; i < to.count; i++) {
+      const auto at = std::find(tids.begin(), tids.end(), to.tids[i]);
+      const Image *row =
+          sg_row<Image>(parent, static_cast<int>(at - tids.begin()));
+      to.found[i] = placement.extend(row, to.tids[i], to.row(i, vs));
+      placed += to.found[i];
+    }
+    return placed;
+  }
+
+  // Compares extend_all, block after block, with extend on each row, looked up
+  // by its transaction.
   template <class Image>
   void expect_same(const edge_placement &placement, const subgraph *parent,
                    int vs, int block, bool are_kept) {
@@ -200,12 +227,10 @@ protected:
       found[way].resize(n);
       const row_places<Image> to = {bound.data(), count, rows[way].data(),
                                     are_kept, found[way].data()};
-      row_cursor<Image> from(parent);
-      for (int i = 0; i < count; i += block) {
-        const int end = std::min(count, i + block);
-        placed[way] += way == 0 ? placement.extend_all(&from, to, i, end)
-                                : placement.extend_each(&from, to, i, end);
-      }
+      if (way == 0)
+        placed[way] = extend_blocks(placement, parent, to, block);
+      else
+        placed[way] = extend_one_by_one(placement, parent, to, vs);
     }
     EXPECT_EQ(placed[0], placed[1]);
     EXPECT_EQ(found[0], found[1]);
