@@ -1,0 +1,32 @@
+"""Frequent connected subgraphs of labelled graphs.
+
+>>> import kestro
+>>> db = kestro.from_edges([["C", "O"]] * 2, [[(0, 1, "=")]] * 2)
+>>> result = kestro.mine(db, min_support=2)
+>>> result.to_pandas()["id"].tolist()
+['1-0']
+"""
+
+from kestro._database import Graph, GraphDatabase, Skipped
+from kestro._edges import from_edges
+from kestro._errors import KestroError, StopMining
+from kestro._mine import mine
+from kestro._networkx import from_networkx
+from kestro._progress import Progress
+from kestro._result import Pattern, Result
+from kestro._transactions import read_transactions
+
+__all__ = [
+    "Graph",
+    "GraphDatabase",
+    "KestroError",
+    "Pattern",
+    "Progress",
+    "Result",
+    "Skipped",
+    "StopMining",
+    "from_edges",
+    "from_networkx",
+    "mine",
+    "read_transactions",
+]

@@ -1,0 +1,111 @@
+"""Checks of arguments that several functions take."""
+
+from __future__ import annotations
+
+import operator
+import os
+import re
+from typing import Literal, SupportsIndex
+
+import numpy as np
+
+OnError = Literal["raise", "skip"]
+MinSupport = int | float | str
+
+# A number as the command line takes it, without the forms that only C reads.
+_PERCENTAGE = re.compile(r"\s*([0-9]+(?:\.[0-9]*)?|\.[0-9]+)\s*%\s*")
+
+
+def whole_number(name: str, value: object, least: int, most: int = 2**31 - 1) -> int:
+    """Return value as an int; raise unless it is one in that range."""
+    if isinstance(value, (bool, np.bool_)) or not isinstance(value, SupportsIndex):
+        raise TypeError(f"{name} must be an int, not {value!r}")
+    number = operator.index(value)
+    if number < least:
+        raise ValueError(f"{name} must be at least {least}, not {number}")
+    if number > most:
+        raise ValueError(f"{name} must be at most {most}, not {number}")
+    return number
+
+
+def optional_number(name: str, value: object, least: int, most: int) -> int | None:
+    """Return None for None, else what `whole_number` returns."""
+    return None if value is None else whole_number(name, value, least, most)
+
+
+def min_support_parts(value: object) -> tuple[str, float]:
+    """Return the unit, "count", "fraction" or "percentage", and the amount."""
+    if isinstance(value, (bool, np.bool_)):
+        raise TypeError(
+            f"min_support must be a number of graphs, a fraction or a percentage, "
+            f"not {bool(value)}"
+        )
+    if isinstance(value, (int, np.integer)):
+        return "count", float(whole_number("min_support", value, 1))
+    if isinstance(value, (float, np.floating)):
+        if not 0 < value <= 1:
+            raise ValueError(
+                f"a min_support of type float is a fraction in (0, 1], not {value}; "
+                f"write an int for a number of graphs or '5%' for a percentage"
+            )
+        return "fraction", float(value)
+    if isinstance(value, str):
+        found = _PERCENTAGE.fullmatch(value)
+        if not found:
+            raise ValueError(
+                f"a min_support of type str is a percentage like '5%', not {value!r}"
+            )
+        amount = float(found[1])
+        if amount > 100:
+            raise ValueError(f"min_support must be at most 100%, not {value!r}")
+        return "percentage", amount
+    raise TypeError(
+        f"min_support must be an int, a float or a str like '5%', not {value!r}"
+    )
+
+
+def job_count(n_jobs: object) -> int:
+    """Return the number of threads that n_jobs means."""
+    if n_jobs is None:
+        return 1
+    if isinstance(n_jobs, SupportsIndex) and operator.index(n_jobs) == -1:
+        return len(os.sched_getaffinity(0))
+    if isinstance(n_jobs, SupportsIndex) and operator.index(n_jobs) < 1:
+        raise ValueError(f"n_jobs must be None, -1 or at least 1, not {n_jobs!r}")
+    return whole_number("n_jobs", n_jobs, 1)
+
+
+def check_choice(name: str, value: object, choices: tuple[str, ...]) -> None:
+    """Raise unless value is one of the choices."""
+    if value not in choices:
+        wanted = " or ".join(repr(choice) for choice in choices)
+        raise ValueError(f"{name} must be {wanted}, not {value!r}")
+
+
+def positions(key: object, size: int) -> np.ndarray[tuple[int], np.dtype[np.int64]]:
+    """Return the positions that a slice, a mask or an array of ints selects."""
+    if isinstance(key, slice):
+        return np.arange(*key.indices(size), dtype=np.int64)
+    chosen = np.asarray(key)
+    if chosen.ndim != 1:
+        raise IndexError("a selection is a slice, a mask or a sequence of positions")
+    if chosen.dtype == np.bool_:
+        if len(chosen) != size:
+            raise IndexError(f"a mask of {len(chosen)} selects from {size}")
+        return np.flatnonzero(chosen).astype(np.int64)
+    if len(chosen) == 0:
+        return np.zeros(0, dtype=np.int64)
+    if not np.issubdtype(chosen.dtype, np.integer):
+        raise IndexError("a selection is a slice, a mask or a sequence of positions")
+    chosen = chosen.astype(np.int64)
+    if chosen.min() < -size or chosen.max() >= size:
+        raise IndexError(f"a position is out of range for {size}")
+    return np.where(chosen < 0, chosen + size, chosen)
+
+
+def position(key: SupportsIndex, size: int, what: str) -> int:
+    """Return one position, counted from the end where it is negative."""
+    number = operator.index(key)
+    if not -size <= number < size:
+        raise IndexError(f"{what} {number} is out of range for {size}")
+    return number + size if number < 0 else number

@@ -1,0 +1,197 @@
+"""Databases of labelled graphs."""
+
+from __future__ import annotations
+
+import os
+from collections.abc import Iterator
+from dataclasses import dataclass
+from typing import IO, TYPE_CHECKING, Any, NamedTuple, SupportsIndex, overload
+
+import numpy as np
+from numpy.typing import ArrayLike, NDArray
+
+from kestro import _core
+from kestro._arguments import position, positions
+
+if TYPE_CHECKING:
+    import networkx as nx
+
+
+class Skipped(NamedTuple):
+    """A record that a reader left out.
+
+    Attributes
+    ----------
+    record : int
+        Its number in the source, from 0 on; -1 for what lies before the first.
+    reason : str
+        Why.
+    """
+
+    record: int
+    reason: str
+
+
+@dataclass(frozen=True, eq=False)
+class Graph:
+    """A labelled undirected graph.
+
+    Attributes
+    ----------
+    vertex_labels : tuple of str
+        One per vertex; vertices are numbered from 0.
+    edges : ndarray of int32, shape (edges, 2)
+        The ends of each edge, the smaller one first.
+    edge_labels : tuple of str
+        One per edge.
+    """
+
+    vertex_labels: tuple[str, ...]
+    edges: NDArray[np.int32]
+    edge_labels: tuple[str, ...]
+
+    def __repr__(self) -> str:
+        """Return the numbers of vertices and edges."""
+        return f"<Graph: {len(self.vertex_labels)} vertices, {len(self.edges)} edges>"
+
+    def lines(self) -> str:
+        """Return the vertex and edge lines of the transaction format."""
+        lines = [f"v {i} {label}\n" for i, label in enumerate(self.vertex_labels)]
+        lines += [
+            f"u {a} {b} {label}\n"
+            for (a, b), label in zip(self.edges.tolist(), self.edge_labels, strict=True)
+        ]
+        return "".join(lines)
+
+    def to_networkx(
+        self, *, vertex_label: str = "label", edge_label: str = "label"
+    ) -> nx.Graph:
+        """Return the graph as NetworkX's.
+
+        Parameters
+        ----------
+        vertex_label, edge_label : str
+            The attributes that take the labels.
+        """
+        import networkx as nx
+
+        g = nx.Graph()
+        for i, label in enumerate(self.vertex_labels):
+            g.add_node(i, **{vertex_label: label})
+        for (a, b), label in zip(self.edges.tolist(), self.edge_labels, strict=True):
+            g.add_edge(a, b, **{edge_label: label})
+        return g
+
+
+class GraphDatabase:
+    """Labelled undirected graphs, held once and never changed.
+
+    The readers make databases: `read_transactions`, `from_edges`,
+    `from_networkx`, `from_smiles`.  An int gives a `Graph`; a slice, a boolean
+    mask or an array of positions gives a database.  Databases can be pickled.
+
+    Attributes
+    ----------
+    source : ndarray of int64, shape (graphs,)
+        Per graph, the number of its record in what was read, from 0 on.
+    skipped : tuple of Skipped
+        The records that were left out, and why.
+    kind : str
+        "graphs", or "molecules" where labels are those of atoms and bonds.
+    """
+
+    __slots__ = ("_native", "kind", "skipped", "source")
+
+    def __init__(
+        self,
+        native: _core.Database,
+        source: NDArray[np.int64] | None = None,
+        skipped: tuple[Skipped, ...] = (),
+        kind: str = "graphs",
+    ) -> None:
+        self._native = native
+        self.source = (
+            np.arange(len(native), dtype=np.int64) if source is None else source
+        )
+        self.source.flags.writeable = False
+        self.skipped = skipped
+        self.kind = kind
+
+    def __len__(self) -> int:
+        """Return the number of graphs."""
+        return len(self._native)
+
+    def __iter__(self) -> Iterator[Graph]:
+        """Return the graphs one by one."""
+        return (self[tid] for tid in range(len(self)))
+
+    @overload
+    def __getitem__(self, key: SupportsIndex) -> Graph: ...
+    @overload
+    def __getitem__(self, key: slice | ArrayLike) -> GraphDatabase: ...
+    def __getitem__(
+        self, key: SupportsIndex | slice | ArrayLike
+    ) -> Graph | GraphDatabase:
+        """Return a graph, or a database of those selected."""
+        if isinstance(key, SupportsIndex) and not isinstance(key, np.ndarray):
+            tid = position(key, len(self), "graph")
+            vertex_labels, edges, edge_labels = self._native.graph(tid)
+            return Graph(tuple(vertex_labels), edges, tuple(edge_labels))
+        tids = positions(key, len(self))
+        return GraphDatabase(
+            self._native.select(tids), self.source[tids], self.skipped, self.kind
+        )
+
+    def __repr__(self) -> str:
+        """Return the numbers of graphs and of skipped records."""
+        skipped = f", {len(self.skipped)} records skipped" if self.skipped else ""
+        what = "molecules" if self.kind == "molecules" else "graphs"
+        return f"<GraphDatabase: {len(self)} {what}{skipped}>"
+
+    def __reduce__(self) -> tuple[Any, ...]:
+        """Pickle the packed arrays."""
+        packed = self._native.to_arrays()
+        return _unpickled, (packed, self.source, self.skipped, self.kind)
+
+    def to_networkx(
+        self, *, vertex_label: str = "label", edge_label: str = "label"
+    ) -> list[nx.Graph]:
+        """Return the graphs as NetworkX's, with labels in these attributes."""
+        return [
+            g.to_networkx(vertex_label=vertex_label, edge_label=edge_label)
+            for g in self
+        ]
+
+    @overload
+    def to_transactions(self, path: None = None) -> str: ...
+    @overload
+    def to_transactions(self, path: str | os.PathLike[str] | IO[str]) -> None: ...
+    def to_transactions(
+        self, path: str | os.PathLike[str] | IO[str] | None = None
+    ) -> str | None:
+        """Write the graphs in the transaction format of the command line.
+
+        Parameters
+        ----------
+        path : path or text file, optional
+            Where to; None returns the text.
+        """
+        text = "".join(f"t # {tid}\n{g.lines()}" for tid, g in enumerate(self))
+        if path is None:
+            return text
+        if isinstance(path, (str, os.PathLike)):
+            with open(path, "w", encoding="utf-8", errors="surrogateescape") as f:
+                f.write(text)
+        else:
+            path.write(text)
+        return None
+
+
+def _unpickled(
+    packed: dict[str, Any],
+    source: NDArray[np.int64],
+    skipped: tuple[Skipped, ...],
+    kind: str,
+) -> GraphDatabase:
+    native, _ = _core.Database.from_arrays(**packed, skip=False)
+    return GraphDatabase(native, source, skipped, kind)

@@ -1,0 +1,172 @@
+"""Mining a database."""
+
+from __future__ import annotations
+
+import math
+import warnings
+from collections.abc import Callable
+from typing import Literal
+
+from kestro import _core
+from kestro._arguments import (
+    MinSupport,
+    check_choice,
+    job_count,
+    min_support_parts,
+    optional_number,
+    whole_number,
+)
+from kestro._database import GraphDatabase
+from kestro._errors import StopMining
+from kestro._progress import Progress, ProgressBar, ProgressCallback
+from kestro._result import Patterns, Result
+
+Form = Literal["exact", "command-line"]
+
+_LARGEST = 2**31 - 1
+
+
+def mine(
+    db: GraphDatabase,
+    *,
+    min_support: MinSupport,
+    min_size: int = 1,
+    max_size: int | None = None,
+    maximal: bool = False,
+    closed: bool = False,
+    n_jobs: int | None = None,
+    progress: bool | ProgressCallback | None = None,
+    time_limit: float | None = None,
+    max_patterns: int | None = None,
+    form: Form = "exact",
+) -> Result:
+    """Find every connected subgraph that occurs in enough graphs.
+
+    Parameters
+    ----------
+    db : GraphDatabase
+        The graphs.
+    min_support : int, float or str
+        In how many graphs a pattern must occur: an int is a number of graphs,
+        1 or more; a float in (0, 1] is a fraction of them; a str like "5%" is
+        a percentage as on the command line.  Fractions and percentages are
+        rounded to the nearest number of graphs, halves up, and at least 1.
+    min_size, max_size : int
+        The sizes of the patterns, in edges; None is no bound.
+    maximal, closed : bool
+        Keep only patterns that no larger one contains, or none of the same
+        support.  Where that is unknown the pattern is kept, and
+        ``Result.undecided`` counts it.
+    n_jobs : int, optional
+        Threads: None is 1, -1 all cores that the process may use.  The result
+        is the same for any number.
+    progress : bool or callable, optional
+        True shows a bar on standard error, in terminals and notebooks.  A
+        callable is called with a `Progress`, about 20 times a second and at
+        the end of each size.  It may raise `StopMining` to end the run.
+    time_limit : float, optional
+        Seconds after which the run ends with the sizes that are complete.
+    max_patterns : int, optional
+        The run ends with the size after which there are more patterns, which
+        is kept whole.
+    form : {"exact", "command-line"}
+        How patterns are brought into a canonical form: "exact" gives each
+        pattern once; "command-line" gives what the program writes, where a
+        few very symmetric patterns may come twice or be missing.
+
+    Returns
+    -------
+    Result
+        After a limit, `StopMining` or Ctrl-C, the complete sizes, with
+        ``complete`` false and the reason in ``stopped_by``.  Ctrl-C comes
+        with a `RuntimeWarning`.
+
+    Raises
+    ------
+    TypeError, ValueError
+        For arguments that make no sense.
+    Exception
+        What the callback or a signal handler raises ends the run and comes
+        out of it, with the complete sizes in its attribute ``result``.
+
+    Examples
+    --------
+    >>> import kestro
+    >>> db = kestro.from_edges([["C", "O"]] * 2, [[(0, 1, "=")]] * 2)
+    >>> kestro.mine(db, min_support=2)[0]
+    <Pattern 1-0: support 2, C O, 0-1 =>
+    """
+    if not isinstance(db, GraphDatabase):
+        raise TypeError(f"db must be a GraphDatabase, not {type(db).__name__}")
+    check_choice("form", form, ("exact", "command-line"))
+    unit, amount = min_support_parts(min_support)
+    least = whole_number("min_size", min_size, 0)
+    most = optional_number("max_size", max_size, 1, _LARGEST)
+    if most is not None and most < least:
+        raise ValueError(f"max_size is {most}, less than min_size, {least}")
+    jobs = job_count(n_jobs)
+    seconds = _seconds(time_limit)
+    limit = optional_number("max_patterns", max_patterns, 0, 2**63 - 1)
+
+    bar = ProgressBar() if progress is True else None
+    try:
+        packed, summary, raised = _core.mine(
+            db._native,
+            unit,
+            amount,
+            min_size=least,
+            max_size=most,
+            jobs=jobs,
+            exact=form == "exact",
+            time_limit=seconds,
+            pattern_limit=limit,
+            callback=_receiver(bar if bar else progress),
+        )
+    finally:
+        if bar:
+            bar.close()
+    if summary["ending"] == "stopped":
+        interrupted = isinstance(raised, KeyboardInterrupt)
+        summary["ending"] = "interrupt" if interrupted else "progress"
+    vertex_labels, edge_labels = db._native.labels()
+    patterns = Patterns(packed, summary, vertex_labels, edge_labels, form)
+    result = Result.of_run(patterns, db, maximal=bool(maximal), closed=bool(closed))
+    _settle(raised, result)
+    return result
+
+
+def _receiver(
+    progress: bool | ProgressCallback | None,
+) -> Callable[[int, str, int, int, int], object] | None:
+    """Return what the extension calls."""
+    if progress is None or progress is False:
+        return None
+    if not callable(progress):
+        raise TypeError(f"progress must be a bool or a callable, not {progress!r}")
+    callback = progress
+    return lambda *now: callback(Progress(*now))
+
+
+def _seconds(time_limit: object) -> float | None:
+    if time_limit is None:
+        return None
+    if isinstance(time_limit, bool) or not isinstance(time_limit, (int, float)):
+        raise TypeError(f"time_limit must be a number of seconds, not {time_limit!r}")
+    if not (time_limit >= 0 and math.isfinite(time_limit)):
+        raise ValueError(f"time_limit must be 0 or more seconds, not {time_limit!r}")
+    return float(time_limit)
+
+
+def _settle(raised: BaseException | None, result: Result) -> None:
+    """Raise again what ended the run, unless it asked for nothing but that."""
+    if raised is None or isinstance(raised, StopMining):
+        return
+    if isinstance(raised, KeyboardInterrupt):
+        warnings.warn(
+            f"interrupted: {len(result)} patterns were found until then",
+            RuntimeWarning,
+            stacklevel=3,
+        )
+        return
+    raised.result = result  # type: ignore[attr-defined]
+    raise raised

@@ -1,0 +1,84 @@
+"""Graphs from NetworkX."""
+
+from __future__ import annotations
+
+from collections.abc import Iterable
+from typing import TYPE_CHECKING
+
+from kestro._arguments import OnError
+from kestro._database import GraphDatabase
+from kestro._errors import KestroError
+from kestro._packing import Packer
+
+if TYPE_CHECKING:
+    import networkx as nx
+
+
+def from_networkx(
+    graphs: Iterable[nx.Graph],
+    *,
+    vertex_label: str = "label",
+    edge_label: str = "label",
+    on_error: OnError = "raise",
+) -> GraphDatabase:
+    """Make a database of NetworkX's graphs.
+
+    Parameters
+    ----------
+    graphs : iterable of networkx.Graph
+        Undirected; their nodes become vertices in their order.
+    vertex_label, edge_label : str
+        The attributes with the labels: str without white space, or int.
+    on_error : {"raise", "skip"}
+        With "skip", what is no graph is left out and listed in ``skipped``.
+
+    Returns
+    -------
+    GraphDatabase
+
+    Raises
+    ------
+    KestroError
+        For a directed graph, a loop, parallel edges, a missing label, and the
+        labels that `from_edges` refuses.
+
+    Examples
+    --------
+    >>> import kestro, networkx as nx
+    >>> g = nx.Graph()
+    >>> g.add_node("a", label="C"), g.add_node("b", label="O")
+    (None, None)
+    >>> g.add_edge("a", "b", label="=")
+    >>> kestro.from_networkx([g])
+    <GraphDatabase: 1 graphs>
+    """
+    packer = Packer(on_error)
+    for record, g in enumerate(graphs):
+        if g.is_directed():
+            packer.refuse(record, "the graph is directed")
+            continue
+        try:
+            vertices = _labels(g.nodes(data=True), "node", vertex_label)
+            edges = [(a, b) for a, b, _ in g.edges(data=True)]
+            labels = _labels(
+                (((a, b), data) for a, b, data in g.edges(data=True)),
+                "edge",
+                edge_label,
+            )
+        except KestroError as e:
+            packer.refuse(record, e.text)
+            continue
+        number = {node: i for i, node in enumerate(g.nodes)}
+        packer.add(record, vertices, [(number[a], number[b]) for a, b in edges], labels)
+    return packer.build()
+
+
+def _labels(
+    items: Iterable[tuple[object, dict[str, object]]], what: str, attribute: str
+) -> list[object]:
+    labels = []
+    for item, data in items:
+        if attribute not in data:
+            raise KestroError(f"{what} {item!r} has no attribute {attribute!r}")
+        labels.append(data[attribute])
+    return labels

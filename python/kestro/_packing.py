@@ -1,0 +1,134 @@
+"""Graphs from Python, packed for the extension."""
+
+from __future__ import annotations
+
+import re
+from array import array
+from collections.abc import Iterable, Sequence
+from typing import TypeVar
+
+import numpy as np
+from numpy.typing import NDArray
+
+from kestro import _core
+from kestro._arguments import OnError, check_choice
+from kestro._database import GraphDatabase, Skipped
+from kestro._errors import KestroError
+
+_T = TypeVar("_T", bound=np.generic)
+
+# The builder numbers the graphs that it has taken; records have other numbers.
+_GRAPH_NUMBER = re.compile(r"^graph \d+, ")
+
+
+def label_text(label: object) -> str:
+    """Return the text of a label: a str as it is, an int in digits.
+
+    Raises
+    ------
+    KestroError
+        For None, NaN and any other type: two labels that print alike need not
+        be meant to be equal.
+    """
+    if isinstance(label, str):
+        return str(label)
+    if isinstance(label, (int, np.integer)) and not isinstance(label, bool):
+        return str(int(label))
+    if label is None or label != label:
+        raise KestroError("a label is missing")
+    raise KestroError(f"a label is a str or an int, not {label!r}")
+
+
+class Packer:
+    """Collects graphs with the numbers of their records, then builds them.
+
+    Parameters
+    ----------
+    on_error : {"raise", "skip"}
+        What to do with a record that is no graph.
+    """
+
+    def __init__(self, on_error: OnError) -> None:
+        check_choice("on_error", on_error, ("raise", "skip"))
+        self._on_error = on_error
+        self._records = array("q")
+        self._vertex_counts = array("q")
+        self._edge_counts = array("q")
+        self._vertex_labels = array("i")
+        self._edges = array("q")
+        self._edge_labels = array("i")
+        self._vertex_ids: dict[str, int] = {}
+        self._edge_ids: dict[str, int] = {}
+        self._skipped: list[Skipped] = []
+
+    def refuse(self, record: int, reason: str) -> None:
+        """Skip a record, or raise."""
+        if self._on_error == "raise":
+            raise KestroError(f"record {record}: {reason}")
+        self._skipped.append(Skipped(record, reason))
+
+    def add(
+        self,
+        record: int,
+        vertex_labels: Iterable[object],
+        edges: Sequence[tuple[int, int]],
+        edge_labels: Iterable[object],
+    ) -> None:
+        """Add the graph of a record; ends of edges count vertices from 0."""
+        try:
+            vertex_ids = [_label_id(self._vertex_ids, x) for x in vertex_labels]
+            edge_ids = [_label_id(self._edge_ids, x) for x in edge_labels]
+            if len(edge_ids) != len(edges):
+                raise KestroError(f"{len(edges)} edges, {len(edge_ids)} edge labels")
+            ends = array("q", [end for a, b in edges for end in (a, b)])
+        except KestroError as e:
+            return self.refuse(record, e.text)
+        except (TypeError, ValueError, OverflowError) as e:
+            return self.refuse(record, f"an edge is no pair of vertices: {e}")
+        self._records.append(record)
+        self._vertex_counts.append(len(vertex_ids))
+        self._edge_counts.append(len(edge_ids))
+        self._vertex_labels.extend(vertex_ids)
+        self._edges.extend(ends)
+        self._edge_labels.extend(edge_ids)
+        return None
+
+    def build(self, kind: str = "graphs") -> GraphDatabase:
+        """Return the database of all graphs added."""
+        records = _numbers(self._records, np.int64)
+        native, refused = _core.Database.from_arrays(
+            _numbers(self._vertex_counts, np.int64),
+            _numbers(self._edge_counts, np.int64),
+            _numbers(self._vertex_labels, np.int32),
+            _numbers(self._edges, np.int64).reshape(-1, 2),
+            _numbers(self._edge_labels, np.int32),
+            _table(self._vertex_ids),
+            _table(self._edge_ids),
+            skip=self._on_error == "skip",
+        )
+        kept = np.ones(len(records), dtype=np.bool_)
+        for i, reason in refused:
+            kept[i] = False
+            self.refuse(int(records[i]), _GRAPH_NUMBER.sub("", reason))
+        skipped = tuple(sorted(self._skipped))
+        return GraphDatabase(native, records[kept], skipped, kind)
+
+
+def _numbers(numbers: array[int], dtype: type[_T]) -> NDArray[_T]:
+    return np.array(numbers, dtype=dtype)
+
+
+def _label_id(ids: dict[str, int], label: object) -> int:
+    text = label_text(label)
+    found = ids.get(text)
+    if found is None:
+        try:
+            text.encode("utf-8", "surrogateescape")
+        except UnicodeEncodeError:
+            raise KestroError(f"a label that is no text: {text!r}") from None
+        found = ids[text] = len(ids)
+    return found
+
+
+def _table(ids: dict[str, int]) -> list[bytes]:
+    return [label.encode("utf-8", "surrogateescape") for label in ids]

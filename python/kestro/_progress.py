@@ -1,0 +1,64 @@
+"""Showing how far a run is."""
+
+from __future__ import annotations
+
+import sys
+from collections.abc import Callable
+from typing import Any, NamedTuple
+
+
+class Progress(NamedTuple):
+    """How far a run is within one size of patterns.
+
+    Attributes
+    ----------
+    size : int
+        Edges of the patterns that are being looked for.
+    step : str
+        "joining", "bounding", "counting" or "complete".
+    done, known : int
+        Items of this step, done and in all: patterns that are joined,
+        candidates that are bounded or counted, patterns found.
+    candidates : int
+        Candidates of this size; 0 while joining.
+    """
+
+    size: int
+    step: str
+    done: int
+    known: int
+    candidates: int
+
+
+ProgressCallback = Callable[[Progress], object]
+
+
+class ProgressBar:
+    """A bar of tqdm's on standard error, one step at a time.
+
+    It is shown in terminals and notebooks and silent elsewhere.
+    """
+
+    def __init__(self) -> None:
+        from tqdm.auto import tqdm
+
+        # None means silence where standard error is no terminal, which it never
+        # is in a notebook.
+        silent = False if "ipykernel.zmqshell" in sys.modules else None
+        self._bar: Any = tqdm(file=sys.stderr, disable=silent, leave=True)
+        self._patterns = 0
+
+    def __call__(self, now: Progress) -> None:
+        """Show where the run is."""
+        if now.step == "complete":
+            self._patterns += now.done
+        self._bar.set_description(
+            f"size {now.size}, {now.step}, {self._patterns} patterns", refresh=False
+        )
+        self._bar.total = now.known
+        self._bar.n = now.done
+        self._bar.refresh()
+
+    def close(self) -> None:
+        """Take the bar away."""
+        self._bar.close()
