@@ -34,10 +34,12 @@ static std::string_view view_of(const nb::bytes &b) {
   return {b.c_str(), b.size()};
 }
 
-static std::vector<std::string_view> table_of(const nb::list &labels) {
+using label_table = std::vector<nb::bytes>;
+
+static std::vector<std::string_view> table_of(const label_table &labels) {
   std::vector<std::string_view> table;
-  for (const nb::handle label : labels)
-    table.push_back(view_of(nb::borrow<nb::bytes>(label)));
+  for (const nb::bytes &label : labels)
+    table.push_back(view_of(label));
   return table;
 }
 
@@ -47,17 +49,17 @@ namespace {
 class packed_graphs {
 public:
   packed_graphs(input<int64_t> vertex_counts, input<int64_t> edge_counts,
-                input<int32_t> vertex_labels, input_pairs<int64_t> edges,
-                input<int32_t> edge_labels, const nb::list &vertex_table,
-                const nb::list &edge_table)
+                input<int32_t> vertex_labels, input_pairs<int64_t> ends,
+                input<int32_t> edge_labels, const label_table &vertex_table,
+                const label_table &edge_table)
       : vertex_counts_(std::move(vertex_counts)),
         edge_counts_(std::move(edge_counts)),
-        vertex_labels_(std::move(vertex_labels)), edges_(std::move(edges)),
+        vertex_labels_(std::move(vertex_labels)), ends_(std::move(ends)),
         edge_labels_(std::move(edge_labels)),
         vertex_table_(table_of(vertex_table)),
         edge_table_(table_of(edge_table)) {
     if (vertex_counts_.size() != edge_counts_.size() ||
-        edges_.shape(0) != edge_labels_.size())
+        ends_.shape(0) != edge_labels_.size())
       throw std::invalid_argument("packed arrays differ in length");
   }
 
@@ -74,8 +76,8 @@ public:
     for (; vertex_ < vertex_end; vertex_++)
       vertices.push_back(label(vertex_table_, vertex_labels_.data()[vertex_]));
     for (; edge_ < edge_end; edge_++)
-      edges.push_back({end(edges_.data()[2 * edge_]),
-                       end(edges_.data()[2 * edge_ + 1]),
+      edges.push_back({end(ends_.data()[2 * edge_]),
+                       end(ends_.data()[2 * edge_ + 1]),
                        label(edge_table_, edge_labels_.data()[edge_])});
   }
 
@@ -102,7 +104,7 @@ private:
   input<int64_t> vertex_counts_;
   input<int64_t> edge_counts_;
   input<int32_t> vertex_labels_;
-  input_pairs<int64_t> edges_;
+  input_pairs<int64_t> ends_;
   input<int32_t> edge_labels_;
   std::vector<std::string_view> vertex_table_;
   std::vector<std::string_view> edge_table_;
@@ -117,8 +119,8 @@ using refusals = std::vector<std::pair<int64_t, std::string>>;
 static std::pair<database, refusals>
 from_arrays(input<int64_t> vertex_counts, input<int64_t> edge_counts,
             input<int32_t> vertex_labels, input_pairs<int64_t> edges,
-            input<int32_t> edge_labels, const nb::list &vertex_table,
-            const nb::list &edge_table, bool skip) {
+            input<int32_t> edge_labels, const label_table &vertex_table,
+            const label_table &edge_table, bool skip) {
   packed_graphs graphs(std::move(vertex_counts), std::move(edge_counts),
                        std::move(vertex_labels), std::move(edges),
                        std::move(edge_labels), vertex_table, edge_table);
@@ -255,7 +257,9 @@ void bind_database(nb::module_ &m) {
                   "A database of the graphs that can be built, and of the "
                   "others the number and the reason; without skip it ends at "
                   "the first of these.")
-      .def("to_arrays", &to_arrays, "The packed arrays by name.")
+      .def("to_arrays", &to_arrays,
+           nb::sig("def to_arrays(self) -> dict[str, typing.Any]"),
+           "The packed arrays by name.")
       .def("labels", &labels_of,
            nb::sig("def labels(self) -> tuple[list[str], list[str]]"),
            "The vertex labels and the edge labels by id.")

@@ -295,6 +295,12 @@ void bind_mine(nb::module_ &m) {
       nb::arg("min_size"), nb::arg("max_size").none(), nb::arg("jobs"),
       nb::arg("exact"), nb::arg("time_limit").none(),
       nb::arg("pattern_limit").none(), nb::arg("callback").none(),
+      nb::sig("def mine(db: Database, unit: str, amount: float, "
+              "min_size: int, max_size: int | None, jobs: int, exact: bool, "
+              "time_limit: float | None, pattern_limit: int | None, "
+              "callback: collections.abc.Callable[[int, str, int, int, int], "
+              "object] | None) -> tuple[dict[str, numpy.typing.NDArray["
+              "typing.Any]], dict[str, typing.Any], BaseException | None]"),
       "Mines; returns the packed patterns, the summary, and what the callback "
       "or a signal handler raised, or None.  The unit of the minimum support "
       "is count, fraction or percentage.");
