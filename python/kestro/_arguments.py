@@ -5,12 +5,17 @@ from __future__ import annotations
 import operator
 import os
 import re
-from typing import Literal, SupportsIndex
+from collections.abc import Sequence
+from typing import Any, Literal, SupportsIndex
 
 import numpy as np
+from numpy.typing import NDArray
 
 OnError = Literal["raise", "skip"]
 MinSupport = int | float | str
+Index = int | np.integer[Any]
+# A mask or positions; a str is neither.
+Selection = Sequence[bool] | Sequence[int] | NDArray[Any]
 
 # A number as the command line takes it, without the forms that only C reads.
 _PERCENTAGE = re.compile(r"\s*([0-9]+(?:\.[0-9]*)?|\.[0-9]+)\s*%\s*")
@@ -82,7 +87,7 @@ def check_choice(name: str, value: object, choices: tuple[str, ...]) -> None:
         raise ValueError(f"{name} must be {wanted}, not {value!r}")
 
 
-def positions(key: object, size: int) -> np.ndarray[tuple[int], np.dtype[np.int64]]:
+def positions(key: object, size: int) -> NDArray[np.int64]:
     """Return the positions that a slice, a mask or an array of ints selects."""
     if isinstance(key, slice):
         return np.arange(*key.indices(size), dtype=np.int64)
@@ -103,7 +108,7 @@ def positions(key: object, size: int) -> np.ndarray[tuple[int], np.dtype[np.int6
     return np.where(chosen < 0, chosen + size, chosen)
 
 
-def position(key: SupportsIndex, size: int, what: str) -> int:
+def position(key: Index, size: int, what: str) -> int:
     """Return one position, counted from the end where it is negative."""
     number = operator.index(key)
     if not -size <= number < size:

@@ -5,13 +5,13 @@ from __future__ import annotations
 import os
 from collections.abc import Iterator
 from dataclasses import dataclass
-from typing import IO, TYPE_CHECKING, Any, NamedTuple, SupportsIndex, overload
+from typing import IO, TYPE_CHECKING, Any, NamedTuple, overload
 
 import numpy as np
-from numpy.typing import ArrayLike, NDArray
+from numpy.typing import NDArray
 
 from kestro import _core
-from kestro._arguments import position, positions
+from kestro._arguments import Index, Selection, position, positions
 
 if TYPE_CHECKING:
     import networkx as nx
@@ -126,14 +126,12 @@ class GraphDatabase:
         return (self[tid] for tid in range(len(self)))
 
     @overload
-    def __getitem__(self, key: SupportsIndex) -> Graph: ...
+    def __getitem__(self, key: Index) -> Graph: ...
     @overload
-    def __getitem__(self, key: slice | ArrayLike) -> GraphDatabase: ...
-    def __getitem__(
-        self, key: SupportsIndex | slice | ArrayLike
-    ) -> Graph | GraphDatabase:
+    def __getitem__(self, key: slice | Selection) -> GraphDatabase: ...
+    def __getitem__(self, key: Index | slice | Selection) -> Graph | GraphDatabase:
         """Return a graph, or a database of those selected."""
-        if isinstance(key, SupportsIndex) and not isinstance(key, np.ndarray):
+        if isinstance(key, (int, np.integer)):
             tid = position(key, len(self), "graph")
             vertex_labels, edges, edge_labels = self._native.graph(tid)
             return Graph(tuple(vertex_labels), edges, tuple(edge_labels))

@@ -6,12 +6,12 @@ import os
 from collections.abc import Iterator
 from functools import cached_property
 from pathlib import Path
-from typing import TYPE_CHECKING, Any, SupportsIndex, overload
+from typing import TYPE_CHECKING, Any, overload
 
 import numpy as np
-from numpy.typing import ArrayLike, NDArray
+from numpy.typing import NDArray
 
-from kestro._arguments import position, positions
+from kestro._arguments import Index, Selection, position, positions
 from kestro._database import Graph, GraphDatabase
 
 if TYPE_CHECKING:
@@ -312,13 +312,11 @@ class Result:
             return cls(patterns, db)
         keep = np.ones(len(patterns), np.bool_)
         unknown = np.zeros(len(patterns), np.bool_)
-        for wanted, answers in (
-            (maximal, lambda: patterns.maximal),
-            (closed, lambda: patterns.closed),
-        ):
-            if wanted:
-                keep &= answers() != _NO
-                unknown |= answers() == _UNKNOWN
+        wanted = [patterns.maximal] if maximal else []
+        wanted += [patterns.closed] if closed else []
+        for answers in wanted:
+            keep &= answers != _NO
+            unknown |= answers == _UNKNOWN
         return cls(patterns, db, np.flatnonzero(keep), int((keep & unknown).sum()))
 
     @property
@@ -372,14 +370,14 @@ class Result:
         return (Pattern(self._patterns, int(i)) for i in self.positions)
 
     @overload
-    def __getitem__(self, key: SupportsIndex | str) -> Pattern: ...
+    def __getitem__(self, key: Index | str) -> Pattern: ...
     @overload
-    def __getitem__(self, key: slice | ArrayLike) -> Result: ...
-    def __getitem__(self, key: SupportsIndex | str | slice | ArrayLike) -> Any:
+    def __getitem__(self, key: slice | Selection) -> Result: ...
+    def __getitem__(self, key: Index | str | slice | Selection) -> Pattern | Result:
         """Return a pattern, or a result with those selected."""
         if isinstance(key, str):
             return self._named(key)
-        if isinstance(key, SupportsIndex) and not isinstance(key, np.ndarray):
+        if isinstance(key, (int, np.integer)):
             i = position(key, len(self), "pattern")
             return Pattern(
                 self._patterns, i if self._chosen is None else int(self._chosen[i])

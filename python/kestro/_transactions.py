@@ -11,6 +11,7 @@ import zlib
 from typing import IO
 
 import numpy as np
+from numpy.typing import NDArray
 
 from kestro import _core
 from kestro._arguments import OnError, check_choice
@@ -144,7 +145,7 @@ def _explained(e: KestroError) -> KestroError:
 
 def _parse_records(
     text: bytes,
-) -> tuple[_core.Database, np.ndarray[tuple[int], np.dtype[np.int64]], list[Skipped]]:
+) -> tuple[_core.Database, NDArray[np.int64], list[Skipped]]:
     """Parse record by record, then those together that can be read."""
     starts = [m.start() for m in _HEAD.finditer(text)]
     ends = [*starts[1:], len(text)]

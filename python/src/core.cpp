@@ -35,6 +35,9 @@ static void translate(const std::exception_ptr &p, void *) {
 
 NB_MODULE(_core, m) {
   m.doc() = "The library of kestro; use the package kestro instead.";
+  // Objects may outlive the module where a process ends in the middle of a run,
+  // as a forked one does; that is nothing to tell its users.
+  nanobind::set_leak_warnings(false);
   nanobind::register_exception_translator(kestro_python::translate);
   kestro_python::bind_database(m);
   kestro_python::bind_mine(m);
