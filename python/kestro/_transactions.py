@@ -8,6 +8,7 @@ import os
 import re
 import stat
 import zlib
+from itertools import pairwise
 from typing import IO
 
 import numpy as np
@@ -138,7 +139,7 @@ def _parse(text: bytes, name: str) -> _core.Database:
 
 def _explained(e: KestroError) -> KestroError:
     """Return the error, in words where the line that it quotes is empty."""
-    if e.text.strip() == "invalid input line:":
+    if e.text.rstrip().endswith("invalid input line:"):
         return KestroError("an empty line", e.path, e.line)
     return e
 
@@ -147,12 +148,8 @@ def _parse_records(
     text: bytes,
 ) -> tuple[_core.Database, NDArray[np.int64], list[Skipped]]:
     """Parse record by record, then those together that can be read."""
-    starts = [m.start() for m in _HEAD.finditer(text)]
-    ends = [*starts[1:], len(text)]
-    pieces = [(-1, text[: starts[0] if starts else len(text)])]
-    pieces += [
-        (i, text[a:b]) for i, (a, b) in enumerate(zip(starts, ends, strict=True))
-    ]
+    cuts = [0, *(m.start() for m in _HEAD.finditer(text)), len(text)]
+    pieces = [(i - 1, text[a:b]) for i, (a, b) in enumerate(pairwise(cuts))]
     kept = io.BytesIO()
     records = []
     skipped = []

@@ -20,11 +20,16 @@ HEAD = {
 }
 # Options that the package does not have.
 OTHER = re.compile(r"stabilizer|load-labels|save-labels|-h\b|help")
+# The program reads a folder as an empty file, and of the files of a run with -x
+# it drops TID lines that are longer than its reader takes at once.
+DIFFERENT = {"folder-as-file", "maximal-long-tid-lines"}
 
 
 def recorded_runs():
     for file in sorted(ROOT.glob("tests/golden/*/out/*.fp")):
         case = file.parents[1]
+        if case.name in DIFFERENT:
+            continue
         args = (case / "args").read_text()
         if (case / "status").read_text().strip() == "0" and not OTHER.search(args):
             yield pytest.param(case, file, id=case.name)
@@ -43,7 +48,7 @@ def compare(written, folder, name):
             assert (written / f"p.{suffix}").read_bytes() == expected.read_bytes()
 
 
-@pytest.mark.parametrize(("case", "file"), recorded_runs())
+@pytest.mark.parametrize(("case", "file"), list(recorded_runs()))
 def test_recorded_runs(case, file, tmp_path):
     head = file.read_bytes()
     asked = {name: int(row.search(head)[1]) for name, row in HEAD.items()}
