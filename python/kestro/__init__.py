@@ -11,6 +11,7 @@ from kestro._database import Graph, GraphDatabase, Skipped
 from kestro._edges import from_edges
 from kestro._errors import KestroError, StopMining
 from kestro._mine import mine
+from kestro._molecules import from_smiles
 from kestro._networkx import from_networkx
 from kestro._progress import Progress
 from kestro._result import Pattern, Result
@@ -27,6 +28,7 @@ __all__ = [
     "StopMining",
     "from_edges",
     "from_networkx",
+    "from_smiles",
     "mine",
     "read_transactions",
 ]
