@@ -76,8 +76,8 @@ class Packer:
     ) -> None:
         """Add the graph of a record; ends of edges count vertices from 0."""
         try:
-            vertex_ids = [_label_id(self._vertex_ids, x) for x in vertex_labels]
-            edge_ids = [_label_id(self._edge_ids, x) for x in edge_labels]
+            vertex_ids = [self.vertex_label(x) for x in vertex_labels]
+            edge_ids = [self.edge_label(x) for x in edge_labels]
             if len(edge_ids) != len(edges):
                 raise KestroError(f"{len(edges)} edges, {len(edge_ids)} edge labels")
             ends = array("q", [end for a, b in edges for end in (a, b)])
@@ -85,13 +85,30 @@ class Packer:
             return self.refuse(record, e.text)
         except (TypeError, ValueError, OverflowError) as e:
             return self.refuse(record, f"an edge is no pair of vertices: {e}")
+        return self.add_packed(record, vertex_ids, ends, edge_ids)
+
+    def vertex_label(self, label: object) -> int:
+        """Return the id that a vertex label has here."""
+        return _label_id(self._vertex_ids, label)
+
+    def edge_label(self, label: object) -> int:
+        """Return the id that an edge label has here."""
+        return _label_id(self._edge_ids, label)
+
+    def add_packed(
+        self,
+        record: int,
+        vertex_ids: Sequence[int],
+        ends: Sequence[int],
+        edge_ids: Sequence[int],
+    ) -> None:
+        """Add a graph by ids of labels, and two ends per edge."""
         self._records.append(record)
         self._vertex_counts.append(len(vertex_ids))
         self._edge_counts.append(len(edge_ids))
         self._vertex_labels.extend(vertex_ids)
         self._edges.extend(ends)
         self._edge_labels.extend(edge_ids)
-        return None
 
     def build(self, kind: str = "graphs") -> GraphDatabase:
         """Return the database of all graphs added."""
