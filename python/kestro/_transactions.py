@@ -109,7 +109,7 @@ def _bytes_of(
         try:
             data = gzip.decompress(data)
         except (EOFError, zlib.error) as e:
-            raise KestroError(f"the file cannot be unpacked: {e}", name) from e
+            raise KestroError(f"the file cannot be unpacked: {e}", name or None) from e
     return data, name
 
 

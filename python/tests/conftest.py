@@ -4,6 +4,11 @@ import pathlib
 
 import kestro
 import pytest
+from hypothesis import settings
+
+# The same cases in every run, however busy the machine is.
+settings.register_profile("kestro", deadline=None, derandomize=True)
+settings.load_profile("kestro")
 
 # Formaldehyde, acetaldehyde and methanol, hydrogens left out.
 THREE = """t # 0
