@@ -1,8 +1,10 @@
 // Where a pattern occurs in any graph.
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <optional>
+#include <span>
 #include <vector>
 
 #include <kestro/database.h>
@@ -47,15 +49,24 @@ private:
   std::shared_ptr<const state> state_;
 };
 
-// Many patterns at once: those of a result.  A pattern is not looked for where
-// one of its parents is missing.
+// Many patterns at once.  A pattern is not looked for where one of its parents
+// is missing.
 class KESTRO_API lattice_matcher {
 public:
+  // Those of a result.
   explicit lattice_matcher(const result &patterns);
+  // Those of a database: connected graphs of at least one vertex.  The parents
+  // of pattern i are parents[first_parents[i]] up to
+  // parents[first_parents[i + 1]]: patterns before i that it contains, as many
+  // of them as are known.  That they are in it is not checked.  Throws error
+  // for a pattern or a parent that is none.
+  lattice_matcher(const database &patterns,
+                  std::span<const int64_t> first_parents,
+                  std::span<const int> parents);
   lattice_matcher(const lattice_matcher &) = default;
   lattice_matcher &operator=(const lattice_matcher &) = default;
 
-  // The positions in the result of the patterns that occur in g, ascending.
+  // The positions of the patterns that occur in g, ascending.
   std::vector<int> contained(graph_view g) const;
 
 private:

@@ -2,6 +2,7 @@
 // find one by one, and in the database that was mined those with its TID.
 // Seeds are fixed.
 
+#include <kestro/error.h>
 #include <kestro/matcher.h>
 #include <kestro/mine.h>
 
@@ -84,6 +85,75 @@ TEST(LibraryLattice, FindsWhatMatchersFindInOtherGraphs) {
     }
   }
   EXPECT_GT(found, 100);
+}
+
+namespace {
+
+// The patterns of a result as a database of their own, with their parents.
+struct loose_patterns {
+  explicit loose_patterns(const result &r) {
+    database_builder builder;
+    for (int i = 0; i < r.size(); i++) {
+      const graph_view g = r[i].graph();
+      std::vector<std::string_view> vertices;
+      std::vector<labelled_edge> edges;
+      for (int v = 0; v < g.vertices(); v++)
+        vertices.push_back(g.vertex_label(v));
+      for (const edge &e : g.all_edges())
+        edges.push_back({e.from, e.to, g.edge_label(e)});
+      builder.add(vertices, edges);
+      const auto own = r.parents(i);
+      parents.insert(parents.end(), own.begin(), own.end());
+      first.push_back(static_cast<int64_t>(parents.size()));
+    }
+    graphs = std::move(builder).build();
+  }
+
+  database graphs;
+  std::vector<int64_t> first = {0};
+  ints parents;
+};
+
+} // namespace
+
+TEST(LibraryLattice, TakesPatternsFromADatabase) {
+  int patterns = 0;
+  for (uint64_t seed = 0; seed < 40; seed++) {
+    dice chance(seed);
+    const database db = database::parse(text_of(random_database(&chance, 7)));
+    const result r = mined(db, 1);
+    const loose_patterns loose(r);
+    const std::vector<int64_t> none(static_cast<size_t>(r.size()) + 1, 0);
+    const lattice_matcher along(loose.graphs, loose.first, loose.parents);
+    const lattice_matcher without(loose.graphs, none, {});
+    patterns += r.size();
+    for (int tid = 0; tid < db.size(); tid++) {
+      const ints expected = with_tid(r, tid);
+      ASSERT_EQ(along.contained(db[tid]), expected) << "seed " << seed;
+      ASSERT_EQ(without.contained(db[tid]), expected) << "seed " << seed;
+    }
+  }
+  EXPECT_GT(patterns, 400);
+}
+
+TEST(LibraryLattice, RefusesWhatIsNoPattern) {
+  const database apart = database::parse("t\nv 0 A\nt\nv 0 A\nv 1 A\n");
+  const database empty = database::parse("t\n");
+  const database two = database::parse("t\nv 0 A\nt\nv 0 B\n");
+  const std::vector<int64_t> none = {0, 0, 0};
+  const std::vector<int64_t> one = {0, 0, 1};
+  EXPECT_THROW(lattice_matcher(apart, none, {}), error);
+  EXPECT_THROW(lattice_matcher(empty, std::vector<int64_t>{0, 0}, {}), error);
+  EXPECT_THROW(lattice_matcher(two, std::vector<int64_t>{0, 0}, {}), error);
+  EXPECT_THROW(lattice_matcher(two, one, {}), error);
+  EXPECT_THROW(lattice_matcher(two, one, ints{1}), error);
+  EXPECT_THROW(lattice_matcher(two, one, ints{-1}), error);
+  EXPECT_THROW(lattice_matcher(two, std::vector<int64_t>{0, 2, 1}, ints{0}),
+               error);
+  // A parent that is missing hides the pattern, in it or not.
+  const lattice_matcher hidden(two, one, ints{0});
+  EXPECT_EQ(hidden.contained(two[1]), ints());
+  EXPECT_EQ(hidden.contained(two[0]), ints{0});
 }
 
 TEST(LibraryLattice, OutlivesTheResultAndServesThreadsAtOnce) {
