@@ -14,6 +14,7 @@ from kestro._mine import mine
 from kestro._molecules import from_smiles
 from kestro._networkx import from_networkx
 from kestro._progress import Progress
+from kestro._read import read_result
 from kestro._result import Pattern, Result
 from kestro._transactions import read_transactions
 
@@ -30,5 +31,6 @@ __all__ = [
     "from_networkx",
     "from_smiles",
     "mine",
+    "read_result",
     "read_transactions",
 ]

@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 import math
+import os
 import warnings
 from collections.abc import Callable
 from typing import Literal
@@ -18,8 +19,9 @@ from kestro._arguments import (
 )
 from kestro._database import GraphDatabase
 from kestro._errors import StopMining
+from kestro._patterns import Patterns
 from kestro._progress import Progress, ProgressBar, ProgressCallback
-from kestro._result import Patterns, Result
+from kestro._result import Result
 
 Form = Literal["exact", "command-line"]
 
@@ -109,6 +111,7 @@ def mine(
     limit = optional_number("max_patterns", max_patterns, 0, 2**63 - 1)
 
     bar = ProgressBar() if progress is True else None
+    before = os.times().user
     try:
         packed, summary, raised = _core.mine(
             db._native,
@@ -128,6 +131,13 @@ def mine(
     if summary["ending"] == "stopped":
         interrupted = isinstance(raised, KeyboardInterrupt)
         summary["ending"] = "interrupt" if interrupted else "progress"
+    summary |= {
+        "graphs": len(db),
+        "per_cent": _per_cent(unit, amount, len(db)),
+        "min_size": least,
+        "max_size": most,
+        "seconds": os.times().user - before,
+    }
     vertex_labels, edge_labels = db._native.labels()
     patterns = Patterns(packed, summary, vertex_labels, edge_labels, form)
     result = Result.of_run(patterns, db, maximal=bool(maximal), closed=bool(closed))
@@ -155,6 +165,13 @@ def _seconds(time_limit: object) -> float | None:
     if not (time_limit >= 0 and math.isfinite(time_limit)):
         raise ValueError(f"time_limit must be 0 or more seconds, not {time_limit!r}")
     return float(time_limit)
+
+
+def _per_cent(unit: str, amount: float, graphs: int) -> float:
+    """Return the minimum support as the command line takes it."""
+    if unit == "percentage":
+        return amount
+    return 100 * amount / (max(1, graphs) if unit == "count" else 1)
 
 
 def _settle(raised: BaseException | None, result: Result) -> None:

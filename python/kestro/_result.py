@@ -4,159 +4,27 @@ from __future__ import annotations
 
 import os
 from collections.abc import Iterator
-from functools import cached_property
 from pathlib import Path
-from typing import TYPE_CHECKING, Any, overload
+from typing import IO, TYPE_CHECKING, Any, overload
 
 import numpy as np
-from numpy.typing import NDArray
+from numpy.typing import ArrayLike, NDArray
 
+from kestro import _arrow, _files, _html, _jsonl, _matching, _scoring
 from kestro._arguments import Index, Selection, position, positions
 from kestro._database import Graph, GraphDatabase
+from kestro._errors import KestroError
+from kestro._patterns import NO, STOPPED, UNKNOWN, YES, Patterns
+from kestro._ragged import places
 
 if TYPE_CHECKING:
     import pandas as pd
+    import pyarrow as pa
     import scipy.sparse
-
-_NO, _YES, _UNKNOWN = 0, 1, 2  # answers in packed arrays
-_STOPPED = ("max_patterns", "time_limit", "interrupt", "progress")
-
-
-class Patterns:
-    """All patterns of a run, packed; results of the run share them.
-
-    Patterns come by size, then id.  Of pattern i, vertices lie from
-    ``vertex_offsets[i]`` to ``vertex_offsets[i + 1]``, and so do TIDs and
-    parents; a parent is its id in the level below.  Edges need no offsets: a
-    pattern of size k has k.  Labels are ids of the two tables.
-    """
-
-    def __init__(
-        self,
-        packed: dict[str, NDArray[Any]],
-        summary: dict[str, Any],
-        vertex_table: list[str],
-        edge_table: list[str],
-        form: str,
-    ) -> None:
-        for array in packed.values():
-            array.flags.writeable = False
-        self._packed = packed
-        self.level_sizes: NDArray[np.int32] = packed["level_sizes"]
-        self.level_ends: NDArray[np.int64] = packed["level_ends"]
-        self.vertex_offsets: NDArray[np.int64] = packed["vertex_offsets"]
-        self.vertex_labels: NDArray[np.int32] = packed["vertex_labels"]
-        self.edges: NDArray[np.int32] = packed["edges"]
-        self.edge_labels: NDArray[np.int32] = packed["edge_labels"]
-        self.tid_offsets: NDArray[np.int64] = packed["tid_offsets"]
-        self.tids: NDArray[np.int32] = packed["tids"]
-        self.parent_offsets: NDArray[np.int64] = packed["parent_offsets"]
-        self.parents: NDArray[np.int32] = packed["parents"]
-        self.order_dependent: NDArray[np.uint8] = packed["order_dependent"]
-        self.summary = summary
-        self.vertex_table = vertex_table
-        self.edge_table = edge_table
-        self.form = form
-
-    def __len__(self) -> int:
-        return len(self.tid_offsets) - 1
-
-    def __reduce__(self) -> tuple[Any, ...]:
-        return Patterns, (
-            self._packed,
-            self.summary,
-            self.vertex_table,
-            self.edge_table,
-            self.form,
-        )
-
-    @cached_property
-    def level_starts(self) -> NDArray[np.int64]:
-        """The first pattern of each level."""
-        return np.concatenate([np.zeros(1, np.int64), self.level_ends[:-1]])
-
-    @cached_property
-    def edge_starts(self) -> NDArray[np.int64]:
-        """The first edge of each level."""
-        counts = self.level_ends - self.level_starts[: len(self.level_ends)]
-        edges = np.cumsum(counts * self.level_sizes)
-        return np.concatenate([np.zeros(1, np.int64), edges[:-1]])
-
-    def level_of(self, i: int) -> int:
-        """Return the level of a pattern."""
-        return int(np.searchsorted(self.level_ends, i, side="right"))
-
-    def find(self, size: int, number: int) -> int | None:
-        """Return the position of pattern size-number, None if there is none."""
-        level = int(np.searchsorted(self.level_sizes, size))
-        if level == len(self.level_sizes) or self.level_sizes[level] != size:
-            return None
-        i = int(self.level_starts[level]) + number
-        return i if 0 <= number and i < self.level_ends[level] else None
-
-    @cached_property
-    def support(self) -> NDArray[np.int32]:
-        """Graphs that contain each pattern."""
-        return np.diff(self.tid_offsets).astype(np.int32)
-
-    def sizes(self, chosen: NDArray[np.int64]) -> NDArray[np.int32]:
-        """Return the edges of each of these patterns."""
-        return self.level_sizes[np.searchsorted(self.level_ends, chosen, "right")]
-
-    def numbers(self, chosen: NDArray[np.int64]) -> NDArray[np.int64]:
-        """Return the ids of these patterns in their levels."""
-        levels = np.searchsorted(self.level_ends, chosen, "right")
-        return chosen - self.level_starts[levels]
-
-    @cached_property
-    def _family(self) -> tuple[NDArray[np.int32], NDArray[np.int32]]:
-        """Positions of parents and of their children, pair by pair.
-
-        The parents of the first level are not in the run.
-        """
-        if len(self.level_ends) < 2:
-            return np.zeros(0, np.int32), np.zeros(0, np.int32)
-        first = int(self.level_ends[0])
-        counts = np.diff(self.parent_offsets[first:])
-        children = np.repeat(np.arange(first, len(self), dtype=np.int32), counts)
-        levels = np.searchsorted(self.level_ends, children, "right")
-        parents = self.parents[self.parent_offsets[first] :]
-        found = parents + self.level_starts[levels - 1]
-        return found.astype(np.int32), children
-
-    @cached_property
-    def children(self) -> tuple[NDArray[np.int64], NDArray[np.int32]]:
-        """Offsets into the positions of all patterns' children, and these."""
-        parents, children = self._family
-        counts = np.bincount(parents, minlength=len(self))
-        offsets = np.concatenate([np.zeros(1, np.int64), np.cumsum(counts)])
-        return offsets, children[np.argsort(parents, kind="stable")]
-
-    def _answers(self, refuted: NDArray[np.int32]) -> NDArray[np.uint8]:
-        """Return no for the patterns named, and for the others what is known."""
-        answers = np.full(len(self), _YES, np.uint8)
-        # The program takes the patterns of the last size for maximal.
-        bounded = self.summary["ending"] != "complete"
-        if bounded and self.form == "exact" and len(self.level_ends):
-            answers[int(self.level_starts[-1]) :] = _UNKNOWN
-        answers[refuted] = _NO
-        return answers
-
-    @cached_property
-    def maximal(self) -> NDArray[np.uint8]:
-        """Whether no pattern contains each: 0 no, 1 yes, 2 unknown."""
-        return self._answers(self._family[0])
-
-    @cached_property
-    def closed(self) -> NDArray[np.uint8]:
-        """Whether none of the same support does: 0 no, 1 yes, 2 unknown."""
-        parents, children = self._family
-        equal = self.support[parents] == self.support[children]
-        return self._answers(parents[equal])
 
 
 def _truth(answer: int) -> bool | None:
-    return None if answer == _UNKNOWN else answer == _YES
+    return None if answer == UNKNOWN else answer == YES
 
 
 class Pattern:
@@ -179,14 +47,12 @@ class Pattern:
     @property
     def id(self) -> str:
         """The program's name of it, such as "3-7": size, number of that size."""
-        level = self._all.level_of(self._i)
-        number = self._i - int(self._all.level_starts[level])
-        return f"{self._all.level_sizes[level]}-{number}"
+        return self._all.names(np.array([self._i]))[0]
 
     @property
     def support(self) -> int:
         """Number of graphs that contain it."""
-        return len(self.tids)
+        return int(self._all.support[self._i])
 
     @property
     def tids(self) -> NDArray[np.int32]:
@@ -229,7 +95,7 @@ class Pattern:
         """The ids of the patterns of the run one edge larger that contain it."""
         offsets, children = self._all.children
         found = children[offsets[self._i] : offsets[self._i + 1]]
-        return tuple(Pattern(self._all, i).id for i in found.tolist())
+        return tuple(self._all.names(found.astype(np.int64)))
 
     @property
     def closed(self) -> bool | None:
@@ -289,23 +155,29 @@ class Result:
         answer is unknown.
     """
 
-    __slots__ = ("_chosen", "_patterns", "db", "undecided")
+    __slots__ = ("_chosen", "_db", "_lattice", "_patterns", "undecided")
 
     def __init__(
         self,
         patterns: Patterns,
-        db: GraphDatabase,
+        db: GraphDatabase | None,
         chosen: NDArray[np.int64] | None = None,
         undecided: int = 0,
     ) -> None:
         self._patterns = patterns
         self._chosen = chosen  # positions, None for all
-        self.db = db
+        self._db = db
+        self._lattice: _matching.Lattice | None = None  # made when it is needed
         self.undecided = undecided
 
     @classmethod
     def of_run(
-        cls, patterns: Patterns, db: GraphDatabase, *, maximal: bool, closed: bool
+        cls,
+        patterns: Patterns,
+        db: GraphDatabase | None,
+        *,
+        maximal: bool,
+        closed: bool,
     ) -> Result:
         """Return the patterns of a run that pass the filters."""
         if not (maximal or closed):
@@ -315,9 +187,29 @@ class Result:
         wanted = [patterns.maximal] if maximal else []
         wanted += [patterns.closed] if closed else []
         for answers in wanted:
-            keep &= answers != _NO
-            unknown |= answers == _UNKNOWN
+            keep &= answers != NO
+            unknown |= answers == UNKNOWN
         return cls(patterns, db, np.flatnonzero(keep), int((keep & unknown).sum()))
+
+    @property
+    def db(self) -> GraphDatabase:
+        """What was mined.
+
+        Raises
+        ------
+        KestroError
+            When the result was read from files without it.
+        """
+        if self._db is None:
+            raise KestroError(
+                "the result was read without its database; read_result takes it as db"
+            )
+        return self._db
+
+    @property
+    def graphs(self) -> int:
+        """The number of graphs that were mined."""
+        return int(self._patterns.summary["graphs"])
 
     @property
     def complete(self) -> bool:
@@ -328,7 +220,7 @@ class Result:
     def stopped_by(self) -> str | None:
         """What ended the run early, None if nothing did."""
         ending: str = self._patterns.summary["ending"]
-        return ending if ending in _STOPPED else None
+        return ending if ending in STOPPED else None
 
     @property
     def min_support(self) -> int:
@@ -336,13 +228,14 @@ class Result:
         return int(self._patterns.summary["min_support"])
 
     @property
-    def order_dependent(self) -> int:
+    def order_dependent(self) -> int | None:
         """Candidates whose form may depend on the order of vertices.
 
         Where it is 0, both values of ``form`` give the same patterns in the
-        same order.
+        same order.  None for a result that was read from the program's files.
         """
-        return int(self._patterns.summary["order_dependent"])
+        count: int | None = self._patterns.summary["order_dependent"]
+        return count
 
     @property
     def positions(self) -> NDArray[np.int64]:
@@ -376,39 +269,49 @@ class Result:
     def __getitem__(self, key: Index | str | slice | Selection) -> Pattern | Result:
         """Return a pattern, or a result with those selected."""
         if isinstance(key, str):
-            return self._named(key)
+            return Pattern(self._patterns, self._named(key))
         if isinstance(key, (int, np.integer)):
             i = position(key, len(self), "pattern")
             return Pattern(
                 self._patterns, i if self._chosen is None else int(self._chosen[i])
             )
-        chosen = self.positions[positions(key, len(self))]
-        return Result(self._patterns, self.db, chosen)
+        return self._of(self.positions[positions(key, len(self))])
 
-    def _named(self, name: str) -> Pattern:
+    def _of(self, chosen: NDArray[np.int64], undecided: int = 0) -> Result:
+        return Result(self._patterns, self._db, chosen, undecided)
+
+    def _named(self, name: str) -> int:
+        """Return where the pattern of an id lies in the run."""
         size, dash, number = name.partition("-")
         if dash and size.isdecimal() and number.isdecimal():
             i = self._patterns.find(int(size), int(number))
             if i is not None and (self._chosen is None or i in self._chosen):
-                return Pattern(self._patterns, i)
+                return i
         raise KeyError(name)
 
     def __reduce__(self) -> tuple[Any, ...]:
         """Pickle the arrays of the run, the choice and the database."""
-        return Result, (self._patterns, self.db, self._chosen, self.undecided)
+        return Result, (self._patterns, self._db, self._chosen, self.undecided)
 
-    def __repr__(self) -> str:
-        """Return how many patterns of which sizes there are."""
+    def _headline(self) -> str:
         sizes = self.size
         what = f"{len(self)} patterns"
         if len(sizes):
             what += f" of {sizes.min()} to {sizes.max()} edges"
-        what += f" in at least {self.min_support} of {len(self.db)} graphs"
+        what += f" in at least {self.min_support} of {self.graphs} graphs"
         if self.undecided:
             what += f", {self.undecided} of them undecided"
         if self.stopped_by:
             what += f"; stopped by {self.stopped_by}"
-        return f"<Result: {what}>"
+        return what
+
+    def __repr__(self) -> str:
+        """Return how many patterns of which sizes there are."""
+        return f"<Result: {self._headline()}>"
+
+    def _repr_html_(self) -> str:
+        """Return the same and a table of the first patterns, for notebooks."""
+        return _html.page(self._headline(), self[: _html.ROWS], len(self))
 
     def to_pandas(self) -> pd.DataFrame:
         """Return a table with a row per pattern.
@@ -426,18 +329,12 @@ class Result:
         chosen = self.positions
         sizes = p.sizes(chosen)
         support = p.support[chosen]
-        numbers = p.numbers(chosen)
         return pd.DataFrame(
             {
                 "size": sizes,
-                "id": [
-                    f"{size}-{number}"
-                    for size, number in zip(
-                        sizes.tolist(), numbers.tolist(), strict=True
-                    )
-                ],
+                "id": p.names(chosen),
                 "support": support,
-                "fraction": support / max(1, len(self.db)),
+                "fraction": support / max(1, self.graphs),
                 "vertices": np.diff(p.vertex_offsets)[chosen],
                 "edges": sizes,
                 "closed": _nullable(p.closed[chosen]),
@@ -445,36 +342,280 @@ class Result:
             }
         )
 
+    def to_arrow(self) -> pa.Table:
+        """Return a table of Arrow's with a row per pattern.
+
+        Other libraries take it, or the result itself, through the Arrow C
+        stream interface, as in ``polars.DataFrame(result)``; ``pyarrow.parquet``
+        writes it.
+
+        Returns
+        -------
+        pyarrow.Table
+            The columns of `to_pandas`; then lists: ``vertex_labels``, ``ends``
+            (pairs of vertices) and ``edge_labels``, and, where they are known,
+            ``tids`` and ``parents`` (ids).
+
+        Raises
+        ------
+        ImportError
+            Without pyarrow, which ``pip install kestro[pyarrow]`` brings.
+        """
+        return _arrow.table(self._patterns, self.positions, self.to_pandas())
+
+    def __arrow_c_stream__(self, requested_schema: object | None = None) -> object:
+        """Return the stream of `to_arrow`, for libraries that read Arrow."""
+        return self.to_arrow().__arrow_c_stream__(requested_schema)
+
     def incidence(self) -> scipy.sparse.csr_array:
         """Return which graph contains which pattern.
 
         Returns
         -------
-        csr_array of int8, shape (graphs, patterns)
+        csr_array of uint8, shape (graphs, patterns)
             1 where the graph contains the pattern.
         """
         import scipy.sparse
 
         p = self._patterns
-        chosen = self.positions
-        counts = p.support[chosen].astype(np.int64)
-        offsets = np.concatenate([np.zeros(1, np.int64), np.cumsum(counts)])
-        # Of each TID wanted, its place among all.
-        places = np.arange(offsets[-1]) + np.repeat(
-            p.tid_offsets[chosen] - offsets[:-1], counts
-        )
+        found, offsets = places(p.tid_offsets, self.positions)
         by_pattern = scipy.sparse.csc_array(
-            (np.ones(len(places), np.int8), p.tids[places], offsets),
-            shape=(len(self.db), len(self)),
+            (np.ones(len(found), np.uint8), p.tids[found], offsets),
+            shape=(self.graphs, len(self)),
         )
         return by_pattern.tocsr()
 
-    def write(self, folder: str | os.PathLike[str], name: str = "patterns") -> None:
+    def transform(
+        self, other: GraphDatabase, *, n_jobs: int | None = None
+    ) -> scipy.sparse.csr_array:
+        """Return which graph of another database contains which pattern.
+
+        A pattern occurs in a graph where its vertices can be laid on different
+        vertices of the same label so that its edges come to lie on edges of
+        the same label.  Labels that the patterns do not have match nothing.
+        A pattern is not looked for where one of its parents is missing.
+
+        Parameters
+        ----------
+        other : GraphDatabase
+            The graphs; on those mined this gives what `incidence` gives.
+        n_jobs : int, optional
+            Threads: None is 1, -1 all cores that the process may use.
+
+        Returns
+        -------
+        csr_array of uint8, shape (graphs of other, patterns)
+            1 where the graph contains the pattern.
+
+        Examples
+        --------
+        >>> import kestro
+        >>> db = kestro.from_edges([["C", "O"]] * 2, [[(0, 1, "=")]] * 2)
+        >>> other = kestro.from_edges([["O", "C"], ["N"]], [[(0, 1, "=")], []])
+        >>> kestro.mine(db, min_support=2).transform(other).toarray().tolist()
+        [[1], [0]]
+        """
+        if self._lattice is None:
+            self._lattice = _matching.Lattice(self._patterns, self.positions)
+        return _matching.transform(self._lattice, other, n_jobs)
+
+    def embeddings(
+        self,
+        pattern: Pattern | Index | str,
+        graph: Graph | Index,
+        limit: int | None = None,
+    ) -> NDArray[np.int32]:
+        """Return where a pattern lies in a graph.
+
+        Parameters
+        ----------
+        pattern : Pattern, int or str
+            One of this run, or a position in this result, or an id.
+        graph : Graph or int
+            Any graph, or a position in the database that was mined.
+        limit : int, optional
+            The most embeddings to return.  A pattern of many like vertices
+            has factorials of them.
+
+        Returns
+        -------
+        ndarray of int32, shape (embeddings, vertices of the pattern)
+            Per embedding and vertex of the pattern the vertex of the graph.
+            Images of a symmetric pattern come once for each symmetry.
+        """
+        if isinstance(pattern, Pattern):
+            if pattern._all is not self._patterns:
+                raise KestroError("the pattern is of another run")
+            i = pattern._i
+        elif isinstance(pattern, str):
+            i = self._named(pattern)
+        else:
+            i = int(self.positions[position(pattern, len(self), "pattern")])
+        return _matching.embeddings(self._patterns, i, graph, self._db, limit)
+
+    def score(
+        self,
+        y: ArrayLike,
+        *,
+        method: _scoring.Method = "chi2",
+        correction: _scoring.Correction | None = None,
+        alpha: float = 0.05,
+    ) -> pd.DataFrame:
+        """Score how well each pattern tells classes of graphs apart.
+
+        Of two classes, the larger one in sorted order is compared with the
+        other; of more, each one with all others.
+
+        Parameters
+        ----------
+        y : array-like, shape (graphs,)
+            The class of each graph of ``db``, which is what is left after
+            skipping: ``values[db.source]`` aligns what was not skipped.
+        method : str
+            - "chi2": Pearson's chi-square without continuity correction.
+            - "fisher": Fisher's exact test, two-sided: the probability of all
+              tables with the same margins that are no likelier [1]_.
+            - "information_gain": by how many bits the pattern lowers the
+              entropy of the class.
+            - "odds_ratio": of the table; infinite where the denominator alone
+              is 0, NaN where both are.
+            - "growth_rate": the fraction of the class that has the pattern,
+              by that of the other graphs [2]_; infinite where no other has.
+        correction : {"bh", "bonferroni", "tarone"}, optional
+            For "chi2" and "fisher" only.  Benjamini's and Hochberg's [3]_
+            keeps the rate of false discoveries at ``alpha``; Bonferroni's and
+            Tarone's [4]_ the probability of any.  The family are all patterns
+            of the run, selected or not; those with the same TIDs are one.  Each
+            class has a family of its own.
+        alpha : float
+            The level of significance, in (0, 1).
+
+        Returns
+        -------
+        DataFrame
+            A row per pattern, in order, and per class where there are more
+            than two: ``id``, ``class``, ``inside`` and ``outside`` (graphs of
+            the class, and others, that contain the pattern), ``score``; with
+            "chi2" and "fisher" ``p``, with "fisher" the score is -log10 of it;
+            with a correction ``p_corrected`` and ``significant``.  ``attrs``
+            has "family", by class the number of distinct TID lists, and for
+            "tarone" "factor", by class the number that alpha is divided by.
+
+        Raises
+        ------
+        KestroError
+            When y has not one entry for each graph, an entry is missing, or
+            there is one class only.
+        ValueError
+            For a correction of another method, and an alpha out of range.
+
+        References
+        ----------
+        .. [1] R. A. Fisher, Statistical Methods for Research Workers, 1925.
+        .. [2] G. Dong, J. Li, Efficient mining of emerging patterns, KDD 1999.
+        .. [3] Y. Benjamini, Y. Hochberg, Controlling the false discovery rate,
+           J. R. Stat. Soc. B 57, 1995.
+        .. [4] R. E. Tarone, A modified Bonferroni method for discrete data,
+           Biometrics 46, 1990.
+        """
+        return _scoring.table(
+            self._patterns,
+            self.positions,
+            y,
+            method=method,
+            correction=correction,
+            alpha=alpha,
+        )
+
+    def top(
+        self,
+        k: int,
+        *,
+        by: str | ArrayLike = "support",
+        y: ArrayLike | None = None,
+    ) -> Result:
+        """Return the patterns with the largest values, the largest first.
+
+        Parameters
+        ----------
+        k : int
+            How many at most.
+        by : str or array-like, shape (patterns,)
+            "support", "size", or a method of `score`, which needs ``y``; of
+            several classes the largest score counts.  Or a number for each
+            pattern.
+        y : array-like, optional
+            The classes.
+
+        Returns
+        -------
+        Result
+            Equal ones are in the order of this result; NaN is less than all.
+        """
+        values = _scoring.values(self._patterns, self.positions, by, y)
+        chosen = _scoring.largest(values, k)
+        return self._of(self.positions[chosen])
+
+    def representative(self, k: int) -> Result:
+        """Return closed patterns that together cover the graphs.
+
+        One after another, the pattern is taken that occurs in most graphs that
+        none of those taken before occurs in; of equal ones the one with most
+        edges, then the first.  When no pattern occurs in a further graph, all
+        graphs count as uncovered again.
+
+        Parameters
+        ----------
+        k : int
+            How many at most.
+
+        Returns
+        -------
+        Result
+            In the order of choice.  Patterns of which it is unknown whether
+            they are closed may be taken; ``undecided`` counts these.
+        """
+        chosen = _scoring.covering(self._patterns, self.positions, k)
+        unknown = self._patterns.closed[chosen] == UNKNOWN
+        return self._of(chosen, int(unknown.sum()))
+
+    def to_jsonl(
+        self, path: str | os.PathLike[str] | IO[str] | None = None
+    ) -> str | None:
+        """Write the patterns as lines of JSON; `read_result` reads them.
+
+        The first line tells of the run.  Each further one is a pattern:
+        ``id``, ``support``, ``vertices`` (labels), ``edges`` (two ends and a
+        label each), ``tids`` and ``parents`` (ids), the last two where known.
+
+        Parameters
+        ----------
+        path : path or text file, optional
+            Where to; a file appears when it is whole.  None returns the text.
+        """
+        lines = _jsonl.lines(self._patterns, self._chosen, self)
+        if path is None:
+            return "".join(lines)
+        if isinstance(path, (str, os.PathLike)):
+            _files.write_aside(Path(path), lines)
+        else:
+            path.writelines(lines)
+        return None
+
+    def write(
+        self,
+        folder: str | os.PathLike[str],
+        name: str = "patterns",
+        *,
+        source: str | None = None,
+        tids: bool = True,
+        parents: bool = True,
+    ) -> None:
         """Write the patterns as the command line's files hold them.
 
-        Makes ``name.fp``, ``name.tid`` and ``name.pc``, without the report
-        that the program puts into the first as comments.  A file appears under
-        its name when it is whole.
+        Makes ``name.fp``, ``name.tid`` and ``name.pc``.  With
+        ``form="command-line"`` they are what the program writes, but for the
+        time.  A file appears under its name when it is whole.
 
         Parameters
         ----------
@@ -482,28 +623,26 @@ class Result:
             Where to; it must exist.
         name : str
             The files' name without its extension.
+        source : str, optional
+            The name of the input, which the head of the pattern file tells;
+            None is ``name``.
+        tids, parents : bool
+            Whether to write ``name.tid`` and ``name.pc``.
+
+        Raises
+        ------
+        KestroError
+            When the TIDs or the parents are unknown, or a name holds a
+            newline.
         """
-        where = Path(folder)
-        contents = {
-            "fp": (f"t # {p.id}, {p.support}\n{p.graph.lines()}" for p in self),
-            "tid": (" ".join([p.id, *map(str, p.tids.tolist())]) + "\n" for p in self),
-            "pc": (" ".join([p.id, *p.parents]) + "\n" for p in self),
-        }
-        for suffix, lines in contents.items():
-            whole = where / f"{name}.{suffix}"
-            aside = where / f".{name}.{suffix}.{os.getpid()}"
-            try:
-                with open(aside, "w", encoding="utf-8", errors="surrogateescape") as f:
-                    f.writelines(lines)
-                os.replace(aside, whole)
-            except BaseException:
-                aside.unlink(missing_ok=True)
-                raise
+        _files.write(
+            self, self._patterns, Path(folder), name, source, tids=tids, parents=parents
+        )
 
 
 def _nullable(answers: NDArray[np.uint8]) -> Any:
     import pandas as pd
 
     return pd.array(
-        pd.arrays.BooleanArray(answers == _YES, answers == _UNKNOWN), dtype="boolean"
+        pd.arrays.BooleanArray(answers == YES, answers == UNKNOWN), dtype="boolean"
     )

@@ -71,7 +71,7 @@ def read_transactions(
         except KestroError:
             if on_error == "raise":
                 raise
-    text, name = _bytes_of(source)
+    text, name = bytes_of(source)
     end_mark = _END_MARK.search(text, max(0, len(text) - _TAIL))
     if end_mark:
         text = text[: end_mark.start()] + b"\n" if end_mark.start() else b""
@@ -90,7 +90,7 @@ def read_transactions(
     return GraphDatabase(native, source_records, tuple(skipped))
 
 
-def _bytes_of(
+def bytes_of(
     source: str | os.PathLike[str] | IO[bytes] | IO[str],
 ) -> tuple[bytes, str]:
     """Return what is to be parsed, and the name for messages."""

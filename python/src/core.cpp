@@ -7,6 +7,7 @@
 
 #include "arrays.h"
 #include "database.h"
+#include "matching.h"
 #include "mining_run.h"
 
 namespace kestro_python {
@@ -40,5 +41,6 @@ NB_MODULE(_core, m) {
   nanobind::set_leak_warnings(false);
   nanobind::register_exception_translator(kestro_python::translate);
   kestro_python::bind_database(m);
+  kestro_python::bind_matching(m);
   kestro_python::bind_mine(m);
 }

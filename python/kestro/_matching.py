@@ -1,0 +1,147 @@
+"""Looking for the patterns of a result in graphs."""
+
+from __future__ import annotations
+
+from collections.abc import Iterable
+from concurrent.futures import ThreadPoolExecutor
+from typing import TYPE_CHECKING, Any
+
+import numpy as np
+from numpy.typing import NDArray
+
+from kestro import _core
+from kestro._arguments import job_count, optional_number, position
+from kestro._database import Graph, GraphDatabase
+from kestro._packing import Packer
+from kestro._ragged import offsets_of, places
+
+if TYPE_CHECKING:
+    import scipy.sparse
+
+    from kestro._patterns import Patterns
+
+# Graphs that are matched between two looks at signals.
+_CHUNK = 8
+
+
+def pattern_database(patterns: Patterns, chosen: NDArray[np.int64]) -> _core.Database:
+    """Return these patterns as graphs of a database."""
+    p = patterns
+    vertices, vertex_offsets = places(p.vertex_offsets, chosen)
+    edges, edge_offsets = places(p.edge_offsets, chosen)
+    native, _ = _core.Database.from_arrays(
+        vertex_counts=np.diff(vertex_offsets),
+        edge_counts=np.diff(edge_offsets),
+        vertex_labels=p.vertex_labels[vertices],
+        edges=p.edges[edges].astype(np.int64),
+        edge_labels=p.edge_labels[edges],
+        vertex_table=[_bytes(label) for label in p.vertex_table],
+        edge_table=[_bytes(label) for label in p.edge_table],
+        skip=False,
+    )
+    return native
+
+
+class Lattice:
+    """Chosen patterns of a run, prepared for being looked for together.
+
+    Parameters
+    ----------
+    patterns : Patterns
+        The run's.
+    chosen : ndarray of int64
+        Positions in the run, in the order of the columns; any may come twice.
+    """
+
+    def __init__(self, patterns: Patterns, chosen: NDArray[np.int64]) -> None:
+        distinct, columns = np.unique(chosen, return_inverse=True)
+        first, parents = _parents_among(patterns, distinct)
+        self._matcher = _core.LatticeMatcher(
+            pattern_database(patterns, distinct), first, parents
+        )
+        self._distinct = len(distinct)
+        in_order = np.array_equal(columns, np.arange(len(distinct)))
+        self._columns = None if in_order else columns
+
+    def match(self, db: _core.Database, jobs: int) -> scipy.sparse.csr_array:
+        """Return which graph contains which of the patterns."""
+        import scipy.sparse
+
+        ranges = [(i, min(i + _CHUNK, len(db))) for i in range(0, len(db), _CHUNK)]
+        found = self._match_ranges(db, ranges, min(jobs, len(ranges)))
+        nothing = (np.zeros(0, np.int64), np.zeros(0, np.int32))
+        counts, columns = zip(nothing, *found, strict=True)
+        indices = np.concatenate(columns)
+        matrix = scipy.sparse.csr_array(
+            (
+                np.ones(len(indices), np.uint8),
+                indices,
+                offsets_of(np.concatenate(counts)),
+            ),
+            shape=(len(db), self._distinct),
+        )
+        return matrix if self._columns is None else matrix[:, self._columns]
+
+    def _match_ranges(
+        self, db: _core.Database, ranges: list[tuple[int, int]], jobs: int
+    ) -> Iterable[tuple[NDArray[np.int64], NDArray[np.int32]]]:
+        def match(graphs: tuple[int, int]) -> Any:
+            return self._matcher.contained(db, *graphs)
+
+        if jobs <= 1:
+            return map(match, ranges)
+        pool = ThreadPoolExecutor(jobs, "kestro-transform")
+        try:
+            return list(pool.map(match, ranges))
+        finally:
+            pool.shutdown(cancel_futures=True)
+
+
+def transform(
+    lattice: Lattice, other: GraphDatabase, n_jobs: int | None
+) -> scipy.sparse.csr_array:
+    """Return which graph of a database contains which pattern."""
+    if not isinstance(other, GraphDatabase):
+        raise TypeError(f"other must be a GraphDatabase, not {type(other).__name__}")
+    return lattice.match(other._native, job_count(n_jobs))
+
+
+def embeddings(
+    patterns: Patterns,
+    i: int,
+    graph: Graph | int | np.integer[Any],
+    db: GraphDatabase | None,
+    limit: int | None,
+) -> NDArray[np.int32]:
+    """Return where pattern i lies in a graph, or in one of a database."""
+    most = optional_number("limit", limit, 0, 2**63 - 1)
+    if isinstance(graph, Graph):
+        packer = Packer("raise")
+        packer.add(0, graph.vertex_labels, graph.edges.tolist(), graph.edge_labels)
+        native, tid = packer.build()._native, 0
+    elif isinstance(graph, (int, np.integer)) and not isinstance(graph, bool):
+        if db is None:
+            raise TypeError("graph must be a Graph: the result has no database")
+        native, tid = db._native, position(graph, len(db), "graph")
+    else:
+        raise TypeError(f"graph must be a Graph or a position, not {graph!r}")
+    pattern = pattern_database(patterns, np.array([i], np.int64))
+    return _core.embeddings(pattern, native, tid, -1 if most is None else most)
+
+
+def _parents_among(
+    patterns: Patterns, chosen: NDArray[np.int64]
+) -> tuple[NDArray[np.int64], NDArray[np.int32]]:
+    """Return offsets and places of the parents that are chosen, too."""
+    place = np.full(len(patterns), -1, np.int32)
+    place[chosen] = np.arange(len(chosen), dtype=np.int32)
+    parents, children = patterns.family
+    parents, children = place[parents], place[children]
+    both = (parents >= 0) & (children >= 0)
+    # Pairs come by child, in the order of the run, as what is chosen does.
+    counts = np.bincount(children[both], minlength=len(chosen))
+    return offsets_of(counts), parents[both]
+
+
+def _bytes(label: str) -> bytes:
+    return label.encode("utf-8", "surrogateescape")

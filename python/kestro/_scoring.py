@@ -1,0 +1,350 @@
+"""Scores, corrections and choices of patterns.
+
+A pattern and a class make a table of four counts: graphs that contain the
+pattern or not, of the class or not.  With the numbers of graphs and of those of
+the class given, it has two free numbers, the support and how many of the class
+contain the pattern; the tests are done once for each pair that occurs.
+"""
+
+from __future__ import annotations
+
+import heapq
+from collections.abc import Callable
+from typing import TYPE_CHECKING, Any, Literal, NamedTuple, get_args
+
+import numpy as np
+from numpy.typing import ArrayLike, NDArray
+
+from kestro._arguments import check_choice, whole_number
+from kestro._errors import KestroError
+from kestro._patterns import NO, Patterns
+from kestro._ragged import offsets_of
+
+if TYPE_CHECKING:
+    import pandas as pd
+
+Method = Literal["chi2", "fisher", "information_gain", "odds_ratio", "growth_rate"]
+Correction = Literal["bh", "bonferroni", "tarone"]
+_TESTS = ("chi2", "fisher")
+# Two tables are equally likely where rounding alone tells them apart.
+_TIE = 1 + 1e-7
+
+
+class Tables(NamedTuple):
+    """Counts of several patterns for one class."""
+
+    inside: NDArray[np.int64]  # graphs of the class that contain the pattern
+    support: NDArray[np.int64]  # graphs that contain it
+    members: int  # graphs of the class
+    graphs: int
+
+
+def table(
+    patterns: Patterns,
+    chosen: NDArray[np.int64],
+    y: ArrayLike,
+    *,
+    method: str,
+    correction: str | None,
+    alpha: float,
+) -> pd.DataFrame:
+    """Return the scores of these patterns; see ``Result.score``."""
+    import pandas as pd
+
+    check_choice("method", method, get_args(Method))
+    if correction is not None:
+        check_choice("correction", correction, get_args(Correction))
+        if method not in _TESTS:
+            raise ValueError(
+                f"a correction is for 'chi2' and 'fisher', which give p, not {method!r}"
+            )
+    level = _level(alpha)
+    names, codes = classes(y, int(patterns.summary["graphs"]))
+    rows = []
+    family: dict[Any, int] = {}
+    factor: dict[Any, int] = {}
+    for code in range(len(names)) if len(names) > 2 else [1]:
+        tables = _tables(patterns, codes == code)
+        columns = {
+            "id": patterns.names(chosen),
+            "class": [names[code]] * len(chosen),
+            "inside": tables.inside[chosen],
+            "outside": (tables.support - tables.inside)[chosen],
+        }
+        scores, p = _scores(tables, method)
+        columns["score"] = scores[chosen]
+        if p is not None:
+            columns["p"] = p[chosen]
+        if correction is not None:
+            assert p is not None
+            first, group = patterns.tid_groups
+            family[names[code]] = len(first)
+            distinct = tables._replace(
+                inside=tables.inside[first], support=tables.support[first]
+            )
+            corrected, significant, divisor = _corrected(
+                p[first], distinct, method, correction, level
+            )
+            if correction == "tarone":
+                factor[names[code]] = divisor
+            columns["p_corrected"] = corrected[group[chosen]]
+            columns["significant"] = significant[group[chosen]]
+        rows.append(pd.DataFrame(columns))
+    found = pd.concat(rows, ignore_index=True)
+    if correction is not None:
+        found.attrs["family"] = family
+    if factor:
+        found.attrs["factor"] = factor
+    return found
+
+
+def classes(y: ArrayLike, graphs: int) -> tuple[list[Any], NDArray[np.int64]]:
+    """Return the classes in sorted order, and of each graph the number of its own.
+
+    Raises
+    ------
+    KestroError
+        When y does not give each graph a class, or all the same.
+    """
+    import pandas as pd
+
+    labels = np.asarray(y)
+    if labels.ndim != 1:
+        raise KestroError(f"y must have one dimension, not {labels.ndim}")
+    if len(labels) != graphs:
+        raise KestroError(f"y has {len(labels)} entries for {graphs} graphs")
+    missing = np.flatnonzero(pd.isna(labels))
+    if len(missing):
+        raise KestroError(f"the class of graph {missing[0]} is missing in y")
+    if np.issubdtype(labels.dtype, np.inexact) and (labels % 1 != 0).any():
+        raise KestroError("y must hold classes, not measurements")
+    try:
+        names, codes = np.unique(labels, return_inverse=True)
+    except TypeError as e:
+        raise KestroError(f"the classes in y cannot be put into order: {e}") from e
+    if len(names) < 2:
+        raise KestroError("y must hold at least two classes")
+    return names.tolist(), codes
+
+
+def _level(alpha: object) -> float:
+    if isinstance(alpha, bool) or not isinstance(alpha, (float, int, np.floating)):
+        raise TypeError(f"alpha must be a float, not {alpha!r}")
+    if not 0 < alpha < 1:
+        raise ValueError(f"alpha must be between 0 and 1, not {alpha!r}")
+    return float(alpha)
+
+
+def _tables(patterns: Patterns, members: NDArray[np.bool_]) -> Tables:
+    """Return the counts of all patterns of the run."""
+    upto = offsets_of(members[patterns.tids])
+    inside = np.diff(upto[patterns.tid_offsets])
+    support = patterns.support.astype(np.int64)
+    return Tables(inside, support, int(members.sum()), len(members))
+
+
+def _scores(
+    tables: Tables, method: str
+) -> tuple[NDArray[np.float64], NDArray[np.float64] | None]:
+    """Return the scores, and p of a test."""
+    pairs = np.stack([tables.inside, tables.support])
+    distinct, which = np.unique(pairs, axis=1, return_inverse=True)
+    few = tables._replace(inside=distinct[0], support=distinct[1])
+    which = which.reshape(-1)
+    if method in _TESTS:
+        score, p = _test(few, method)
+        return score[which], p[which]
+    others: dict[str, Callable[[Tables], NDArray[np.float64]]] = {
+        "information_gain": _information_gain,
+        "odds_ratio": _odds_ratio,
+        "growth_rate": _growth_rate,
+    }
+    return others[method](few)[which], None
+
+
+def _test(
+    tables: Tables, method: str
+) -> tuple[NDArray[np.float64], NDArray[np.float64]]:
+    if method == "chi2":
+        return _chi2(tables)
+    p = _fisher(tables)
+    with np.errstate(divide="ignore"):
+        return -np.log10(p), p
+
+
+def _cells(t: Tables) -> tuple[NDArray[np.float64], ...]:
+    """Return counts: inside with, outside with, inside without, outside without."""
+    a = t.inside.astype(np.float64)
+    b = t.support - a
+    return a, b, t.members - a, t.graphs - t.members - b
+
+
+def _chi2(t: Tables) -> tuple[NDArray[np.float64], NDArray[np.float64]]:
+    from scipy import stats
+
+    a, b, c, d = _cells(t)
+    margins = (a + b) * (c + d) * (a + c) * (b + d)
+    # A pattern in no graph or in all of them tells nothing.
+    squares = t.graphs * (a * d - b * c) ** 2
+    chi2 = np.divide(squares, margins, out=np.zeros(len(a)), where=margins > 0)
+    p: NDArray[np.float64] = stats.chi2.sf(chi2, 1)
+    return chi2, p
+
+
+def _fisher(t: Tables) -> NDArray[np.float64]:
+    from scipy import stats
+
+    p = np.ones(len(t.support))
+    for support in np.unique(t.support):
+        least = max(0, support - (t.graphs - t.members))
+        possible = np.arange(least, min(support, t.members) + 1)
+        chances = stats.hypergeom.pmf(possible, t.graphs, t.members, support)
+        ascending = np.sort(chances)
+        sums = np.cumsum(ascending)
+        mine = t.support == support
+        own = chances[t.inside[mine] - least]
+        p[mine] = sums[np.searchsorted(ascending, own * _TIE, "right") - 1]
+    return p.clip(max=1.0)
+
+
+def _information_gain(t: Tables) -> NDArray[np.float64]:
+    from scipy.special import xlogy
+
+    a, b, c, d = _cells(t)
+    cells = [(a, a + b, a + c), (b, a + b, b + d), (c, c + d, a + c), (d, c + d, b + d)]
+    gain = np.zeros(len(a))
+    for count, row, column in cells:
+        expected = np.where(count > 0, row * column, 1.0)
+        gain += xlogy(count, count * t.graphs / expected)
+    return np.maximum(gain / (t.graphs * np.log(2)), 0.0)
+
+
+def _ratio(
+    above: NDArray[np.float64], below: NDArray[np.float64]
+) -> NDArray[np.float64]:
+    ratio: NDArray[np.float64]
+    with np.errstate(divide="ignore", invalid="ignore"):
+        ratio = above / below
+    return ratio
+
+
+def _odds_ratio(t: Tables) -> NDArray[np.float64]:
+    a, b, c, d = _cells(t)
+    return _ratio(a * d, b * c)
+
+
+def _growth_rate(t: Tables) -> NDArray[np.float64]:
+    a, b, _, _ = _cells(t)
+    return _ratio(a / t.members, b / (t.graphs - t.members))
+
+
+def _corrected(
+    p: NDArray[np.float64], t: Tables, method: str, correction: str, alpha: float
+) -> tuple[NDArray[np.float64], NDArray[np.bool_], int]:
+    """Return corrected p, what is significant, and what divided alpha."""
+    from scipy import stats
+
+    if correction == "bh":
+        corrected = stats.false_discovery_control(p) if len(p) else p
+        return corrected, corrected <= alpha, 1
+    divisor = max(1, len(p))
+    if correction == "tarone":
+        divisor = _tarone_factor(_least_p(t, method), alpha)
+    return np.minimum(p * divisor, 1.0), p <= alpha / divisor, divisor
+
+
+def _least_p(t: Tables, method: str) -> NDArray[np.float64]:
+    """Return the smallest p that a pattern of this support could have.
+
+    Both tests are most significant where the class has as many or as few of
+    the pattern's graphs as it can have.
+    """
+    supports, which = np.unique(t.support, return_inverse=True)
+    fewest = np.maximum(0, supports - (t.graphs - t.members))
+    most = np.minimum(supports, t.members)
+    ends = [
+        _test(t._replace(inside=end, support=supports), method)[1]
+        for end in (fewest, most)
+    ]
+    return np.minimum(*ends)[which]
+
+
+def _tarone_factor(least: NDArray[np.float64], alpha: float) -> int:
+    """Return the smallest k with at most k patterns that could reach alpha / k."""
+    if len(least) == 0:
+        return 1
+    k = np.arange(1, len(least) + 1)
+    reaching = np.searchsorted(np.sort(least), alpha / k, "right")
+    return int(k[np.argmax(reaching <= k)])
+
+
+def values(
+    patterns: Patterns, chosen: NDArray[np.int64], by: object, y: ArrayLike | None
+) -> NDArray[np.float64]:
+    """Return by what ``Result.top`` ranks these patterns."""
+    if not isinstance(by, str):
+        own = np.asarray(by, dtype=np.float64)
+        if own.shape != (len(chosen),):
+            raise ValueError(
+                f"by must be one number for each of {len(chosen)} patterns, "
+                f"not of shape {own.shape}"
+            )
+        return own
+    check_choice("by", by, ("support", "size", *get_args(Method)))
+    if by == "support":
+        return patterns.support[chosen].astype(np.float64)
+    if by == "size":
+        return patterns.sizes(chosen).astype(np.float64)
+    if y is None:
+        raise ValueError(f"{by!r} needs y, the classes of the graphs")
+    scores = table(patterns, chosen, y, method=by, correction=None, alpha=0.5)
+    by_class = scores["score"].to_numpy(np.float64).reshape(-1, len(chosen))
+    best: NDArray[np.float64] = np.fmax.reduce(by_class, axis=0)
+    return best
+
+
+def largest(ranks: NDArray[np.float64], k: int) -> NDArray[np.int64]:
+    """Return the places of the k largest numbers, the largest first, NaN last."""
+    return np.argsort(-ranks, kind="stable")[: whole_number("k", k, 0)]
+
+
+def covering(
+    patterns: Patterns, chosen: NDArray[np.int64], k: int
+) -> NDArray[np.int64]:
+    """Return the patterns that ``Result.representative`` chooses.
+
+    What a pattern adds can only become less while graphs are covered, so one
+    that still adds as much as it did when it was last looked at is the best.
+    """
+    wanted = whole_number("k", k, 0)
+    tids, offsets = patterns.tids, patterns.tid_offsets
+    candidates = chosen[patterns.closed[chosen] != NO]
+    ranked = _by_size(patterns, candidates)
+    taken: list[int] = []
+    while ranked and len(taken) < wanted:
+        covered = np.zeros(int(patterns.summary["graphs"]), np.bool_)
+        queue = [(-int(patterns.support[i]), rank, i) for rank, i in enumerate(ranked)]
+        heapq.heapify(queue)
+        while queue and len(taken) < wanted:
+            added, rank, i = heapq.heappop(queue)
+            own = tids[offsets[i] : offsets[i + 1]]
+            now = int(np.count_nonzero(covered[own])) - len(own)
+            if now != added:
+                heapq.heappush(queue, (now, rank, i))
+                continue
+            if now == 0:
+                break
+            covered[own] = True
+            taken.append(i)
+        before = set(taken)
+        ranked = [i for i in ranked if i not in before]
+    return np.array(taken, np.int64)
+
+
+def _by_size(patterns: Patterns, candidates: NDArray[np.int64]) -> list[int]:
+    """Return the candidates, each once, those with most edges first."""
+    _, first = np.unique(candidates, return_index=True)
+    distinct = candidates[np.sort(first)]
+    order = np.argsort(-patterns.sizes(distinct), kind="stable")
+    found: list[int] = distinct[order].tolist()
+    return found
