@@ -13,7 +13,7 @@ from kestro import _core
 from kestro._arguments import job_count, optional_number, position
 from kestro._database import Graph, GraphDatabase
 from kestro._packing import Packer
-from kestro._ragged import offsets_of, places
+from kestro._ragged import offsets_of, places, small
 
 if TYPE_CHECKING:
     import scipy.sparse
@@ -76,7 +76,7 @@ class Lattice:
             (
                 np.ones(len(indices), np.uint8),
                 indices,
-                offsets_of(np.concatenate(counts)),
+                small(offsets_of(np.concatenate(counts))),
             ),
             shape=(len(db), self._distinct),
         )

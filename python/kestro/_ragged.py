@@ -15,6 +15,11 @@ def offsets_of(counts: NDArray[Any]) -> NDArray[np.int64]:
     return offsets
 
 
+def small(offsets: NDArray[np.int64]) -> NDArray[Any]:
+    """Return the offsets in 32 bits where these do, as SciPy keeps them."""
+    return offsets.astype(np.int32) if offsets[-1] < 2**31 else offsets
+
+
 def places(
     offsets: NDArray[np.int64], chosen: NDArray[np.int64]
 ) -> tuple[NDArray[np.int64], NDArray[np.int64]]:

@@ -15,7 +15,7 @@ from kestro._arguments import Index, Selection, position, positions
 from kestro._database import Graph, GraphDatabase
 from kestro._errors import KestroError
 from kestro._patterns import NO, STOPPED, UNKNOWN, YES, Patterns
-from kestro._ragged import places
+from kestro._ragged import places, small
 
 if TYPE_CHECKING:
     import pandas as pd
@@ -380,7 +380,7 @@ class Result:
         p = self._patterns
         found, offsets = places(p.tid_offsets, self.positions)
         by_pattern = scipy.sparse.csc_array(
-            (np.ones(len(found), np.uint8), p.tids[found], offsets),
+            (np.ones(len(found), np.uint8), p.tids[found], small(offsets)),
             shape=(self.graphs, len(self)),
         )
         return by_pattern.tocsr()

@@ -192,13 +192,21 @@ def _chi2(t: Tables) -> tuple[NDArray[np.float64], NDArray[np.float64]]:
 
 
 def _fisher(t: Tables) -> NDArray[np.float64]:
-    from scipy import stats
+    from scipy.special import gammaln
 
+    logs = gammaln(np.arange(t.graphs + 1) + 1.0)  # of factorials
+
+    def choose(n: int, k: NDArray[np.int64]) -> NDArray[np.float64]:
+        ways: NDArray[np.float64] = logs[n] - logs[k] - logs[n - k]
+        return ways
+
+    others = t.graphs - t.members
     p = np.ones(len(t.support))
     for support in np.unique(t.support):
-        least = max(0, support - (t.graphs - t.members))
+        least = max(0, support - others)
         possible = np.arange(least, min(support, t.members) + 1)
-        chances = stats.hypergeom.pmf(possible, t.graphs, t.members, support)
+        ways = choose(t.members, possible) + choose(others, support - possible)
+        chances = np.exp(ways - choose(t.graphs, support))
         ascending = np.sort(chances)
         sums = np.cumsum(ascending)
         mine = t.support == support
@@ -216,7 +224,8 @@ def _information_gain(t: Tables) -> NDArray[np.float64]:
     for count, row, column in cells:
         expected = np.where(count > 0, row * column, 1.0)
         gain += xlogy(count, count * t.graphs / expected)
-    return np.maximum(gain / (t.graphs * np.log(2)), 0.0)
+    bits: NDArray[np.float64] = gain / (t.graphs * np.log(2))
+    return bits.clip(min=0.0)
 
 
 def _ratio(
