@@ -1,0 +1,177 @@
+"""Patterns in other graphs: transform and embeddings."""
+
+import itertools
+import math
+import pickle
+
+import kestro
+import networkx as nx
+import numpy as np
+import pytest
+from hypothesis import given, settings
+from hypothesis import strategies as st
+from networkx.algorithms.isomorphism import GraphMatcher, categorical_node_match
+
+SAME = categorical_node_match("label", None)
+
+
+def monomorphisms(pattern, graph):
+    """Per vertex of the pattern the graph's, by NetworkX."""
+    own = pattern.to_networkx()
+    matcher = GraphMatcher(
+        graph.to_networkx(), own, node_match=SAME, edge_match=SAME
+    ).subgraph_monomorphisms_iter()
+    for mapping in matcher:
+        back = {v: k for k, v in mapping.items()}
+        yield tuple(back[i] for i in range(len(own)))
+
+
+def expected_matrix(result, db):
+    return [
+        [int(any(True for _ in monomorphisms(p.graph, g))) for p in result] for g in db
+    ]
+
+
+@pytest.fixture(scope="module")
+def result(molecules):
+    return kestro.mine(molecules, min_support="20%")
+
+
+@pytest.mark.parametrize("n_jobs", [None, 1, 2, -1])
+def test_on_the_graphs_mined(result, molecules, n_jobs):
+    matrix = result.transform(molecules, n_jobs=n_jobs)
+    expected = result.incidence()
+    assert matrix.format == "csr" and matrix.dtype == expected.dtype == np.uint8
+    assert matrix.shape == expected.shape == (60, 114)
+    assert (matrix != expected).nnz == 0
+    assert matrix.indices.dtype == matrix.indptr.dtype == np.int32
+
+
+def test_held_out_graphs(molecules):
+    result = kestro.mine(molecules[::2], min_support="20%", max_size=4)
+    other = molecules[1::2][:8]
+    assert result.transform(other).toarray().tolist() == expected_matrix(result, other)
+
+
+def test_selections(result, molecules):
+    dense = result.transform(molecules).toarray()
+    for key in (
+        slice(None, None, -1),
+        result.size >= 7,
+        [5, 3, 5, 110],
+        [],
+    ):
+        chosen = result[key]
+        found = chosen.transform(molecules, n_jobs=2)
+        assert found.shape == (60, len(chosen))
+        assert found.toarray().tolist() == dense[:, key].tolist()
+        again = pickle.loads(pickle.dumps(chosen)).transform(molecules)
+        assert (again != found).nnz == 0
+
+
+@pytest.mark.parametrize("maximal", [False, True])
+def test_filtered_results(molecules, maximal):
+    result = kestro.mine(molecules, min_support="20%", closed=True, maximal=maximal)
+    assert (result.transform(molecules) != result.incidence()).nnz == 0
+    large = kestro.mine(molecules, min_support="20%", min_size=6)
+    assert (large.transform(molecules) != large.incidence()).nnz == 0
+
+
+def test_labels_never_seen(three):
+    result = kestro.mine(three, min_support=1)
+    other = kestro.from_edges(
+        [["Zz", "O", "A"], ["C", "O", "Zz"], ["C", "O"], [], ["O"]],
+        [
+            [(0, 1, "d"), (1, 2, "s")],
+            [(0, 1, "d"), (1, 2, "zz")],
+            [(0, 1, "zz")],
+            [],
+            [],
+        ],
+    )
+    found = result.transform(other).toarray()
+    double = [p.graph.edge_labels for p in result].index(("d",))
+    assert found.sum() == 1 and found[1, double] == 1
+    assert result.transform(other[:0]).shape == (0, 4)
+    nothing = kestro.mine(other[[3]], min_support=1)
+    assert nothing.transform(three).shape == (3, 0)
+
+
+def test_arguments_that_make_no_sense(result, three):
+    with pytest.raises(TypeError, match="GraphDatabase"):
+        result.transform([three])
+    with pytest.raises(ValueError, match="n_jobs"):
+        result.transform(three, n_jobs=0)
+
+
+@st.composite
+def databases(draw, most):
+    """Graphs of up to five vertices with two labels of each kind."""
+    graphs = []
+    for _ in range(draw(st.integers(1, most))):
+        vertices = draw(st.lists(st.sampled_from("AB"), min_size=1, max_size=5))
+        pairs = list(itertools.combinations(range(len(vertices)), 2))
+        chosen = (
+            draw(st.lists(st.sampled_from(pairs), unique=True, max_size=6))
+            if pairs
+            else []
+        )
+        graphs.append((vertices, [(a, b, draw(st.sampled_from("xy"))) for a, b in chosen]))
+    return kestro.from_edges([g[0] for g in graphs], [g[1] for g in graphs])
+
+
+@given(databases(3), databases(2))
+@settings(max_examples=60)
+def test_random_graphs(mined, other):
+    result = kestro.mine(mined, min_support=1, max_size=4)
+    assert (result.transform(mined) != result.incidence()).nnz == 0
+    some = result[::3]
+    assert some.transform(other).toarray().tolist() == expected_matrix(some, other)
+    for p in some[:3]:
+        found = result.embeddings(p, other[0])
+        assert found.shape == (len(found), len(p.graph.vertex_labels))
+        expected = sorted(monomorphisms(p.graph, other[0]))
+        assert sorted(map(tuple, found.tolist())) == expected
+
+
+def test_embeddings(result, molecules):
+    p = result["9-0"]
+    tid = int(p.tids[0])
+    found = result.embeddings(p, tid)
+    assert found.dtype == np.int32 and found.shape[1] == 9 and len(found) > 0
+    for other in (result.embeddings("9-0", tid), result.embeddings(-1, molecules[tid])):
+        assert other.tolist() == found.tolist()
+    g = molecules[tid].to_networkx()
+    for row in found.tolist():
+        assert len(set(row)) == len(row)
+        for (a, b), label in zip(p.graph.edges.tolist(), p.graph.edge_labels, strict=True):
+            assert g.edges[row[a], row[b]]["label"] == label
+    outside = next(i for i in range(60) if i not in p.tids)
+    assert result.embeddings(p, outside).shape == (0, 9)
+
+
+def test_a_limit_of_embeddings():
+    star = kestro.from_edges([["A"] + ["B"] * 6], [[(0, i, "x") for i in range(1, 7)]])
+    result = kestro.mine(star, min_support=1)
+    assert len(result.embeddings("3-0", 0)) == 6 * 5 * 4
+    assert len(result.embeddings("6-0", 0)) == math.factorial(6)
+    for limit in (0, 1, 5, 720, 721):
+        found = result.embeddings("6-0", 0, limit=limit)
+        assert found.shape == (min(limit, 720), 7)
+
+
+def test_embeddings_that_make_no_sense(result, three):
+    for graph in (60, -61):
+        with pytest.raises(IndexError, match="graph"):
+            result.embeddings(0, graph)
+    for graph in (None, "x", nx.Graph(), True):
+        with pytest.raises(TypeError, match="graph"):
+            result.embeddings(0, graph)
+    with pytest.raises(kestro.KestroError, match="another run"):
+        result.embeddings(kestro.mine(three, min_support=1)[0], 0)
+    with pytest.raises(KeyError):
+        result.embeddings("99-0", 0)
+    with pytest.raises(IndexError, match="pattern"):
+        result.embeddings(114, 0)
+    with pytest.raises(ValueError, match="limit"):
+        result.embeddings(0, 0, limit=-1)
