@@ -76,7 +76,7 @@ def write(
 ) -> None:
     """Write the files of a result; see ``Result.write``."""
     p = patterns
-    chosen = result.positions
+    chosen = np.unique(result.positions)
     input_name = name if source is None else source
     if "\n" in input_name or "\n" in name:
         raise KestroError("the name of a file holds a newline")

@@ -26,7 +26,8 @@ def lines(
     p: Patterns, chosen: NDArray[np.int64] | None, result: Result
 ) -> Iterator[str]:
     """Return the lines of a result, each with its newline."""
-    head: dict[str, Any] = {"kind": _KIND, "form": p.form, "patterns": len(result)}
+    wanted = np.unique(result.positions)
+    head: dict[str, Any] = {"kind": _KIND, "form": p.form, "patterns": len(wanted)}
     for name, value in p.summary.items():
         head[name] = value.tolist() if isinstance(value, np.ndarray) else value
     head["described"] = _files.described(result, p)
@@ -34,7 +35,6 @@ def lines(
     if _files.is_maximal_choice(result, p):
         head |= {"maximal": True, "selection": False}
     yield json.dumps(head) + "\n"
-    wanted = result.positions
     nothing: Iterator[Any] = repeat([])
     tids = _files.lists(p.tid_offsets, p.tids, wanted) if p.has_tids else nothing
     parents = _files.parent_names(p, wanted) if p.has_parents else nothing

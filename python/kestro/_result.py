@@ -584,6 +584,7 @@ class Result:
     ) -> str | None:
         """Write the patterns as lines of JSON; `read_result` reads them.
 
+        Patterns come by size, then id, each once.
         The first line tells of the run.  Each further one is a pattern:
         ``id``, ``support``, ``vertices`` (labels), ``edges`` (two ends and a
         label each), ``tids`` and ``parents`` (ids), the last two where known.
@@ -613,7 +614,8 @@ class Result:
     ) -> None:
         """Write the patterns as the command line's files hold them.
 
-        Makes ``name.fp``, ``name.tid`` and ``name.pc``.  With
+        Makes ``name.fp``, ``name.tid`` and ``name.pc``, in which patterns come
+        by size, then id, each once.  With
         ``form="command-line"`` they are what the program writes, but for the
         time.  A file appears under its name when it is whole.
 

@@ -1,0 +1,313 @@
+"""Results in files, read again: the program's, lines of JSON, Arrow's tables."""
+
+import gzip
+import io
+import json
+import os
+import re
+import subprocess
+import sys
+
+import kestro
+import numpy as np
+import pandas as pd
+import pyarrow as pa
+import pyarrow.parquet
+import pytest
+
+
+@pytest.fixture(scope="module")
+def result(molecules):
+    return kestro.mine(molecules, min_support="20%")
+
+
+def rows(result):
+    return [
+        (
+            p.id,
+            p.support,
+            p.graph.lines(),
+            p.tids.tolist(),
+            p.parents,
+            p.children,
+            p.closed,
+            p.maximal,
+        )
+        for p in result
+    ]
+
+
+def contents(folder):
+    return {file.name: file.read_bytes() for file in folder.iterdir()}
+
+
+def through_files(result, folder, db=None):
+    result.write(folder, "p")
+    return kestro.read_result(folder / "p.fp", db)
+
+
+def through_json(result, folder, db=None):
+    result.to_jsonl(folder / "p.jsonl")
+    return kestro.read_result(folder / "p.jsonl", db)
+
+
+WAYS = pytest.mark.parametrize("way", [through_files, through_json])
+
+
+@WAYS
+def test_what_is_written_is_read(result, molecules, tmp_path, way):
+    again = way(result, tmp_path, molecules)
+    assert rows(again) == rows(result)
+    assert again.to_pandas().equals(result.to_pandas())
+    assert repr(again) == repr(result) and again.complete
+    assert (again.incidence() != result.incidence()).nnz == 0
+    assert (again.transform(molecules) != result.incidence()).nnz == 0
+    y = np.arange(60) % 2
+    assert again.score(y, correction="bh").equals(result.score(y, correction="bh"))
+    assert again.db is molecules
+
+
+@WAYS
+def test_what_is_read_is_written(result, tmp_path, way):
+    again = way(result, tmp_path)
+    first, second = tmp_path / "first", tmp_path / "second"
+    for folder, own in ((first, result), (second, again)):
+        folder.mkdir()
+        own.write(folder, "q", source="molecules.txt")
+        own.to_jsonl(folder / "q.jsonl")
+    texts = [contents(folder) for folder in (first, second)]
+    assert sorted(texts[0]) == ["q.fp", "q.jsonl", "q.pc", "q.tid"]
+    for name in ("q.fp", "q.pc", "q.tid"):
+        assert texts[0][name] == texts[1][name]
+    patterns = [text["q.jsonl"].split(b"\n", 1)[1] for text in texts]
+    assert patterns[0] == patterns[1]
+
+
+@WAYS
+def test_without_the_database(result, tmp_path, way):
+    again = way(result, tmp_path)
+    assert again.graphs == 60 and again.to_pandas().equals(result.to_pandas())
+    with pytest.raises(kestro.KestroError, match="read_result takes it"):
+        _ = again.db
+    with pytest.raises(TypeError, match="no database"):
+        again.embeddings(0, 0)
+    assert again.embeddings(0, result.db[0]).shape[1] == 2
+
+
+@WAYS
+def test_maximal_patterns(molecules, tmp_path, way):
+    maximal = kestro.mine(molecules, min_support="20%", maximal=True)
+    again = way(maximal, tmp_path)
+    assert [(p.id, p.parents) for p in again] == [(p.id, p.parents) for p in maximal]
+    assert all(p.maximal and p.closed for p in again)
+    assert again["9-0"].tids.tolist() == maximal["9-0"].tids.tolist()
+    with pytest.raises(KeyError):
+        again["1-0"]
+
+
+@WAYS
+def test_of_a_selection_it_is_unknown_what_is_closed(result, tmp_path, way):
+    some = result[[100, 3, 50, 3]]
+    again = way(some, tmp_path)
+    assert [p.id for p in again] == [result[i].id for i in (3, 50, 100)]
+    assert {p.closed for p in again} == {p.maximal for p in again} == {None}
+
+
+@WAYS
+def test_bounded_runs(molecules, tmp_path, way):
+    bounded = kestro.mine(molecules, min_support="20%", max_size=3)
+    again = way(bounded, tmp_path)
+    assert rows(again) == rows(bounded)
+    assert {p.maximal for p in again if p.size == 3} == {None}
+    stopped = kestro.mine(molecules, min_support="20%", max_patterns=30)
+    assert stopped.stopped_by == "max_patterns"
+    again = way(stopped, tmp_path)
+    assert again.stopped_by == "max_patterns" and not again.complete
+    assert rows(again) == rows(stopped)
+
+
+@WAYS
+def test_no_pattern(tmp_path, way):
+    db = kestro.from_edges([["A"]], [[]])
+    again = way(kestro.mine(db, min_support=1), tmp_path, db)
+    assert len(again) == 0 and again.complete and again.incidence().shape == (1, 0)
+
+
+@WAYS
+def test_labels_of_all_kinds(tmp_path, way):
+    text = "t # 0\nv 0 \xe9\nv 1 #\nu 0 1 \u2192\n".encode()
+    db = kestro.read_transactions(io.BytesIO(text + b"t # 1\nv 0 \xff\nv 1 0\nu 0 1 \xfe\n"))
+    result = kestro.mine(db, min_support=1)
+    assert rows(way(result, tmp_path)) == rows(result)
+
+
+def test_files_that_are_missing(result, molecules, tmp_path):
+    result.write(tmp_path, "p", tids=False, parents=False)
+    assert sorted(contents(tmp_path)) == ["p.fp"]
+    bare = kestro.read_result(tmp_path / "p.fp")
+    assert bare.support.tolist() == result.support.tolist()
+    assert {p.closed for p in bare if p.size < 9} == {None}
+    assert bare["9-0"].maximal is True  # the run found none of ten edges
+    for ask in (
+        lambda: bare[0].tids,
+        bare.incidence,
+        lambda: bare.score(np.arange(60) % 2),
+        lambda: bare.representative(1),
+        lambda: bare[0].parents,
+        lambda: bare.write(tmp_path, "q"),
+    ):
+        with pytest.raises(kestro.KestroError, match="are unknown"):
+            ask()
+    assert sorted(contents(tmp_path)) == ["p.fp"]
+    found = kestro.read_result(tmp_path / "p.fp", molecules, n_jobs=2)
+    assert (found.incidence() != result.incidence()).nnz == 0
+    again = through_json(bare, tmp_path)
+    assert again.support.tolist() == result.support.tolist()
+    assert "tids" not in bare.to_arrow().column_names
+
+
+def test_files_packed_by_gzip(result, tmp_path):
+    result.to_jsonl(tmp_path / "p.jsonl")
+    packed = tmp_path / "p.jsonl.gz"
+    packed.write_bytes(gzip.compress((tmp_path / "p.jsonl").read_bytes()))
+    assert rows(kestro.read_result(packed)) == rows(result)
+
+
+def test_lines_of_json(result, tmp_path):
+    text = result.to_jsonl()
+    into = io.StringIO()
+    assert result.to_jsonl(into) is None and into.getvalue() == text
+    head, *patterns = map(json.loads, text.splitlines())
+    assert head["patterns"] == len(patterns) == 114 and head["graphs"] == 60
+    assert list(patterns[0]) == ["id", "support", "vertices", "edges", "tids", "parents"]
+    p = result["1-5"]
+    own = next(row for row in patterns if row["id"] == "1-5")
+    assert (own["vertices"], own["edges"]) == (["C", "O"], [[0, 1, "d"]])
+    assert own["tids"] == p.tids.tolist()
+
+
+@pytest.mark.parametrize(
+    ("name", "change", "reason"),
+    [
+        ("p.fp", lambda t: t[: len(t) // 2], "of a run that ended"),
+        ("p.fp", lambda t: b"t # 0\nv 0 C\n", "of a run that ended"),
+        ("p.fp", lambda t: t.replace(b"t # 3-7, ", b"t # 3-70000, "), "size and id"),
+        ("p.fp", lambda t: t.replace(b"t # 3-7, ", b"t # x "), "no head"),
+        ("p.fp", lambda t: t.replace(b"v 1 C", b"v 1"), "line"),
+        ("p.tid", lambda t: t.replace(b"3-7 ", b"3-8 "), "not those of"),
+        ("p.tid", lambda t: t.replace(b"\n1-1 ", b"\n1-1 0 "), "as long as"),
+        ("p.pc", lambda t: t[:-200], "not those of"),
+        ("p.jsonl", lambda t: t[:-20], "no line of JSON"),
+        ("p.jsonl", lambda t: t.rsplit(b"\n", 2)[0], "not whole"),
+        ("p.jsonl", lambda t: t.replace(b"kestro patterns 1", b"other"), "first line"),
+        ("p.jsonl", lambda t: t.replace(b'"support"', b'"upport"'), "no pattern"),
+    ],
+)
+def test_files_that_cannot_be_read(result, tmp_path, name, change, reason):
+    result.write(tmp_path, "p")
+    result.to_jsonl(tmp_path / "p.jsonl")
+    file = tmp_path / name
+    before = file.read_bytes()
+    file.write_bytes(change(before))
+    assert file.read_bytes() != before
+    path = tmp_path / ("p.jsonl" if name == "p.jsonl" else "p.fp")
+    with pytest.raises(kestro.KestroError, match=reason):
+        kestro.read_result(path)
+
+
+def test_databases_that_do_not_belong(result, three, molecules, tmp_path):
+    result.write(tmp_path, "p", tids=False)
+    with pytest.raises(kestro.KestroError, match="60 graphs were mined, db has 3"):
+        kestro.read_result(tmp_path / "p.fp", three)
+    with pytest.raises(kestro.KestroError, match="not as frequent"):
+        kestro.read_result(tmp_path / "p.fp", molecules[[0] * 60])
+    with pytest.raises(FileNotFoundError):
+        kestro.read_result(tmp_path / "none.fp")
+
+
+class FullError(Exception):
+    pass
+
+
+def test_a_file_that_is_not_whole_is_not_there(result, tmp_path, monkeypatch):
+    result.write(tmp_path, "p")
+    before = contents(tmp_path)
+    real = os.replace
+
+    def parents(*_):
+        yield ["1-0"]
+        raise FullError
+
+    monkeypatch.setattr("kestro._files.parent_names", parents)
+    with pytest.raises(FullError):
+        result[5:].write(tmp_path, "p")
+    with pytest.raises(FullError):
+        result[5:].to_jsonl(tmp_path / "q.jsonl")
+    assert contents(tmp_path) == before and os.replace is real
+    with pytest.raises(FileNotFoundError):
+        result.write(tmp_path / "none", "p")
+    for name, source in (("a\nb", None), ("a", "b\nc")):
+        with pytest.raises(kestro.KestroError, match="newline"):
+            result.write(tmp_path, name, source=source)
+    assert contents(tmp_path) == before
+
+
+def test_arrow(result, tmp_path):
+    table = result.to_arrow()
+    assert table.num_rows == 114
+    frame = result.to_pandas()
+    for name in frame.columns:
+        assert table[name].to_pylist() == frame[name].astype(object).tolist()
+    for row, p in zip(table.to_pylist(), result, strict=True):
+        assert row["tids"] == p.tids.tolist() and row["parents"] == list(p.parents)
+        assert tuple(row["vertex_labels"]) == p.graph.vertex_labels
+        assert tuple(row["edge_labels"]) == p.graph.edge_labels
+        assert row["ends"] == p.graph.edges.tolist()
+    assert pa.table(result).equals(table)  # by the C stream interface
+    pyarrow.parquet.write_table(table, tmp_path / "p.parquet")
+    assert pyarrow.parquet.read_table(tmp_path / "p.parquet").num_rows == 114
+    some = result[[7, 3]].to_arrow()
+    assert some["id"].to_pylist() == frame["id"][[7, 3]].tolist()
+    assert some["tids"].to_pylist() == [result[i].tids.tolist() for i in (7, 3)]
+    unknown = kestro.mine(result.db, min_support="20%", max_size=1).to_arrow()
+    assert unknown["closed"].to_pylist() == [None] * len(unknown)
+    assert result[:0].to_arrow().num_rows == 0
+
+
+def test_the_package_does_without_its_extras():
+    code = (
+        "import sys\n"
+        "for name in ('pyarrow', 'rdkit', 'sklearn', 'polars'): sys.modules[name] = None\n"
+        "import kestro\n"
+        "db = kestro.from_edges([['A', 'B']], [[(0, 1, 'x')]])\n"
+        "result = kestro.mine(db, min_support=1)\n"
+        "result.to_pandas(), result.incidence(), result.transform(db), repr(result)\n"
+        "try: result.to_arrow()\n"
+        "except ImportError as e: print(e)\n"
+    )
+    done = subprocess.run(
+        [sys.executable, "-c", code], check=True, capture_output=True, text=True
+    )
+    assert "kestro[pyarrow]" in done.stdout
+
+
+def test_html(result, molecules):
+    html = result._repr_html_()
+    assert "114 patterns of 1 to 9 edges in at least 12 of 60 graphs" in html
+    assert html.count("<tr>") == 11 and "104 more" in html
+    assert "75.0%" in html
+    few = kestro.mine(molecules, min_support="20%", max_size=1)[:2]._repr_html_()
+    assert few.count("<tr>") == 3 and "more" not in few and "?" in few
+    odd = kestro.from_edges([["<b>", "&"]], [[(0, 1, "<i>")]])
+    page = kestro.mine(odd, min_support=1)._repr_html_()
+    assert "&amp;0 &lt;i&gt; &lt;b&gt;1" in page and not re.search("<b>1<|<i>", page)
+    large = kestro.mine(molecules, min_support=2, min_size=14)._repr_html_()
+    assert "…" in large
+
+
+def test_tables_of_filters_tell_what_is_unknown(molecules):
+    bounded = kestro.mine(molecules, min_support="20%", max_size=3, closed=True)
+    table = bounded.to_pandas()
+    assert table["closed"].isna().sum() == bounded.undecided > 0
+    assert f"{bounded.undecided} of them undecided" in bounded._repr_html_()
+    assert isinstance(table["closed"].dtype, pd.BooleanDtype)
