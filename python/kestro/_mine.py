@@ -8,6 +8,8 @@ import warnings
 from collections.abc import Callable
 from typing import Literal
 
+import numpy as np
+
 from kestro import _core
 from kestro._arguments import (
     MinSupport,
@@ -160,11 +162,14 @@ def _receiver(
 def _seconds(time_limit: object) -> float | None:
     if time_limit is None:
         return None
-    if isinstance(time_limit, bool) or not isinstance(time_limit, (int, float)):
+    if isinstance(time_limit, (bool, np.bool_)) or not isinstance(
+        time_limit, (int, float, np.number)
+    ):
         raise TypeError(f"time_limit must be a number of seconds, not {time_limit!r}")
-    if not (time_limit >= 0 and math.isfinite(time_limit)):
+    seconds = float(time_limit)
+    if not (seconds >= 0 and math.isfinite(seconds)):
         raise ValueError(f"time_limit must be 0 or more seconds, not {time_limit!r}")
-    return float(time_limit)
+    return seconds
 
 
 def _per_cent(unit: str, amount: float, graphs: int) -> float:

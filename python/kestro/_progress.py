@@ -30,6 +30,8 @@ class Progress(NamedTuple):
     candidates: int
 
 
+_FORMAT = "{desc}{percentage:3.0f}%|{bar}| {n_fmt}/{total_fmt} [{elapsed}]"
+
 ProgressCallback = Callable[[Progress], object]
 
 
@@ -45,17 +47,24 @@ class ProgressBar:
         # None means silence where standard error is no terminal, which it never
         # is in a notebook.
         silent = False if "ipykernel.zmqshell" in sys.modules else None
-        self._bar: Any = tqdm(file=sys.stderr, disable=silent, leave=True)
+        # Every step counts other items, so a rate would mean nothing.
+        self._bar: Any = tqdm(
+            file=sys.stderr, disable=silent, leave=True, bar_format=_FORMAT
+        )
         self._patterns = 0
 
     def __call__(self, now: Progress) -> None:
         """Show where the run is."""
         if now.step == "complete":
             self._patterns += now.done
+        if now.known == 0:
+            return
         self._bar.set_description(
             f"size {now.size}, {now.step}, {self._patterns} patterns", refresh=False
         )
-        self._bar.total = now.known
+        # What notebooks show has to be told of another total.
+        if self._bar.total != now.known:
+            self._bar.reset(now.known)
         self._bar.n = now.done
         self._bar.refresh()
 

@@ -1,8 +1,12 @@
 """Mining: what is found, what is refused, how a run ends early."""
 
+import contextlib
 import os
 import pickle
 import signal
+import subprocess
+import sys
+import termios
 import threading
 import time
 from collections import Counter
@@ -364,6 +368,68 @@ def test_progress_tells_every_size(molecules):
 def test_the_bar_is_silent_where_no_terminal_is(molecules, capfd):
     kestro.mine(molecules, min_support=6, progress=True)
     assert capfd.readouterr() == ("", "")
+
+
+def test_the_bar_in_a_terminal():
+    code = (
+        "import kestro\n"
+        "edges = [(a, b, '-') for b in range(9) for a in range(b)]\n"
+        "db = kestro.from_edges([list('ABCDEFGHI')] * 2, [edges] * 2)\n"
+        "kestro.mine(db, min_support=2, max_size=4, progress=True)\n"
+        "print('done')\n"
+    )
+    terminal, other_end = os.openpty()
+    termios.tcsetwinsize(other_end, (24, 100))
+    done = subprocess.run(
+        [sys.executable, "-c", code], check=True, stdout=subprocess.PIPE, stderr=other_end
+    )
+    os.close(other_end)
+    shown = b""
+    with contextlib.suppress(OSError), open(terminal, "rb", buffering=0) as f:
+        while piece := f.read(4096):
+            shown += piece
+    assert done.stdout == b"done\n"
+    last = shown.rstrip().rsplit(b"\r", 1)[-1].decode()
+    assert "size 4, complete" in last and "patterns: 100%" in last
+    assert "it/s" not in shown.decode()
+
+
+def test_the_bar_in_a_notebook(three, monkeypatch, capsys):
+    """Where notebooks run, standard error is no terminal, and yet it is shown."""
+    monkeypatch.setitem(sys.modules, "ipykernel.zmqshell", sys)
+    kestro.mine(three, min_support=1, progress=True)
+    out, err = capsys.readouterr()
+    assert out == "" and "size 2, complete, 4 patterns: 100%" in err
+
+
+def test_ctrl_c_during_matching(explosive):
+    result = kestro.mine(explosive, min_support=2, max_size=3)
+    other = explosive[[0] * 600]
+    for n_jobs in (1, 2):
+        sent = []
+
+        def send(sent=sent):
+            sent.append(time.monotonic())
+            os.kill(os.getpid(), signal.SIGINT)
+
+        threading.Timer(0.2, send).start()
+        with pytest.raises(KeyboardInterrupt):
+            result.transform(other, n_jobs=n_jobs)
+        assert time.monotonic() - sent[0] < 0.5
+    assert result.transform(other[:2], n_jobs=2).sum() == 2 * len(result)
+
+
+def test_kinds_of_time_limits(three):
+    for seconds in (5, 5.0, np.float32(5), np.int64(5)):
+        assert kestro.mine(three, min_support=1, time_limit=seconds).complete
+
+
+def test_bounds_that_nothing_reaches(molecules):
+    nine = kestro.mine(molecules, min_support="20%", max_size=9)
+    ten = kestro.mine(molecules, min_support="20%", max_size=10)
+    assert (len(nine), len(ten)) == (114, 114)
+    assert nine["9-0"].maximal is None and ten["9-0"].maximal is True
+    assert nine["8-0"].maximal is ten["8-0"].maximal is False
 
 
 def test_errors_can_be_pickled():
