@@ -11,7 +11,7 @@ from typing import TYPE_CHECKING, Any
 import numpy as np
 from numpy.typing import NDArray
 
-from kestro import _files
+from kestro import _program_files
 from kestro._errors import KestroError
 from kestro._patterns import Patterns
 from kestro._ragged import offsets_of
@@ -30,18 +30,20 @@ def lines(
     head: dict[str, Any] = {"kind": _KIND, "form": p.form, "patterns": len(wanted)}
     for name, value in p.summary.items():
         head[name] = value.tolist() if isinstance(value, np.ndarray) else value
-    head["described"] = _files.described(result, p)
+    head["described"] = _program_files.described(result, p)
     head["selection"] = bool(p.summary.get("selection")) or chosen is not None
-    if _files.is_maximal_choice(result, p):
+    if _program_files.is_maximal_choice(result, p):
         head |= {"maximal": True, "selection": False}
     yield json.dumps(head) + "\n"
     nothing: Iterator[Any] = repeat([])
-    tids = _files.lists(p.tid_offsets, p.tids, wanted) if p.has_tids else nothing
-    parents = _files.parent_names(p, wanted) if p.has_parents else nothing
+    tids = (
+        _program_files.lists(p.tid_offsets, p.tids, wanted) if p.has_tids else nothing
+    )
+    parents = _program_files.parent_names(p, wanted) if p.has_parents else nothing
     for name, support, graph, own, of in zip(
         p.names(wanted),
         p.support[wanted].tolist(),
-        _files.graphs(p, wanted),
+        _program_files.graphs(p, wanted),
         tids,
         parents,
         strict=False,
@@ -108,7 +110,7 @@ def _packed(
         "edge_labels": _ids(edge_labels, edge_table),
         "support": np.array(supports, np.int32),
     }
-    packed |= _files.levels(names, _counts(patterns, "edges"), path)
+    packed |= _program_files.levels(names, _counts(patterns, "edges"), path)
     if all("tids" in row for row in patterns):
         tids = [tid for row in patterns for tid in row["tids"]]
         packed["tids"] = np.array(tids, np.int32)

@@ -7,7 +7,7 @@ from pathlib import Path
 
 import numpy as np
 
-from kestro import _files, _jsonl, _matching
+from kestro import _jsonl, _matching, _program_files
 from kestro._arguments import job_count
 from kestro._database import GraphDatabase
 from kestro._errors import KestroError
@@ -55,7 +55,7 @@ def read_result(
     jobs = job_count(n_jobs)
     file = Path(path)
     text, _ = bytes_of(file)
-    own = _jsonl if text.startswith(b"{") else _files
+    own = _jsonl if text.startswith(b"{") else _program_files
     patterns = own.read(file, text)
     if db is not None:
         graphs = patterns.summary["graphs"]

@@ -10,7 +10,7 @@ from typing import IO, TYPE_CHECKING, Any, overload
 import numpy as np
 from numpy.typing import ArrayLike, NDArray
 
-from kestro import _arrow, _files, _html, _jsonl, _matching, _scoring
+from kestro import _arrow, _html, _jsonl, _matching, _program_files, _scoring
 from kestro._arguments import Index, Selection, position, positions
 from kestro._database import Graph, GraphDatabase
 from kestro._errors import KestroError
@@ -598,7 +598,7 @@ class Result:
         if path is None:
             return "".join(lines)
         if isinstance(path, (str, os.PathLike)):
-            _files.write_aside(Path(path), lines)
+            _program_files.write_aside(Path(path), lines)
         else:
             path.writelines(lines)
         return None
@@ -637,7 +637,7 @@ class Result:
             When the TIDs or the parents are unknown, or a name holds a
             newline.
         """
-        _files.write(
+        _program_files.write(
             self, self._patterns, Path(folder), name, source, tids=tids, parents=parents
         )
 

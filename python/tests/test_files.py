@@ -238,7 +238,7 @@ def test_a_file_that_is_not_whole_is_not_there(result, tmp_path, monkeypatch):
         yield ["1-0"]
         raise FullError
 
-    monkeypatch.setattr("kestro._files.parent_names", parents)
+    monkeypatch.setattr("kestro._program_files.parent_names", parents)
     with pytest.raises(FullError):
         result[5:].write(tmp_path, "p")
     with pytest.raises(FullError):
