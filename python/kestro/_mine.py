@@ -128,6 +128,7 @@ def mine(
     if summary["ending"] == "stopped":
         interrupted = isinstance(raised, KeyboardInterrupt)
         summary["ending"] = "interrupt" if interrupted else "progress"
+    summary["atom_labels"] = db.atom_labels
     vertex_labels, edge_labels = db._native.labels()
     patterns = Patterns(packed, summary, vertex_labels, edge_labels, form)
     result = Result.of_run(patterns, db, maximal=bool(maximal), closed=bool(closed))

@@ -5,15 +5,18 @@ from __future__ import annotations
 import re
 from array import array
 from collections.abc import Iterable, Sequence
-from typing import TypeVar
+from typing import TYPE_CHECKING, Any, NamedTuple, TypeVar
 
 import numpy as np
 from numpy.typing import NDArray
 
 from kestro import _core
 from kestro._arguments import OnError, check_choice
-from kestro._database import GraphDatabase, Skipped
+from kestro._database import AtomLabels, GraphDatabase, Skipped
 from kestro._errors import KestroError
+
+if TYPE_CHECKING:
+    import pandas as pd
 
 _T = TypeVar("_T", bound=np.generic)
 
@@ -37,6 +40,20 @@ def label_text(label: object) -> str:
     if label is None or label != label:
         raise KestroError("a label is missing")
     raise KestroError(f"a label is a str or an int, not {label!r}")
+
+
+class Packed(NamedTuple):
+    """Some graphs, as one process hands them to another."""
+
+    records: array[int]
+    vertex_counts: array[int]
+    edge_counts: array[int]
+    vertex_labels: array[int]  # positions in the table
+    edges: array[int]
+    edge_labels: array[int]
+    vertex_table: list[str]
+    edge_table: list[str]
+    skipped: list[Skipped]
 
 
 class Packer:
@@ -110,8 +127,43 @@ class Packer:
         self._edges.extend(ends)
         self._edge_labels.extend(edge_ids)
 
-    def build(self, kind: str = "graphs") -> GraphDatabase:
-        """Return the database of all graphs added."""
+    def packed(self) -> Packed:
+        """Return all that was added."""
+        return Packed(
+            self._records,
+            self._vertex_counts,
+            self._edge_counts,
+            self._vertex_labels,
+            self._edges,
+            self._edge_labels,
+            list(self._vertex_ids),
+            list(self._edge_ids),
+            self._skipped,
+        )
+
+    def extend(self, more: Packed) -> None:
+        """Add graphs that another packer, with the same on_error, has packed."""
+        vertex_ids = [self.vertex_label(x) for x in more.vertex_table]
+        edge_ids = [self.edge_label(x) for x in more.edge_table]
+        self._records.extend(more.records)
+        self._vertex_counts.extend(more.vertex_counts)
+        self._edge_counts.extend(more.edge_counts)
+        self._vertex_labels.frombytes(_renumbered(vertex_ids, more.vertex_labels))
+        self._edges.extend(more.edges)
+        self._edge_labels.frombytes(_renumbered(edge_ids, more.edge_labels))
+        self._skipped.extend(more.skipped)
+
+    def build(
+        self,
+        atom_labels: AtomLabels | None = None,
+        table: pd.DataFrame | None = None,
+        classes: NDArray[Any] | None = None,
+    ) -> GraphDatabase:
+        """Return the database of all graphs added.
+
+        The table and the classes have a row per record; those of the graphs
+        are kept.
+        """
         records = _numbers(self._records, np.int64)
         native, refused = _core.Database.from_arrays(
             _numbers(self._vertex_counts, np.int64),
@@ -127,12 +179,23 @@ class Packer:
         for i, reason in refused:
             kept[i] = False
             self.refuse(int(records[i]), _GRAPH_NUMBER.sub("", reason))
-        skipped = tuple(sorted(self._skipped))
-        return GraphDatabase(native, records[kept], skipped, kind)
+        source = records[kept]
+        return GraphDatabase(
+            native,
+            source,
+            tuple(sorted(self._skipped)),
+            atom_labels=atom_labels,
+            table=None if table is None else table.iloc[source].reset_index(drop=True),
+            classes=None if classes is None else classes[source],
+        )
 
 
 def _numbers(numbers: array[int], dtype: type[_T]) -> NDArray[_T]:
     return np.array(numbers, dtype=dtype)
+
+
+def _renumbered(ids: list[int], labels: array[int]) -> bytes:
+    return np.array(ids, np.intc)[np.array(labels, np.intc)].tobytes()
 
 
 def _label_id(ids: dict[str, int], label: object) -> int:

@@ -12,6 +12,7 @@ import numpy as np
 from numpy.typing import NDArray
 
 from kestro._arguments import Index, Selection, position, positions
+from kestro._atoms import graph_smarts
 from kestro._database import Graph, GraphDatabase
 
 if TYPE_CHECKING:
@@ -212,6 +213,24 @@ class Pattern:
                 p.edge_table[x] for x in p.edge_labels[first : first + size].tolist()
             ),
         )
+
+    def to_smarts(self) -> str:
+        """Return the SMARTS of a pattern of molecules.
+
+        It says all that the labels say, no more: element and aromaticity of
+        atoms, their charge where the database has it, the kind of each bond.
+        So RDKit finds it in the molecules whose numbers are ``tids``; where
+        hydrogens are vertices, once ``Chem.AddHs`` has made them atoms.
+
+        Raises
+        ------
+        ValueError
+            When the database is none of molecules.
+        """
+        labels = self._all.summary["atom_labels"]
+        if labels is None:
+            raise ValueError("the labels of this pattern are not those of atoms")
+        return graph_smarts(self.graph, labels)
 
     @property
     def parents(self) -> tuple[str, ...]:
@@ -417,8 +436,9 @@ class Result:
         -------
         DataFrame
             Columns ``size`` (edges), ``id``, ``support`` (graphs),
-            ``fraction`` (of the graphs), ``vertices``, ``edges``, ``closed``
-            and ``maximal``, which are NA where that is unknown.
+            ``fraction`` (of the graphs), ``vertices``, ``edges``, for
+            molecules ``smarts``, then ``closed`` and ``maximal``, which are NA
+            where that is unknown.
         """
         import pandas as pd
 
@@ -427,6 +447,9 @@ class Result:
         sizes = p.sizes(chosen)
         support = p.support[chosen]
         numbers = p.numbers(chosen)
+        smarts = {}
+        if self.db.atom_labels is not None:
+            smarts["smarts"] = [pattern.to_smarts() for pattern in self]
         return pd.DataFrame(
             {
                 "size": sizes,
@@ -440,6 +463,7 @@ class Result:
                 "fraction": support / max(1, len(self.db)),
                 "vertices": np.diff(p.vertex_offsets)[chosen],
                 "edges": sizes,
+                **smarts,
                 "closed": _nullable(p.closed[chosen]),
                 "maximal": _nullable(p.maximal[chosen]),
             }
