@@ -7,21 +7,30 @@ adjacency matrix of the molecule.
 
 from __future__ import annotations
 
+from array import array
 from collections.abc import Sequence
 from typing import Any, NamedTuple
 
 import numpy as np
+from numpy.typing import NDArray
 
 from kestro._arguments import OnError
-from kestro._atoms import BONDS, atom_label, import_rdkit
+from kestro._atoms import BONDS, ELEMENTS, atom_label, import_rdkit
 from kestro._database import AtomLabels
 from kestro._packing import Packed, Packer
 
 _DIRECTED = ("DATIVE", "DATIVEL", "DATIVER", "DATIVEONE")
-# Bonds per entry of RDKit's adjacency matrix.
-_ORDERS = {1.0: "-", 1.5: ":", 2.0: "=", 3.0: "#"}
+# Entries of RDKit's adjacency matrix, and the bonds that they stand for.
+_ORDERS = {"SINGLE": 1.0, "AROMATIC": 1.5, "DOUBLE": 2.0, "TRIPLE": 3.0}
+_EDGE_TABLE = [BONDS[name] for name in _ORDERS]
+# By twice the entry, the position in that table.
+_EDGE_LABELS = np.zeros(7, np.int32)
+_EDGE_LABELS[[round(2 * order) for order in _ORDERS.values()]] = range(len(_ORDERS))
 # The matrix has atoms times atoms entries: for more it costs more than calls do.
 _MATRIX_ATOMS = 250
+_CHUNK = 500  # molecules that are packed together
+
+Bonds = tuple[NDArray[np.int64], NDArray[np.float64]]
 
 
 class Unread(NamedTuple):
@@ -33,71 +42,124 @@ class Unread(NamedTuple):
 Text = str | Unread
 
 
+class _Kinds(dict[int, int]):
+    """Positions in a table of labels by kind of atom; a new kind is appended.
+
+    A kind is a number: charge, atomic number and aromaticity.
+    """
+
+    def __init__(self) -> None:
+        super().__init__()
+        self.table: list[str] = []
+
+    def __missing__(self, kind: int) -> int:
+        rest, aromatic = divmod(kind, 2)
+        charge, number = divmod(rest, len(ELEMENTS))
+        self.table.append(atom_label(number, bool(aromatic), charge))
+        return self.setdefault(kind, len(self))
+
+
 class Converter:
-    """Puts molecules into a packer; each kind of atom is put into words once."""
+    """Puts molecules into a packer; `finish` hands over the last of them."""
 
     def __init__(self, packer: Packer, labels: AtomLabels) -> None:
         self._chem = import_rdkit()
         self._packer = packer
         self._labels = labels
-        self._kinds: dict[tuple[int, bool, int], int] = {}
-        ids = {text: packer.edge_label(text) for text in BONDS.values()}
+        self._kinds = _Kinds()
         names = self._chem.BondType.names
-        self._bonds = {names[name]: ids[text] for name, text in BONDS.items()}
-        # Twice the entry of the matrix gives the bond's label.
-        self._orders = np.zeros(7, np.intc)
-        for order, text in _ORDERS.items():
-            self._orders[int(2 * order)] = ids[text]
+        self._orders = {names[name]: order for name, order in _ORDERS.items()}
         # The entries of other bonds may be the same, or nought.
         self._other_bond = self._chem.MolFromSmarts("*!-!=!#!:*")
+        self._clear()
+
+    def _clear(self) -> None:
+        self._records: list[int] = []
+        self._sizes: list[int] = []
+        self._atoms = array("i")
+        self._entries: list[NDArray[np.int64]] = []
+        self._entry_orders: list[NDArray[np.float64]] = []
 
     def add(self, record: int, molecule: Any) -> None:
         """Add a molecule as it is, or refuse it."""
         if self._labels.hydrogens:
             molecule = self._chem.AddHs(molecule)
-        atoms = self._atoms(molecule)
-        if len(atoms) <= _MATRIX_ATOMS:
-            if not molecule.HasSubstructMatch(self._other_bond):
-                ends, bonds = self._matrix(molecule)
-                return self._packer.add_packed(record, atoms, ends, bonds)
-        return self._add_bond_by_bond(record, molecule, atoms)
+        size = molecule.GetNumAtoms()
+        if size > _MATRIX_ATOMS or molecule.HasSubstructMatch(self._other_bond):
+            bonds = self._bond_by_bond(record, molecule, size)
+            if bonds is None:
+                return
+        else:
+            # Forced: RDKit keeps the matrix when a bond is changed.
+            matrix = self._chem.GetAdjacencyMatrix(molecule, True, force=True).ravel()
+            entries = matrix.nonzero()[0]
+            bonds = entries, matrix[entries]
+        self._records.append(record)
+        self._sizes.append(size)
+        self._add_atoms(molecule, size)
+        self._entries.append(bonds[0])
+        self._entry_orders.append(bonds[1])
+        if len(self._records) == _CHUNK:
+            self.finish()
 
-    def _atoms(self, molecule: Any) -> list[int]:
-        labels = []
+    def _add_atoms(self, molecule: Any, size: int) -> None:
+        # Functions of the class are called faster than methods.
         atom_at = molecule.GetAtomWithIdx
-        for i in range(molecule.GetNumAtoms()):
-            atom = atom_at(i)
-            charge = atom.GetFormalCharge() if self._labels.charge else 0
-            kind = atom.GetAtomicNum(), atom.GetIsAromatic(), charge
-            label = self._kinds.get(kind)
-            labels.append(self._new_kind(kind) if label is None else label)
-        return labels
+        number = self._chem.Atom.GetAtomicNum
+        is_aromatic = self._chem.Atom.GetIsAromatic
+        charge = self._chem.Atom.GetFormalCharge
+        kinds = self._kinds
+        add = self._atoms.append
+        if self._labels.charge:
+            for i in range(size):
+                atom = atom_at(i)
+                kind = number(atom) + len(ELEMENTS) * charge(atom)
+                add(kinds[2 * kind + is_aromatic(atom)])
+        else:
+            for i in range(size):
+                atom = atom_at(i)
+                add(kinds[2 * number(atom) + is_aromatic(atom)])
 
-    def _matrix(self, molecule: Any) -> tuple[list[int], list[int]]:
-        """Return ends and labels of bonds, all of which have a label."""
-        matrix = self._chem.GetAdjacencyMatrix(molecule, True, force=True)
-        rows, columns = np.triu(matrix).nonzero()
-        labels = self._orders[(2 * matrix[rows, columns]).astype(np.intp)]
-        return np.column_stack((rows, columns)).ravel().tolist(), labels.tolist()
-
-    def _add_bond_by_bond(self, record: int, molecule: Any, atoms: list[int]) -> None:
-        ends = []
-        labels = []
+    def _bond_by_bond(self, record: int, molecule: Any, size: int) -> Bonds | None:
+        """Return what the matrix would hold above its diagonal."""
+        entries = []
+        orders = []
         bond_at = molecule.GetBondWithIdx
         for i in range(molecule.GetNumBonds()):
             bond = bond_at(i)
-            label = self._bonds.get(bond.GetBondType())
-            if label is None:
-                return self._packer.refuse(record, _bond_reason(bond))
-            ends.append(bond.GetBeginAtomIdx())
-            ends.append(bond.GetEndAtomIdx())
-            labels.append(label)
-        return self._packer.add_packed(record, atoms, ends, labels)
+            order = self._orders.get(bond.GetBondType())
+            if order is None:
+                self._packer.refuse(record, _bond_reason(bond))
+                return None
+            a, b = bond.GetBeginAtomIdx(), bond.GetEndAtomIdx()
+            entries.append(min(a, b) * size + max(a, b))
+            orders.append(order)
+        return np.array(entries, np.int64), np.array(orders, np.float64)
 
-    def _new_kind(self, kind: tuple[int, bool, int]) -> int:
-        return self._kinds.setdefault(
-            kind, self._packer.vertex_label(atom_label(*kind))
+    def finish(self) -> None:
+        """Hand all molecules over to the packer."""
+        if not self._records:
+            return
+        counts = [len(entries) for entries in self._entries]
+        molecules = np.repeat(np.arange(len(counts)), counts)
+        sizes = np.array(self._sizes, np.int64)
+        rows, columns = np.divmod(np.concatenate(self._entries), sizes[molecules])
+        once = rows < columns  # the matrix holds each bond twice
+        orders = np.concatenate(self._entry_orders)[once]
+        self._packer.extend(
+            Packed(
+                np.array(self._records, np.int64),
+                sizes,
+                np.bincount(molecules[once], minlength=len(counts)),
+                np.array(self._atoms, np.int32),
+                np.column_stack((rows[once], columns[once])),
+                _EDGE_LABELS[(2 * orders).astype(np.intp)],
+                self._kinds.table,
+                _EDGE_TABLE,
+                [],
+            )
         )
+        self._clear()
 
 
 def _bond_reason(bond: Any) -> str:
@@ -140,6 +202,7 @@ def convert_smiles(
                 packer.refuse(record, _smiles_reason(smiles))
             else:
                 converter.add(record, molecule)
+    converter.finish()
     return packer.packed()
 
 
@@ -165,6 +228,7 @@ def convert_molfiles(
                 packer.refuse(record, reason)
             else:
                 converter.add(record, molecule)
+    converter.finish()
     return packer.packed()
 
 

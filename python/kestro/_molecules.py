@@ -84,6 +84,7 @@ def from_rdkit(
             packer.refuse(record, reason)
         else:
             converter.add(record, molecule)
+    converter.finish()
     return packer.build(labels)
 
 

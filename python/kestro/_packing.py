@@ -45,12 +45,12 @@ def label_text(label: object) -> str:
 class Packed(NamedTuple):
     """Some graphs, as one process hands them to another."""
 
-    records: array[int]
-    vertex_counts: array[int]
-    edge_counts: array[int]
-    vertex_labels: array[int]  # positions in the table
-    edges: array[int]
-    edge_labels: array[int]
+    records: NDArray[np.int64]
+    vertex_counts: NDArray[np.int64]
+    edge_counts: NDArray[np.int64]
+    vertex_labels: NDArray[np.int32]  # positions in the table
+    edges: NDArray[np.int64]  # shape (edges, 2)
+    edge_labels: NDArray[np.int32]
     vertex_table: list[str]
     edge_table: list[str]
     skipped: list[Skipped]
@@ -130,12 +130,12 @@ class Packer:
     def packed(self) -> Packed:
         """Return all that was added."""
         return Packed(
-            self._records,
-            self._vertex_counts,
-            self._edge_counts,
-            self._vertex_labels,
-            self._edges,
-            self._edge_labels,
+            _numbers(self._records, np.int64),
+            _numbers(self._vertex_counts, np.int64),
+            _numbers(self._edge_counts, np.int64),
+            _numbers(self._vertex_labels, np.int32),
+            _numbers(self._edges, np.int64).reshape(-1, 2),
+            _numbers(self._edge_labels, np.int32),
             list(self._vertex_ids),
             list(self._edge_ids),
             self._skipped,
@@ -143,14 +143,16 @@ class Packer:
 
     def extend(self, more: Packed) -> None:
         """Add graphs that another packer, with the same on_error, has packed."""
-        vertex_ids = [self.vertex_label(x) for x in more.vertex_table]
-        edge_ids = [self.edge_label(x) for x in more.edge_table]
-        self._records.extend(more.records)
-        self._vertex_counts.extend(more.vertex_counts)
-        self._edge_counts.extend(more.edge_counts)
-        self._vertex_labels.frombytes(_renumbered(vertex_ids, more.vertex_labels))
-        self._edges.extend(more.edges)
-        self._edge_labels.frombytes(_renumbered(edge_ids, more.edge_labels))
+        vertex_ids = np.array([self.vertex_label(x) for x in more.vertex_table])
+        edge_ids = np.array([self.edge_label(x) for x in more.edge_table])
+        _append(self._records, more.records)
+        _append(self._vertex_counts, more.vertex_counts)
+        _append(self._edge_counts, more.edge_counts)
+        if len(vertex_ids):
+            _append(self._vertex_labels, vertex_ids[more.vertex_labels])
+        _append(self._edges, more.edges)
+        if len(edge_ids):
+            _append(self._edge_labels, edge_ids[more.edge_labels])
         self._skipped.extend(more.skipped)
 
     def build(
@@ -164,15 +166,16 @@ class Packer:
         The table and the classes have a row per record; those of the graphs
         are kept.
         """
-        records = _numbers(self._records, np.int64)
+        packed = self.packed()
+        records = packed.records
         native, refused = _core.Database.from_arrays(
-            _numbers(self._vertex_counts, np.int64),
-            _numbers(self._edge_counts, np.int64),
-            _numbers(self._vertex_labels, np.int32),
-            _numbers(self._edges, np.int64).reshape(-1, 2),
-            _numbers(self._edge_labels, np.int32),
-            _table(self._vertex_ids),
-            _table(self._edge_ids),
+            packed.vertex_counts,
+            packed.edge_counts,
+            packed.vertex_labels,
+            packed.edges,
+            packed.edge_labels,
+            _table(packed.vertex_table),
+            _table(packed.edge_table),
             skip=self._on_error == "skip",
         )
         kept = np.ones(len(records), dtype=np.bool_)
@@ -194,8 +197,8 @@ def _numbers(numbers: array[int], dtype: type[_T]) -> NDArray[_T]:
     return np.array(numbers, dtype=dtype)
 
 
-def _renumbered(ids: list[int], labels: array[int]) -> bytes:
-    return np.array(ids, np.intc)[np.array(labels, np.intc)].tobytes()
+def _append(numbers: array[int], more: NDArray[Any]) -> None:
+    numbers.frombytes(np.ascontiguousarray(more, numbers.typecode).tobytes())
 
 
 def _label_id(ids: dict[str, int], label: object) -> int:
@@ -210,5 +213,5 @@ def _label_id(ids: dict[str, int], label: object) -> int:
     return found
 
 
-def _table(ids: dict[str, int]) -> list[bytes]:
+def _table(ids: list[str]) -> list[bytes]:
     return [label.encode("utf-8", "surrogateescape") for label in ids]
