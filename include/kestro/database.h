@@ -55,11 +55,22 @@ struct labelled_edge {
   std::string_view label;
 };
 
+// Which labels a builder takes.  None has blanks in it.
+enum class label_rule {
+  // 1 to 998 bytes, which is what a line of a file holds for certain, without
+  // control characters.
+  writable,
+  // What can be read from a file: 1 to 1,023 bytes without a byte of nought.
+  readable
+};
+
 // Builds a database in memory, graph by graph.  What has been moved from can
 // only be assigned to or destroyed.
 class KESTRO_API database_builder {
 public:
   database_builder();
+  // With another rule than writable: for copies of graphs that were read.
+  explicit database_builder(label_rule rule);
   // With the labels given, which must hold all that are added.
   explicit database_builder(const labels &known);
   database_builder(database_builder &&) noexcept;
@@ -67,11 +78,9 @@ public:
   ~database_builder();
 
   // Adds a graph of vertices with these labels, numbered in their order, and
-  // edges; returns its number.  A label is 1 to 998 bytes, which is what a line
-  // of a file holds for certain, without blanks and control characters.  Throws
-  // error, with the graph's number and the vertex's or edge's, for another
-  // label, an end out of range, a loop, two edges between the same ends; the
-  // builder is then as it was.
+  // edges; returns its number.  Throws error, with the graph's number and the
+  // vertex's or edge's, for a label against the rule, an end out of range, a
+  // loop, two edges between the same ends; the builder is then as it was.
   int add(std::span<const std::string_view> vertex_labels,
           std::span<const labelled_edge> edges);
   int add(std::span<const std::string> vertex_labels,

@@ -7,11 +7,11 @@
 ['1-0']
 """
 
-from kestro._database import Graph, GraphDatabase, Skipped
+from kestro._database import AtomLabels, Graph, GraphDatabase, Skipped
 from kestro._edges import from_edges
 from kestro._errors import KestroError, StopMining
 from kestro._mine import mine
-from kestro._molecules import from_smiles
+from kestro._molecules import from_csv, from_rdkit, from_sdf, from_smiles
 from kestro._networkx import from_networkx
 from kestro._progress import Progress
 from kestro._read import read_result
@@ -19,6 +19,7 @@ from kestro._result import Pattern, Result
 from kestro._transactions import read_transactions
 
 __all__ = [
+    "AtomLabels",
     "Graph",
     "GraphDatabase",
     "KestroError",
@@ -27,8 +28,11 @@ __all__ = [
     "Result",
     "Skipped",
     "StopMining",
+    "from_csv",
     "from_edges",
     "from_networkx",
+    "from_rdkit",
+    "from_sdf",
     "from_smiles",
     "mine",
     "read_result",

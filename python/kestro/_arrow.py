@@ -22,7 +22,7 @@ def table(p: Patterns, chosen: NDArray[np.int64], columns: pd.DataFrame) -> pa.T
         import pyarrow as pa
     except ImportError as e:
         raise ImportError(
-            "tables of Arrow's need pyarrow: pip install kestro[pyarrow]"
+            "tables of Arrow's need pyarrow: pip install kestro[arrow]"
         ) from e
 
     found = pa.Table.from_pandas(columns, preserve_index=False)

@@ -15,6 +15,8 @@ from kestro._arguments import Index, Selection, position, positions
 
 if TYPE_CHECKING:
     import networkx as nx
+    import pandas as pd
+    import pyarrow as pa
 
 
 class Skipped(NamedTuple):
@@ -30,6 +32,21 @@ class Skipped(NamedTuple):
 
     record: int
     reason: str
+
+
+class AtomLabels(NamedTuple):
+    """What the labels of molecules tell beside element and aromaticity.
+
+    Attributes
+    ----------
+    charge : bool
+        Whether they tell the formal charge.
+    hydrogens : bool
+        Whether all hydrogens are vertices.
+    """
+
+    charge: bool
+    hydrogens: bool
 
 
 @dataclass(frozen=True, eq=False)
@@ -87,27 +104,38 @@ class GraphDatabase:
     """Labelled undirected graphs, held once and never changed.
 
     The readers make databases: `read_transactions`, `from_edges`,
-    `from_networkx`, `from_smiles`.  An int gives a `Graph`; a slice, a boolean
-    mask or an array of positions gives a database.  Databases can be pickled.
+    `from_networkx`, `from_graphml`, `from_tu`, `from_arrow`, and of molecules
+    `from_rdkit`, `from_smiles`, `from_csv`, `from_sdf`.  An int gives a
+    `Graph`; a slice, a boolean mask or an array of positions gives a database,
+    with ``source``, ``table`` and ``classes`` of the graphs chosen.  Databases
+    can be pickled.
 
     Attributes
     ----------
     source : ndarray of int64, shape (graphs,)
         Per graph, the number of its record in what was read, from 0 on.
     skipped : tuple of Skipped
-        The records that were left out, and why.
-    kind : str
-        "graphs", or "molecules" where labels are those of atoms and bonds.
+        The records that were left out, and why; a selection has those of the
+        whole.
+    table : DataFrame or None
+        A row per graph: what stood beside the graphs.
+    classes : ndarray, shape (graphs,), or None
+        The class of each graph, where the source has classes.
+    atom_labels : AtomLabels or None
+        What labels tell of atoms; None where graphs are no molecules.
     """
 
-    __slots__ = ("_native", "kind", "skipped", "source")
+    __slots__ = ("_native", "atom_labels", "classes", "skipped", "source", "table")
 
     def __init__(
         self,
         native: _core.Database,
         source: NDArray[np.int64] | None = None,
         skipped: tuple[Skipped, ...] = (),
-        kind: str = "graphs",
+        *,
+        atom_labels: AtomLabels | None = None,
+        table: pd.DataFrame | None = None,
+        classes: NDArray[Any] | None = None,
     ) -> None:
         self._native = native
         self.source = (
@@ -115,7 +143,14 @@ class GraphDatabase:
         )
         self.source.flags.writeable = False
         self.skipped = skipped
-        self.kind = kind
+        self.atom_labels = atom_labels
+        self.table = table
+        self.classes = classes
+
+    @property
+    def kind(self) -> str:
+        """ "molecules" where labels are those of atoms and bonds, else "graphs"."""
+        return "graphs" if self.atom_labels is None else "molecules"
 
     def __len__(self) -> int:
         """Return the number of graphs."""
@@ -137,19 +172,32 @@ class GraphDatabase:
             return Graph(tuple(vertex_labels), edges, tuple(edge_labels))
         tids = positions(key, len(self))
         return GraphDatabase(
-            self._native.select(tids), self.source[tids], self.skipped, self.kind
+            self._native.select(tids),
+            self.source[tids],
+            self.skipped,
+            atom_labels=self.atom_labels,
+            table=None
+            if self.table is None
+            else self.table.iloc[tids].reset_index(drop=True),
+            classes=None if self.classes is None else self.classes[tids],
         )
 
     def __repr__(self) -> str:
         """Return the numbers of graphs and of skipped records."""
         skipped = f", {len(self.skipped)} records skipped" if self.skipped else ""
-        what = "molecules" if self.kind == "molecules" else "graphs"
-        return f"<GraphDatabase: {len(self)} {what}{skipped}>"
+        return f"<GraphDatabase: {len(self)} {self.kind}{skipped}>"
 
     def __reduce__(self) -> tuple[Any, ...]:
         """Pickle the packed arrays."""
         packed = self._native.to_arrays()
-        return _unpickled, (packed, self.source, self.skipped, self.kind)
+        return _unpickled, (
+            packed,
+            self.source,
+            self.skipped,
+            self.atom_labels,
+            self.table,
+            self.classes,
+        )
 
     def to_networkx(
         self, *, vertex_label: str = "label", edge_label: str = "label"
@@ -184,12 +232,66 @@ class GraphDatabase:
             path.write(text)
         return None
 
+    def to_rdkit(self) -> list[Any]:
+        """Return the molecules as RDKit's, made from labels alone.
+
+        Atoms have the element, the aromaticity and the charge that labels
+        tell, in the order of vertices.  The molecules are not sanitized, as
+        labels do not tell all that this takes; substructures can be looked
+        for.  `from_rdkit` makes the same database of them again.
+
+        Returns
+        -------
+        list of rdkit.Chem.Mol
+
+        Raises
+        ------
+        ImportError
+            Without RDKit, which ``pip install kestro[rdkit]`` brings.
+        ValueError
+            When the graphs are no molecules.
+        """
+        from kestro._atoms import to_rdkit
+
+        return to_rdkit(self)
+
+    def to_arrow(self) -> pa.Table:
+        """Return the graphs as a table of PyArrow's, a row per graph.
+
+        Columns are ``vertex_labels``, a list of str; ``edges``, a list of
+        pairs of int32, which count vertices from 0; ``edge_labels``, a list of
+        str; ``class``, where there are classes; then those of ``table``.
+        Labels are binary where one of them is no UTF-8.  What labels tell of
+        atoms stands in the metadata of the schema.
+
+        Raises
+        ------
+        ImportError
+            Without PyArrow, which ``pip install kestro[arrow]`` brings.
+        ValueError
+            When ``table`` has a column of such a name.
+        """
+        from kestro._arrow import to_arrow
+
+        return to_arrow(self)
+
 
 def _unpickled(
     packed: dict[str, Any],
     source: NDArray[np.int64],
     skipped: tuple[Skipped, ...],
-    kind: str,
+    atom_labels: AtomLabels | None,
+    table: pd.DataFrame | None,
+    classes: NDArray[Any] | None,
 ) -> GraphDatabase:
-    native, _ = _core.Database.from_arrays(**packed, skip=False)
-    return GraphDatabase(native, source, skipped, kind)
+    native, refused = _core.Database.from_arrays(**packed, skip=False, readable=True)
+    if refused:
+        raise ValueError(f"a broken pickle: {refused[0][1]}")
+    return GraphDatabase(
+        native,
+        source,
+        skipped,
+        atom_labels=atom_labels,
+        table=table,
+        classes=classes,
+    )

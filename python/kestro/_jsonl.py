@@ -12,6 +12,7 @@ import numpy as np
 from numpy.typing import NDArray
 
 from kestro import _program_files
+from kestro._database import AtomLabels
 from kestro._errors import KestroError
 from kestro._patterns import Patterns
 from kestro._ragged import offsets_of
@@ -83,6 +84,8 @@ def read(path: Path, text: bytes) -> Patterns:
         raise KestroError(f"a line is no pattern: {e}", str(path)) from e
     form = head["form"]
     summary = {k: v for k, v in head.items() if k not in ("kind", "form", "patterns")}
+    if summary.get("atom_labels") is not None:
+        summary["atom_labels"] = AtomLabels(*summary["atom_labels"])
     return Patterns(packed, summary, *tables, form)
 
 

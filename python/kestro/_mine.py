@@ -134,6 +134,7 @@ def mine(
         interrupted = isinstance(raised, KeyboardInterrupt)
         summary["ending"] = "interrupt" if interrupted else "progress"
     summary |= {
+        "atom_labels": db.atom_labels,
         "graphs": len(db),
         "per_cent": _per_cent(unit, amount, len(db)),
         "min_size": least,

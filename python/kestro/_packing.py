@@ -5,15 +5,18 @@ from __future__ import annotations
 import re
 from array import array
 from collections.abc import Iterable, Sequence
-from typing import TypeVar
+from typing import TYPE_CHECKING, Any, NamedTuple, TypeVar
 
 import numpy as np
 from numpy.typing import NDArray
 
 from kestro import _core
 from kestro._arguments import OnError, check_choice
-from kestro._database import GraphDatabase, Skipped
+from kestro._database import AtomLabels, GraphDatabase, Skipped
 from kestro._errors import KestroError
+
+if TYPE_CHECKING:
+    import pandas as pd
 
 _T = TypeVar("_T", bound=np.generic)
 
@@ -37,6 +40,20 @@ def label_text(label: object) -> str:
     if label is None or label != label:
         raise KestroError("a label is missing")
     raise KestroError(f"a label is a str or an int, not {label!r}")
+
+
+class Packed(NamedTuple):
+    """Some graphs, as one process hands them to another."""
+
+    records: NDArray[np.int64]
+    vertex_counts: NDArray[np.int64]
+    edge_counts: NDArray[np.int64]
+    vertex_labels: NDArray[np.int32]  # positions in the table
+    edges: NDArray[np.int64]  # shape (edges, 2)
+    edge_labels: NDArray[np.int32]
+    vertex_table: list[str]
+    edge_table: list[str]
+    skipped: list[Skipped]
 
 
 class Packer:
@@ -110,29 +127,78 @@ class Packer:
         self._edges.extend(ends)
         self._edge_labels.extend(edge_ids)
 
-    def build(self, kind: str = "graphs") -> GraphDatabase:
-        """Return the database of all graphs added."""
-        records = _numbers(self._records, np.int64)
-        native, refused = _core.Database.from_arrays(
+    def packed(self) -> Packed:
+        """Return all that was added."""
+        return Packed(
+            _numbers(self._records, np.int64),
             _numbers(self._vertex_counts, np.int64),
             _numbers(self._edge_counts, np.int64),
             _numbers(self._vertex_labels, np.int32),
             _numbers(self._edges, np.int64).reshape(-1, 2),
             _numbers(self._edge_labels, np.int32),
-            _table(self._vertex_ids),
-            _table(self._edge_ids),
+            list(self._vertex_ids),
+            list(self._edge_ids),
+            self._skipped,
+        )
+
+    def extend(self, more: Packed) -> None:
+        """Add graphs that another packer, with the same on_error, has packed."""
+        vertex_ids = np.array([self.vertex_label(x) for x in more.vertex_table])
+        edge_ids = np.array([self.edge_label(x) for x in more.edge_table])
+        _append(self._records, more.records)
+        _append(self._vertex_counts, more.vertex_counts)
+        _append(self._edge_counts, more.edge_counts)
+        if len(vertex_ids):
+            _append(self._vertex_labels, vertex_ids[more.vertex_labels])
+        _append(self._edges, more.edges)
+        if len(edge_ids):
+            _append(self._edge_labels, edge_ids[more.edge_labels])
+        self._skipped.extend(more.skipped)
+
+    def build(
+        self,
+        atom_labels: AtomLabels | None = None,
+        table: pd.DataFrame | None = None,
+        classes: NDArray[Any] | None = None,
+    ) -> GraphDatabase:
+        """Return the database of all graphs added.
+
+        The table and the classes have a row per record; those of the graphs
+        are kept.
+        """
+        packed = self.packed()
+        records = packed.records
+        native, refused = _core.Database.from_arrays(
+            packed.vertex_counts,
+            packed.edge_counts,
+            packed.vertex_labels,
+            packed.edges,
+            packed.edge_labels,
+            _table(packed.vertex_table),
+            _table(packed.edge_table),
             skip=self._on_error == "skip",
         )
         kept = np.ones(len(records), dtype=np.bool_)
         for i, reason in refused:
             kept[i] = False
             self.refuse(int(records[i]), _GRAPH_NUMBER.sub("", reason))
-        skipped = tuple(sorted(self._skipped))
-        return GraphDatabase(native, records[kept], skipped, kind)
+        source = records[kept]
+        return GraphDatabase(
+            native,
+            source,
+            tuple(sorted(self._skipped)),
+            atom_labels=atom_labels,
+            table=None if table is None else table.iloc[source].reset_index(drop=True),
+            classes=None if classes is None else classes[source],
+        )
 
 
 def _numbers(numbers: array[int], dtype: type[_T]) -> NDArray[_T]:
     return np.array(numbers, dtype=dtype)
+
+
+def _append(numbers: array[int], more: NDArray[Any]) -> None:
+    numbers.frombytes(np.ascontiguousarray(more, numbers.typecode).tobytes())
 
 
 def _label_id(ids: dict[str, int], label: object) -> int:
@@ -147,5 +213,5 @@ def _label_id(ids: dict[str, int], label: object) -> int:
     return found
 
 
-def _table(ids: dict[str, int]) -> list[bytes]:
+def _table(ids: list[str]) -> list[bytes]:
     return [label.encode("utf-8", "surrogateescape") for label in ids]

@@ -11,9 +11,9 @@ from kestro import _jsonl, _matching, _program_files
 from kestro._arguments import job_count
 from kestro._database import GraphDatabase
 from kestro._errors import KestroError
+from kestro._files import read_bytes
 from kestro._patterns import Patterns
 from kestro._result import Result
-from kestro._transactions import bytes_of
 
 
 def read_result(
@@ -54,7 +54,7 @@ def read_result(
     """
     jobs = job_count(n_jobs)
     file = Path(path)
-    text, _ = bytes_of(file)
+    text, _ = read_bytes(file)
     own = _jsonl if text.startswith(b"{") else _program_files
     patterns = own.read(file, text)
     if db is not None:
@@ -63,6 +63,7 @@ def read_result(
             raise KestroError(
                 f"{graphs} graphs were mined, db has {len(db)}", str(file)
             )
+        patterns.summary["atom_labels"] = db.atom_labels
         if not patterns.has_tids:
             patterns = _with_tids(patterns, db, jobs, file)
     return Result(patterns, db)

@@ -12,6 +12,7 @@ from numpy.typing import ArrayLike, NDArray
 
 from kestro import _arrow, _html, _jsonl, _matching, _program_files, _scoring
 from kestro._arguments import Index, Selection, position, positions
+from kestro._atoms import graph_smarts
 from kestro._database import Graph, GraphDatabase
 from kestro._errors import KestroError
 from kestro._patterns import NO, STOPPED, UNKNOWN, YES, Patterns
@@ -78,6 +79,24 @@ class Pattern:
                 p.edge_table[x] for x in p.edge_labels[first : first + size].tolist()
             ),
         )
+
+    def to_smarts(self) -> str:
+        """Return the SMARTS of a pattern of molecules.
+
+        It says all that the labels say, no more: element and aromaticity of
+        atoms, their charge where the database has it, the kind of each bond.
+        So RDKit finds it in the molecules whose numbers are ``tids``; where
+        hydrogens are vertices, once ``Chem.AddHs`` has made them atoms.
+
+        Raises
+        ------
+        ValueError
+            When the database is none of molecules.
+        """
+        labels = self._all.summary.get("atom_labels")
+        if labels is None:
+            raise ValueError("the labels of this pattern are not those of atoms")
+        return graph_smarts(self.graph, labels)
 
     @property
     def parents(self) -> tuple[str, ...]:
@@ -320,8 +339,9 @@ class Result:
         -------
         DataFrame
             Columns ``size`` (edges), ``id``, ``support`` (graphs),
-            ``fraction`` (of the graphs), ``vertices``, ``edges``, ``closed``
-            and ``maximal``, which are NA where that is unknown.
+            ``fraction`` (of the graphs), ``vertices``, ``edges``, for
+            molecules ``smarts``, then ``closed`` and ``maximal``, which are NA
+            where that is unknown.
         """
         import pandas as pd
 
@@ -329,6 +349,9 @@ class Result:
         chosen = self.positions
         sizes = p.sizes(chosen)
         support = p.support[chosen]
+        smarts = {}
+        if p.summary.get("atom_labels") is not None:
+            smarts["smarts"] = [pattern.to_smarts() for pattern in self]
         return pd.DataFrame(
             {
                 "size": sizes,
@@ -337,6 +360,7 @@ class Result:
                 "fraction": support / max(1, self.graphs),
                 "vertices": np.diff(p.vertex_offsets)[chosen],
                 "edges": sizes,
+                **smarts,
                 "closed": _nullable(p.closed[chosen]),
                 "maximal": _nullable(p.maximal[chosen]),
             }
@@ -359,7 +383,7 @@ class Result:
         Raises
         ------
         ImportError
-            Without pyarrow, which ``pip install kestro[pyarrow]`` brings.
+            Without pyarrow, which ``pip install kestro[arrow]`` brings.
         """
         return _arrow.table(self._patterns, self.positions, self.to_pandas())
 

@@ -2,12 +2,10 @@
 
 from __future__ import annotations
 
-import gzip
 import io
 import os
 import re
 import stat
-import zlib
 from itertools import pairwise
 from typing import IO
 
@@ -18,8 +16,8 @@ from kestro import _core
 from kestro._arguments import OnError, check_choice
 from kestro._database import GraphDatabase, Skipped
 from kestro._errors import KestroError
+from kestro._files import GZIP, read_bytes
 
-_GZIP = b"\x1f\x8b"
 # Where a transaction begins, and the line that ends some data sets: a
 # transaction without a vertex or an edge, numbered -1, behind the last one.
 _HEAD = re.compile(rb"^[ \t\v\f\r]*[tT]", re.MULTILINE)
@@ -71,7 +69,7 @@ def read_transactions(
         except KestroError:
             if on_error == "raise":
                 raise
-    text, name = bytes_of(source)
+    text, name = read_bytes(source)
     end_mark = _END_MARK.search(text, max(0, len(text) - _TAIL))
     if end_mark:
         text = text[: end_mark.start()] + b"\n" if end_mark.start() else b""
@@ -90,37 +88,14 @@ def read_transactions(
     return GraphDatabase(native, source_records, tuple(skipped))
 
 
-def bytes_of(
-    source: str | os.PathLike[str] | IO[bytes] | IO[str],
-) -> tuple[bytes, str]:
-    """Return what is to be parsed, and the name for messages."""
-    if isinstance(source, (str, os.PathLike)):
-        name = os.fsdecode(source)
-        with open(source, "rb") as f:
-            data: bytes | str = f.read()
-    elif hasattr(source, "read"):
-        name = str(getattr(source, "name", ""))
-        data = source.read()
-    else:
-        raise TypeError(f"source must be a path or a file object, not {source!r}")
-    if isinstance(data, str):
-        data = data.encode("utf-8", "surrogateescape")
-    if data.startswith(_GZIP):
-        try:
-            data = gzip.decompress(data)
-        except (EOFError, zlib.error) as e:
-            raise KestroError(f"the file cannot be unpacked: {e}", name or None) from e
-    return data, name
-
-
 def _is_plain(path: str | os.PathLike[str]) -> bool:
     """Whether the library can read the file itself, where it lies."""
     if not stat.S_ISREG(os.stat(path).st_mode):
         return False  # a pipe can be opened once, and a folder not at all
     with open(path, "rb") as f:
-        head = f.read(len(_GZIP))
+        head = f.read(len(GZIP))
         f.seek(max(0, f.seek(0, os.SEEK_END) - _TAIL))
-        return head != _GZIP and not _END_MARK.search(f.read())
+        return head != GZIP and not _END_MARK.search(f.read())
 
 
 def _read(path: str | os.PathLike[str]) -> _core.Database:

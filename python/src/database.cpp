@@ -28,6 +28,7 @@ using kestro::database;
 using kestro::database_builder;
 using kestro::edge;
 using kestro::graph_view;
+using kestro::label_rule;
 using kestro::labelled_edge;
 
 static std::string_view view_of(const nb::bytes &b) {
@@ -120,12 +121,13 @@ static std::pair<database, refusals>
 from_arrays(input<int64_t> vertex_counts, input<int64_t> edge_counts,
             input<int32_t> vertex_labels, input_pairs<int64_t> edges,
             input<int32_t> edge_labels, const label_table &vertex_table,
-            const label_table &edge_table, bool skip) {
+            const label_table &edge_table, bool skip, bool readable) {
   packed_graphs graphs(std::move(vertex_counts), std::move(edge_counts),
                        std::move(vertex_labels), std::move(edges),
                        std::move(edge_labels), vertex_table, edge_table);
   refusals refused;
-  database_builder builder;
+  database_builder builder(readable ? label_rule::readable
+                                    : label_rule::writable);
   for (size_t i = 0; i < graphs.size(); i++) {
     graphs.read(i);
     try {
@@ -193,7 +195,7 @@ static nb::tuple labels_of(const database &db) {
 }
 
 static database select(const database &db, input<int64_t> tids) {
-  database_builder builder;
+  database_builder builder(label_rule::readable);
   std::vector<std::string_view> vertices;
   std::vector<labelled_edge> edges;
   for (size_t i = 0; i < tids.size(); i++) {
@@ -253,10 +255,11 @@ void bind_database(nb::module_ &m) {
                   nb::arg("edge_counts"), nb::arg("vertex_labels"),
                   nb::arg("edges"), nb::arg("edge_labels"),
                   nb::arg("vertex_table"), nb::arg("edge_table"),
-                  nb::arg("skip"),
+                  nb::arg("skip"), nb::arg("readable") = false,
                   "A database of the graphs that can be built, and of the "
                   "others the number and the reason; without skip it ends at "
-                  "the first of these.")
+                  "the first of these.  Readable labels are all those that "
+                  "files can hold.")
       .def("to_arrays", &to_arrays,
            nb::sig("def to_arrays(self) -> dict[str, typing.Any]"),
            "The packed arrays by name.")

@@ -288,7 +288,7 @@ def test_the_package_does_without_its_extras():
     done = subprocess.run(
         [sys.executable, "-c", code], check=True, capture_output=True, text=True
     )
-    assert "kestro[pyarrow]" in done.stdout
+    assert "kestro[arrow]" in done.stdout
 
 
 def test_html(result, molecules):
@@ -311,3 +311,16 @@ def test_tables_of_filters_tell_what_is_unknown(molecules):
     assert table["closed"].isna().sum() == bounded.undecided > 0
     assert f"{bounded.undecided} of them undecided" in bounded._repr_html_()
     assert isinstance(table["closed"].dtype, pd.BooleanDtype)
+
+
+@WAYS
+def test_molecules(tmp_path, way):
+    db = kestro.from_smiles(["CC(=O)O", "c1ccccc1O", "CCO"])
+    result = kestro.mine(db, min_support=1)
+    again = way(result, tmp_path, db)
+    assert again.to_pandas().equals(result.to_pandas())
+    assert "smarts" in again.to_pandas().columns
+    assert again.to_arrow()["smarts"].to_pylist() == [p.to_smarts() for p in result]
+    if way is through_json:  # which tells what the labels are
+        alone = kestro.read_result(tmp_path / "p.jsonl")
+        assert alone[0].to_smarts() == result[0].to_smarts()

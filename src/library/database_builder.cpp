@@ -106,13 +106,16 @@ private:
 } // namespace
 
 struct database_builder::state {
-  explicit state(std::optional<labels> given) : known(std::move(given)) {
+  explicit state(std::optional<labels> given,
+                 label_rule r = label_rule::writable)
+      : rule(r), known(std::move(given)) {
     if (!known)
       return;
     vertex_labels = label_words(access::label_set(*known)->vertex_labels);
     edge_labels = label_words(access::label_set(*known)->edge_labels);
   }
 
+  label_rule rule;
   std::optional<labels> known;
   label_words vertex_labels;
   label_words edge_labels;
@@ -121,6 +124,8 @@ struct database_builder::state {
 
 database_builder::database_builder()
     : state_(std::make_unique<state>(std::nullopt)) {}
+database_builder::database_builder(label_rule rule)
+    : state_(std::make_unique<state>(std::nullopt, rule)) {}
 database_builder::database_builder(const labels &known)
     : state_(std::make_unique<state>(known)) {}
 database_builder::database_builder(database_builder &&) noexcept = default;
@@ -128,24 +133,31 @@ database_builder &
 database_builder::operator=(database_builder &&) noexcept = default;
 database_builder::~database_builder() = default;
 
+static bool is_blank_or_nought(char c) {
+  return c == '\0' || c == ' ' || (c >= '\t' && c <= '\r');
+}
+
 static bool is_blank_or_control(char c) {
   return static_cast<unsigned char>(c) <= ' ' || c == 127;
 }
 
-static void check_label(std::string_view label, const refusal &refuse,
-                        size_t number) {
+static void check_label(std::string_view label, label_rule rule,
+                        const refusal &refuse, size_t number) {
+  const bool writable = rule == label_rule::writable;
+  const int most = writable ? graph_line_safe_label : graph_line_most_label;
   if (label.empty())
     refuse(number, "the label is empty");
-  if (label.size() > graph_line_safe_label)
-    refuse(number, "the label is longer than " +
-                       std::to_string(graph_line_safe_label) + " bytes");
-  if (std::any_of(label.begin(), label.end(), is_blank_or_control))
+  if (label.size() > static_cast<size_t>(most))
+    refuse(number,
+           "the label is longer than " + std::to_string(most) + " bytes");
+  if (std::any_of(label.begin(), label.end(),
+                  writable ? is_blank_or_control : is_blank_or_nought))
     refuse(number, "the label holds a blank or a control character");
 }
 
-static int number_of(std::string_view label, const refusal &refuse,
-                     size_t number, label_words *words) {
-  check_label(label, refuse, number);
+static int number_of(std::string_view label, label_rule rule,
+                     const refusal &refuse, size_t number, label_words *words) {
+  check_label(label, rule, refuse, number);
   const int found = words->number_of(label);
   if (found == -1)
     refuse(number, "'" + std::string(label) + "' is none of the labels given");
@@ -229,11 +241,13 @@ int database_builder::add(std::span<const std::string_view> vertex_labels,
   graph_ptr g(graph_create(int_count(2 * edges.size()), vs));
   for (size_t i = 0; i < vertex_labels.size(); i++)
     g->vlabel[i] =
-        number_of(vertex_labels[i], refuse_vertex, i, &state_->vertex_labels);
+        number_of(vertex_labels[i], state_->rule, refuse_vertex, i,
+                  &state_->vertex_labels);
   xvector<int> labels(edges.size());
   for (size_t i = 0; i < edges.size(); i++) {
     check_ends(edges[i], vs, refuse_edge, i);
-    labels[i] = number_of(edges[i].label, refuse_edge, i, &state_->edge_labels);
+    labels[i] = number_of(edges[i].label, state_->rule, refuse_edge, i,
+                          &state_->edge_labels);
   }
   fill_slots(sorted_edges(edges, refuse_edge), labels, g.get());
   std::iota(g->vid, g->vid + vs, 0);
@@ -310,7 +324,7 @@ static labels final_labels(const label_words &vertex_labels,
 }
 
 database database_builder::build() && {
-  auto empty = std::make_unique<state>(state_->known);
+  auto empty = std::make_unique<state>(state_->known, state_->rule);
   const std::unique_ptr<state> s = std::exchange(state_, std::move(empty));
   const labels all = s->known ? *s->known
                               : final_labels(s->vertex_labels, s->edge_labels,

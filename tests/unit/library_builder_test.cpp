@@ -129,6 +129,35 @@ TEST(LibraryBuilder, RefusesLabelsLongerThanALineHoldsForCertain) {
             "");
 }
 
+TEST(LibraryBuilder, CopiesWhateverLabelsFilesHold) {
+  for (const std::string &label :
+       {std::string(1000, 'x'), std::string("a\x01"), std::string("\x7f")}) {
+    const database read =
+        database::parse("t\nv 0 " + label + "\nv 1 C\nu 0 1 s\n");
+    ASSERT_EQ(read[0].vertex_label(0), label);
+    database_builder builder(label_rule::readable);
+    builder.add({label, "C"}, {{0, 1, "s"}});
+    EXPECT_EQ(difference(std::move(builder).build(), read), "");
+    EXPECT_NE(refusal({label}, {}), "");
+  }
+}
+
+TEST(LibraryBuilder, RefusesWhatNoFileHolds) {
+  database_builder builder(label_rule::readable);
+  builder.add({std::string(1023, 'x')}, {});
+  const auto refused = [&](const std::string &label) {
+    return error_text([&] { builder.add({label}, {}); });
+  };
+  EXPECT_EQ(refused(std::string(1024, 'x')),
+            "graph 1, vertex 0: the label is longer than 1023 bytes");
+  for (const char c : {'\0', ' ', '\t', '\n', '\v', '\f', '\r'})
+    EXPECT_EQ(refused(std::string("a") + c),
+              "graph 1, vertex 0: the label holds a blank or a control "
+              "character");
+  EXPECT_EQ(refused(""), "graph 1, vertex 0: the label is empty");
+  EXPECT_EQ(builder.size(), 1);
+}
+
 TEST(LibraryBuilder, RefusesEndsOutOfRange) {
   EXPECT_EQ(refusal({"x", "y"}, {{0, 1, "p"}, {0, 2, "p"}}),
             "graph 1, edge 1: there is no vertex 2, only 2 of them");
