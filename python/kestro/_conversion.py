@@ -253,5 +253,3 @@ def _problems(molecule: Any) -> str:
     problems = import_rdkit().DetectChemistryProblems(molecule)
     text = "; ".join(p.Message().strip() for p in problems)
     return f"no molecule: {text}" if text else ""
-
-

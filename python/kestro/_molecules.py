@@ -334,8 +334,9 @@ def _table(names: list[str], rows: list[list[str]], left_out: int) -> pd.DataFra
     nothing = [""] * len(names)
     writer.writerows(others(row if len(row) == len(names) else nothing) for row in rows)
     text.seek(0)
-    return pd.read_csv(text, skip_blank_lines=False, index_col=False,
-        encoding_errors="surrogateescape")
+    return pd.read_csv(
+        text, skip_blank_lines=False, index_col=False, encoding_errors="surrogateescape"
+    )
 
 
 def _sd_records(text: str) -> Iterator[list[str]]:
