@@ -34,7 +34,7 @@ def from_edges(
         Per graph the ends of its edges, shape (edges, 2), or with the label as
         the third column, shape (edges, 3).
     edge_labels : iterable of sequences, optional
-        Per graph the labels of its edges, where `edges` has two columns.
+        Per graph the labels of its edges, where ``edges`` has two columns.
     on_error : {"raise", "skip"}
         With "skip", what is no graph is left out and listed in ``skipped``.
 
