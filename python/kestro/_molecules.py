@@ -4,9 +4,8 @@ from __future__ import annotations
 
 import csv
 import io
-import os
 from collections.abc import Callable, Iterable, Iterator, Sequence
-from typing import IO, TYPE_CHECKING, Any
+from typing import TYPE_CHECKING, Any
 
 from kestro._arguments import OnError, job_count
 from kestro._atoms import import_rdkit
@@ -148,11 +147,12 @@ def from_smiles(
     """
     labels = _atom_labels(charge, hydrogens, chirality)
     import_rdkit()
-    if is_source(source):
-        texts: Iterable[Text] = _first_words(source)  # type: ignore[arg-type]
-    else:
-        texts = (_smiles_text(x) for x in source)
-    return _convert(convert_smiles, list(texts), labels, n_jobs, on_error).build(labels)
+    texts: list[Text] = (
+        list(_first_words(source))
+        if is_source(source)
+        else [_smiles_text(smiles) for smiles in source]  # type: ignore[union-attr]
+    )
+    return _convert(convert_smiles, texts, labels, n_jobs, on_error).build(labels)
 
 
 def from_csv(
@@ -305,7 +305,7 @@ def _smiles_text(smiles: object) -> Text:
     return Unread(f"a SMILES is a str, not {smiles!r}")
 
 
-def _first_words(source: str | os.PathLike[str] | IO[bytes] | IO[str]) -> Iterator[str]:
+def _first_words(source: Source) -> Iterator[str]:
     for line in lines_of(read_text(source)[0]):
         words = line.split(maxsplit=1)
         yield words[0] if words else ""
