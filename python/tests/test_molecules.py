@@ -180,15 +180,14 @@ def test_tables(tmp_path):
     assert [s.reason.split()[0] for s in db.skipped] == ["no", "a", "an", "no"]
     assert db.table.to_dict("list") == {"name": ["a, b", "w"], "mass": [46.0, 18.0]}
     assert db[[1]].table["name"].tolist() == ["w"]
-    for record in (1,):
-        with pytest.raises(kestro.KestroError, match=f"record {record}"):
-            kestro.from_csv(file)
+    with pytest.raises(kestro.KestroError, match="record 1: no SMILES"):
+        kestro.from_csv(file)
     with pytest.raises(kestro.KestroError, match="'SMILES'"):
         kestro.from_csv(file, smiles_column="SMILES")
     with pytest.raises(kestro.KestroError, match="0 columns"):
         kestro.from_csv(io.StringIO(""))
     latin = kestro.from_csv(io.BytesIO(b"smiles;n\nC;\xe9\n"), delimiter=";")
-    assert latin.table["n"].tolist() == ["\udce9"]
+    assert latin.table["n"].tolist() == ["\\xe9"]
 
 
 def sd_record(smiles, items=""):
