@@ -5,6 +5,7 @@ import io
 import os
 import pickle
 import random
+import sys
 import threading
 
 import kestro
@@ -340,3 +341,34 @@ def test_any_table_is_read_or_refused(cells):
     fine = [c for c in cells if c is not None and not {None, "a b"} & set(c)]
     assert [list(g.vertex_labels) for g in db] == fine
     assert len(db) + len(db.skipped) == len(cells)
+
+
+@pytest.mark.parametrize(
+    ("module", "call"),
+    [
+        ("rdkit", lambda db: kestro.from_smiles(["C"])),
+        ("rdkit", lambda db: kestro.from_rdkit([])),
+        ("rdkit", lambda db: kestro.from_csv(io.StringIO("smiles\n"))),
+        ("rdkit", lambda db: kestro.from_sdf(io.StringIO(""))),
+        ("pyarrow", lambda db: kestro.from_arrow(None)),
+        ("pyarrow", lambda db: db.to_arrow()),
+    ],
+)
+def test_missing_extras_are_named(module, call, three, monkeypatch):
+    monkeypatch.setitem(sys.modules, module, None)
+    extra = {"rdkit": "rdkit", "pyarrow": "arrow"}[module]
+    with pytest.raises(ImportError, match=rf"kestro\[{extra}\]"):
+        call(three)
+
+
+@given(
+    st.one_of(st.floats(), st.integers(), st.booleans(), st.text(max_size=6), st.none())
+)
+def test_any_minimum_support_is_taken_or_refused(min_support):
+    db = kestro.from_edges([["A"]] * 3, [[]] * 3)
+    try:
+        least = kestro.mine(db, min_support=min_support).min_support
+    except (TypeError, ValueError) as e:
+        assert "min_support" in str(e)
+    else:
+        assert not isinstance(min_support, bool) and least >= 1
