@@ -110,11 +110,11 @@ def _read(
         name = node.get("id", "")
         if name in numbers:
             raise KestroError(f"there are two nodes {name!r}")
-        if any(_children(node, "graph")):
+        if next(_children(node, "graph"), None) is not None:
             raise KestroError(f"node {name!r} holds a graph")
         numbers[name] = len(numbers)
         vertices.append(keys["node"].label_of(node, f"node {name!r}"))
-    if any(_children(graph, "hyperedge")):
+    if next(_children(graph, "hyperedge"), None) is not None:
         raise KestroError("there is a hyperedge")
     ends = []
     labels = []

@@ -75,7 +75,7 @@ def from_tu(
 
     # Vertices and edges by graph, each in the order of the files.
     vertices = _groups(owner - 1, graphs)
-    edges = _groups(owner[ends[:, 0]] - 1, graphs) if len(ends) else [[]] * graphs
+    edges = _groups(owner[ends[:, 0]] - 1, graphs)
     place = np.zeros(len(owner), np.int64)
     for chosen in vertices:
         place[chosen] = np.arange(len(chosen))
