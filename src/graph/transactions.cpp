@@ -375,22 +375,23 @@ static bool seek_first_transaction(text_lines &lines,
   }
 }
 
-// The transactions with labels as the reader numbers them; null where something
-// is wrong, or unusual.
+// The transactions with labels as the reader numbers them; null where a line is
+// too long, or where there is no transaction.
 static graph_list_ptr read_numbering(const file_text &text,
                                      transaction_reader *reader) {
   text_lines lines(text);
   graph_list_ptr list(graph_list_new());
-  try {
-    if (!seek_first_transaction(lines, reader))
-      return nullptr;
-    int size = line_buffer::first_size;
-    while (seek_transaction(lines, &size) && !reader->met_long_lines())
-      graph_list_push(reader->read(lines), list.get());
-  } catch (const error &) {
+  if (!seek_first_transaction(lines, reader))
     return nullptr;
-  }
+  int size = line_buffer::first_size;
+  while (seek_transaction(lines, &size) && !reader->met_long_lines())
+    graph_list_push(reader->read(lines), list.get());
   return reader->met_long_lines() ? nullptr : std::move(list);
+}
+
+static graph_list_ptr read_in_two_passes(const file_text &text, label_set *ls) {
+  label_set_build(text, ls);
+  return graph_list_ptr(graph_read_transactions(text, ls));
 }
 
 // Where each of the words stands in a sorted set.
@@ -409,15 +410,20 @@ static void renumber(const xvector<int> &ids, int *labels, int count) {
     labels[i] = ids[static_cast<size_t>(labels[i])];
 }
 
-// What is wrong is told by the first of two passes that meets it, so a text in
-// which anything is goes through both from its start.
+// What is wrong with a text is told by the first of two passes that meets it.
+// Where both meet nothing, memory has run out.
 graph_list *graph_read_with_labels(const file_text &text, label_set *ls) {
   transaction_reader reader;
-  graph_list_ptr list = read_numbering(text, &reader);
-  if (!list) {
-    label_set_build(text, ls);
-    return graph_read_transactions(text, ls);
+  graph_list_ptr list;
+  try {
+    list = read_numbering(text, &reader);
+  } catch (const error &) {
+    const label_set_ptr unused(label_set_create());
+    read_in_two_passes(text, unused.get());
+    throw;
   }
+  if (!list)
+    return read_in_two_passes(text, ls).release();
   label_set_add(reader.vertex_words(), reader.edge_words(), ls);
   const xvector<int> vertex_ids =
       ids_of(reader.vertex_words(), ls, label_set_vertex_label_id);
