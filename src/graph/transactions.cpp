@@ -187,20 +187,30 @@ static int number_word(std::string_view word, label_index *index,
   return number;
 }
 
+// The number of a word, where die_of ends in an error for one that the labels
+// of others lack.
+template <class DieOf>
+static int number_of(std::string_view word, label_index *index,
+                     xvector<std::string_view> *words, bool is_open,
+                     DieOf die_of) {
+  const int number = index->find(word);
+  if (number != -1)
+    return number;
+  return is_open ? number_word(word, index, words)
+                 : die_of(std::string(word).c_str());
+}
+
 int transaction_reader::vertex_label(const graph_line &line) {
-  const std::string_view label = label_of(line);
-  if (const int id = vertex_labels_.find(label); id != -1)
-    return id;
-  return ls_ ? label_set_vertex_label_id(ls_, std::string(label).c_str())
-             : number_word(label, &vertex_labels_, &vertex_words_);
+  return number_of(label_of(line), &vertex_labels_, &vertex_words_, !ls_,
+                   [this](const char *word) {
+                     return label_set_vertex_label_id(ls_, word);
+                   });
 }
 
 int transaction_reader::edge_label(const graph_line &line) {
-  const std::string_view label = label_of(line);
-  if (const int id = edge_labels_.find(label); id != -1)
-    return id;
-  return ls_ ? label_set_edge_label_id(ls_, std::string(label).c_str())
-             : number_word(label, &edge_labels_, &edge_words_);
+  return number_of(
+      label_of(line), &edge_labels_, &edge_words_, !ls_,
+      [this](const char *word) { return label_set_edge_label_id(ls_, word); });
 }
 
 void transaction_reader::note_label(const graph_line &line) {

@@ -566,12 +566,23 @@ TEST(TransactionsWithLabels, OnePassIsAsTwo) {
 }
 
 TEST(TransactionsWithLabels, OverLongLinesAreReadAsInTwoPasses) {
-  for (const size_t length : {900, 1015, 1016, 1017, 1018, 1023, 1024, 5000}) {
-    const std::string label(length, 'a');
+  for (const int length : {900, 1015, 1016, 1017, 1018, 1023, 1024, 5000}) {
+    const std::string label(static_cast<size_t>(length), 'a');
     expect_one_pass_as_two("t\nv 0 b\nv 1 " + label + "\nu 0 1 s\n");
     expect_one_pass_as_two("v 1 " + label + "\nt\nv 0 b\n");
     expect_one_pass_as_two("t\nv 0 b\n#" + label + "\nt\nv 0 c\n");
+    expect_one_pass_as_two("t " + label + "\nv 0 b\nt\nv 0 c\n");
+    expect_one_pass_as_two("t\nv 0 " + label + "\nx\n");
+    expect_one_pass_as_two("t\nv 0 b\nv 1 " + label); // no newline
   }
+}
+
+TEST(TransactionsWithLabels, NulBytesAreReadAsInTwoPasses) {
+  using namespace std::string_literals;
+  for (const std::string &text :
+       {"t\nv 0 a\0b\nv 1 a\n"s, "\0t\nv 0 a\n"s, "t\n\0\nv 0 a\n"s,
+        "t\nv 0 \0\n"s, "t\0\nv 0 a\0"s, "v 0 \0b\nt\nv 0 a\n"s})
+    expect_one_pass_as_two(text);
 }
 
 TEST(TransactionsWithLabels, OnePassIsAsTwoOnTextsWithMistakes) {
