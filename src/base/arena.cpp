@@ -25,25 +25,35 @@ static void free_chunks(arena_chunk *first) {
     xfree(std::exchange(first, first->next));
 }
 
+size_t chunk_pool::kept() const {
+  const std::lock_guard<std::mutex> lock(access_);
+  return kept_;
+}
+
 chunk_pool::~chunk_pool() { free_chunks(first_); }
 
 arena_chunk *chunk_pool::take(size_t size) {
   {
     const std::lock_guard<std::mutex> lock(access_);
-    for (arena_chunk **at = &first_; *at; at = &(*at)->next)
-      if ((*at)->size >= size)
-        return std::exchange(*at, (*at)->next);
+    for (arena_chunk **at = &first_; *at; at = &(*at)->next) {
+      if ((*at)->size < size)
+        continue;
+      kept_ -= (*at)->size;
+      return std::exchange(*at, (*at)->next);
+    }
   }
   return new_chunk(size);
 }
 
 void chunk_pool::give(arena_chunk *first) noexcept {
-#ifdef __SANITIZE_ADDRESS__ // which sees what is read after it was freed
-  free_chunks(std::exchange(first, nullptr));
-#endif
   const std::lock_guard<std::mutex> lock(access_);
   while (first) {
     arena_chunk *const given = std::exchange(first, first->next);
+    if (is_checked || given->size > most_ - kept_) {
+      xfree(given);
+      continue;
+    }
+    kept_ += given->size;
     given->next = std::exchange(first_, given);
   }
 }

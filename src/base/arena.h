@@ -1,9 +1,15 @@
-// Memory that is handed out piece by piece and freed as a whole.
+// Memory that is handed out piece by piece and given back as a whole.
 #pragma once
 
 #include <cstddef>
 #include <mutex>
 #include <utility>
+
+#if defined(__has_feature) // as clang++ tells it
+#define KESTRO_HAS_ADDRESS_SANITIZER __has_feature(address_sanitizer)
+#else
+#define KESTRO_HAS_ADDRESS_SANITIZER 0
+#endif
 
 namespace kestro {
 
@@ -13,12 +19,20 @@ struct alignas(std::max_align_t) arena_chunk {
   size_t size; // bytes, with the head
 };
 
-// Chunks that arenas are done with, kept for others: memory fresh from the
-// system costs a fault for each of its pages.  It frees them in its end only.
+// Chunks that arenas are done with, up to so many bytes of them kept for
+// others: memory fresh from the system costs a fault for each of its pages.
 // Several threads may use one.
 class chunk_pool {
 public:
-  chunk_pool() = default;
+  static constexpr size_t usual_most = size_t{1} << 25;
+  // The address sanitizer sees who reads what was freed: nothing is kept then.
+#if defined(__SANITIZE_ADDRESS__) || KESTRO_HAS_ADDRESS_SANITIZER
+  static constexpr bool is_checked = true;
+#else
+  static constexpr bool is_checked = false;
+#endif
+
+  explicit chunk_pool(size_t most = usual_most) : most_(most) {}
   chunk_pool(const chunk_pool &) = delete;
   chunk_pool &operator=(const chunk_pool &) = delete;
   ~chunk_pool();
@@ -27,10 +41,14 @@ public:
   arena_chunk *take(size_t size);
   // Takes back a list of them.
   void give(arena_chunk *first) noexcept;
+  // Bytes of the chunks that it keeps.
+  size_t kept() const;
 
 private:
-  std::mutex access_;
+  const size_t most_;
+  mutable std::mutex access_;
   arena_chunk *first_ = nullptr;
+  size_t kept_ = 0; // bytes
 };
 
 // Pieces lie one behind another in chunks.  A chunk is twice as large as the

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "base/xmalloc.h"
+#include "cl/cycle_lengths.h"
 #include "graph/graph.h"
 
 namespace kestro {
@@ -13,9 +14,13 @@ namespace kestro {
 struct cycle_core {
   int cycles = 0;
   int vertices = 0;
+  cycle_lengths lengths = 0; // of cycles in any component
+  bool has_all = true;       // they are the lengths of all cycles
 
   // Whether a connected graph of that core may be a part of one of this.
   bool may_hold(const cycle_core &part) const {
+    if (has_all && (part.lengths & ~lengths) != 0)
+      return false;
     return part.cycles < cycles ||
            (part.cycles == cycles &&
             (vertices == -1 || part.vertices == vertices));
@@ -32,8 +37,10 @@ private:
   void take_leaves(const graph *g);
   cycle_core find_from(const graph *g, int u);
 
-  xvector<int> degree_; // by vertex, what is left; 0 once it has been met
+  xvector<int> degree_; // by vertex, what is left
+  xvector<char> met_;   // by vertex
   xvector<int> queue_;  // vertices
+  cycle_lengths_finder lengths_;
 };
 
 } // namespace kestro

@@ -11,8 +11,12 @@
 // Without them a hub with many like leaves costs the factorial of their number.
 //
 // The walk costs next to nothing where a pattern is found or missed soon, and
-// without end where many images fail for one reason.  So below each root it has
-// a limit, at which cl/domain_search takes the root over.
+// without end where many images fail for one reason.  When it has taken some
+// vertices back, one look at the whole graph shows whether edges of the
+// pattern's kinds make a large enough component: a chain of seven carbons is in
+// no ring of six, each of which would be walked around from every atom.  Below
+// each root the walk has a limit, at which cl/domain_search takes the root
+// over.
 
 #include "cl/search_plan.h"
 
@@ -67,12 +71,22 @@ void search_plan::set(const graph *pattern, const int *order) {
   make_steps(order);
 }
 
+// One of 64 bits for edges with that label between vertices with those labels.
+static uint64_t kind_bit(int vlabel, int elabel, int other) {
+  const uint32_t a = static_cast<uint32_t>(vlabel);
+  const uint32_t b = static_cast<uint32_t>(other);
+  const uint32_t hash = ((a + b) * 0x9e3779b1U ^ a * b * 0x85ebca77U) +
+                        static_cast<uint32_t>(elabel) * 0xc2b2ae3dU;
+  return uint64_t{1} << (hash >> 26);
+}
+
 void search_plan::make_steps(const int *order) {
   const graph *pattern = pattern_;
   const size_t vs = static_cast<size_t>(pattern->vs);
   steps_.clear();
   closing_.clear();
   needs_.clear();
+  edge_kinds_ = 0;
   depth_.resize(vs);
   for (int d = 0; d < pattern->vs; d++)
     depth_[static_cast<size_t>(order[d])] = d;
@@ -104,6 +118,7 @@ void search_plan::add_step(int u, int d) {
   later_.clear();
   for (int j = g->v[u]; j < g->v[u + 1]; j++) {
     const int other = depth_[static_cast<size_t>(g->e[j])];
+    edge_kinds_ |= kind_bit(g->vlabel[u], g->elabel[j], g->vlabel[g->e[j]]);
     if (other > d) {
       const int w = g->e[j];
       add_need(&later_, {g->elabel[j], g->vlabel[w], degree(g, w), 1});
@@ -219,6 +234,12 @@ template <class Target> static int edge_label(const Target &to, int w, int y) {
   while (first < last && *first < y)
     first++;
   return first < last && *first == y ? to.elabel[first - to.e] : -1;
+}
+
+// Vertices that a search takes back before it looks at the components, which
+// costs about as much.
+template <class Target> static int before_look(const Target &to, int after) {
+  return after * std::max(1, to.slots / 96);
 }
 
 // Vertices that a walk takes back between two pauses.  No step looks at more
@@ -470,6 +491,49 @@ int search_plan::pause(const graph *t, const target &to, int depth, int *given,
   return reached;
 }
 
+// Whether one of the components that edges of the pattern's kinds make of a
+// graph of vs vertices has as many vertices and edges as the pattern.
+bool search_plan::has_component(const target &to, int vs,
+                                search_memory *memory) const {
+  xvector<char> *const met = &memory->met;
+  xvector<int> *const queue = &memory->queue;
+  met->assign(static_cast<size_t>(vs), 0);
+  for (int root = 0; root < vs; root++) {
+    if ((*met)[static_cast<size_t>(root)])
+      continue;
+    (*met)[static_cast<size_t>(root)] = 1;
+    queue->assign(1, root);
+    int slots = 0;
+    for (size_t i = 0; i < queue->size(); i++) {
+      const int w = (*queue)[i];
+      for (int j = to.v[w]; j < to.v[w + 1]; j++) {
+        const int x = to.e[j];
+        if (!(edge_kinds_ & kind_bit(to.vlabel[w], to.elabel[j], to.vlabel[x])))
+          continue;
+        slots++;
+        if ((*met)[static_cast<size_t>(x)])
+          continue;
+        (*met)[static_cast<size_t>(x)] = 1;
+        queue->push_back(x);
+      }
+    }
+    if (queue->size() >= steps_.size() && slots >= pattern_->es)
+      return true;
+  }
+  return false;
+}
+
+// Whether a walk that has come to a depth has a component to go on in; without
+// one no vertex is in use any more.
+bool search_plan::goes_on(const target &to, int vs, int depth,
+                          search_memory *memory) const {
+  bool has_room = false;
+  guarded(memory, [&] { has_room = has_component(to, vs, memory); });
+  for (int d = 0; d < depth && !has_room; d++)
+    to.used[to.image[d]] = 0;
+  return has_room;
+}
+
 // Goes on at a depth, at 0 with the next root, until a mapping is complete,
 // whose last image is not marked as used, or, with none marked, until all have
 // been tried.
@@ -478,15 +542,25 @@ bool search_plan::search(const graph *t, const target &to, const int *roots,
                          search_memory *memory) const {
   const int vs = pattern_->vs;
   int *const next_at = memory->at.data();
-  int left = stretch(to, memory->patience);
+  // A search that goes on below a depth has had a mapping.
+  const int all = stretch(to, memory->patience);
+  const int some = before_look(to, memory->look_after);
+  bool has_looked = depth > 0 || all <= some;
+  int left = has_looked ? all : some;
   for (;;) {
     while (0 < depth && depth < vs) {
-      if (left == 0)
-        depth = pause(t, to, depth, &left, memory);
-      else
+      if (left > 0) {
         depth = twins == twin_images::ascending
                     ? walk<twin_images::ascending>(to, depth, &left, memory)
                     : walk<twin_images::any>(to, depth, &left, memory);
+      } else if (has_looked) {
+        depth = pause(t, to, depth, &left, memory);
+      } else if (goes_on(to, t->vs, depth, memory)) {
+        has_looked = true;
+        left = all - some;
+      } else {
+        return false;
+      }
     }
     if (depth == vs)
       return true;

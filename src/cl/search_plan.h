@@ -82,8 +82,13 @@ struct search_memory {
   // A walk that takes back about so many vertices below one root, and as many
   // as the graph has slots, ends there: the search with domains takes the root.
   int patience = 2048;
+  // A search that has taken back so many, times a part of the slots in large
+  // graphs, looks whether there is a component with room for the pattern.
+  int look_after = 24;
   walk_pauses pauses;
   late_search hard;
+  xvector<char> met;  // by vertex, for the look at components
+  xvector<int> queue; // the same
 };
 
 // Which mappings a search visits: all, or only those in which the images of
@@ -148,6 +153,9 @@ private:
               search_memory *memory) const;
   template <twin_images Twins>
   int walk(const target &to, int depth, int *left, search_memory *memory) const;
+  bool has_component(const target &to, int vs, search_memory *memory) const;
+  bool goes_on(const target &to, int vs, int depth,
+               search_memory *memory) const;
   void prepare_hard(const graph *t, search_memory *memory) const;
   int pause(const graph *t, const target &to, int depth, int *given,
             search_memory *memory) const;
@@ -176,7 +184,8 @@ private:
   xvector<int> order_;
   xvector<int> depth_; // by vertex
   cycle_core_finder cores_;
-  cycle_core core_; // the pattern's
+  cycle_core core_;         // the pattern's
+  uint64_t edge_kinds_ = 0; // the pattern's
   xvector<plan_need> later_;
   xvector<waiting_vertex> waiting_;
   search_memory memory_; // of find()

@@ -56,10 +56,17 @@ static char *put_edge(char *at, char kind, int from, int to) {
   return text_buffer::put(at, to);
 }
 
+// With longer labels, or labels of a file that no line has, room for many lines
+// would be much more than they take.
+static constexpr size_t most_at_once = size_t{1} << 20; // bytes
+
+static size_t most_for(int lines, const line_ends &ends) {
+  return static_cast<size_t>(lines) * (most_before_end + ends.most_put());
+}
+
 // Room for that many lines with such ends.
 static char *room_for(int lines, const line_ends &ends, text_buffer &out) {
-  return out.room(static_cast<size_t>(lines) *
-                  (most_before_end + ends.most_put()));
+  return out.room(most_for(lines, ends));
 }
 
 // Dies of a label that is not there; the lines up to at are kept.
@@ -71,13 +78,16 @@ static char *room_for(int lines, const line_ends &ends, text_buffer &out) {
 void graph_writer::write_vertices(const graph *g, text_buffer &out) const {
   const int vs = g->vs;
   const int *const vlabel = g->vlabel;
-  char *at = room_for(vs, vertex_ends_, out);
-  for (int i = 0; i < vs; i++) {
-    if (!vertex_ends_.has(vlabel[i]))
-      die_of_label(at, out);
-    at = vertex_ends_.put(put_vertex(at, i), vlabel[i]);
+  const int block = most_for(vs, vertex_ends_) <= most_at_once ? vs : 1;
+  for (int i = 0; i < vs;) {
+    char *at = room_for(block, vertex_ends_, out);
+    for (const int end = i + block; i < end; i++) {
+      if (!vertex_ends_.has(vlabel[i]))
+        die_of_label(at, out);
+      at = vertex_ends_.put(put_vertex(at, i), vlabel[i]);
+    }
+    out.end_at(at);
   }
-  out.end_at(at);
 }
 
 // The general way: writes the lines of all slots from slot j of vertex i on.
@@ -103,6 +113,8 @@ void graph_writer::write_slots_from(const graph *g, int i, int j,
 // Once the vertices before i are done, next[i] is the slot of the first
 // neighbour greater than i.
 void graph_writer::write_edges(const graph *g, text_buffer &out) {
+  if (most_for(g->es / 2, edge_ends_) > most_at_once)
+    return write_slots_from(g, 0, 0, out);
   next_.assign(g->v, g->v + g->vs);
   int *const next = next_.data();
   const int vs = g->vs;
@@ -114,8 +126,9 @@ void graph_writer::write_edges(const graph *g, text_buffer &out) {
     const int end = v[i + 1];
     for (int j = next[i]; j < end; j++) {
       const int to = e[j];
+      assert(i < to && to < vs);
       const int k = next[to]++;
-      assert(i < to && k < v[to + 1] && e[k] == i);
+      assert(k < v[to + 1] && e[k] == i);
       const int label = elabel[j];
       if (label != elabel[k]) { // the first such edge: so far both ways agree
         out.end_at(at);

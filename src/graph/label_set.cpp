@@ -128,6 +128,20 @@ int label_set_vertex_labels(const label_set *ls) {
   return ls->vertex_labels->count;
 }
 
+// Adds words that labels lacks.
+static void add_words(const xvector<std::string_view> &words, ksstack *labels) {
+  for (const std::string_view word : words)
+    push_label(word, labels);
+  ksstack_sort(labels, compar_str);
+}
+
+void label_set_add(const xvector<std::string_view> &vertex_labels,
+                   const xvector<std::string_view> &edge_labels,
+                   label_set *ls) {
+  add_words(vertex_labels, ls->vertex_labels);
+  add_words(edge_labels, ls->edge_labels);
+}
+
 namespace {
 
 // Collects the new labels of one kind, each once; they join the set together.
@@ -144,11 +158,7 @@ public:
     words_.push_back(word);
   }
 
-  void finish() {
-    for (const std::string_view word : words_)
-      push_label(word, labels_);
-    ksstack_sort(labels_, compar_str);
-  }
+  void finish() { add_words(words_, labels_); }
 
 private:
   ksstack *labels_;

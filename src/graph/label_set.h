@@ -3,9 +3,11 @@
 #pragma once
 
 #include <memory>
+#include <string_view>
 
 #include "base/file_text.h"
 #include "base/ksstack.h"
+#include "base/xmalloc.h"
 
 namespace kestro {
 
@@ -35,6 +37,10 @@ const char *label_set_vertex_label(const label_set *ls, int id);
 // How many there are.
 int label_set_edge_labels(const label_set *ls);
 int label_set_vertex_labels(const label_set *ls);
+
+// Adds copies of words, of each kind without repeats, to an empty set.
+void label_set_add(const xvector<std::string_view> &vertex_labels,
+                   const xvector<std::string_view> &edge_labels, label_set *ls);
 
 // Adds the labels of all vertex and edge lines of a transaction text, lines
 // before its first transaction included.  Dies at malformed lines, with ls

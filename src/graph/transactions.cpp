@@ -128,8 +128,10 @@ void transaction_reader::parse(text_lines &lines, int *es, int *vs) {
   }
   *es = int_count(2 * edges);
   *vs = int_count(lines_.size() - edges);
-  if (!counted)
+  if (!counted) {
+    met_long_lines_ = true;
     recount();
+  }
 }
 
 graph_ptr transaction_reader::read(text_lines &lines) {
@@ -176,12 +178,51 @@ static std::string_view label_of(const graph_line &line) {
   return {line.label, static_cast<size_t>(line.label_length)};
 }
 
+// Gives a new word the number that follows the last.
+static int number_word(std::string_view word, label_index *index,
+                       xvector<std::string_view> *words) {
+  const int number = int_count(words->size());
+  index->add(word, number);
+  words->push_back(word);
+  return number;
+}
+
+// The number of a word, where die_of ends in an error for one that the labels
+// of others lack.
+template <class DieOf>
+static int number_of(std::string_view word, label_index *index,
+                     xvector<std::string_view> *words, bool is_open,
+                     DieOf die_of) {
+  const int number = index->find(word);
+  if (number != -1)
+    return number;
+  return is_open ? number_word(word, index, words)
+                 : die_of(std::string(word).c_str());
+}
+
+int transaction_reader::vertex_label(const graph_line &line) {
+  return number_of(label_of(line), &vertex_labels_, &vertex_words_, !ls_,
+                   [this](const char *word) {
+                     return label_set_vertex_label_id(ls_, word);
+                   });
+}
+
+int transaction_reader::edge_label(const graph_line &line) {
+  return number_of(
+      label_of(line), &edge_labels_, &edge_words_, !ls_,
+      [this](const char *word) { return label_set_edge_label_id(ls_, word); });
+}
+
+void transaction_reader::note_label(const graph_line &line) {
+  if (line.kind == graph_line_vertex)
+    vertex_label(line);
+  else
+    edge_label(line);
+}
+
 void transaction_reader::add_vertex(const graph_line &line) {
   KESTRO_CHECK(vertices_ < g_->vs);
-  int id = vertex_labels_.find(label_of(line));
-  if (id == -1)
-    id = label_set_vertex_label_id(ls_, std::string(label_of(line)).c_str());
-  g_->vlabel[vertices_++] = id;
+  g_->vlabel[vertices_++] = vertex_label(line);
 }
 
 void transaction_reader::add_edge(const graph_line &line) {
@@ -191,9 +232,7 @@ void transaction_reader::add_edge(const graph_line &line) {
     die("graph.c", "wrong edge type (%d)\n", line.kind);
   const int from = ids_.find(std::min(line.a, line.b));
   const int to = ids_.find(std::max(line.a, line.b));
-  int id = edge_labels_.find(label_of(line));
-  if (id == -1)
-    id = label_set_edge_label_id(ls_, std::string(label_of(line)).c_str());
+  const int id = edge_label(line);
   add_record({from, to, id});
   if (line.kind == graph_line_edge)
     add_record({to, from, id});
@@ -283,6 +322,8 @@ void transaction_reader::set_repeating_line(int from, int to) {
 // record read after it: odd, but what recorded messages show.
 void transaction_reader::die_of_duplicate(int from, int to) {
   set_repeating_line(from, to);
+  if (!ls_)
+    die("graph.c", "duplicated edges (%d, %d)\n", from, to);
   const edge_record *meant = nullptr;
   for (const edge_record &x : records_)
     if (x.from == from && x.to == to && (!meant || x.label < meant->label))
@@ -320,6 +361,88 @@ graph_list *graph_read_transactions(const file_text &text,
   } catch (error &e) {
     lines.locate(&e);
     throw;
+  }
+  return list.release();
+}
+
+// Moves the lines to the first "t" line, with the labels before it noted; false
+// where there is none, or where a line is too long.
+static bool seek_first_transaction(text_lines &lines,
+                                   transaction_reader *reader) {
+  int size = line_buffer::first_size;
+  for (;;) {
+    const size_t start = lines.position();
+    const char *line = lines.next(&size);
+    if (!line || size != line_buffer::first_size)
+      return false;
+    const graph_line found = graph_scan_line(line, graph_line_most_label);
+    if (found.kind == graph_line_transaction) {
+      lines.seek(start);
+      return true;
+    }
+    if (found.label)
+      reader->note_label(found);
+  }
+}
+
+// The transactions with labels as the reader numbers them; null where a line is
+// too long, or where there is no transaction.
+static graph_list_ptr read_numbering(const file_text &text,
+                                     transaction_reader *reader) {
+  text_lines lines(text);
+  graph_list_ptr list(graph_list_new());
+  if (!seek_first_transaction(lines, reader))
+    return nullptr;
+  int size = line_buffer::first_size;
+  while (seek_transaction(lines, &size) && !reader->met_long_lines())
+    graph_list_push(reader->read(lines), list.get());
+  return reader->met_long_lines() ? nullptr : std::move(list);
+}
+
+static graph_list_ptr read_in_two_passes(const file_text &text, label_set *ls) {
+  label_set_build(text, ls);
+  return graph_list_ptr(graph_read_transactions(text, ls));
+}
+
+// Where each of the words stands in a sorted set.
+template <class IdOf>
+static xvector<int> ids_of(const xvector<std::string_view> &words,
+                           const label_set *ls, IdOf id_of) {
+  xvector<int> ids;
+  ids.reserve(words.size());
+  for (const std::string_view word : words)
+    ids.push_back(id_of(ls, std::string(word).c_str()));
+  return ids;
+}
+
+static void renumber(const xvector<int> &ids, int *labels, int count) {
+  for (int i = 0; i < count; i++)
+    labels[i] = ids[static_cast<size_t>(labels[i])];
+}
+
+// What is wrong with a text is told by the first of two passes that meets it.
+// Where both meet nothing, memory has run out.
+graph_list *graph_read_with_labels(const file_text &text, label_set *ls) {
+  transaction_reader reader;
+  graph_list_ptr list;
+  try {
+    list = read_numbering(text, &reader);
+  } catch (const error &) {
+    const label_set_ptr unused(label_set_create());
+    read_in_two_passes(text, unused.get());
+    throw;
+  }
+  if (!list)
+    return read_in_two_passes(text, ls).release();
+  label_set_add(reader.vertex_words(), reader.edge_words(), ls);
+  const xvector<int> vertex_ids =
+      ids_of(reader.vertex_words(), ls, label_set_vertex_label_id);
+  const xvector<int> edge_ids =
+      ids_of(reader.edge_words(), ls, label_set_edge_label_id);
+  for (int tid = 0; tid < list->count; tid++) {
+    graph *g = graph_list_at(list.get(), tid);
+    renumber(vertex_ids, g->vlabel, g->vs);
+    renumber(edge_ids, g->elabel, g->es);
   }
   return list.release();
 }

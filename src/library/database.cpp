@@ -45,8 +45,9 @@ static database read_database(const file_text &text, const labels &known) {
 
 static database read_database(const file_text &text) {
   label_set_ptr ls(label_set_create());
-  label_set_build(text, ls.get());
-  return read_database(text, access::make_labels(std::move(ls)));
+  graph_list_ptr graphs(graph_read_with_labels(text, ls.get()));
+  return access::make_database(std::move(graphs),
+                               access::make_labels(std::move(ls)));
 }
 
 database database::read(const std::string &path) {

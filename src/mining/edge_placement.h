@@ -56,7 +56,7 @@ public:
 
   // The same for the transactions at positions first to end - 1 of a bound, one
   // after another; returns in how many the edge finds a place.  Kept rows
-  // behind them are undefined afterwards.
+  // behind them, whatever their position, are undefined afterwards.
   template <class Image>
   int extend_all(row_cursor<Image> *from, const row_places<Image> &to,
                  int first, int end) const;

@@ -85,6 +85,7 @@ std::vector<std::vector<int>> walked(const search_plan &plan,
   std::vector<int> image(static_cast<size_t>(pattern->vs), -7);
   search_memory memory;
   memory.patience = patience;
+  memory.look_after = patience == INT_MAX ? 0 : 24;
   for (bool more = plan.first(target, twins, &memory, image.data()); more;
        more = plan.next(target, twins, &memory, image.data()))
     maps.push_back(image);
@@ -118,6 +119,7 @@ std::string difference(const graph *pattern, const graph *target,
     const std::vector<int> order = random_order(rng, pattern);
     search_plan plan(pattern, order.data());
     plan.memory().patience = round == 0 ? 0 : 2048;
+    plan.memory().look_after = round == 1 ? 0 : 24;
     const bool found = plan.find(target, image.data());
     if (found == maps.empty())
       return found ? "found along an order" : "not found along an order";
@@ -143,6 +145,8 @@ std::string difference_in_list(const graph *pattern, const graph_list *graphs,
   rarest.set_rarest_first(pattern, profiles);
   if (seed % 16 == 0)
     plan.memory().patience = rarest.memory().patience = 0;
+  if (seed % 4 == 1)
+    plan.memory().look_after = rarest.memory().look_after = 0;
   std::vector<int> image(static_cast<size_t>(pattern->vs), -7);
   std::vector<int> alone = image;
   for (int i = 0; i < graphs->count; i++) {

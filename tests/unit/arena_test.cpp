@@ -82,11 +82,7 @@ TEST(Arena, MoveLeavesAnEmptyOne) {
 // What an arena had serves the next one of its pool, but where it is freed to
 // let the address sanitizer see who still reads it.
 TEST(ChunkPool, KeepsChunksForOthers) {
-#ifdef __SANITIZE_ADDRESS__
-  constexpr bool kept = false;
-#else
-  constexpr bool kept = true;
-#endif
+  constexpr bool kept = !chunk_pool::is_checked;
   chunk_pool pool;
   const void *large = nullptr;
   const void *small = nullptr;
@@ -99,6 +95,25 @@ TEST(ChunkPool, KeepsChunksForOthers) {
   EXPECT_EQ(b.take(arena::largest_chunk) == large, kept);
   arena c(&pool);
   EXPECT_EQ(c.take(16) == small, kept);
+}
+
+TEST(ChunkPool, KeepsNoMoreThanItsMost) {
+  constexpr bool kept = !chunk_pool::is_checked;
+  chunk_pool pool(2 * arena::smallest_chunk);
+  {
+    arena a(&pool);
+    a.take(arena::largest_chunk); // more than may be kept
+    arena b(&pool);
+    b.take(16);
+    arena c(&pool);
+    c.take(16);
+    arena d(&pool);
+    d.take(16); // goes back first
+  }
+  EXPECT_EQ(pool.kept(), kept ? 2 * arena::smallest_chunk : 0u);
+  arena e(&pool);
+  e.take(16);
+  EXPECT_EQ(pool.kept(), kept ? arena::smallest_chunk : 0u);
 }
 
 TEST(ChunkPool, GivesANewChunkWhereNoneIsLargeEnough) {

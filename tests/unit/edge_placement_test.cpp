@@ -144,20 +144,18 @@ class RandomRows : public testing::Test {
 protected:
   int below(int n) { return random_below(random, n); }
 
-  graph_list_ptr draw_transactions(int count) {
-    graph_list_ptr list(graph_list_new());
+  void add_transactions(int count, graph_list *list) {
     for (int t = 0; t < count; t++)
-      graph_list_push(random_graph(random, {48, 400, 2, 2}), list.get());
-    return list;
+      graph_list_push(random_graph(random, {48, 400, 2, 2}), list);
   }
 
-  // A parent of vs vertices whose transactions are every second one of these
-  // and more, with rows of distinct images.
+  // A parent of vs vertices whose transactions are, from the first of these on,
+  // every second one and more, with rows of distinct images.
   template <class Image>
-  sg_ptr parent_of(int vs, const graph_list *transactions) {
+  sg_ptr parent_of(int vs, const graph_list *transactions, int first) {
     sg_ptr parent = record_of(path_graph(vs));
     ints tids;
-    for (int t = 0; t < transactions->count; t++)
+    for (int t = first; t < transactions->count; t++)
       if (t % 2 == 0 || below(2) == 0)
         tids.push_back(t);
     set_tids(parent.get(), tids);
@@ -251,13 +249,20 @@ protected:
   }
 
   template <class Image> void expect_same_for(int vs) {
-    const graph_list_ptr list = draw_transactions(12);
-    const edge_slots slots(list.get());
+    const graph_list_ptr list(graph_list_new());
+    add_transactions(12, list.get());
+    expect_same_in<Image>(edge_slots(list.get()), list.get(), 0, vs);
+  }
+
+  // In the transactions from the first on.
+  template <class Image>
+  void expect_same_in(const edge_slots &slots, const graph_list *list,
+                      int first, int vs) {
     for (const bool has_new : {true, false}) {
       const int parent_vs = has_new ? vs - 1 : vs;
       if (parent_vs < 2 || (!has_new && vs < 3))
         continue;
-      const sg_ptr parent = parent_of<Image>(parent_vs, list.get());
+      const sg_ptr parent = parent_of<Image>(parent_vs, list, first);
       const ints map = map_to(parent_vs, has_new);
       // The edge of a path at its end, or the one that makes it a ring.
       const graph_ptr g = has_new ? path_graph(vs) : ring_graph(vs);
@@ -282,6 +287,30 @@ TEST_F(RandomRows, AllAtOnceAreAsOneByOne) {
     for (int vs = 2; vs <= 36; vs++) {
       expect_same_for<uint8_t>(vs);
       expect_same_for<uint16_t>(vs);
+    }
+  EXPECT_GT(all_placed, all_tried / 10); // both outcomes are met
+  EXPECT_LT(all_placed, all_tried * 9 / 10);
+}
+
+// The kinds of the stars have all numbers for themselves.
+TEST_F(RandomRows, KindsThatShareANumberAreAsOneByOne) {
+  constexpr int leaves = 1000;
+  const graph_list_ptr list(graph_list_new());
+  int elabel = 2; // behind those of the random graphs
+  while (elabel <= edge_slots::other_kinds + 2) {
+    std::vector<test_edge> edges;
+    for (int leaf = 1; leaf <= leaves; leaf++)
+      edges.push_back({0, leaf, elabel++});
+    graph_list_push(make_graph(ints(leaves + 1, 0), edges), list.get());
+  }
+  const int first = list->count;
+  add_transactions(12, list.get());
+  const edge_slots slots(list.get());
+  ASSERT_EQ(slots.kind_of(1, 1), edge_slots::other_kinds);
+  for (int round = 0; round < 4; round++)
+    for (const int vs : {3, 5, 16, 17, 31, 32}) {
+      expect_same_in<uint8_t>(slots, list.get(), first, vs);
+      expect_same_in<uint16_t>(slots, list.get(), first, vs);
     }
   EXPECT_GT(all_placed, all_tried / 10); // both outcomes are met
   EXPECT_LT(all_placed, all_tried * 9 / 10);

@@ -111,6 +111,38 @@ TEST(SearchPlan, EdgeIsNoTwinOfItself) {
   EXPECT_EQ(found_along(path_graph(2), {1, 0}, path_graph(2)), (ints{1, 0}));
 }
 
+// Rings of six side by side, edges of label 0 within them; those named more.
+static graph_ptr benzenes(int count, const std::vector<test_edge> &more) {
+  std::vector<test_edge> edges = more;
+  for (int ring = 0; ring < count; ring++)
+    for (const test_edge &edge : edges_of(ring_graph(6).get()))
+      edges.push_back({edge.u + 6 * ring, edge.w + 6 * ring, 0});
+  return make_graph(ints(static_cast<size_t>(6 * count), 0), edges);
+}
+
+TEST(SearchPlan, ChainsAreInNoRingThatIsTooSmall) {
+  const graph_ptr chain = path_graph(7);
+  EXPECT_EQ(found(chain, benzenes(4, {})), ints());
+  // Edges of another kind do not make the rings one component.
+  const graph_ptr joined = benzenes(4, {{0, 6, 1}, {9, 12, 1}, {15, 18, 1}});
+  EXPECT_EQ(found(chain, joined), ints());
+  // The last two rings are one component; all before it fails.
+  EXPECT_EQ(found(chain, benzenes(4, {{0, 6, 1}, {15, 18, 0}})),
+            (ints{12, 13, 14, 15, 18, 19, 20}));
+}
+
+TEST(SearchPlan, NothingIsInUseBehindASearchThatFoundNoComponent) {
+  const graph_ptr chain = path_graph(7);
+  const ints order = identity_of(7);
+  search_plan plan(chain.get(), order.data());
+  ints image(7, -7);
+  const graph_ptr rings = benzenes(3, {});
+  EXPECT_FALSE(plan.find(rings.get(), image.data()));
+  const graph_ptr long_path = path_graph(18);
+  EXPECT_TRUE(plan.find(long_path.get(), image.data()));
+  EXPECT_EQ(image, order);
+}
+
 TEST(SearchPlan, HubWithoutRoomCostsNoFactorial) {
   // 24 like leaves and one of another label, which the large star lacks.
   ints labels(26, 0);

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <iterator>
 #include <utility>
 
 #include "reference/graph/graph.h"
@@ -502,6 +503,108 @@ TEST(TransactionsFatal, LaterTransactionsAreAsStrict) {
   EXPECT_NE(failure_of("t\nv 0 C\nv 1 C\nu 0 1 s\nt\nv 3 C\nu 0 3 s\n")
                 .find("can't find a vid '0'"),
             std::string::npos);
+}
+
+namespace {
+
+// What reading a text with its labels gives: graphs and labels, or an error.
+struct outcome {
+  label_set_ptr ls{label_set_create()};
+  graph_list_ptr graphs;
+  std::string failure; // "" for none
+  long long line = 0;
+};
+
+template <class Read> outcome outcome_of(const std::string &text, Read read) {
+  outcome found;
+  try {
+    found.graphs.reset(read(copy_text(text, "text"), found.ls.get()));
+  } catch (const error &e) {
+    found.failure = e.what() + (" in " + e.path());
+    found.line = e.line();
+  }
+  return found;
+}
+
+std::vector<std::string> words_of(const ksstack *labels) {
+  std::vector<std::string> words;
+  for (int i = 0; i < labels->count; i++)
+    words.push_back(ksstack_get<char *>(labels, i));
+  return words;
+}
+
+// Reads with the labels in one go, and in two passes; tells whether it fails.
+bool expect_one_pass_as_two(const std::string &text) {
+  const outcome one = outcome_of(text, graph_read_with_labels);
+  const outcome two =
+      outcome_of(text, [](const file_text &bytes, label_set *ls) {
+        label_set_build(bytes, ls);
+        return graph_read_transactions(bytes, ls);
+      });
+  EXPECT_EQ(one.failure, two.failure) << text;
+  EXPECT_EQ(one.line, two.line) << text;
+  if (two.graphs && one.graphs) {
+    EXPECT_EQ(words_of(one.ls->vertex_labels), words_of(two.ls->vertex_labels));
+    EXPECT_EQ(words_of(one.ls->edge_labels), words_of(two.ls->edge_labels));
+    EXPECT_TRUE(same_graphs(one.graphs.get(), two.graphs.get())) << text;
+  }
+  return !two.failure.empty();
+}
+
+} // namespace
+
+TEST(TransactionsWithLabels, OnePassIsAsTwo) {
+  for (const char *text :
+       {"", "\n", "# nothing\n", "t\n", "t\nv 0 z\nv 1 a\nu 0 1 y\n",
+        "v 0 before\nu 0 1 any\nt\nv 0 C\n", "v 0\nt\nv 0 C\n", "wrong\nt\n",
+        "t\nv 0 C\nt\nv 1 B\n# last\n", "t\nv 0 C\nu 0 0 s\n",
+        "t\nv 0 C\nv 1 C\nu 0 1 s\nu 1 0 s\nt\nx\n",
+        "t\nv 0 C\nv 1 C\nu 0 1 s\nu 1 0 d\nt\nv 0 A\n",
+        "t\nu 0 1 s\nv 0 C\nt\nd 0 1 s\n", "t\nv 0 C\nd 0 1 s\nx\n",
+        "t\nu 7 8 s\nv 0 C\nt\n1\n", "t\r\nv 0 C\r\n", "t\nv 0 C"})
+    expect_one_pass_as_two(text);
+}
+
+TEST(TransactionsWithLabels, OverLongLinesAreReadAsInTwoPasses) {
+  for (const int length : {900, 1015, 1016, 1017, 1018, 1023, 1024, 5000}) {
+    const std::string label(static_cast<size_t>(length), 'a');
+    expect_one_pass_as_two("t\nv 0 b\nv 1 " + label + "\nu 0 1 s\n");
+    expect_one_pass_as_two("v 1 " + label + "\nt\nv 0 b\n");
+    expect_one_pass_as_two("t\nv 0 b\n#" + label + "\nt\nv 0 c\n");
+    expect_one_pass_as_two("t " + label + "\nv 0 b\nt\nv 0 c\n");
+    expect_one_pass_as_two("t\nv 0 " + label + "\nx\n");
+    expect_one_pass_as_two("t\nv 0 b\nv 1 " + label); // no newline
+  }
+}
+
+TEST(TransactionsWithLabels, NulBytesAreReadAsInTwoPasses) {
+  using namespace std::string_literals;
+  for (const std::string &text :
+       {"t\nv 0 a\0b\nv 1 a\n"s, "\0t\nv 0 a\n"s, "t\n\0\nv 0 a\n"s,
+        "t\nv 0 \0\n"s, "t\0\nv 0 a\0"s, "v 0 \0b\nt\nv 0 a\n"s})
+    expect_one_pass_as_two(text);
+}
+
+TEST(TransactionsWithLabels, OnePassIsAsTwoOnTextsWithMistakes) {
+  static const char *const lines[] = {
+      "t\n",       "t # 1\n",   "v 0 C\n",     "v 1 B\n",   "v 2 a\n",
+      "u 0 1 s\n", "u 1 2 d\n", "u 2 0 1\n",   "e 0 1 s\n", "U 1 2 r\n",
+      "# any\n",   "v 0 C x\n", "u 0 1 s\r\n", "d 0 1 s\n", "u 0 1\n",
+      "v 1\n",     "\n",        "x\n",         "u 1 1 s\n", "v 1 A\n"};
+  constexpr int right = 13; // of them come in most texts
+  test_rng rng(11);
+  int failures = 0;
+  for (int round = 0; round < 3000; round++) {
+    std::string text;
+    for (int i = 0; i < 14; i++) {
+      const bool any = random_below(rng, 30) == 0;
+      text += lines[random_below(rng, any ? static_cast<int>(std::size(lines))
+                                          : right)];
+    }
+    failures += expect_one_pass_as_two(text);
+  }
+  EXPECT_GT(failures, 300);
+  EXPECT_LT(failures, 2700);
 }
 
 } // namespace kestro
