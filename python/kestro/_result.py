@@ -10,7 +10,7 @@ from typing import IO, TYPE_CHECKING, Any, overload
 import numpy as np
 from numpy.typing import ArrayLike, NDArray
 
-from kestro import _html, _jsonl, _matching, _pattern_arrow, _program_files, _scoring
+from kestro import _html, _jsonl, _matching, _pattern_table, _program_files, _scoring
 from kestro._arguments import Index, Selection, position, positions
 from kestro._atoms import graph_smarts
 from kestro._database import Graph, GraphDatabase
@@ -385,7 +385,7 @@ class Result:
         ImportError
             Without pyarrow, which ``pip install kestro[arrow]`` brings.
         """
-        return _pattern_arrow.table(self._patterns, self.positions, self.to_pandas())
+        return _pattern_table.table(self._patterns, self.positions, self.to_pandas())
 
     def __arrow_c_stream__(self, requested_schema: object | None = None) -> object:
         """Return the stream of `to_arrow`, for libraries that read Arrow."""
