@@ -12,6 +12,7 @@ from kestro._arguments import OnError
 from kestro._database import AtomLabels, GraphDatabase
 from kestro._errors import KestroError
 from kestro._packing import Packer
+from kestro._ragged import offsets_of
 
 if TYPE_CHECKING:
     import pyarrow as pa
@@ -112,18 +113,18 @@ def to_arrow(db: GraphDatabase) -> pa.Table:
     """Return the graphs as a table; see `GraphDatabase.to_arrow`."""
     pa = import_pyarrow()
     packed = db._native.to_arrays()
-    vertex_ends = packed["vertex_counts"]
-    edge_ends = packed["edge_counts"]
+    vertex_counts = packed["vertex_counts"]
+    edge_counts = packed["edge_counts"]
     pairs = pa.FixedSizeListArray.from_arrays(
         pa.array(packed["edges"].ravel().astype(np.int32)), 2
     )
     columns = {
         _VERTEX_LABELS: _lists(
-            vertex_ends, _labels(packed["vertex_table"], packed["vertex_labels"])
+            vertex_counts, _labels(packed["vertex_table"], packed["vertex_labels"])
         ),
-        _EDGES: _lists(edge_ends, pairs),
+        _EDGES: _lists(edge_counts, pairs),
         _EDGE_LABELS: _lists(
-            edge_ends, _labels(packed["edge_table"], packed["edge_labels"])
+            edge_counts, _labels(packed["edge_table"], packed["edge_labels"])
         ),
     }
     if db.classes is not None:
@@ -151,7 +152,7 @@ def _labels(table: Sequence[bytes], ids: Any) -> Any:
 
 def _lists(counts: Any, values: Any) -> Any:
     pa = import_pyarrow()
-    offsets = np.concatenate([np.zeros(1, np.int64), np.cumsum(counts)])
+    offsets = offsets_of(counts)
     if offsets[-1] > np.iinfo(np.int32).max:
         return pa.LargeListArray.from_arrays(pa.array(offsets), values)
     return pa.ListArray.from_arrays(pa.array(offsets.astype(np.int32)), values)
