@@ -7,9 +7,11 @@
 ['1-0']
 """
 
+from kestro._arrow import from_arrow
 from kestro._database import AtomLabels, Graph, GraphDatabase, Skipped
 from kestro._edges import from_edges
 from kestro._errors import KestroError, StopMining
+from kestro._graphml import from_graphml
 from kestro._mine import mine
 from kestro._molecules import from_csv, from_rdkit, from_sdf, from_smiles
 from kestro._networkx import from_networkx
@@ -17,6 +19,7 @@ from kestro._progress import Progress
 from kestro._read import read_result
 from kestro._result import Pattern, Result
 from kestro._transactions import read_transactions
+from kestro._tu import from_tu
 
 __all__ = [
     "AtomLabels",
@@ -28,12 +31,15 @@ __all__ = [
     "Result",
     "Skipped",
     "StopMining",
+    "from_arrow",
     "from_csv",
     "from_edges",
+    "from_graphml",
     "from_networkx",
     "from_rdkit",
     "from_sdf",
     "from_smiles",
+    "from_tu",
     "mine",
     "read_result",
     "read_transactions",

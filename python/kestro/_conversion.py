@@ -7,6 +7,7 @@ adjacency matrix of the molecule.
 
 from __future__ import annotations
 
+import re
 from array import array
 from collections.abc import Sequence
 from typing import Any, NamedTuple
@@ -28,6 +29,9 @@ _EDGE_LABELS = np.zeros(7, np.int32)
 _EDGE_LABELS[[round(2 * order) for order in _ORDERS.values()]] = range(len(_ORDERS))
 # The matrix has atoms times atoms entries: for more it costs more than calls do.
 _MATRIX_ATOMS = 250
+# Signs in SMILES without which there are only these bonds: those of other bonds,
+# of extensions, and of atoms in brackets, since RDKit makes bonds to metals dative.
+_MAY_BE_OTHER = re.compile(r"[\[$~<>|]")
 _CHUNK = 500  # molecules that are packed together
 
 Bonds = tuple[NDArray[np.int64], NDArray[np.float64]]
@@ -80,12 +84,16 @@ class Converter:
         self._entries: list[NDArray[np.int64]] = []
         self._entry_orders: list[NDArray[np.float64]] = []
 
-    def add(self, record: int, molecule: Any) -> None:
-        """Add a molecule as it is, or refuse it."""
+    def add(self, record: int, molecule: Any, usual_bonds: bool = False) -> None:
+        """Add a molecule as it is, or refuse it.
+
+        With usual_bonds it is known to have those bonds only that have labels.
+        """
         if self._labels.hydrogens:
             molecule = self._chem.AddHs(molecule)
         size = molecule.GetNumAtoms()
-        if size > _MATRIX_ATOMS or molecule.HasSubstructMatch(self._other_bond):
+        usual_bonds = usual_bonds or not molecule.HasSubstructMatch(self._other_bond)
+        if size > _MATRIX_ATOMS or not usual_bonds:
             bonds = self._bond_by_bond(record, molecule, size)
             if bonds is None:
                 return
@@ -201,7 +209,7 @@ def convert_smiles(
             if molecule is None:
                 packer.refuse(record, _smiles_reason(smiles))
             else:
-                converter.add(record, molecule)
+                converter.add(record, molecule, not _MAY_BE_OTHER.search(smiles))
     converter.finish()
     return packer.packed()
 

@@ -149,7 +149,7 @@ class GraphDatabase:
 
     @property
     def kind(self) -> str:
-        """Either "molecules", of atoms and bonds, or "graphs"."""
+        """Whether graphs are "molecules", labels those of atoms, or "graphs"."""
         return "graphs" if self.atom_labels is None else "molecules"
 
     def __len__(self) -> int:

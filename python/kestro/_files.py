@@ -5,7 +5,8 @@ from __future__ import annotations
 import gzip
 import os
 import zlib
-from typing import IO
+from collections.abc import Iterable
+from typing import IO, Any, TypeGuard
 
 from kestro._errors import KestroError
 
@@ -15,7 +16,7 @@ Source = Path | IO[bytes] | IO[str]
 GZIP = b"\x1f\x8b"  # how a compressed file begins
 
 
-def is_source(source: object) -> bool:
+def is_source(source: Source | Iterable[Any]) -> TypeGuard[Source]:
     """Whether it is a path or a file object."""
     return isinstance(source, (str, os.PathLike)) or hasattr(source, "read")
 

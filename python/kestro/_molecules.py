@@ -4,9 +4,8 @@ from __future__ import annotations
 
 import csv
 import io
-import os
 from collections.abc import Callable, Iterable, Iterator, Sequence
-from typing import IO, TYPE_CHECKING, Any
+from typing import TYPE_CHECKING, Any
 
 from kestro._arguments import OnError, job_count
 from kestro._atoms import import_rdkit
@@ -148,11 +147,12 @@ def from_smiles(
     """
     labels = _atom_labels(charge, hydrogens, chirality)
     import_rdkit()
-    if is_source(source):
-        texts: Iterable[Text] = _first_words(source)  # type: ignore[arg-type]
-    else:
-        texts = (_smiles_text(x) for x in source)
-    return _convert(convert_smiles, list(texts), labels, n_jobs, on_error).build(labels)
+    texts: list[Text] = (
+        list(_first_words(source))
+        if is_source(source)
+        else [_smiles_text(smiles) for smiles in source]  # type: ignore[union-attr]
+    )
+    return _convert(convert_smiles, texts, labels, n_jobs, on_error).build(labels)
 
 
 def from_csv(
@@ -185,7 +185,8 @@ def from_csv(
     -------
     GraphDatabase
         Of molecules, with the other columns in ``table``, typed as
-        ``pandas.read_csv`` does.  ``source`` counts the rows below the names
+        ``pandas.read_csv`` does; bytes that are no UTF-8 stand there as in
+        ``\\xe9``.  ``source`` counts the rows below the names
         from 0.
 
     Raises
@@ -305,7 +306,7 @@ def _smiles_text(smiles: object) -> Text:
     return Unread(f"a SMILES is a str, not {smiles!r}")
 
 
-def _first_words(source: str | os.PathLike[str] | IO[bytes] | IO[str]) -> Iterator[str]:
+def _first_words(source: Source) -> Iterator[str]:
     for line in lines_of(read_text(source)[0]):
         words = line.split(maxsplit=1)
         yield words[0] if words else ""
@@ -333,10 +334,14 @@ def _table(names: list[str], rows: list[list[str]], left_out: int) -> pd.DataFra
     writer.writerow(others(names))
     nothing = [""] * len(names)
     writer.writerows(others(row if len(row) == len(names) else nothing) for row in rows)
-    text.seek(0)
     return pd.read_csv(
-        text, skip_blank_lines=False, index_col=False, encoding_errors="surrogateescape"
+        io.StringIO(_valid(text.getvalue())), skip_blank_lines=False, index_col=False
     )
+
+
+def _valid(text: str) -> str:
+    """Return the text with bytes that are no UTF-8 written out, as tables need."""
+    return text.encode("utf-8", "surrogateescape").decode("utf-8", "backslashreplace")
 
 
 def _sd_records(text: str) -> Iterator[list[str]]:
@@ -359,6 +364,7 @@ def _sd_record(lines: list[str]) -> tuple[Text, dict[str, str]]:
         return Unread(f"the record has no line {_MOLFILE_END!r}"), {}
     items = {"title": lines[0].strip()}
     items.update(_data_items(lines[ends[0] + 1 :]))
+    items = {_valid(name): _valid(value) for name, value in items.items()}
     return "\n".join(lines[: ends[0] + 1]) + "\n", items
 
 

@@ -1,13 +1,14 @@
-"""Molecules from SMILES."""
+"""Molecules, and SMARTS of their patterns."""
 
 import gzip
+import io
+import pickle
 
 import kestro
 import pytest
-
-pytest.importorskip("rdkit")
-
-from rdkit import Chem  # noqa: E402
+from hypothesis import given
+from hypothesis import strategies as st
+from rdkit import Chem
 
 
 def test_labels():
@@ -93,3 +94,166 @@ def test_benzene_is_mined(smiles):
         if p.graph.vertex_labels == ("c",) * 6 and p.size == 6
     ]
     assert found == [expected] and len(expected) > 20
+
+
+def molecules_with(bond_type, repeats=1):
+    molecule = Chem.RWMol(Chem.MolFromSmiles(".".join(["CC"] * repeats)))
+    molecule.GetBondWithIdx(0).SetBondType(bond_type)
+    return molecule.GetMol()
+
+
+@pytest.mark.parametrize("name", sorted(Chem.BondType.names))
+def test_every_type_of_bond(name):
+    small = molecules_with(Chem.BondType.names[name])
+    large = molecules_with(Chem.BondType.names[name], 300)  # bond by bond
+    label = {"SINGLE": "-", "DOUBLE": "=", "TRIPLE": "#", "AROMATIC": ":"}.get(name)
+    for molecule in (small, large):
+        if label is None:
+            reason = "dative" if name.startswith("DATIVE") else name.lower()
+            with pytest.raises(kestro.KestroError, match=reason):
+                kestro.from_rdkit([molecule])
+        else:
+            assert kestro.from_rdkit([molecule])[0].edge_labels[0] == label
+
+
+def test_bonds_by_matrix_and_one_by_one(smiles, monkeypatch):
+    expected = kestro.from_smiles(smiles).to_transactions()
+    monkeypatch.setattr("kestro._conversion._MATRIX_ATOMS", -1)
+    assert kestro.from_smiles(smiles).to_transactions() == expected
+
+
+def test_a_matrix_that_rdkit_has_kept():
+    molecule = Chem.RWMol(Chem.MolFromSmiles("CC"))
+    kestro.from_rdkit([molecule])
+    molecule.GetBondWithIdx(0).SetBondType(Chem.BondType.DOUBLE)
+    assert kestro.from_rdkit([molecule])[0].edge_labels == ("=",)
+
+
+def test_what_rdkit_has_that_is_no_molecule():
+    wrong = [None, "CCO", Chem.MolFromSmarts("[C,N]"), Chem.MolFromSmarts("C~C")]
+    for molecule in wrong:
+        with pytest.raises(kestro.KestroError, match="record 0"):
+            kestro.from_rdkit([molecule])
+    db = kestro.from_rdkit([*wrong, Chem.MolFromSmiles("C")], on_error="skip")
+    assert db.source.tolist() == [4] and len(db.skipped) == 4
+    assert "query" in db.skipped[2].reason and "query" in db.skipped[3].reason
+
+
+@pytest.mark.parametrize(
+    "way",
+    [{}, {"charge": True}, {"hydrogens": True}, {"charge": True, "hydrogens": True}],
+    ids=["plain", "charge", "hydrogens", "both"],
+)
+def test_smarts_match_where_the_pattern_is(smiles, way):
+    db = kestro.from_smiles([*smiles, "*c1cc*cc1", "*C", "[2H]C", "[O-]C"], **way)
+    result = kestro.mine(db, min_support=2, max_size=4)
+    mined = [Chem.MolFromSmiles(smiles_of) for smiles_of in [*smiles, "*c1cc*cc1"]]
+    mined += [Chem.MolFromSmiles(x) for x in ("*C", "[2H]C", "[O-]C")]
+    if "hydrogens" in way:
+        mined = [Chem.AddHs(m) for m in mined]
+    for p in result[:: max(1, len(result) // 400)]:
+        query = Chem.MolFromSmarts(p.to_smarts())
+        found = [i for i, m in enumerate(mined) if m.HasSubstructMatch(query)]
+        assert found == p.tids.tolist(), p.to_smarts()
+
+
+def test_smarts_text():
+    db = kestro.from_smiles(["c1cc[nH]c1", "C[N+](C)=O"], charge=True)
+    found = kestro.mine(db, min_support=1).to_pandas()["smarts"]
+    assert "[#6&a&+0]:[#7&a&+0]" in set(found) | {"".join(x.split(":")[::-1]) for x in found}
+    assert any("[#7&A&+1]" in x for x in found)
+    ring = max(found[found.str.contains("&a")], key=len)
+    assert Chem.MolFromSmarts(ring).GetNumBonds() == 5
+    again = kestro.mine(kestro.from_edges([["C"] * 2] * 2, [[(0, 1, "-")]] * 2), min_support=1)
+    assert "smarts" not in again.to_pandas()
+    with pytest.raises(ValueError, match="atoms"):
+        again[0].to_smarts()
+
+
+def test_tables(tmp_path):
+    text = 'name,smiles,mass\r\n"a, b",CCO,46\r\nx,C(C,1\r\ny,C\r\n\r\nz,,3\r\nw,O,18\r\n'
+    file = tmp_path / "a.csv"
+    file.write_bytes(b"\xef\xbb\xbf" + text.encode())
+    db = kestro.from_csv(file, on_error="skip")
+    assert db.source.tolist() == [0, 5]
+    assert [s.record for s in db.skipped] == [1, 2, 3, 4]
+    assert [s.reason.split()[0] for s in db.skipped] == ["no", "a", "an", "no"]
+    assert db.table.to_dict("list") == {"name": ["a, b", "w"], "mass": [46.0, 18.0]}
+    assert db[[1]].table["name"].tolist() == ["w"]
+    with pytest.raises(kestro.KestroError, match="record 1: no SMILES"):
+        kestro.from_csv(file)
+    with pytest.raises(kestro.KestroError, match="'SMILES'"):
+        kestro.from_csv(file, smiles_column="SMILES")
+    with pytest.raises(kestro.KestroError, match="0 columns"):
+        kestro.from_csv(io.StringIO(""))
+    latin = kestro.from_csv(io.BytesIO(b"smiles;n\nC;\xe9\n"), delimiter=";")
+    assert latin.table["n"].tolist() == ["\\xe9"]
+
+
+def sd_record(smiles, items=""):
+    return Chem.MolToMolBlock(Chem.MolFromSmiles(smiles)) + items + "$$$$\n"
+
+
+def test_sd_files():
+    items = ">  <mass>  (1)\n46\n\n> <note>\ntwo\nlines\n\n"
+    text = sd_record("CCO", items) + "broken\n$$$$\n" + sd_record("C") + "\n"
+    nitrogen = sd_record("NC").replace(" N ", " Xx")
+    for end in ("\n", "\r\n"):
+        source = io.StringIO((text + nitrogen).replace("\n", end))
+        db = kestro.from_sdf(source, on_error="skip")
+        assert [g.vertex_labels for g in db] == [("C", "C", "O"), ("C",)]
+        assert db.source.tolist() == [0, 2]
+        assert [s.record for s in db.skipped] == [1, 3]
+        assert db.table["mass"].tolist()[0] == "46"
+        assert db.table["note"].tolist()[0] == "two\nlines"
+        assert db.table["mass"].isna().tolist() == [False, True]
+    with pytest.raises(kestro.KestroError, match="record 1"):
+        kestro.from_sdf(io.StringIO(text))
+
+
+def test_several_processes(smiles):
+    source = [*smiles * 20, "C(C", *smiles]  # more than two chunks
+    one = kestro.from_smiles(source, on_error="skip")
+    two = kestro.from_smiles(source, on_error="skip", n_jobs=2)
+    assert two.to_transactions() == one.to_transactions()
+    assert two.source.tolist() == one.source.tolist()
+    assert two.skipped == one.skipped and two.skipped[0].record == 20 * len(smiles)
+    with pytest.raises(kestro.KestroError, match=f"record {20 * len(smiles)}: "):
+        kestro.from_smiles(source, n_jobs=2)
+
+
+def test_ways_back(smiles):
+    for way in ({}, {"charge": True}, {"hydrogens": True}):
+        db = kestro.from_smiles([*smiles, "*c1cc*cc1", "[Fe+2]"], **way)
+        text = db.to_transactions()
+        for again in (kestro.from_arrow(db.to_arrow()), pickle.loads(pickle.dumps(db))):
+            assert again.to_transactions() == text
+            assert again.atom_labels == db.atom_labels
+        assert kestro.from_rdkit(db.to_rdkit(), charge=True).to_transactions() == text
+    with pytest.raises(ValueError, match="atoms"):
+        kestro.from_edges([["C"]], [[]]).to_rdkit()
+
+
+@given(st.lists(st.text(alphabet="CNOcn()[]+-=#1*>$~ ", max_size=12), max_size=5))
+def test_any_smiles_are_read_or_refused(strings):
+    db = kestro.from_smiles(strings, on_error="skip")
+    read = [x.strip() and Chem.MolFromSmiles(x) for x in strings]
+    for record, g in zip(db.source, db, strict=True):
+        assert len(g.vertex_labels) == read[record].GetNumAtoms()
+        assert len(g.edges) == read[record].GetNumBonds()
+    assert len(db) + len(db.skipped) == len(strings)
+
+
+@given(st.text(alphabet='smiles,C"\n\r1 ', max_size=40))
+def test_any_table_of_molecules_is_read_or_refused(text):
+    try:
+        db = kestro.from_csv(io.StringIO("smiles,x\n" + text), on_error="skip")
+    except kestro.KestroError:
+        return
+    assert len(db.table) == len(db)
+
+
+@given(st.text(alphabet="$M END\n1C", max_size=40))
+def test_any_sd_file_is_read_or_refused(text):
+    db = kestro.from_sdf(io.StringIO(text), on_error="skip")
+    assert len(db) + len(db.skipped) >= text.startswith("$$$$\n")

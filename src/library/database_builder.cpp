@@ -240,9 +240,8 @@ int database_builder::add(std::span<const std::string_view> vertex_labels,
   const int vs = int_count(vertex_labels.size());
   graph_ptr g(graph_create(int_count(2 * edges.size()), vs));
   for (size_t i = 0; i < vertex_labels.size(); i++)
-    g->vlabel[i] =
-        number_of(vertex_labels[i], state_->rule, refuse_vertex, i,
-                  &state_->vertex_labels);
+    g->vlabel[i] = number_of(vertex_labels[i], state_->rule, refuse_vertex, i,
+                             &state_->vertex_labels);
   xvector<int> labels(edges.size());
   for (size_t i = 0; i < edges.size(); i++) {
     check_ends(edges[i], vs, refuse_edge, i);
