@@ -31,9 +31,8 @@ def recorded_runs():
         if case.name in DIFFERENT:
             continue
         args = (case / "args").read_text()
-        asked = asked_for(file)
         if (case / "status").read_text().strip() == "0" and not OTHER.search(args):
-            yield pytest.param(case, file, asked, id=case.name)
+            yield pytest.param(case, file, asked_for(file), id=case.name)
 
 
 def asked_for(file):
