@@ -237,7 +237,8 @@ template <class Target> static int edge_label(const Target &to, int w, int y) {
 }
 
 // Vertices that a search takes back before it looks at the components, which
-// costs about as much.
+// costs about as much.  In graphs of many thousand slots the first pause comes
+// before, and there is no look.
 template <class Target> static int before_look(const Target &to, int after) {
   return after * std::max(1, to.slots / 96);
 }
@@ -527,11 +528,11 @@ bool search_plan::has_component(const target &to, int vs,
 // one no vertex is in use any more.
 bool search_plan::goes_on(const target &to, int vs, int depth,
                           search_memory *memory) const {
-  bool has_room = false;
-  guarded(memory, [&] { has_room = has_component(to, vs, memory); });
-  for (int d = 0; d < depth && !has_room; d++)
+  bool found = false;
+  guarded(memory, [&] { found = has_component(to, vs, memory); });
+  for (int d = 0; d < depth && !found; d++)
     to.used[to.image[d]] = 0;
-  return has_room;
+  return found;
 }
 
 // Goes on at a depth, at 0 with the next root, until a mapping is complete,

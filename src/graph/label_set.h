@@ -38,7 +38,7 @@ const char *label_set_vertex_label(const label_set *ls, int id);
 int label_set_edge_labels(const label_set *ls);
 int label_set_vertex_labels(const label_set *ls);
 
-// Adds copies of words, of each kind without repeats, to an empty set.
+// Adds copies of words, of each kind without repeats, none of which is there.
 void label_set_add(const xvector<std::string_view> &vertex_labels,
                    const xvector<std::string_view> &edge_labels, label_set *ls);
 

@@ -22,7 +22,7 @@ graph_list *graph_read_transactions(const file_text &text, const label_set *ls);
 // The same of a text whose labels are not known yet; ls, an empty set, becomes
 // that of label_set_build().  Dies as the two do one after the other, but takes
 // one pass over the text where nothing is wrong with it, no line is long and a
-// transaction is there.
+// transaction is there.  After an error ls is undefined.
 graph_list *graph_read_with_labels(const file_text &text, label_set *ls);
 
 // Reads transactions one by one out of a text.

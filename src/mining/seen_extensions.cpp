@@ -7,6 +7,7 @@
 #include "mining/seen_extensions.h"
 
 #include <algorithm>
+#include <mutex>
 
 namespace kestro {
 
@@ -70,7 +71,7 @@ bool seen_extensions::insert(const key &k) {
   part *to = &parts_[part_of(k.x)];
   if (!is_shared())
     return insert_into(to, k);
-  const std::lock_guard<std::mutex> lock(to->access);
+  const std::lock_guard<brief_lock> lock(to->access);
   return insert_into(to, k);
 }
 

@@ -2,8 +2,8 @@
 #pragma once
 
 #include <atomic>
-#include <mutex>
 
+#include "base/brief_lock.h"
 #include "base/word_set.h"
 #include "mining/core_links.h"
 #include "mining/packed_extension.h"
@@ -56,7 +56,7 @@ public:
 private:
   // The extensions of some of the patterns.
   struct part {
-    std::mutex access;
+    brief_lock access;
     word_set words;
     extension_set others; // those without a word
   };

@@ -31,12 +31,12 @@ static void set_tids(subgraph *sg, const xvector<int> &tids) {
   sg->tid->count = n;
 }
 
-// Sends for the candidates that come after candidate i.  Only for one thread at
-// work: others might free them meanwhile.
-static void expect_candidates(const xvector<sg_ptr> &candidates, int i) {
+// Sends for the candidates that come after candidate i, of those before end: no
+// other thread may free them meanwhile.
+static void expect_candidates(const xvector<sg_ptr> &candidates, int i,
+                              int end) {
   expect_records(
-      static_cast<int>(candidates.size()),
-      [&](int j) { return candidates[static_cast<size_t>(j)].get(); }, i,
+      end, [&](int j) { return candidates[static_cast<size_t>(j)].get(); }, i,
       record_part::parents);
 }
 
@@ -53,9 +53,8 @@ void sg_filter_candidates_by_support(sg_set *cand, const sg_set *prev,
   xvector<sg_ptr> records = sg_set_take_records(cand);
   parallel_for(
       jobs, old,
-      [&](int worker, int i) {
-        if (work.size() == 1)
-          expect_candidates(records, i);
+      [&](int worker, int i, int end) {
+        expect_candidates(records, i, end);
         sg_ptr &sg = records[static_cast<size_t>(i)];
         const xvector<int> &common = lists.common_to_parents(
             sg.get(), minsup, &work[static_cast<size_t>(worker)]);
@@ -104,7 +103,8 @@ level_release::level_release(const sg_set *level,
     : level_(level), budget_(budget),
       waiting_(static_cast<size_t>(sg_set_size(level))) {
   for (size_t c = 0; c < candidates.size(); c++) {
-    expect_candidates(candidates, static_cast<int>(c)); // none works yet
+    expect_candidates(candidates, static_cast<int>(c),
+                      static_cast<int>(candidates.size()));
     const subgraph *sg = candidates[c].get();
     for (int i = 0; i < sg_kept_size(sg); i++)
       waiting_[static_cast<size_t>(sg_kept_at(sg, i)->pid)]++;
@@ -167,9 +167,8 @@ void support_counter::count_all(sg_set *cand, const sg_set *prev, int minsup,
       occurrence_finder(&profiles_, &slots_, stop_));
   parallel_for(
       jobs_, count,
-      [&](int worker, int i) {
-        if (finders.size() == 1)
-          expect_candidates(records, i);
+      [&](int worker, int i, int end) {
+        expect_candidates(records, i, end);
         count_candidate(&records[static_cast<size_t>(i)], prev, minsup,
                         &finders[static_cast<size_t>(worker)], &budget,
                         &release);

@@ -194,6 +194,59 @@ TEST(ParallelFor, SmallestIndexThatFailedComesOut) {
   }
 }
 
+TEST(ParallelFor, PiecesUpToTheEndAreTheWorkersOwn) {
+  constexpr int count = 5000;
+  for (const int jobs : {1, 2, 3}) {
+    std::vector<std::atomic<int>> worker_of(count);
+    std::vector<int> end_of(count);
+    parallel_for(
+        jobs, count,
+        [&](int worker, int i, int end) {
+          worker_of[static_cast<size_t>(i)] = worker;
+          end_of[static_cast<size_t>(i)] = end;
+        },
+        keep);
+    for (int i = 0; i < count; i++) {
+      const int end = end_of[static_cast<size_t>(i)];
+      ASSERT_GT(end, i);
+      ASSERT_LE(end, count);
+      for (int j = i; j < end; j++)
+        ASSERT_EQ(worker_of[static_cast<size_t>(j)],
+                  worker_of[static_cast<size_t>(i)]);
+      EXPECT_TRUE(jobs > 1 || end == count);
+    }
+  }
+}
+
+// Of many pieces, some of which fail, none below the first failure is left out.
+TEST(ParallelFor, SmallestOfManyIndicesThatFailComesOut) {
+  for (const int jobs : {1, 2, 3}) {
+    std::vector<std::atomic<int>> calls(5000);
+    try {
+      parallel_for(
+          jobs, 5000,
+          [&](int, int i) {
+            calls[static_cast<size_t>(i)]++;
+            if (i >= 1234)
+              throw std::runtime_error(std::to_string(i));
+          },
+          keep);
+      FAIL();
+    } catch (const std::runtime_error &e) {
+      EXPECT_EQ(std::string(e.what()), "1234");
+    }
+    for (size_t i = 0; i <= 1234; i++)
+      EXPECT_EQ(calls[i], 1) << i;
+  }
+}
+
+TEST(PiecesAtOnce, AreFewWhereThereIsLittleWork) {
+  EXPECT_EQ(pieces_at_once(1, 1000000), 1);
+  EXPECT_EQ(pieces_at_once(2, 20), 1);
+  EXPECT_EQ(pieces_at_once(2, 1280), 10);
+  EXPECT_EQ(pieces_at_once(2, 1000000), 32);
+}
+
 TEST(WorkerCount, IsBoundedByTheWork) {
   EXPECT_EQ(worker_count(1000000, 3), 3);
   EXPECT_EQ(worker_count(2, 3), 2);

@@ -131,6 +131,46 @@ TEST(SearchPlan, ChainsAreInNoRingThatIsTooSmall) {
             (ints{12, 13, 14, 15, 18, 19, 20}));
 }
 
+TEST(SearchPlan, ComponentsAsLargeAsThePatternHaveRoom) {
+  // Rings of six, then a component that is the pattern itself.
+  const graph_ptr parts[] = {path_graph(7), ring_graph(7), complete_graph(5)};
+  for (const graph_ptr &part : parts) {
+    std::vector<test_edge> edges = edges_of(benzenes(3, {}).get());
+    for (const test_edge &edge : edges_of(part.get()))
+      edges.push_back({edge.u + 18, edge.w + 18});
+    const graph_ptr target =
+        make_graph(ints(18 + static_cast<size_t>(part->vs), 0), edges);
+    const ints order = identity_of(part->vs);
+    for (const int after : {0, 24}) {
+      search_plan plan(part.get(), order.data());
+      plan.memory().look_after = after;
+      ints image(order.size(), -7);
+      ASSERT_TRUE(plan.find(target.get(), image.data()));
+      for (const int w : image)
+        EXPECT_GE(w, 18);
+    }
+  }
+}
+
+// Where the look is, the vertices that it met are noted.
+TEST(SearchPlan, LooksAtComponentsOnceSomeVerticesAreTakenBack) {
+  const graph_ptr chain = path_graph(7);
+  const ints order = identity_of(7);
+  ints image(7, -7);
+  search_plan plan(chain.get(), order.data());
+  EXPECT_FALSE(plan.find(path_graph(3).get(), image.data()));
+  EXPECT_TRUE(plan.find(path_graph(9).get(), image.data()));
+  EXPECT_TRUE(plan.memory().met.empty());
+  EXPECT_FALSE(plan.find(benzenes(2, {}).get(), image.data()));
+  EXPECT_EQ(plan.memory().met.size(), 12u);
+  // Had the search gone on, it would have paused below the first root.
+  search_plan impatient(chain.get(), order.data());
+  impatient.memory().look_after = 0;
+  impatient.memory().patience = 1;
+  EXPECT_FALSE(impatient.find(benzenes(2, {}).get(), image.data()));
+  EXPECT_EQ(impatient.memory().pauses.root, -1);
+}
+
 TEST(SearchPlan, NothingIsInUseBehindASearchThatFoundNoComponent) {
   const graph_ptr chain = path_graph(7);
   const ints order = identity_of(7);
