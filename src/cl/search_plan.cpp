@@ -262,9 +262,10 @@ static bool has_room(const plan_need &need, const Target &to, int w) {
 }
 
 // Whether w, which has the label, can be the image of a step, but for its label
-// edge to the anchor.
-inline bool search_plan::fits(const plan_step &step, const target &to,
-                              int w) const {
+// edge to the anchor.  A walk asks this of every neighbour that it passes, and
+// keeps in registers what it needs only where there is no call.
+[[gnu::always_inline]] inline bool
+search_plan::fits(const plan_step &step, const target &to, int w) const {
   if (to.profiles ? !to.profiles[w].covers(step.profile)
                   : to.v[w + 1] - to.v[w] < step.degree)
     return false;
