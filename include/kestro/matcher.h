@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <span>
@@ -37,6 +38,10 @@ public:
   std::optional<embedding> first(graph_view g) const;
   // All embeddings, or the first most of them; all for a negative number.
   std::vector<embedding> all(graph_view g, long long most = -1) const;
+  // Hands all embeddings over, each until the call returns, as long as take
+  // returns true.  What take throws ends the search.
+  void each(graph_view g,
+            const std::function<bool(const embedding &)> &take) const;
   // How many there are.  Leaves of one vertex that look alike are counted by
   // the sets of places that they take, not by the orders in them.  Throws error
   // where a long long does not hold the count.

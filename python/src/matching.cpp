@@ -46,23 +46,32 @@ static nb::tuple contained(const lattice_matcher &lattice, const database &db,
                         array_of(std::move(patterns)));
 }
 
-// One row per embedding: the graph's vertices, per vertex of the pattern.
+// Lets Python handle signals; throws what a handler raised.
+static void look_for_signals() {
+  const nb::gil_scoped_acquire lock;
+  if (PyErr_CheckSignals() != 0)
+    throw nb::python_error();
+}
+
+// One row per embedding: the graph's vertices, per vertex of the pattern.  They
+// can be many millions, so signals are looked for in between.
 static nb::object embeddings(const database &patterns, const database &db,
                              int tid, long long most) {
+  static constexpr long long between_looks = 1 << 14;
   std::vector<int32_t> images;
-  size_t rows = 0;
-  size_t width = 0;
-  {
+  const kestro::graph_view pattern = patterns[0];
+  long long rows = 0;
+  if (most != 0) {
     const nb::gil_scoped_release free;
-    const kestro::graph_view pattern = patterns[0];
-    const kestro::graph_view g = db[tid];
-    width = static_cast<size_t>(pattern.vertices());
-    for (const kestro::embedding &e : kestro::matcher(pattern).all(g, most)) {
+    kestro::matcher(pattern).each(db[tid], [&](const kestro::embedding &e) {
       images.insert(images.end(), e.begin(), e.end());
-      rows++;
-    }
+      if (++rows % between_looks == 0)
+        look_for_signals();
+      return rows != most;
+    });
   }
-  return array_of(std::move(images), {rows, width});
+  return array_of(std::move(images), {static_cast<size_t>(rows),
+                                      static_cast<size_t>(pattern.vertices())});
 }
 
 void bind_matching(nb::module_ &m) {

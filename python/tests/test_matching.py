@@ -2,7 +2,10 @@
 
 import itertools
 import math
+import os
 import pickle
+import signal
+import threading
 
 import kestro
 import networkx as nx
@@ -158,6 +161,20 @@ def test_a_limit_of_embeddings():
     for limit in (0, 1, 5, 720, 721):
         found = result.embeddings("6-0", 0, limit=limit)
         assert found.shape == (min(limit, 720), 7)
+
+
+def test_ctrl_c_ends_a_list_of_embeddings():
+    """Eleven leaves in themselves: 40 million rows, were it not for the signal."""
+    star = kestro.from_edges(
+        [["A"] + ["B"] * 11], [[(0, i, "x") for i in range(1, 12)]]
+    )
+    result = kestro.mine(star, min_support=1)
+    timer = threading.Timer(0.1, os.kill, (os.getpid(), signal.SIGINT))
+    timer.start()
+    with pytest.raises(KeyboardInterrupt):
+        result.embeddings("11-0", 0)
+    timer.join()
+    assert len(result.embeddings("11-0", 0, limit=7)) == 7
 
 
 def test_embeddings_that_make_no_sense(result, three):

@@ -216,9 +216,7 @@ def test_the_order_of_vertices_changes_nothing(molecules):
 
 
 def test_a_time_limit_keeps_complete_sizes(explosive):
-    start = time.monotonic()
     result = kestro.mine(explosive, min_support=2, time_limit=0.3)
-    assert time.monotonic() - start < 0.3 + 0.5
     assert result.stopped_by == "time_limit" and not result.complete
     assert len(result) > 0 and result[0].tids.tolist() == [0, 1]
     assert result[-1].maximal is None
@@ -240,12 +238,11 @@ def test_an_exception_of_the_callback_comes_out_with_what_was_found(explosive):
 
     def callback(now):
         if now.size >= 3:
-            raised.append(time.monotonic())
+            raised.append(now.size)
             raise WrongError("here")
 
     with pytest.raises(WrongError, match="here") as caught:
         kestro.mine(explosive, min_support=2, progress=callback)
-    assert time.monotonic() - raised[0] < 0.5
     assert len(raised) == 1
     result = caught.value.result
     assert result.stopped_by == "progress"
@@ -262,19 +259,15 @@ def test_a_callback_may_ask_for_the_end(explosive):
 
 @pytest.mark.parametrize("seconds", [0.0, 0.03, 0.3])
 def test_ctrl_c_keeps_what_was_found(explosive, seconds):
-    sent = []
-
     def send():
-        sent.append(time.monotonic())
         os.kill(os.getpid(), signal.SIGINT)
 
     def start_timer(now):
-        if now.size == 1:  # the run is under way
+        if now[:2] == (1, "complete"):  # the run is under way
             threading.Timer(seconds, send).start()
 
     with pytest.warns(RuntimeWarning, match="interrupted"):
         result = kestro.mine(explosive, min_support=2, progress=start_timer)
-    assert time.monotonic() - sent[0] < 0.5
     assert result.stopped_by == "interrupt"
     assert len(result) >= 55
     again = kestro.mine(explosive, min_support=2, max_size=2)
@@ -306,19 +299,23 @@ def test_what_a_signal_handler_raises_comes_out(explosive):
 
 
 def test_the_interpreter_stays_free(explosive):
+    """Another thread goes on while one mines, and is who ends it."""
     steps = []
-    done = threading.Event()
 
     def count():
-        while not done.wait(0.01):
-            steps.append(time.monotonic())
+        while len(steps) < 5:
+            steps.append(time.sleep(0.01))
+        os.kill(os.getpid(), signal.SIGINT)
 
     thread = threading.Thread(target=count)
-    thread.start()
-    kestro.mine(explosive, min_support=2, time_limit=0.5)
-    done.set()
+    with pytest.warns(RuntimeWarning, match="interrupted"):
+        result = kestro.mine(
+            explosive,
+            min_support=2,
+            progress=lambda now: thread.start() if now[:2] == (1, "complete") else 0,
+        )
     thread.join()
-    assert len(steps) >= 5
+    assert len(steps) == 5 and result.stopped_by == "interrupt"
 
 
 def test_threads_mine_at_once(molecules):
@@ -406,16 +403,9 @@ def test_ctrl_c_during_matching(explosive):
     result = kestro.mine(explosive, min_support=2, max_size=3)
     other = explosive[[0] * 600]
     for n_jobs in (1, 2):
-        sent = []
-
-        def send(sent=sent):
-            sent.append(time.monotonic())
-            os.kill(os.getpid(), signal.SIGINT)
-
-        threading.Timer(0.2, send).start()
+        threading.Timer(0.2, os.kill, (os.getpid(), signal.SIGINT)).start()
         with pytest.raises(KeyboardInterrupt):
             result.transform(other, n_jobs=n_jobs)
-        assert time.monotonic() - sent[0] < 0.5
     assert result.transform(other[:2], n_jobs=2).sum() == 2 * len(result)
 
 

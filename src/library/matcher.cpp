@@ -256,17 +256,21 @@ std::optional<embedding> matcher::first(graph_view g) const {
   return search.image();
 }
 
+void matcher::each(graph_view g,
+                   const std::function<bool(const embedding &)> &take) const {
+  graph_search search(*state_, g);
+  bool more = search.first(twin_images::any);
+  while (more && take(search.image()))
+    more = search.next(twin_images::any);
+}
+
 std::vector<embedding> matcher::all(graph_view g, long long most) const {
   std::vector<embedding> found;
-  if (most == 0)
-    return found;
-  graph_search search(*state_, g);
-  for (bool more = search.first(twin_images::any); more;
-       more = search.next(twin_images::any)) {
-    found.push_back(search.image());
-    if (static_cast<long long>(found.size()) == most)
-      break;
-  }
+  if (most != 0)
+    each(g, [&](const embedding &e) {
+      found.push_back(e);
+      return static_cast<long long>(found.size()) != most;
+    });
   return found;
 }
 

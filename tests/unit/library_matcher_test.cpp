@@ -107,6 +107,34 @@ TEST(LibraryMatcher, GivesTheFirstOfManyOnly) {
   EXPECT_EQ(m.all(target[0], -5).size(), 12u);
 }
 
+TEST(LibraryMatcher, HandsEmbeddingsOverUntilEnoughAreTaken) {
+  const matcher m(star_of(2)[0]);
+  const database target = star_of(4);
+  maps taken;
+  const auto take = [&](const embedding &e) {
+    taken.push_back(e);
+    return taken.size() != 3;
+  };
+  m.each(target[0], take);
+  EXPECT_EQ(taken, m.all(target[0], 3));
+  m.each(target[0], take); // goes on to the end
+  EXPECT_EQ(taken.size(), 3u + 12u);
+}
+
+TEST(LibraryMatcher, IsLeftByWhatTheTakerThrows) {
+  const matcher m(star_of(2)[0]);
+  const database target = star_of(4);
+  int taken = 0;
+  const auto take = [&](const embedding &) -> bool {
+    if (++taken == 2)
+      throw 5;
+    return true;
+  };
+  EXPECT_THROW(m.each(target[0], take), int);
+  EXPECT_EQ(taken, 2);
+  EXPECT_EQ(m.all(target[0]).size(), 12u);
+}
+
 TEST(LibraryMatcher, CountsHubsWithoutListingTheirLeaves) {
   long long factorial = 1;
   for (int i = 2; i <= 18; i++)
