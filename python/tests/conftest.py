@@ -1,6 +1,7 @@
 """What several tests use."""
 
 import pathlib
+import signal
 
 import kestro
 import pytest
@@ -26,6 +27,14 @@ v 0 C
 v 1 O
 u 0 1 s
 """
+
+
+@pytest.fixture(scope="session", autouse=True)
+def interruptible():
+    """Make Ctrl-C raise; what a script starts in the background ignores it."""
+    before = signal.signal(signal.SIGINT, signal.default_int_handler)
+    yield
+    signal.signal(signal.SIGINT, before)
 
 
 @pytest.fixture
