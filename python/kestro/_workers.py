@@ -11,7 +11,7 @@ import os
 import pickle
 import subprocess
 import sys
-from collections.abc import Callable, Iterable, Iterator
+from collections.abc import Callable, Generator, Iterable
 from concurrent.futures import ThreadPoolExecutor
 from queue import SimpleQueue
 from typing import IO, Any, TypeVar
@@ -23,7 +23,7 @@ _SERVE = "from kestro._workers import serve; serve()"
 
 def in_order(
     function: Callable[..., _T], tasks: Iterable[tuple[Any, ...]], n_jobs: int
-) -> Iterator[_T]:
+) -> Generator[_T, None, None]:
     """Return what a function of this package makes of each task, in order.
 
     Parameters
@@ -44,10 +44,8 @@ def in_order(
         for task in tasks:
             yield function(*task)
         return
-    workers = [_Worker() for _ in range(n_jobs)]
+    workers: list[_Worker] = []
     idle: SimpleQueue[_Worker] = SimpleQueue()
-    for worker in workers:
-        idle.put(worker)
 
     def call(task: tuple[Any, ...]) -> _T:
         worker = idle.get()
@@ -59,6 +57,9 @@ def in_order(
 
     threads = ThreadPoolExecutor(n_jobs)
     try:
+        for _ in range(n_jobs):
+            workers.append(_Worker())
+            idle.put(workers[-1])
         yield from threads.map(call, tasks)
     finally:
         # A thread that waits for an answer gets none once its worker has ended.
