@@ -60,7 +60,7 @@ def read_transactions(
     --------
     >>> import io, kestro
     >>> kestro.read_transactions(io.StringIO("t # 0\nv 0 C\nv 1 O\nu 0 1 d\n"))
-    <GraphDatabase: 1 graphs>
+    <GraphDatabase: 1 graph>
     """
     check_choice("on_error", on_error, ("raise", "skip"))
     if isinstance(source, (str, os.PathLike)) and _is_plain(source):

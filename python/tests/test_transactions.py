@@ -89,7 +89,7 @@ def test_an_unreadable_record_in_the_middle(tmp_path):
         [skipped] = db.skipped
         assert skipped.record == 1
         assert "invalid input line" in skipped.reason and "line 3" in skipped.reason
-        assert "1 records skipped" in repr(db)
+        assert "1 record skipped" in repr(db)
 
 
 def test_an_unreadable_line_in_front():
