@@ -13,6 +13,7 @@ import subprocess
 import sys
 from collections.abc import Callable, Generator, Iterable
 from concurrent.futures import ThreadPoolExecutor
+from contextlib import suppress
 from queue import SimpleQueue
 from typing import IO, Any, TypeVar
 
@@ -99,7 +100,8 @@ class _Worker:
         self._process.kill()
 
     def close(self) -> None:
-        with self._process:  # closes the pipes and waits
+        # Closes the pipes, where part of a task may be left, and waits.
+        with suppress(BrokenPipeError), self._process:
             pass
 
 
