@@ -22,12 +22,13 @@ from kestro._files import BYTE_ORDER_MARK, GZIP, read_bytes
 from kestro._transaction_faults import faults
 
 # Where a transaction begins, and the line that ends some data sets: a
-# transaction without a vertex or an edge, numbered -1, behind the last one.
+# transaction without a vertex or an edge, numbered -1, behind the last one.  A
+# byte of nought in a vertex or an edge ends the line for the library.
 _HEAD = re.compile(rb"^[ \t\v\f\r]*[tT]", re.MULTILINE)
 _END_MARK = re.compile(rb"(?:^|\n)[ \t]*t[ \t]*#[ \t]*-1\s*\Z")
+_CUT_LABEL = re.compile(rb"^[ \t\v\f\r]*[vudeVUDE][^\n\0]*\0", re.MULTILINE)
 _TAIL = 256  # bytes in which it is looked for
 _BLOCK = 1 << 20  # bytes of a file that are looked at together
-_IN_FRONT = "a vertex or an edge in front of the first transaction"
 _SHOWN = 200  # signs of the library's text behind our own
 
 
@@ -50,20 +51,21 @@ def read_transactions(
     Returns
     -------
     GraphDatabase
-        ``source`` numbers the transactions of the file.  A line ``t # -1`` at
-        the very end, with which some programs end their files, is no graph;
-        it is listed in ``skipped``.  Elsewhere it begins a graph like any
-        line with a t, and without vertices that is an empty graph, which
-        counts.  A byte order mark and blank lines at the end are ignored.
+        ``source`` numbers the transactions of the file.  What is no graph by
+        the format's rules is listed in ``skipped`` whatever ``on_error`` says:
+        vertices and edges in front of the first transaction, as record -1,
+        and a line ``t # -1`` at the very end, with which some programs end
+        their files.  Elsewhere such a line begins a graph like any line with
+        a t, and without vertices that is an empty graph, which counts.  A byte
+        order mark and blank lines at the end are ignored.
 
     Raises
     ------
     KestroError
         With the path and the line, for a line that cannot be read, an empty
         one among them, and for loops, double edges and ends without a vertex.
-        For what the program passes over: vertices and edges in front of the
-        first transaction, which would be lost, and a byte of nought, which
-        would end a label.
+        For a vertex or an edge with a byte of nought, which the program takes
+        for the end of the label.
     OSError
         When the file cannot be read.
 
@@ -81,10 +83,10 @@ def read_transactions(
             pass  # why is looked for in the text
     data, name = read_bytes(source)
     text, has_end_mark = _without_end(data.removeprefix(BYTE_ORDER_MARK))
-    skipped: list[Skipped] = []
     try:
         native = _parse(text, name)
         records = np.arange(len(native), dtype=np.int64)
+        skipped = _skipped_in_front(text)
     except KestroError:
         if on_error == "raise":
             raise
@@ -147,16 +149,18 @@ def _line_in_front(lines: Iterable[bytes]) -> int:
     return 0
 
 
+def _skipped_in_front(text: bytes) -> list[Skipped]:
+    line = _line_in_front(io.BytesIO(text))
+    reason = f"vertices or edges in front of all transactions, from line {line} on"
+    return [Skipped(-1, reason)] if line else []
+
+
 def _parse(text: bytes, name: str) -> _core.Database:
-    """Parse transactions; raise for what the library passes over, too."""
-    path = name or None
-    in_front = _line_in_front(io.BytesIO(text))
-    if in_front:
-        raise KestroError(_IN_FRONT, path, in_front)
-    nought = text.find(b"\0")
-    if nought >= 0:
-        line = text.count(b"\n", 0, nought) + 1
-        raise _explained(KestroError("", path, line), text)
+    """Parse transactions; raise for labels that a byte of nought would end."""
+    cut = _CUT_LABEL.search(text) if b"\0" in text else None
+    if cut:
+        line = text.count(b"\n", 0, cut.start()) + 1
+        raise _explained(KestroError("", name or None, line), text)
     try:
         return _core.Database.parse(text, os.fsencode(name))
     except KestroError as e:
@@ -196,8 +200,11 @@ def _parse_records(
             reason = e.text if e.line is None else f"{e.text} (line {e.line} of it)"
             skipped.append(Skipped(record, printable(reason)))
         else:
+            # In front of all transactions there are labels, which count.
             kept.write(piece if piece.endswith(b"\n") or not piece else piece + b"\n")
             if record >= 0:
                 records.append(record)
+            else:
+                skipped += _skipped_in_front(piece)
     native = _core.Database.parse(kept.getvalue(), b"")
     return native, np.array(records, dtype=np.int64), skipped
