@@ -9,7 +9,6 @@ import sys
 import threading
 
 import kestro
-import networkx as nx
 import numpy as np
 import pandas as pd
 import pyarrow as pa
