@@ -8,18 +8,30 @@
 """
 
 from kestro._arrow import from_arrow
+from kestro._csv import from_csv
 from kestro._database import AtomLabels, Graph, GraphDatabase, Skipped
 from kestro._edges import from_edges
 from kestro._errors import KestroError, StopMining
 from kestro._graphml import from_graphml
 from kestro._mine import mine
-from kestro._molecules import from_csv, from_rdkit, from_sdf, from_smiles
+from kestro._molecules import from_rdkit, from_smiles
 from kestro._networkx import from_networkx
 from kestro._progress import Progress
 from kestro._read import read_result
 from kestro._result import Pattern, Result
+from kestro._sdf import from_sdf
 from kestro._transactions import read_transactions
 from kestro._tu import from_tu
+
+
+def __getattr__(name: str) -> str:
+    # Found out when asked for: it takes longer than the rest of the import.
+    if name == "__version__":
+        from importlib.metadata import version
+
+        return version("kestro")
+    raise AttributeError(f"module 'kestro' has no attribute {name!r}")
+
 
 __all__ = [
     "AtomLabels",

@@ -94,6 +94,8 @@ def positions(key: object, size: int) -> NDArray[np.int64]:
     chosen = np.asarray(key)
     if chosen.ndim != 1:
         raise IndexError("a selection is a slice, a mask or a sequence of positions")
+    if chosen.dtype == np.object_:
+        chosen = _certain(chosen)
     if chosen.dtype == np.bool_:
         if len(chosen) != size:
             raise IndexError(f"a mask of {len(chosen)} selects from {size}")
@@ -106,6 +108,20 @@ def positions(key: object, size: int) -> NDArray[np.int64]:
     if chosen.min() < -size or chosen.max() >= size:
         raise IndexError(f"a position is out of range for {size}")
     return np.where(chosen < 0, chosen + size, chosen)
+
+
+def _certain(chosen: NDArray[Any]) -> NDArray[Any]:
+    """Return the array with the type that all its objects have.
+
+    pandas makes objects of masks that may have missing values.
+    """
+    import pandas as pd
+
+    if pd.isna(chosen).any():
+        raise IndexError(
+            "a mask or a position is missing (NA): fillna(False) leaves such rows out"
+        )
+    return np.array(chosen.tolist())
 
 
 def position(key: Index, size: int, what: str) -> int:

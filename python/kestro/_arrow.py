@@ -7,6 +7,7 @@ from collections.abc import Sequence
 from typing import TYPE_CHECKING, Any
 
 import numpy as np
+from numpy.typing import NDArray
 
 from kestro._arguments import OnError
 from kestro._database import AtomLabels, GraphDatabase
@@ -56,7 +57,7 @@ def from_arrow(table: Any, *, on_error: OnError = "raise") -> GraphDatabase:
     >>> import kestro
     >>> db = kestro.from_edges([["C", "O"]], [[(0, 1, "=")]])
     >>> kestro.from_arrow(db.to_arrow())
-    <GraphDatabase: 1 graphs>
+    <GraphDatabase: 1 graph>
     """
     pa = import_pyarrow()
     packer = Packer(on_error)
@@ -72,10 +73,18 @@ def from_arrow(table: Any, *, on_error: OnError = "raise") -> GraphDatabase:
     for record, (vertices, ends, labels) in enumerate(zip(*columns, strict=True)):
         _add(packer, record, vertices, ends, labels)
     others = [name for name in table.column_names if name not in (*_NEEDED, _CLASS)]
-    beside = table.select(others).to_pandas() if others else None
-    has_classes = _CLASS in table.column_names
-    classes = table.column(_CLASS).to_pandas().to_numpy() if has_classes else None
-    return packer.build(_atom_labels(table), beside, classes)
+
+    def beside(source: NDArray[np.int64]) -> Any:
+        return table.select(others).take(pa.array(source)).to_pandas()
+
+    def classes(source: NDArray[np.int64]) -> Any:
+        return table.column(_CLASS).take(pa.array(source)).to_pandas().to_numpy()
+
+    return packer.build(
+        _atom_labels(table),
+        beside if others else None,
+        classes if _CLASS in table.column_names else None,
+    )
 
 
 def _add(packer: Packer, record: int, vertices: Any, ends: Any, labels: Any) -> None:

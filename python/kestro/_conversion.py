@@ -15,7 +15,6 @@ from typing import Any, NamedTuple
 import numpy as np
 from numpy.typing import NDArray
 
-from kestro._arguments import OnError
 from kestro._atoms import BONDS, ELEMENTS, atom_label, import_rdkit
 from kestro._database import AtomLabels
 from kestro._packing import Packed, Packer
@@ -190,14 +189,15 @@ def query_reason(molecule: Any) -> str | None:
     return None
 
 
-def convert_smiles(
-    first: int, texts: Sequence[Text], labels: AtomLabels, on_error: OnError
-) -> Packed:
-    """Pack molecules from SMILES; records are numbered from first on."""
+def convert_smiles(first: int, texts: Sequence[Text], labels: AtomLabels) -> Packed:
+    """Pack molecules from SMILES; records are numbered from first on.
+
+    What is no molecule is skipped.
+    """
     Chem = import_rdkit()
     from rdkit import rdBase
 
-    packer = Packer(on_error)
+    packer = Packer("skip")
     converter = Converter(packer, labels)
     parse = Chem.MolFromSmiles
     with rdBase.BlockLogs():
@@ -214,14 +214,15 @@ def convert_smiles(
     return packer.packed()
 
 
-def convert_molfiles(
-    first: int, texts: Sequence[Text], labels: AtomLabels, on_error: OnError
-) -> Packed:
-    """Pack molecules from molfiles, as the records of an SD file begin with."""
+def convert_molfiles(first: int, texts: Sequence[Text], labels: AtomLabels) -> Packed:
+    """Pack molecules from molfiles, as the records of an SD file begin with.
+
+    What is no molecule is skipped.
+    """
     Chem = import_rdkit()
     from rdkit import rdBase
 
-    packer = Packer(on_error)
+    packer = Packer("skip")
     converter = Converter(packer, labels)
     with rdBase.BlockLogs():
         for record, text in enumerate(texts, first):

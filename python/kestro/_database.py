@@ -3,12 +3,12 @@
 from __future__ import annotations
 
 import os
-from collections.abc import Iterator
+from collections.abc import Iterator, Sized
 from dataclasses import dataclass
-from typing import IO, TYPE_CHECKING, Any, NamedTuple, overload
+from typing import IO, TYPE_CHECKING, Any, NamedTuple, TypeVar, overload
 
 import numpy as np
-from numpy.typing import NDArray
+from numpy.typing import ArrayLike, NDArray
 
 from kestro import _core
 from kestro._arguments import Index, Selection, position, positions
@@ -17,6 +17,14 @@ if TYPE_CHECKING:
     import networkx as nx
     import pandas as pd
     import pyarrow as pa
+
+
+_Sized = TypeVar("_Sized", bound=Sized | None)
+
+
+def number_of(count: int, what: str) -> str:
+    """Return how many there are of what, in words."""
+    return f"{count} {what}" if count == 1 else f"{count} {what}s"
 
 
 class Skipped(NamedTuple):
@@ -103,6 +111,8 @@ class Graph:
 class GraphDatabase:
     """Labelled undirected graphs, held once and never changed.
 
+    What stands beside them may be set: a ``table`` or ``classes`` of their own.
+
     The readers make databases: `read_transactions`, `from_edges`,
     `from_networkx`, `from_graphml`, `from_tu`, `from_arrow`, and of molecules
     `from_rdkit`, `from_smiles`, `from_csv`, `from_sdf`.  An int gives a
@@ -118,14 +128,16 @@ class GraphDatabase:
         The records that were left out, and why; a selection has those of the
         whole.
     table : DataFrame or None
-        A row per graph: what stood beside the graphs.
+        A row per graph: what stood beside the graphs.  To set another one
+        raises a ValueError unless it has as many rows.
     classes : ndarray, shape (graphs,), or None
-        The class of each graph, where the source has classes.
+        The class of each graph, where the source has classes; set like
+        ``table``.
     atom_labels : AtomLabels or None
         What labels tell of atoms; None where graphs are no molecules.
     """
 
-    __slots__ = ("_native", "atom_labels", "classes", "skipped", "source", "table")
+    __slots__ = ("_classes", "_native", "_table", "atom_labels", "skipped", "source")
 
     def __init__(
         self,
@@ -148,6 +160,35 @@ class GraphDatabase:
         self.classes = classes
 
     @property
+    def table(self) -> pd.DataFrame | None:
+        return self._table
+
+    @table.setter
+    def table(self, table: pd.DataFrame | None) -> None:
+        if table is not None and not hasattr(table, "iloc"):
+            raise TypeError(f"table must be a DataFrame, not {type(table).__name__}")
+        self._table = self._beside("table", table)
+
+    @property
+    def classes(self) -> NDArray[Any] | None:
+        return self._classes
+
+    @classes.setter
+    def classes(self, classes: ArrayLike | None) -> None:
+        array = None if classes is None else np.asarray(classes)
+        if array is not None and array.ndim != 1:
+            raise ValueError(f"classes must have one dimension, not {array.ndim}")
+        self._classes = self._beside("classes", array)
+
+    def _beside(self, name: str, values: _Sized) -> _Sized:
+        if values is not None and len(values) != len(self):
+            raise ValueError(
+                f"{name} must have {number_of(len(self), 'row')}, one per graph, "
+                f"not {len(values)}"
+            )
+        return values
+
+    @property
     def kind(self) -> str:
         """Either "molecules", of atoms and bonds, or "graphs"."""
         return "graphs" if self.atom_labels is None else "molecules"
@@ -166,6 +207,8 @@ class GraphDatabase:
     def __getitem__(self, key: slice | Selection) -> GraphDatabase: ...
     def __getitem__(self, key: Index | slice | Selection) -> Graph | GraphDatabase:
         """Return a graph, or a database of those selected."""
+        if isinstance(key, (bool, np.bool_)):
+            raise TypeError(f"a graph is chosen by its number, not {key}")
         if isinstance(key, (int, np.integer)):
             tid = position(key, len(self), "graph")
             vertex_labels, edges, edge_labels = self._native.graph(tid)
@@ -184,8 +227,18 @@ class GraphDatabase:
 
     def __repr__(self) -> str:
         """Return the numbers of graphs and of skipped records."""
-        skipped = f", {len(self.skipped)} records skipped" if self.skipped else ""
-        return f"<GraphDatabase: {len(self)} {self.kind}{skipped}>"
+        return f"<GraphDatabase: {self._headline()}>"
+
+    def _repr_html_(self) -> str:
+        """Return what notebooks show: the numbers, and the first graphs."""
+        from kestro._html import database_page
+
+        return database_page(self._headline(), self)
+
+    def _headline(self) -> str:
+        graphs = number_of(len(self), self.kind.removesuffix("s"))
+        records = number_of(len(self.skipped), "record")
+        return f"{graphs}, {records} skipped" if self.skipped else graphs
 
     def __reduce__(self) -> tuple[Any, ...]:
         """Pickle the packed arrays."""

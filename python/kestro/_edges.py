@@ -2,8 +2,8 @@
 
 from __future__ import annotations
 
-from collections.abc import Iterable, Sequence
-from itertools import repeat
+from collections.abc import Iterable, Iterator, Sequence, Sized
+from itertools import zip_longest
 from typing import Any
 
 import numpy as np
@@ -14,6 +14,8 @@ from kestro._database import GraphDatabase
 from kestro._packing import Packer
 
 Column = Sequence[Any] | NDArray[Any]
+
+_NONE_LEFT = object()
 
 
 def from_edges(
@@ -55,21 +57,32 @@ def from_edges(
     --------
     >>> import kestro
     >>> kestro.from_edges([["C", "O"]], [[(0, 1, "=")]])
-    <GraphDatabase: 1 graphs>
+    <GraphDatabase: 1 graph>
     """
     packer = Packer(on_error)
-    labels = repeat(None) if edge_labels is None else edge_labels
-    graphs = zip(vertex_labels, edges, strict=True)
-    for record, ((vertices, pairs), own) in enumerate(
-        zip(graphs, labels, strict=edge_labels is not None)
-    ):
+    columns = {"vertex_labels": vertex_labels, "edges": edges}
+    if edge_labels is not None:
+        columns["edge_labels"] = edge_labels
+    for record, (vertices, pairs, *own) in enumerate(_together(columns)):
         try:
-            ends, names = _columns(pairs, own)
+            ends, names = _columns(pairs, own[0] if own else None)
         except (TypeError, ValueError) as e:
             packer.refuse(record, str(e))
             continue
         packer.add(record, _plain(vertices), ends, names)
     return packer.build()
+
+
+def _together(columns: dict[str, Iterable[Column]]) -> Iterator[tuple[Any, ...]]:
+    for record, row in enumerate(zip_longest(*columns.values(), fillvalue=_NONE_LEFT)):
+        ended = [n for n, x in zip(columns, row, strict=True) if x is _NONE_LEFT]
+        if ended:
+            longer = [name for name in columns if name not in ended]
+            raise ValueError(
+                f"{' and '.join(ended)} ends before graph {record}, "
+                f"which {' and '.join(longer)} has"
+            )
+        yield row
 
 
 def _plain(column: Column) -> Sequence[Any]:
@@ -81,9 +94,11 @@ def _columns(
     pairs: Column, own: Column | None
 ) -> tuple[list[tuple[int, int]], Sequence[Any]]:
     rows = _plain(pairs)
+    if not isinstance(rows, Iterable):
+        raise TypeError(f"no sequence of edges: {rows!r}")
     width = 2 if own is not None else 3
     for row in rows:
-        if len(row) != width:
+        if not isinstance(row, Sized) or len(row) != width:
             raise ValueError(
                 f"an edge has two ends{'' if own is not None else ' and a label'}, "
                 f"not {row!r}"

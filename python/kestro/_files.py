@@ -10,10 +10,10 @@ from typing import IO, Any, TypeGuard
 
 from kestro._errors import KestroError
 
-Path = str | os.PathLike[str]
-Source = Path | IO[bytes] | IO[str]
+Source = str | os.PathLike[str] | IO[bytes] | IO[str]
 
 GZIP = b"\x1f\x8b"  # how a compressed file begins
+BYTE_ORDER_MARK = b"\xef\xbb\xbf"
 
 
 def is_source(source: Source | Iterable[Any]) -> TypeGuard[Source]:
@@ -36,23 +36,42 @@ def read_bytes(source: Source) -> tuple[bytes, str]:
     TypeError
         For anything else.
     """
-    if isinstance(source, (str, os.PathLike)):
-        name = os.fsdecode(source)
-        with open(source, "rb") as f:
-            data: bytes | str = f.read()
-    elif hasattr(source, "read"):
-        name = str(getattr(source, "name", ""))
-        data = source.read()
-    else:
-        raise TypeError(f"source must be a path or a file object, not {source!r}")
+    data, name = _contents(source)
     if isinstance(data, str):
         data = data.encode("utf-8", "surrogateescape")
-    if data.startswith(GZIP):
-        try:
-            data = gzip.decompress(data)
-        except (EOFError, OSError, zlib.error) as e:
-            raise KestroError(f"the file cannot be unpacked: {e}", name or None) from e
-    return data, name
+    return _unpacked(data, name), name
+
+
+def read_document(source: Source) -> tuple[bytes, str, str | None]:
+    """Return what `read_bytes` does, and the encoding that it surely has.
+
+    That is None for bytes: they may tell their encoding themselves.
+    """
+    data, name = _contents(source)
+    if isinstance(data, str):
+        return data.encode("utf-8", "surrogateescape"), name, "utf-8"
+    return _unpacked(data, name), name, None
+
+
+def _contents(source: Source) -> tuple[bytes | str, str]:
+    if isinstance(source, (str, os.PathLike)):
+        with open(source, "rb") as f:
+            return f.read(), os.fsdecode(source)
+    if hasattr(source, "read"):
+        # What was opened by its descriptor has that number for a name.
+        name = getattr(source, "name", "")
+        is_path = isinstance(name, (str, bytes, os.PathLike))
+        return source.read(), os.fsdecode(name) if is_path else ""
+    raise TypeError(f"source must be a path or a file object, not {source!r}")
+
+
+def _unpacked(data: bytes, name: str) -> bytes:
+    if not data.startswith(GZIP):
+        return data
+    try:
+        return gzip.decompress(data)
+    except (EOFError, OSError, zlib.error) as e:
+        raise KestroError(f"the file cannot be unpacked: {e}", name or None) from e
 
 
 def read_text(source: Source) -> tuple[str, str]:
@@ -62,7 +81,7 @@ def read_text(source: Source) -> tuple[str, str]:
     labels, too.
     """
     data, name = read_bytes(source)
-    return data.removeprefix(b"\xef\xbb\xbf").decode("utf-8", "surrogateescape"), name
+    return data.removeprefix(BYTE_ORDER_MARK).decode("utf-8", "surrogateescape"), name
 
 
 def lines_of(text: str) -> list[str]:
@@ -71,3 +90,9 @@ def lines_of(text: str) -> list[str]:
     if not lines[-1]:
         lines.pop()
     return [line.removesuffix("\r") for line in lines]
+
+
+def drop_blank_end(lines: list[str], least: int = 0) -> None:
+    """Take blank lines off the end, as far as more than the least are left."""
+    while len(lines) > least and not lines[-1].strip():
+        lines.pop()

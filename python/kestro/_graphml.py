@@ -10,7 +10,7 @@ from xml.etree.ElementTree import Element
 from kestro._arguments import OnError
 from kestro._database import GraphDatabase
 from kestro._errors import KestroError
-from kestro._files import Source, read_bytes
+from kestro._files import Source, read_document
 from kestro._packing import Packer
 
 
@@ -27,7 +27,8 @@ def from_graphml(
     ----------
     source : path or file object
         The file, with any number of graphs; it may be a pipe or compressed by
-        gzip.
+        gzip.  What is read as text is no longer in the encoding that it
+        declares, which is then ignored.
     vertex_label, edge_label : str
         The names of the attributes with the labels, whose text is taken as it
         stands, without blanks around it; defaults of the file count.
@@ -48,12 +49,15 @@ def from_graphml(
     OSError
         When the file cannot be read.
     """
-    packer = Packer(on_error)
-    data, name = read_bytes(source)
+    data, name, encoding = read_document(source)
+    packer = Packer(on_error, name)
     try:
-        root = ElementTree.fromstring(data)
+        parser = ElementTree.XMLParser(encoding=encoding)
+        root = ElementTree.fromstring(data, parser)
     except ElementTree.ParseError as e:
         raise KestroError(f"no XML: {e}", name or None, e.position[0]) from e
+    except (LookupError, ValueError) as e:
+        raise KestroError(f"no XML: {e}", name or None, 1) from e
     if _tag(root) != "graphml":
         raise KestroError(f"no GraphML: the root is {_tag(root)!r}", name or None)
     keys = {

@@ -1,4 +1,4 @@
-"""Results in notebooks."""
+"""Results and databases in notebooks."""
 
 from __future__ import annotations
 
@@ -6,10 +6,10 @@ from html import escape
 from typing import TYPE_CHECKING
 
 if TYPE_CHECKING:
-    from kestro._database import Graph
+    from kestro._database import Graph, GraphDatabase
     from kestro._result import Result
 
-ROWS = 10  # patterns shown
+ROWS = 10  # patterns or graphs shown
 _EDGES = 12  # edges shown of a pattern
 
 
@@ -27,6 +27,27 @@ def page(headline: str, first: Result, patterns: int) -> str:
         f"<div><p><b>{escape(headline)}</b></p><table><thead><tr><th>id</th>"
         f"<th>support</th><th>share</th><th>closed</th><th>maximal</th>"
         f"<th>edges</th></tr></thead><tbody>{rows}</tbody></table>{more}</div>"
+    )
+
+
+def database_page(headline: str, db: GraphDatabase) -> str:
+    """Return the headline and a table of the first graphs."""
+    has_classes = db.classes is not None
+    rows = ""
+    for i in range(min(ROWS, len(db))):
+        g = db[i]
+        own = "" if db.classes is None else f"<td>{escape(str(db.classes[i]))}</td>"
+        rows += (
+            f"<tr><td>{i}</td><td>{db.source[i]}</td><td>{len(g.vertex_labels)}</td>"
+            f"<td>{len(g.edges)}</td>{own}"
+            f"<td style='text-align:left'>{escape(_edges(g))}</td></tr>"
+        )
+    more = f"<p>… and {len(db) - ROWS} more</p>" if len(db) > ROWS else ""
+    return (
+        f"<div><p><b>{escape(headline)}</b></p><table><thead><tr><th></th>"
+        f"<th>record</th><th>vertices</th><th>size</th>"
+        f"{'<th>class</th>' if has_classes else ''}<th>edges</th></tr></thead>"
+        f"<tbody>{rows}</tbody></table>{more}</div>"
     )
 
 

@@ -39,8 +39,10 @@ def from_networkx(
     Raises
     ------
     KestroError
-        For a directed graph, a loop, parallel edges, a missing label, and the
-        labels that `from_edges` refuses.
+        For what is no graph of NetworkX's, a directed graph, a loop, parallel
+        edges, a missing label, and the labels that `from_edges` refuses.
+    TypeError
+        For one graph instead of several.
 
     Examples
     --------
@@ -50,10 +52,17 @@ def from_networkx(
     (None, None)
     >>> g.add_edge("a", "b", label="=")
     >>> kestro.from_networkx([g])
-    <GraphDatabase: 1 graphs>
+    <GraphDatabase: 1 graph>
     """
+    import networkx as nx
+
     packer = Packer(on_error)
+    if isinstance(graphs, nx.Graph) or not isinstance(graphs, Iterable):
+        raise TypeError(f"graphs must be an iterable of graphs, not {graphs!r}")
     for record, g in enumerate(graphs):
+        if not isinstance(g, nx.Graph):
+            packer.refuse(record, f"no graph of NetworkX's: {g!r}")
+            continue
         if g.is_directed():
             packer.refuse(record, "the graph is directed")
             continue

@@ -4,7 +4,7 @@ from __future__ import annotations
 
 import re
 from array import array
-from collections.abc import Iterable, Sequence
+from collections.abc import Callable, Iterable, Sequence
 from typing import TYPE_CHECKING, Any, NamedTuple, TypeVar
 
 import numpy as np
@@ -13,7 +13,7 @@ from numpy.typing import NDArray
 from kestro import _core
 from kestro._arguments import OnError, check_choice
 from kestro._database import AtomLabels, GraphDatabase, Skipped
-from kestro._errors import KestroError
+from kestro._errors import KestroError, printable
 
 if TYPE_CHECKING:
     import pandas as pd
@@ -37,9 +37,15 @@ def label_text(label: object) -> str:
         return str(label)
     if isinstance(label, (int, np.integer)) and not isinstance(label, bool):
         return str(int(label))
-    if label is None or label != label:
+    if _is_missing(label):
         raise KestroError("a label is missing")
     raise KestroError(f"a label is a str or an int, not {label!r}")
+
+
+def _is_missing(label: object) -> bool:
+    import pandas as pd
+
+    return bool(pd.api.types.is_scalar(label) and pd.isna(label))
 
 
 class Packed(NamedTuple):
@@ -63,11 +69,22 @@ class Packer:
     ----------
     on_error : {"raise", "skip"}
         What to do with a record that is no graph.
+    path : str, optional
+        What the records are read from, for messages.
+    lines : sequence of int, optional
+        The line, from 1 on, in which each record begins.
     """
 
-    def __init__(self, on_error: OnError) -> None:
+    def __init__(
+        self,
+        on_error: OnError,
+        path: str | None = None,
+        lines: Sequence[int] | None = None,
+    ) -> None:
         check_choice("on_error", on_error, ("raise", "skip"))
         self._on_error = on_error
+        self._path = path or None
+        self._lines = lines
         self._records = array("q")
         self._vertex_counts = array("q")
         self._edge_counts = array("q")
@@ -81,8 +98,9 @@ class Packer:
     def refuse(self, record: int, reason: str) -> None:
         """Skip a record, or raise."""
         if self._on_error == "raise":
-            raise KestroError(f"record {record}: {reason}")
-        self._skipped.append(Skipped(record, reason))
+            line = None if self._lines is None else self._lines[record]
+            raise KestroError(f"record {record}: {reason}", self._path, line)
+        self._skipped.append(Skipped(record, printable(reason)))
 
     def add(
         self,
@@ -93,15 +111,13 @@ class Packer:
     ) -> None:
         """Add the graph of a record; ends of edges count vertices from 0."""
         try:
-            vertex_ids = [self.vertex_label(x) for x in vertex_labels]
-            edge_ids = [self.edge_label(x) for x in edge_labels]
+            vertex_ids = _ids("vertex", self.vertex_label, vertex_labels)
+            edge_ids = _ids("edge", self.edge_label, edge_labels)
+            ends = _ends(edges, len(vertex_ids))
             if len(edge_ids) != len(edges):
                 raise KestroError(f"{len(edges)} edges, {len(edge_ids)} edge labels")
-            ends = array("q", [end for a, b in edges for end in (a, b)])
         except KestroError as e:
             return self.refuse(record, e.text)
-        except (TypeError, ValueError, OverflowError) as e:
-            return self.refuse(record, f"an edge is no pair of vertices: {e}")
         return self.add_packed(record, vertex_ids, ends, edge_ids)
 
     def vertex_label(self, label: object) -> int:
@@ -142,7 +158,9 @@ class Packer:
         )
 
     def extend(self, more: Packed) -> None:
-        """Add graphs that another packer, with the same on_error, has packed."""
+        """Add what another packer, which skips, has packed."""
+        for record, reason in more.skipped:
+            self.refuse(record, reason)
         vertex_ids = np.array([self.vertex_label(x) for x in more.vertex_table])
         edge_ids = np.array([self.edge_label(x) for x in more.edge_table])
         _append(self._records, more.records)
@@ -153,18 +171,17 @@ class Packer:
         _append(self._edges, more.edges)
         if len(edge_ids):
             _append(self._edge_labels, edge_ids[more.edge_labels])
-        self._skipped.extend(more.skipped)
 
     def build(
         self,
         atom_labels: AtomLabels | None = None,
-        table: pd.DataFrame | None = None,
-        classes: NDArray[Any] | None = None,
+        table: Callable[[NDArray[np.int64]], pd.DataFrame] | None = None,
+        classes: Callable[[NDArray[np.int64]], NDArray[Any]] | None = None,
     ) -> GraphDatabase:
         """Return the database of all graphs added.
 
-        The table and the classes have a row per record; those of the graphs
-        are kept.
+        The table and the classes are made of the numbers of the records that
+        are graphs, in their order: what is no graph must not decide on types.
         """
         packed = self.packed()
         records = packed.records
@@ -188,8 +205,8 @@ class Packer:
             source,
             tuple(sorted(self._skipped)),
             atom_labels=atom_labels,
-            table=None if table is None else table.iloc[source].reset_index(drop=True),
-            classes=None if classes is None else classes[source],
+            table=None if table is None else table(source),
+            classes=None if classes is None else classes(source),
         )
 
 
@@ -199,6 +216,32 @@ def _numbers(numbers: array[int], dtype: type[_T]) -> NDArray[_T]:
 
 def _append(numbers: array[int], more: NDArray[Any]) -> None:
     numbers.frombytes(np.ascontiguousarray(more, numbers.typecode).tobytes())
+
+
+def _ids(
+    what: str, id_of: Callable[[object], int], labels: Iterable[object]
+) -> list[int]:
+    try:
+        each = iter(labels)
+    except TypeError:
+        raise KestroError(f"no sequence of {what} labels: {labels!r}") from None
+    return [id_of(label) for label in each]
+
+
+def _ends(edges: Sequence[tuple[int, int]], vertices: int) -> array[int]:
+    """Return the ends of all edges, one behind another."""
+    try:
+        ends = array("q", [end for a, b in edges for end in (a, b)])
+    except OverflowError:
+        raise KestroError("an edge with an end beyond all vertices") from None
+    except (TypeError, ValueError) as e:
+        raise KestroError(f"an edge is no pair of vertices: {e}") from None
+    if ends and not 0 <= min(ends) <= max(ends) < vertices:
+        i = next(i for i, end in enumerate(ends) if not 0 <= end < vertices)
+        raise KestroError(
+            f"edge {i // 2}: there is no vertex {ends[i]}, only {vertices} of them"
+        )
+    return ends
 
 
 def _label_id(ids: dict[str, int], label: object) -> int:

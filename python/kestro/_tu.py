@@ -12,10 +12,11 @@ from numpy.typing import NDArray
 from kestro._arguments import OnError
 from kestro._database import GraphDatabase
 from kestro._errors import KestroError
-from kestro._files import lines_of, read_text
+from kestro._files import drop_blank_end, lines_of, read_text
 from kestro._packing import Packer
 
 _EDGES = "_A.txt"
+_NO_CLASS = ("", "nan")  # in lower case
 
 
 def from_tu(
@@ -45,7 +46,8 @@ def from_tu(
     GraphDatabase
         With the graph labels in ``classes``, as int64 if they are whole
         numbers, else float64 or str.  An edge that stands once in each
-        direction is one edge.  ``source`` counts the graphs from 0.
+        direction is one edge.  Blank lines at the end of a file are ignored.
+        ``source`` counts the graphs from 0.
 
     Raises
     ------
@@ -53,15 +55,15 @@ def from_tu(
         With path and line for a line that is none of such a file, and for
         files whose lines do not match in number, whatever ``on_error`` says:
         no graph is certain then.  For loops, edges that stand twice in one
-        direction or have two labels, edges between two graphs and missing
-        labels.
+        direction or have two labels, edges between two graphs, missing labels
+        and missing classes, NaN among them.
     OSError
         When a file cannot be read.
     """
-    packer = Packer(on_error)
     files = _Files(Path(folder))
+    packer = Packer(on_error, str(files.folder))
     owner = files.numbers("graph_indicator")
-    classes = files.lines("graph_labels")
+    classes = files.optional_lines("graph_labels", int(owner.max(initial=0)))
     graphs = int(owner.max(initial=0)) if classes is None else len(classes)
     if len(owner) and not 1 <= owner.min() <= owner.max() <= graphs:
         raise KestroError(
@@ -84,7 +86,10 @@ def from_tu(
         if record in strangers:
             packer.refuse(record, strangers[record])
             continue
-        found = _edges_of(
+        if classes is not None and classes[record].lower() in _NO_CLASS:
+            packer.refuse(record, f"its class is missing: {classes[record]!r}")
+            continue
+        found = _undirected(
             place[ends[edges[record]]], [edge_labels[i] for i in edges[record]]
         )
         if isinstance(found, str):
@@ -92,7 +97,10 @@ def from_tu(
             continue
         labels = [vertex_labels[i] for i in vertices[record]]
         packer.add(record, labels, list(found), list(found.values()))
-    return packer.build(classes=None if classes is None else _typed(classes))
+    if classes is None:
+        return packer.build()
+    texts = np.array(classes, object)
+    return packer.build(classes=lambda source: _typed(texts[source].tolist()))
 
 
 class _Files:
@@ -109,28 +117,36 @@ class _Files:
                 f"a data set has one file NAME{_EDGES} in its folder, not {len(names)}",
                 str(folder),
             )
+        self.folder = folder
         self._start = str(folder / names[0])
 
     def path(self, kind: str) -> str:
         plain = f"{self._start}_{kind}.txt"
         return plain if os.path.exists(plain) else f"{plain}.gz"
 
-    def lines(self, kind: str) -> list[str] | None:
-        """Return the lines without blanks around them, None without the file."""
-        if not os.path.exists(self.path(kind)):
-            return None
-        return [line.strip() for line in lines_of(read_text(self.path(kind))[0])]
+    def lines(self, kind: str, least: int = 0) -> list[str]:
+        """Return the lines without blanks around them.
+
+        Empty ones at the end are left out, but for the least number of lines.
+        """
+        lines = [line.strip() for line in lines_of(read_text(self.path(kind))[0])]
+        drop_blank_end(lines, least)
+        return lines
+
+    def optional_lines(self, kind: str, least: int) -> list[str] | None:
+        """Return the lines, None without the file."""
+        return self.lines(kind, least) if os.path.exists(self.path(kind)) else None
 
     def numbers(self, kind: str) -> NDArray[np.int64]:
         """Return a number per line."""
-        lines = lines_of(read_text(self.path(kind))[0])
+        lines = self.lines(kind)
         return np.array(
             [self._number(kind, i, line) for i, line in enumerate(lines)], np.int64
         )
 
     def pairs(self, vertices: int) -> NDArray[np.int64]:
         """Return the ends of edges, shape (lines, 2), counted from 0."""
-        lines = lines_of(read_text(self.path("A"))[0])
+        lines = self.lines("A")
         ends = np.zeros((len(lines), 2), np.int64)
         for i, line in enumerate(lines):
             words = line.split(",")
@@ -149,7 +165,7 @@ class _Files:
 
     def labels(self, kind: str, count: int, unlabelled: str) -> Sequence[str | None]:
         """Return a label per line; columns are joined, empty lines are missing."""
-        lines = self.lines(kind)
+        lines = self.optional_lines(kind, count)
         if lines is None:
             return [unlabelled] * count
         if len(lines) != count:
@@ -162,8 +178,8 @@ class _Files:
 
     def _number(self, kind: str, i: int, text: str) -> int:
         try:
-            return int(text)
-        except ValueError:
+            return int(np.int64(text))
+        except (ValueError, OverflowError):
             raise KestroError(f"no number: {text!r}", self.path(kind), i + 1) from None
 
 
@@ -184,7 +200,7 @@ def _strangers(owner: NDArray[np.int64], ends: NDArray[np.int64]) -> dict[int, s
     return reasons
 
 
-def _edges_of(
+def _undirected(
     ends: NDArray[np.int64], labels: list[str | None]
 ) -> dict[tuple[int, int], str | None] | str:
     """Return edges and their labels, or why there are none."""
@@ -209,6 +225,6 @@ def _typed(classes: list[str]) -> NDArray[np.int64 | np.float64 | np.str_]:
     for kind in (np.int64, np.float64):
         try:
             return np.array([kind(text) for text in classes])
-        except ValueError:
+        except (ValueError, OverflowError):
             continue
     return np.array(classes)

@@ -11,8 +11,9 @@ import os
 import pickle
 import subprocess
 import sys
-from collections.abc import Callable, Iterable, Iterator
+from collections.abc import Callable, Generator, Iterable
 from concurrent.futures import ThreadPoolExecutor
+from contextlib import suppress
 from queue import SimpleQueue
 from typing import IO, Any, TypeVar
 
@@ -23,7 +24,7 @@ _SERVE = "from kestro._workers import serve; serve()"
 
 def in_order(
     function: Callable[..., _T], tasks: Iterable[tuple[Any, ...]], n_jobs: int
-) -> Iterator[_T]:
+) -> Generator[_T, None, None]:
     """Return what a function of this package makes of each task, in order.
 
     Parameters
@@ -44,10 +45,8 @@ def in_order(
         for task in tasks:
             yield function(*task)
         return
-    workers = [_Worker() for _ in range(n_jobs)]
+    workers: list[_Worker] = []
     idle: SimpleQueue[_Worker] = SimpleQueue()
-    for worker in workers:
-        idle.put(worker)
 
     def call(task: tuple[Any, ...]) -> _T:
         worker = idle.get()
@@ -59,6 +58,9 @@ def in_order(
 
     threads = ThreadPoolExecutor(n_jobs)
     try:
+        for _ in range(n_jobs):
+            workers.append(_Worker())
+            idle.put(workers[-1])
         yield from threads.map(call, tasks)
     finally:
         # A thread that waits for an answer gets none once its worker has ended.
@@ -98,7 +100,8 @@ class _Worker:
         self._process.kill()
 
     def close(self) -> None:
-        with self._process:  # closes the pipes and waits
+        # Closes the pipes, where part of a task may be left, and waits.
+        with suppress(BrokenPipeError), self._process:
             pass
 
 

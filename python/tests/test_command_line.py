@@ -21,8 +21,9 @@ HEAD = {
 # Options that the package does not have.
 OTHER = re.compile(r"stabilizer|load-labels|save-labels|-h\b|help")
 # The program reads a folder as an empty file, and of the files of a run with -x
-# it drops TID lines that are longer than its reader takes at once.
-DIFFERENT = {"folder-as-file", "maximal-long-tid-lines"}
+# it drops TID lines that are longer than its reader takes at once.  A byte of
+# nought ends a label there, where the package refuses it.
+DIFFERENT = {"folder-as-file", "maximal-long-tid-lines", "nul-byte-after-label"}
 
 
 def recorded_runs():

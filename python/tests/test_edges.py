@@ -3,6 +3,7 @@
 import kestro
 import networkx as nx
 import numpy as np
+import pandas as pd
 import pytest
 
 
@@ -24,9 +25,16 @@ def test_arrays():
     [
         (["C"], [(0, 0, "s")], "itself|loop"),
         (["C", "C"], [(0, 1, "s"), (1, 0, "s")], "edge"),
-        (["C", "C"], [(0, 2, "s")], "2"),
-        (["C", "C"], [(0, -1, "s")], "edge"),
-        (["C", "C"], [(0, 2**40, "s")], "edge"),
+        (["C", "C"], [(0, 2, "s")], "edge 0: there is no vertex 2, only 2"),
+        (["C", "C"], [(0, -1, "s")], "edge 0: there is no vertex -1"),
+        (["C", "C"], [(0, 1, "s"), (2**40, 1, "s")], f"edge 1: .* vertex {2**40}"),
+        (["C", "C"], [(0, 2**70, "s")], "an end beyond all vertices"),
+        (["C", "C"], [3], "an edge has two ends and a label, not 3"),
+        (["C", "C"], None, "no sequence of edges: None"),
+        (None, [], "no sequence of vertex labels: None"),
+        (["C", pd.NA], [], "a label is missing"),
+        (["C", pd.NaT], [], "a label is missing"),
+        (["C", np.array([1, 2])], [], "a label is a str or an int, not array"),
         (["C", "C"], [(0, 1)], "label"),
         (["C", "C"], [(0, 1.0, "s")], "number of a vertex"),
         (["C", "C"], [(False, True, "s")], "number of a vertex"),
@@ -56,8 +64,12 @@ def test_what_is_no_graph(vertices, edges, reason):
 def test_columns_that_do_not_match():
     with pytest.raises(kestro.KestroError, match="1 edges, 2 edge labels"):
         kestro.from_edges([["C", "C"]], [[(0, 1)]], [["s", "d"]])
-    with pytest.raises(ValueError, match="shorter|longer"):
+    ends = "vertex_labels ends before graph 1, which edges has"
+    with pytest.raises(ValueError, match=ends):
         kestro.from_edges([["C"]], [[], []])
+    ends = "edges and edge_labels ends before graph 1, which vertex_labels has"
+    with pytest.raises(ValueError, match=ends):
+        kestro.from_edges([["C"], ["C"]], iter([[]]), [[]])
 
 
 def test_networkx():
@@ -91,12 +103,19 @@ def test_what_networkx_has_that_is_no_graph():
     half = nx.Graph()
     half.add_nodes_from([0, 1], label="A")
     half.add_edge(0, 1)
-    wrong = [directed, parallel, loop, unlabelled, half]
+    wrong = [directed, parallel, loop, unlabelled, half, None]
     for g in wrong:
         with pytest.raises(kestro.KestroError, match="record 0"):
             kestro.from_networkx([g])
     db = kestro.from_networkx([*wrong, fine], on_error="skip")
-    assert len(db) == 1 and db.source.tolist() == [5]
-    assert [s.record for s in db.skipped] == [0, 1, 2, 3, 4]
+    assert len(db) == 1 and db.source.tolist() == [6]
+    assert [s.record for s in db.skipped] == [0, 1, 2, 3, 4, 5]
     reasons = " ".join(s.reason for s in db.skipped)
     assert "directed" in reasons and "no attribute 'label'" in reasons
+    assert db.skipped[5].reason == "no graph of NetworkX's: None"
+
+
+def test_one_graph_of_networkx_instead_of_several():
+    for wrong in (nx.path_graph(2), nx.DiGraph(), 5, None):
+        with pytest.raises(TypeError, match="an iterable of graphs"):
+            kestro.from_networkx(wrong, on_error="skip")

@@ -2,6 +2,7 @@
 
 import gzip
 import io
+import os
 import pickle
 
 import kestro
@@ -44,6 +45,11 @@ def test_charges_and_hydrogens():
         ("N->[Cu]", "dative"),
         ("[Re]$[Re]", "quadruple"),
         (None, "a SMILES is a str"),
+        ("CCO\nCC", "white space"),
+        ("CCO ethanol", "white space"),
+        ("CC |^1:0|\nC |^1:0|", "white space"),
+        ("CC\0O", "parsed"),
+        ("C\udce9", "no UTF-8"),
     ],
 )
 def test_what_is_no_molecule(smiles, reason, capfd):
@@ -52,6 +58,11 @@ def test_what_is_no_molecule(smiles, reason, capfd):
     db = kestro.from_smiles(["C", smiles, "CC"], on_error="skip")
     assert db.source.tolist() == [0, 2] and db.skipped[0].record == 1
     assert capfd.readouterr().err == ""
+
+
+def test_white_space_around_a_smiles_and_before_an_extension():
+    db = kestro.from_smiles([" CCO\n", "\tCC |$a b;$|"])
+    assert [len(g.vertex_labels) for g in db] == [3, 2]
 
 
 def test_chirality_is_refused():
@@ -70,8 +81,23 @@ def test_files(tmp_path):
         assert [len(g.vertex_labels) for g in db] == [3, 1]
         assert db.source.tolist() == [0, 2]
         assert [s.record for s in db.skipped] == [1, 3]
-    with pytest.raises(FileNotFoundError):
+    with pytest.raises(FileNotFoundError, match=r"in a list, as \['CCO'\]") as caught:
         kestro.from_smiles("CCO")
+    assert caught.value.filename == "CCO"
+    with pytest.raises(kestro.KestroError, match="record 1: no SMILES") as failed:
+        kestro.from_smiles(file)
+    assert (failed.value.path, failed.value.line) == (str(file), 2)
+    with os.fdopen(os.open(file, os.O_RDONLY), "rb") as opened:
+        with pytest.raises(kestro.KestroError, match=r"record 1: .* \(line 2\)$"):
+            kestro.from_smiles(opened)
+
+
+def test_blank_lines_at_the_end_of_a_file():
+    assert len(kestro.from_smiles(io.StringIO("CCO\nC\n\n \r\n"))) == 2
+    assert len(kestro.from_smiles(io.StringIO("\n\n"))) == 0
+    latin = io.BytesIO(b"C\xe9\nC \xe9\n")
+    [skipped] = kestro.from_smiles(latin, on_error="skip").skipped
+    assert skipped.record == 0 and "no UTF-8" in skipped.reason
 
 
 @pytest.fixture(scope="module")
@@ -84,9 +110,7 @@ def test_benzene_is_mined(smiles):
     result = kestro.mine(kestro.from_smiles(smiles), min_support="20%", closed=True)
     ring = Chem.MolFromSmarts("c1ccccc1")
     expected = [
-        i
-        for i, s in enumerate(smiles)
-        if Chem.MolFromSmiles(s).HasSubstructMatch(ring)
+        i for i, s in enumerate(smiles) if Chem.MolFromSmiles(s).HasSubstructMatch(ring)
     ]
     found = [
         p.tids.tolist()
@@ -160,55 +184,18 @@ def test_smarts_match_where_the_pattern_is(smiles, way):
 def test_smarts_text():
     db = kestro.from_smiles(["c1cc[nH]c1", "C[N+](C)=O"], charge=True)
     found = kestro.mine(db, min_support=1).to_pandas()["smarts"]
-    assert "[#6&a&+0]:[#7&a&+0]" in set(found) | {"".join(x.split(":")[::-1]) for x in found}
+    assert "[#6&a&+0]:[#7&a&+0]" in set(found) | {
+        "".join(x.split(":")[::-1]) for x in found
+    }
     assert any("[#7&A&+1]" in x for x in found)
     ring = max(found[found.str.contains("&a")], key=len)
     assert Chem.MolFromSmarts(ring).GetNumBonds() == 5
-    again = kestro.mine(kestro.from_edges([["C"] * 2] * 2, [[(0, 1, "-")]] * 2), min_support=1)
+    again = kestro.mine(
+        kestro.from_edges([["C"] * 2] * 2, [[(0, 1, "-")]] * 2), min_support=1
+    )
     assert "smarts" not in again.to_pandas()
     with pytest.raises(ValueError, match="atoms"):
         again[0].to_smarts()
-
-
-def test_tables(tmp_path):
-    text = 'name,smiles,mass\r\n"a, b",CCO,46\r\nx,C(C,1\r\ny,C\r\n\r\nz,,3\r\nw,O,18\r\n'
-    file = tmp_path / "a.csv"
-    file.write_bytes(b"\xef\xbb\xbf" + text.encode())
-    db = kestro.from_csv(file, on_error="skip")
-    assert db.source.tolist() == [0, 5]
-    assert [s.record for s in db.skipped] == [1, 2, 3, 4]
-    assert [s.reason.split()[0] for s in db.skipped] == ["no", "a", "an", "no"]
-    assert db.table.to_dict("list") == {"name": ["a, b", "w"], "mass": [46.0, 18.0]}
-    assert db[[1]].table["name"].tolist() == ["w"]
-    with pytest.raises(kestro.KestroError, match="record 1: no SMILES"):
-        kestro.from_csv(file)
-    with pytest.raises(kestro.KestroError, match="'SMILES'"):
-        kestro.from_csv(file, smiles_column="SMILES")
-    with pytest.raises(kestro.KestroError, match="0 columns"):
-        kestro.from_csv(io.StringIO(""))
-    latin = kestro.from_csv(io.BytesIO(b"smiles;n\nC;\xe9\n"), delimiter=";")
-    assert latin.table["n"].tolist() == ["\\xe9"]
-
-
-def sd_record(smiles, items=""):
-    return Chem.MolToMolBlock(Chem.MolFromSmiles(smiles)) + items + "$$$$\n"
-
-
-def test_sd_files():
-    items = ">  <mass>  (1)\n46\n\n> <note>\ntwo\nlines\n\n"
-    text = sd_record("CCO", items) + "broken\n$$$$\n" + sd_record("C") + "\n"
-    nitrogen = sd_record("NC").replace(" N ", " Xx")
-    for end in ("\n", "\r\n"):
-        source = io.StringIO((text + nitrogen).replace("\n", end))
-        db = kestro.from_sdf(source, on_error="skip")
-        assert [g.vertex_labels for g in db] == [("C", "C", "O"), ("C",)]
-        assert db.source.tolist() == [0, 2]
-        assert [s.record for s in db.skipped] == [1, 3]
-        assert db.table["mass"].tolist()[0] == "46"
-        assert db.table["note"].tolist()[0] == "two\nlines"
-        assert db.table["mass"].isna().tolist() == [False, True]
-    with pytest.raises(kestro.KestroError, match="record 1"):
-        kestro.from_sdf(io.StringIO(text))
 
 
 def test_several_processes(smiles):
@@ -237,23 +224,8 @@ def test_ways_back(smiles):
 @given(st.lists(st.text(alphabet="CNOcn()[]+-=#1*>$~ ", max_size=12), max_size=5))
 def test_any_smiles_are_read_or_refused(strings):
     db = kestro.from_smiles(strings, on_error="skip")
-    read = [x.strip() and Chem.MolFromSmiles(x) for x in strings]
+    read = [Chem.MolFromSmiles(x) for x in strings]
     for record, g in zip(db.source, db, strict=True):
         assert len(g.vertex_labels) == read[record].GetNumAtoms()
         assert len(g.edges) == read[record].GetNumBonds()
     assert len(db) + len(db.skipped) == len(strings)
-
-
-@given(st.text(alphabet='smiles,C"\n\r1 ', max_size=40))
-def test_any_table_of_molecules_is_read_or_refused(text):
-    try:
-        db = kestro.from_csv(io.StringIO("smiles,x\n" + text), on_error="skip")
-    except kestro.KestroError:
-        return
-    assert len(db.table) == len(db)
-
-
-@given(st.text(alphabet="$M END\n1C", max_size=40))
-def test_any_sd_file_is_read_or_refused(text):
-    db = kestro.from_sdf(io.StringIO(text), on_error="skip")
-    assert len(db) + len(db.skipped) >= text.startswith("$$$$\n")

@@ -4,6 +4,7 @@ import gzip
 import io
 import os
 import pickle
+import re
 import threading
 
 import kestro
@@ -89,7 +90,7 @@ def test_an_unreadable_record_in_the_middle(tmp_path):
         [skipped] = db.skipped
         assert skipped.record == 1
         assert "invalid input line" in skipped.reason and "line 3" in skipped.reason
-        assert "1 records skipped" in repr(db)
+        assert "1 record skipped" in repr(db)
 
 
 def test_an_unreadable_line_in_front():
@@ -99,31 +100,102 @@ def test_an_unreadable_line_in_front():
 
 
 @pytest.mark.parametrize(
-    "record",
+    ("record", "line", "reason"),
     [
-        "v 0 C\nv 1 C\nu 0 1 s\nu 1 0 s\n",
-        "v 0 C\nu 0 0 s\n",
-        "v 0 C\nu 0 1 s\n",
-        "v 0\n",
-        "v 0 C\nv 1 C\nu 0 1\n",
-        "v zero C\n",
+        (
+            "v 0 C\nv 1 C\nu 0 1 s\nu 1 0 s\n",
+            4,
+            "vertices 1 and 0 have an edge already",
+        ),
+        ("v 0 C\nu 0 0 s\n", 2, "a loop: the edge joins vertex 0 with itself"),
+        ("u 4 7 s\nv 4 C\n", 1, "an edge to vertex 7, which is not there"),
+        ("v 0\n", 1, "the vertex has no label: 'v 0'"),
+        ("v 0 C\nv 1 C\nu 0 1\n", 3, "the edge has no label: 'u 0 1'"),
+        ("v zero C\n", 1, "the vertex has no number: 'v zero C'"),
+        ("v 0 C\ne 0 C\n", 2, "the edge has no two numbers: 'e 0 C'"),
+        ("v 0 C\nx 0\n", 2, "no line of a graph: 'x 0'"),
+        ("v 0 C\n\nv 1 C\n", 2, "an empty line"),
+        ("v 0 C\0D\n", 1, "a byte of nought"),
+        (f"x{'y' * 99}\n", 1, f"no line of a graph: 'x{'y' * 59}'…"),
     ],
-    ids=["parallel", "loop", "no vertex", "no label", "no edge label", "no number"],
 )
-def test_records_that_are_no_graph(record):
+def test_records_that_are_no_graph(record, line, reason, tmp_path):
     text = f"t # 0\nv 0 A\nt # 1\n{record}t # 2\nv 0 B\n"
-    with pytest.raises(kestro.KestroError):
-        read(text)
-    db = read(text, on_error="skip")
-    assert labels(db) == [("A",), ("B",)]
-    assert [s.record for s in db.skipped] == [1]
+    file = tmp_path / "a.txt"
+    file.write_text(text)
+    for source, path in ((file, str(file)), (io.StringIO(text), None)):
+        with pytest.raises(kestro.KestroError) as caught:
+            kestro.read_transactions(source)
+        assert caught.value.text.startswith(reason)
+        assert (caught.value.path, caught.value.line) == (path, line + 3)
+    db = kestro.read_transactions(file, on_error="skip")
+    assert labels(db) == [("A",), ("B",)] and db.source.tolist() == [0, 2]
+    [skipped] = db.skipped
+    assert skipped.record == 1 and skipped.reason.startswith(reason)
+    assert skipped.reason.endswith(f"(line {line + 1} of it)")
 
 
-@pytest.mark.parametrize("text", ["t # 0\nv 0 C\n\n", "t # 0\n\nv 0 C\n", "\nt # 0\n"])
+def test_what_the_library_says_stands_behind():
+    with pytest.raises(
+        kestro.KestroError, match=r"a loop: .* \[graph.c.*something wrong\]"
+    ):
+        read("t # 0\nv 0 C\nu 0 0 s\n")
+
+
+def test_numbers_that_wrap_as_they_do_in_the_library():
+    assert len(read(f"t # 0\nv 0 C\nv 1 C\nu {2**32} 1 s\n")[0].edges) == 1
+    with pytest.raises(kestro.KestroError, match="a loop: the edge joins vertex 0"):
+        read(f"t # 0\nv 0 C\nu 0 {2**32} s\n")
+    with pytest.raises(kestro.KestroError, match="an edge to vertex -1"):
+        read(f"t # 0\nv 0 C\nu 0 {10**99} s\n")
+
+
+@pytest.mark.parametrize("text", ["t # 0\n\nv 0 C\n", "\nt # 0\n"])
 def test_blank_lines_are_refused(text):
     with pytest.raises(kestro.KestroError, match="an empty line") as caught:
         read(text)
     assert caught.value.line == text.split("\n").index("") + 1
+
+
+@pytest.mark.parametrize("end", ["\n", "\r\n\r\n", "  ", "\n" * 600, " \n\t\n "])
+def test_blank_lines_at_the_end_are_ignored(end, tmp_path):
+    text = "t # 0\nv 0 C\nv 1 N\nu 0 1 s\n"
+    file = tmp_path / "a.txt"
+    file.write_bytes((text + end).encode())
+    for db in (read(text + end), kestro.read_transactions(file)):
+        assert db.to_transactions() == text and db.skipped == ()
+    file.write_text(end)
+    assert len(kestro.read_transactions(file)) == len(read(end)) == 0
+
+
+def test_vertices_in_front_of_all_transactions(tmp_path):
+    file = tmp_path / "a.txt"
+    for front in ("v 0 X\n", "% of X\n  u 0 1 s\n"):
+        for behind in ("", "t # 1\nv 0\n"):
+            file.write_text(front + "t # 0\nv 0 C\n" + behind)
+            db = kestro.read_transactions(file, on_error="skip" if behind else "raise")
+            assert labels(db) == [("C",)] and db.source.tolist() == [0]
+            assert [s.record for s in db.skipped] == ([-1, 1] if behind else [-1])
+            line = front.count("\n")
+            assert db.skipped[0].reason.endswith(
+                f"in front of all transactions, from line {line} on"
+            )
+    file.write_text("v 0 C\nv 1 C\n")
+    db = kestro.read_transactions(file)
+    assert repr(db) == "<GraphDatabase: 0 graphs, 1 record skipped>"
+    file.write_text("# a comment\nt # 0\nv 0 C\n")
+    assert kestro.read_transactions(file).skipped == ()
+    db = read("v 0 X\nt # 0\nv 0 C\nt # -1\n")
+    assert [s.record for s in db.skipped] == [-1, 1]
+
+
+def test_a_byte_order_mark(tmp_path):
+    file = tmp_path / "a.txt"
+    file.write_bytes(b"\xef\xbb\xbf" + BROKEN.replace("x\n", "").encode())
+    assert kestro.read_transactions(file).source.tolist() == [0, 1, 2]
+    file.write_bytes(b"\xef\xbb\xbf" + BROKEN.encode())
+    db = kestro.read_transactions(file, on_error="skip")
+    assert db.source.tolist() == [0, 2] and [s.record for s in db.skipped] == [1]
 
 
 @pytest.mark.parametrize("end", ["t # -1", "t # -1\n", "t # -1\r\n", "t #-1\n\n"])
@@ -159,8 +231,30 @@ def test_labels_that_are_no_utf8(tmp_path):
     assert pattern.graph.edge_labels == ("\udcff",)
 
 
-def test_a_byte_of_nought_ends_a_label():
-    assert labels(read(b"t # 0\nv 0 C\0D\n")) == [("C",)]
+def test_bytes_of_nought_in_a_file(tmp_path):
+    file = tmp_path / "a.txt"
+    comments = b"# of a hundred bytes".ljust(99) + b"\n"
+    graphs = b"t # 0\nv 0 C\0D\nt # 1\nv 0 N\n"
+    file.write_bytes(comments * 11_000 + graphs)
+    with pytest.raises(kestro.KestroError, match="a byte of nought") as caught:
+        kestro.read_transactions(file)
+    assert caught.value.line == 11_002
+    assert labels(kestro.read_transactions(file, on_error="skip")) == [("N",)]
+    for harmless in (b"t\0 # 0\nv 0 C\n", b"# \0\nt # 0\nv 0 C\n"):
+        assert labels(read(harmless)) == [("C",)]
+    assert read("t # 0\nv 0 C\n".encode("utf-16"), on_error="skip").skipped
+
+
+def test_errors_can_be_printed(tmp_path):
+    data = b"t # 0\nv\xe9\n"
+    with pytest.raises(kestro.KestroError) as caught:
+        read(data)
+    assert str(caught.value).encode() and "\\xe9" in str(caught.value)
+    [skipped] = read(data, on_error="skip").skipped
+    assert skipped.reason.encode()
+    with pytest.raises(kestro.KestroError) as caught:
+        kestro.from_edges([["\ud800"]], [[]])
+    assert str(caught.value).encode()
 
 
 def test_selections(molecules):
@@ -214,18 +308,51 @@ def test_round_trips(found):
         db[:],
     ):
         assert [
-            (list(g.vertex_labels), [tuple(e) for e in g.edges.tolist()], list(g.edge_labels))
+            (
+                list(g.vertex_labels),
+                [tuple(e) for e in g.edges.tolist()],
+                list(g.edge_labels),
+            )
             for g in again
         ] == found
+
+
+LINES = [b"t # 0", b"t", b"v 0 C", b"v 1 \xe9", b"v 1 C\0D", b"u 0 1 s", b"e 1 1 x"]
+LINES += [b"v", b"t\0", b"# c", b"", b" ", b"x", b"t # -1", b"\xef\xbb\xbf"]
+
+
+@given(st.lists(st.sampled_from(LINES), max_size=9), st.sampled_from([b"\n", b"\r\n"]))
+def test_any_lines_are_read_or_refused(lines, end):
+    data = end.join(lines)
+    db = read(data, on_error="skip")
+    body = data.removeprefix(b"\xef\xbb\xbf").split(end)
+    records = sum(line.startswith(b"t") for line in body)
+    refused = [s.record for s in db.skipped]
+    assert sorted([*db.source, *refused]) == list(range(-(-1 in refused), records))
+    again = io.StringIO(db.to_transactions(), newline="")
+    assert kestro.read_transactions(again).to_transactions() == db.to_transactions()
+    told = [
+        s for s in db.skipped if re.match("the end mark|vertices or edges", s.reason)
+    ]
+    if len(told) < len(db.skipped):
+        with pytest.raises(kestro.KestroError) as caught:
+            read(data)
+        assert str(caught.value).encode()
+    else:
+        assert read(data).to_transactions() == db.to_transactions()
+        assert read(data).skipped == db.skipped
 
 
 # What begins as gzip does and is not whole has no records to be skipped.
 @given(st.binary(max_size=60).filter(lambda data: data[:2] != b"\x1f\x8b"))
 def test_any_bytes_are_read_or_refused(data):
+    skipping = read(data, on_error="skip")
+    text = skipping.to_transactions()
+    assert read(text.encode("utf-8", "surrogateescape")).to_transactions() == text
     try:
         db = read(data)
-    except kestro.KestroError:
-        skipping = read(data, on_error="skip")
-        assert skipping.skipped
+    except kestro.KestroError as e:
+        assert skipping.skipped and str(e).encode()
     else:
-        assert len(db) >= 0
+        assert db.to_transactions() == text
+        assert db.skipped == skipping.skipped
