@@ -135,7 +135,7 @@ def _parents_among(
     """Return offsets and places of the parents that are chosen, too."""
     place = np.full(len(patterns), -1, np.int32)
     place[chosen] = np.arange(len(chosen), dtype=np.int32)
-    parents, children = patterns.family
+    parents, children = patterns.parent_pairs
     parents, children = place[parents], place[children]
     both = (parents >= 0) & (children >= 0)
     # Pairs come by child, in the order of the run, as what is chosen does.

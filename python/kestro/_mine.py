@@ -6,7 +6,6 @@ import math
 import os
 import warnings
 from collections.abc import Callable
-from typing import Literal
 
 import numpy as np
 
@@ -24,8 +23,7 @@ from kestro._errors import StopMining
 from kestro._patterns import Patterns
 from kestro._progress import Progress, ProgressBar, ProgressCallback
 from kestro._result import Result
-
-Form = Literal["exact", "command-line"]
+from kestro._summary import Filter, Form, RunSummary
 
 _LARGEST = 2**31 - 1
 
@@ -115,7 +113,7 @@ def mine(
     bar = ProgressBar() if progress is True else None
     before = os.times().user
     try:
-        packed, summary, raised = _core.mine(
+        packed, told, raised = _core.mine(
             db._native,
             unit,
             amount,
@@ -130,20 +128,28 @@ def mine(
     finally:
         if bar:
             bar.close()
-    if summary["ending"] == "stopped":
+    if told["ending"] == "stopped":
         interrupted = isinstance(raised, KeyboardInterrupt)
-        summary["ending"] = "interrupt" if interrupted else "progress"
-    summary |= {
-        "atom_labels": db.atom_labels,
-        "graphs": len(db),
-        "per_cent": _per_cent(unit, amount, len(db)),
-        "min_size": least,
-        "max_size": most,
-        "seconds": os.times().user - before,
-    }
-    vertex_labels, edge_labels = db._native.labels()
-    patterns = Patterns(packed, summary, vertex_labels, edge_labels, form)
-    result = Result.of_run(patterns, db, maximal=bool(maximal), closed=bool(closed))
+        told["ending"] = "interrupt" if interrupted else "progress"
+    summary = RunSummary(
+        form=form,
+        graphs=len(db),
+        min_support=told["min_support"],
+        per_cent=_per_cent(unit, amount, len(db)),
+        min_size=least,
+        max_size=most,
+        ending=told["ending"],
+        last_size=told["last_size"],
+        order_dependent=told["order_dependent"],
+        candidates=tuple(told["candidates"].tolist()),
+        frequent=tuple(told["frequent"].tolist()),
+        seconds=os.times().user - before,
+        atom_labels=db.atom_labels,
+    )
+    patterns = Patterns(packed, summary, *db._native.labels())
+    filters: list[Filter] = ["maximal"] if maximal else []
+    filters += ["closed"] if closed else []
+    result = Result(patterns, db, filters=tuple(filters))
     _settle(raised, result)
     return result
 

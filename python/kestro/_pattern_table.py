@@ -7,7 +7,6 @@ from typing import TYPE_CHECKING, Any
 import numpy as np
 from numpy.typing import NDArray
 
-from kestro import _program_files
 from kestro._arrow import import_pyarrow
 from kestro._patterns import Patterns
 from kestro._ragged import places
@@ -32,7 +31,7 @@ def table(p: Patterns, chosen: NDArray[np.int64], columns: pd.DataFrame) -> pa.T
         where, offsets = places(p.tid_offsets, chosen)
         lists["tids"] = pa.LargeListArray.from_arrays(offsets, p.tids[where])
     if p.has_parents:
-        parents = list(_program_files.parent_names(p, chosen))
+        parents = list(p.parent_names(chosen))
         lists["parents"] = pa.array(parents, pa.list_(pa.string()))
     for name, column in lists.items():
         found = found.append_column(name, column)

@@ -4,6 +4,7 @@ from __future__ import annotations
 
 import os
 from collections.abc import Iterator
+from dataclasses import replace
 from pathlib import Path
 from typing import IO, TYPE_CHECKING, Any, overload
 
@@ -12,144 +13,18 @@ from numpy.typing import ArrayLike, NDArray
 
 from kestro import _html, _jsonl, _matching, _pattern_table, _program_files, _scoring
 from kestro._arguments import Index, Selection, position, positions
-from kestro._atoms import graph_smarts
+from kestro._aside import write_aside
 from kestro._database import Graph, GraphDatabase
 from kestro._errors import KestroError
-from kestro._patterns import NO, STOPPED, UNKNOWN, YES, Patterns
+from kestro._pattern import Pattern
+from kestro._patterns import NO, UNKNOWN, YES, Patterns
 from kestro._ragged import places, small
+from kestro._summary import Filter, RunSummary, describe
 
 if TYPE_CHECKING:
     import pandas as pd
     import pyarrow as pa
     import scipy.sparse
-
-
-def _truth(answer: int) -> bool | None:
-    return None if answer == UNKNOWN else answer == YES
-
-
-class Pattern:
-    """One pattern of a result, looked at where it lies.
-
-    Patterns of one run are equal when they are the same one.
-    """
-
-    __slots__ = ("_all", "_i")
-
-    def __init__(self, patterns: Patterns, i: int) -> None:
-        self._all = patterns
-        self._i = i
-
-    @property
-    def size(self) -> int:
-        """Number of edges."""
-        return int(self._all.level_sizes[self._all.level_of(self._i)])
-
-    @property
-    def id(self) -> str:
-        """The program's name of it, such as "3-7": size, number of that size."""
-        return self._all.names(np.array([self._i]))[0]
-
-    @property
-    def support(self) -> int:
-        """Number of graphs that contain it."""
-        return int(self._all.support[self._i])
-
-    @property
-    def tids(self) -> NDArray[np.int32]:
-        """Positions of these graphs in the database, ascending; a view."""
-        offsets = self._all.tid_offsets
-        return self._all.tids[offsets[self._i] : offsets[self._i + 1]]
-
-    @property
-    def graph(self) -> Graph:
-        """Its vertices in canonical order, and its edges."""
-        p = self._all
-        level = p.level_of(self._i)
-        size = int(p.level_sizes[level])
-        first = int(p.edge_starts[level])
-        first += (self._i - int(p.level_starts[level])) * size
-        vertices = p.vertex_labels[
-            p.vertex_offsets[self._i] : p.vertex_offsets[self._i + 1]
-        ]
-        return Graph(
-            tuple(p.vertex_table[x] for x in vertices.tolist()),
-            p.edges[first : first + size],
-            tuple(
-                p.edge_table[x] for x in p.edge_labels[first : first + size].tolist()
-            ),
-        )
-
-    def to_smarts(self) -> str:
-        """Return the SMARTS of a pattern of molecules.
-
-        It says all that the labels say, no more: element and aromaticity of
-        atoms, their charge where the database has it, the kind of each bond.
-        So RDKit finds it in the molecules whose numbers are ``tids``; where
-        hydrogens are vertices, once ``Chem.AddHs`` has made them atoms.
-
-        Raises
-        ------
-        ValueError
-            When the database is none of molecules.
-        """
-        labels = self._all.summary.get("atom_labels")
-        if labels is None:
-            raise ValueError("the labels of this pattern are not those of atoms")
-        return graph_smarts(self.graph, labels)
-
-    @property
-    def parents(self) -> tuple[str, ...]:
-        """The ids of the patterns one edge smaller that it contains.
-
-        Also where those are smaller than ``min_size`` and not in the result.
-        """
-        p = self._all
-        numbers = p.parents[p.parent_offsets[self._i] : p.parent_offsets[self._i + 1]]
-        below = self.size - 1
-        return tuple(f"{below}-{number}" for number in numbers.tolist())
-
-    @property
-    def children(self) -> tuple[str, ...]:
-        """The ids of the patterns of the run one edge larger that contain it."""
-        offsets, children = self._all.children
-        found = children[offsets[self._i] : offsets[self._i + 1]]
-        return tuple(self._all.names(found.astype(np.int64)))
-
-    @property
-    def closed(self) -> bool | None:
-        """Whether no larger pattern of the same support contains it.
-
-        None where larger patterns may exist that the run did not reach.
-        """
-        return _truth(int(self._all.closed[self._i]))
-
-    @property
-    def maximal(self) -> bool | None:
-        """Whether no larger pattern contains it; None likewise."""
-        return _truth(int(self._all.maximal[self._i]))
-
-    def __eq__(self, other: object) -> bool:
-        """Whether it is the same pattern of the same run."""
-        if not isinstance(other, Pattern):
-            return NotImplemented
-        return self._all is other._all and self._i == other._i
-
-    def __hash__(self) -> int:
-        """Return a hash of the run and the position."""
-        return hash((id(self._all), self._i))
-
-    def __repr__(self) -> str:
-        """Return id, support, vertices and edges."""
-        g = self.graph
-        edges = ", ".join(
-            f"{a}-{b} {label}"
-            for (a, b), label in zip(g.edges.tolist(), g.edge_labels, strict=True)
-        )
-        return (
-            f"<Pattern {self.id}: support {self.support}, "
-            f"{' '.join(g.vertex_labels)}, {edges}>"
-        )
 
 
 class Result:
@@ -174,41 +49,28 @@ class Result:
         answer is unknown.
     """
 
-    __slots__ = ("_chosen", "_db", "_lattice", "_patterns", "undecided")
+    __slots__ = ("_chosen", "_db", "_filters", "_lattice", "_patterns")
 
     def __init__(
         self,
         patterns: Patterns,
         db: GraphDatabase | None,
         chosen: NDArray[np.int64] | None = None,
-        undecided: int = 0,
+        filters: tuple[Filter, ...] = (),
     ) -> None:
         self._patterns = patterns
-        self._chosen = chosen  # positions, None for all
+        self._chosen = chosen  # positions; None for all that the filters let pass
         self._db = db
         self._lattice: _matching.Lattice | None = None  # made when it is needed
-        self.undecided = undecided
+        self._filters = filters
 
-    @classmethod
-    def of_run(
-        cls,
-        patterns: Patterns,
-        db: GraphDatabase | None,
-        *,
-        maximal: bool,
-        closed: bool,
-    ) -> Result:
-        """Return the patterns of a run that pass the filters."""
-        if not (maximal or closed):
-            return cls(patterns, db)
-        keep = np.ones(len(patterns), np.bool_)
-        unknown = np.zeros(len(patterns), np.bool_)
-        wanted = [patterns.maximal] if maximal else []
-        wanted += [patterns.closed] if closed else []
-        for answers in wanted:
-            keep &= answers != NO
-            unknown |= answers == UNKNOWN
-        return cls(patterns, db, np.flatnonzero(keep), int((keep & unknown).sum()))
+    @property
+    def undecided(self) -> int:
+        """Patterns that a filter kept because the answer is unknown."""
+        unknown = np.zeros(len(self), np.bool_)
+        for name in self._filters:
+            unknown |= self._patterns.answers(name)[self.positions] == UNKNOWN
+        return int(unknown.sum())
 
     @property
     def db(self) -> GraphDatabase:
@@ -228,7 +90,7 @@ class Result:
     @property
     def graphs(self) -> int:
         """The number of graphs that were mined."""
-        return int(self._patterns.summary["graphs"])
+        return self._patterns.summary.graphs
 
     @property
     def complete(self) -> bool:
@@ -238,13 +100,12 @@ class Result:
     @property
     def stopped_by(self) -> str | None:
         """What ended the run early, None if nothing did."""
-        ending: str = self._patterns.summary["ending"]
-        return ending if ending in STOPPED else None
+        return self._patterns.summary.stopped_by
 
     @property
     def min_support(self) -> int:
         """The number of graphs in which a pattern had to occur."""
-        return int(self._patterns.summary["min_support"])
+        return self._patterns.summary.min_support
 
     @property
     def order_dependent(self) -> int | None:
@@ -253,15 +114,27 @@ class Result:
         Where it is 0, both values of ``form`` give the same patterns in the
         same order.  None for a result that was read from the program's files.
         """
-        count: int | None = self._patterns.summary["order_dependent"]
-        return count
+        return self._patterns.summary.order_dependent
 
     @property
     def positions(self) -> NDArray[np.int64]:
         """Where the patterns lie in the run."""
-        if self._chosen is None:
+        if self._chosen is not None:
+            return self._chosen
+        if self._is_whole:
             return np.arange(len(self._patterns), dtype=np.int64)
+        # Chosen when they are asked for: the flags of many patterns take seconds,
+        # and nothing that ends the making of a result may lose what was found.
+        keep = np.ones(len(self._patterns), np.bool_)
+        for name in self._filters:
+            keep &= self._patterns.answers(name) != NO
+        self._chosen = np.flatnonzero(keep)
         return self._chosen
+
+    @property
+    def _is_whole(self) -> bool:
+        """Whether it holds the patterns of the run as they are, without a choice."""
+        return self._chosen is None and not self._filters
 
     @property
     def support(self) -> NDArray[np.int32]:
@@ -275,7 +148,7 @@ class Result:
 
     def __len__(self) -> int:
         """Return the number of patterns."""
-        return len(self._patterns) if self._chosen is None else len(self._chosen)
+        return len(self._patterns if self._is_whole else self.positions)
 
     def __iter__(self) -> Iterator[Pattern]:
         """Return the patterns one by one."""
@@ -290,27 +163,30 @@ class Result:
         if isinstance(key, str):
             return Pattern(self._patterns, self._named(key))
         if isinstance(key, (int, np.integer)):
-            i = position(key, len(self), "pattern")
-            return Pattern(
-                self._patterns, i if self._chosen is None else int(self._chosen[i])
-            )
+            return Pattern(self._patterns, self._at(key))
         return self._of(self.positions[positions(key, len(self))])
 
-    def _of(self, chosen: NDArray[np.int64], undecided: int = 0) -> Result:
-        return Result(self._patterns, self._db, chosen, undecided)
+    def _of(self, chosen: NDArray[np.int64], *filters: Filter) -> Result:
+        every = (*self._filters, *(x for x in filters if x not in self._filters))
+        return Result(self._patterns, self._db, chosen, every)
+
+    def _at(self, key: Index) -> int:
+        """Return where the pattern at a position lies in the run."""
+        i = position(key, len(self), "pattern")
+        return i if self._is_whole else int(self.positions[i])
 
     def _named(self, name: str) -> int:
         """Return where the pattern of an id lies in the run."""
         size, dash, number = name.partition("-")
         if dash and size.isdecimal() and number.isdecimal():
             i = self._patterns.find(int(size), int(number))
-            if i is not None and (self._chosen is None or i in self._chosen):
+            if i is not None and (self._is_whole or i in self.positions):
                 return i
         raise KeyError(name)
 
     def __reduce__(self) -> tuple[Any, ...]:
         """Pickle the arrays of the run, the choice and the database."""
-        return Result, (self._patterns, self._db, self._chosen, self.undecided)
+        return Result, (self._patterns, self._db, self._chosen, self._filters)
 
     def _headline(self) -> str:
         sizes = self.size
@@ -350,7 +226,7 @@ class Result:
         sizes = p.sizes(chosen)
         support = p.support[chosen]
         smarts = {}
-        if p.summary.get("atom_labels") is not None:
+        if p.summary.atom_labels is not None:
             smarts["smarts"] = [pattern.to_smarts() for pattern in self]
         return pd.DataFrame(
             {
@@ -474,7 +350,7 @@ class Result:
         elif isinstance(pattern, str):
             i = self._named(pattern)
         else:
-            i = int(self.positions[position(pattern, len(self), "pattern")])
+            i = self._at(pattern)
         return _matching.embeddings(self._patterns, i, graph, self._db, limit)
 
     def score(
@@ -487,7 +363,7 @@ class Result:
     ) -> pd.DataFrame:
         """Score how well each pattern tells classes of graphs apart.
 
-        Of two classes, the larger one in sorted order is compared with the
+        Of two classes, the last in sorted order is compared with the
         other; of more, each one with all others.
 
         Parameters
@@ -600,8 +476,7 @@ class Result:
             they are closed may be taken; ``undecided`` counts these.
         """
         chosen = _scoring.covering(self._patterns, self.positions, k)
-        unknown = self._patterns.closed[chosen] == UNKNOWN
-        return self._of(chosen, int(unknown.sum()))
+        return self._of(chosen, "closed")
 
     def to_jsonl(
         self, path: str | os.PathLike[str] | IO[str] | None = None
@@ -618,11 +493,11 @@ class Result:
         path : path or text file, optional
             Where to; a file appears when it is whole.  None returns the text.
         """
-        lines = _jsonl.lines(self._patterns, self._chosen, self)
+        lines = _jsonl.lines(self._patterns, *self._what_is_written())
         if path is None:
             return "".join(lines)
         if isinstance(path, (str, os.PathLike)):
-            _program_files.write_aside(Path(path), lines)
+            write_aside(Path(path), lines)
         else:
             path.writelines(lines)
         return None
@@ -662,7 +537,24 @@ class Result:
             newline.
         """
         _program_files.write(
-            self, self._patterns, Path(folder), name, source, tids=tids, parents=parents
+            self._patterns,
+            *self._what_is_written(),
+            Path(folder),
+            name,
+            source,
+            tids=tids,
+            parents=parents,
+        )
+
+    def _what_is_written(self) -> tuple[NDArray[np.int64], RunSummary]:
+        """Return the positions in the order of files, and what they are."""
+        chosen = np.unique(self.positions)
+        summary = self._patterns.summary
+        return chosen, replace(
+            summary,
+            described=summary.described or describe(self.db),
+            holds=self._patterns.holds(chosen, self._filters),
+            filters=self._filters,
         )
 
 

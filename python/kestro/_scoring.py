@@ -59,7 +59,7 @@ def table(
                 f"a correction is for 'chi2' and 'fisher', which give p, not {method!r}"
             )
     level = _level(alpha)
-    names, codes = classes(y, int(patterns.summary["graphs"]))
+    names, codes = classes(y, patterns.summary.graphs)
     rows = []
     family: dict[Any, int] = {}
     factor: dict[Any, int] = {}
@@ -331,7 +331,7 @@ def covering(
     ranked = _by_size(patterns, candidates)
     taken: list[int] = []
     while ranked and len(taken) < wanted:
-        covered = np.zeros(int(patterns.summary["graphs"]), np.bool_)
+        covered = np.zeros(patterns.summary.graphs, np.bool_)
         queue = [(-int(patterns.support[i]), rank, i) for rank, i in enumerate(ranked)]
         heapq.heapify(queue)
         while queue and len(taken) < wanted:

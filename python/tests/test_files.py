@@ -106,11 +106,16 @@ def test_maximal_patterns(molecules, tmp_path, way):
 
 
 @WAYS
-def test_of_a_selection_it_is_unknown_what_is_closed(result, tmp_path, way):
+def test_of_a_selection_files_do_not_tell_what_is_closed(result, tmp_path, way):
     some = result[[100, 3, 50, 3]]
     again = way(some, tmp_path)
     assert [p.id for p in again] == [result[i].id for i in (3, 50, 100)]
-    assert {p.closed for p in again} == {p.maximal for p in again} == {None}
+    if way is through_json:  # which tells it
+        assert [(p.closed, p.maximal) for p in again] == [
+            (result[i].closed, result[i].maximal) for i in (3, 50, 100)
+        ]
+    else:
+        assert {p.closed for p in again} == {p.maximal for p in again} == {None}
 
 
 @WAYS
@@ -179,7 +184,9 @@ def test_lines_of_json(result, tmp_path):
     assert result.to_jsonl(into) is None and into.getvalue() == text
     head, *patterns = map(json.loads, text.splitlines())
     assert head["patterns"] == len(patterns) == 114 and head["graphs"] == 60
-    assert list(patterns[0]) == ["id", "support", "vertices", "edges", "tids", "parents"]
+    assert list(patterns[0]) == (
+        "id support vertices edges closed maximal tids parents".split()
+    )
     p = result["1-5"]
     own = next(row for row in patterns if row["id"] == "1-5")
     assert (own["vertices"], own["edges"]) == (["C", "O"], [[0, 1, "d"]])
@@ -191,16 +198,16 @@ def test_lines_of_json(result, tmp_path):
     [
         ("p.fp", lambda t: t[: len(t) // 2], "of a run that ended"),
         ("p.fp", lambda t: b"t # 0\nv 0 C\n", "of a run that ended"),
-        ("p.fp", lambda t: t.replace(b"t # 3-7, ", b"t # 3-70000, "), "size and id"),
+        ("p.fp", lambda t: t.replace(b"t # 3-7, ", b"t # 3-70000, "), "by size and id"),
         ("p.fp", lambda t: t.replace(b"t # 3-7, ", b"t # x "), "no head"),
         ("p.fp", lambda t: t.replace(b"v 1 C", b"v 1"), "line"),
         ("p.tid", lambda t: t.replace(b"3-7 ", b"3-8 "), "not those of"),
-        ("p.tid", lambda t: t.replace(b"\n1-1 ", b"\n1-1 0 "), "as long as"),
+        ("p.tid", lambda t: t.replace(b"\n1-1 ", b"\n1-1 0 "), "as many as"),
         ("p.pc", lambda t: t[:-200], "not those of"),
         ("p.jsonl", lambda t: t[:-20], "no line of JSON"),
         ("p.jsonl", lambda t: t.rsplit(b"\n", 2)[0], "not whole"),
         ("p.jsonl", lambda t: t.replace(b"kestro patterns 1", b"other"), "first line"),
-        ("p.jsonl", lambda t: t.replace(b'"support"', b'"upport"'), "no pattern"),
+        ("p.jsonl", lambda t: t.replace(b'"support"', b'"upport"'), "no 'support'"),
     ],
 )
 def test_files_that_cannot_be_read(result, tmp_path, name, change, reason):
@@ -238,7 +245,7 @@ def test_a_file_that_is_not_whole_is_not_there(result, tmp_path, monkeypatch):
         yield ["1-0"]
         raise FullError
 
-    monkeypatch.setattr("kestro._program_files.parent_names", parents)
+    monkeypatch.setattr("kestro._patterns.Patterns.parent_names", parents)
     with pytest.raises(FullError):
         result[5:].write(tmp_path, "p")
     with pytest.raises(FullError):
