@@ -10,8 +10,9 @@ from typing import Any
 import numpy as np
 from numpy.typing import NDArray
 
-from kestro import _checks, _core
+from kestro import _checks
 from kestro._errors import KestroError
+from kestro._native import RefusedError, database_of
 from kestro._patterns import NO, UNKNOWN, YES, Patterns
 from kestro._ragged import offsets_of
 from kestro._summary import RunSummary
@@ -80,7 +81,7 @@ def read(text: bytes, name: str | None) -> Patterns:
         keys = [_checks.key_of(row["id"]) for row in rows]
         order.sort(key=keys.__getitem__)
         packed, tables = _packed([rows[i] for i in order], summary)
-    except _checks.WrongPatternError as e:
+    except (_checks.WrongPatternError, RefusedError) as e:
         raise KestroError(e.text, name, order[e.i] + 2) from None
     return Patterns(packed, summary, *tables)
 
@@ -148,7 +149,8 @@ def _packed(
     vertex_table, vertex_ids = _ids(vertex_labels)
     edge_table, edge_ids = _ids([label for _, _, label in edges])
     ends = np.array([edge[:2] for edge in edges], np.int64).reshape(-1, 2)
-    _check_graphs(
+    # Only to have them checked.
+    database_of(
         vertex_counts, edge_counts, vertex_ids, ends, edge_ids, vertex_table, edge_table
     )
     packed: dict[str, NDArray[Any]] = {
@@ -167,31 +169,6 @@ def _packed(
         names = [row["parents"] for row in rows]
         packed |= _checks.parent_arrays(heads, names, summary)
     return packed, (vertex_table, edge_table)
-
-
-def _check_graphs(
-    vertex_counts: NDArray[np.int64],
-    edge_counts: NDArray[np.int64],
-    vertex_ids: NDArray[np.int32],
-    ends: NDArray[np.int64],
-    edge_ids: NDArray[np.int32],
-    vertex_table: list[str],
-    edge_table: list[str],
-) -> None:
-    """Raise unless each pattern is a graph."""
-    _, refused = _core.Database.from_arrays(
-        vertex_counts,
-        edge_counts,
-        vertex_ids,
-        ends,
-        edge_ids,
-        [label.encode("utf-8", "surrogateescape") for label in vertex_table],
-        [label.encode("utf-8", "surrogateescape") for label in edge_table],
-        skip=False,
-        readable=True,
-    )
-    for i, reason in refused:
-        raise _checks.WrongPatternError(i, reason)
 
 
 def _counts(rows: list[dict[str, Any]], column: str) -> NDArray[np.int64]:

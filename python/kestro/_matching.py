@@ -12,6 +12,7 @@ from numpy.typing import NDArray
 from kestro import _core
 from kestro._arguments import job_count, optional_number, position
 from kestro._database import Graph, GraphDatabase
+from kestro._native import database_of
 from kestro._packing import Packer
 from kestro._ragged import offsets_of, places, small
 
@@ -29,17 +30,15 @@ def pattern_database(patterns: Patterns, chosen: NDArray[np.int64]) -> _core.Dat
     p = patterns
     vertices, vertex_offsets = places(p.vertex_offsets, chosen)
     edges, edge_offsets = places(p.edge_offsets, chosen)
-    native, _ = _core.Database.from_arrays(
+    return database_of(
         vertex_counts=np.diff(vertex_offsets),
         edge_counts=np.diff(edge_offsets),
         vertex_labels=p.vertex_labels[vertices],
         edges=p.edges[edges].astype(np.int64),
         edge_labels=p.edge_labels[edges],
-        vertex_table=[_bytes(label) for label in p.vertex_table],
-        edge_table=[_bytes(label) for label in p.edge_table],
-        skip=False,
+        vertex_table=p.vertex_table,
+        edge_table=p.edge_table,
     )
-    return native
 
 
 class Lattice:
@@ -118,7 +117,19 @@ def embeddings(
     if isinstance(graph, Graph):
         packer = Packer("raise")
         packer.add(0, graph.vertex_labels, graph.edges.tolist(), graph.edge_labels)
-        native, tid = packer.build()._native, 0
+        own = packer.packed()
+        native, tid = (
+            database_of(
+                own.vertex_counts,
+                own.edge_counts,
+                own.vertex_labels,
+                own.edges,
+                own.edge_labels,
+                own.vertex_table,
+                own.edge_table,
+            ),
+            0,
+        )
     elif isinstance(graph, (int, np.integer)) and not isinstance(graph, bool):
         if db is None:
             raise TypeError("graph must be a Graph: the result has no database")
@@ -141,7 +152,3 @@ def _parents_among(
     # Pairs come by child, in the order of the run, as what is chosen does.
     counts = np.bincount(children[both], minlength=len(chosen))
     return offsets_of(counts), parents[both]
-
-
-def _bytes(label: str) -> bytes:
-    return label.encode("utf-8", "surrogateescape")

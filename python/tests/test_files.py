@@ -331,3 +331,111 @@ def test_molecules(tmp_path, way):
     if way is through_json:  # which tells what the labels are
         alone = kestro.read_result(tmp_path / "p.jsonl")
         assert alone[0].to_smarts() == result[0].to_smarts()
+
+
+def test_files_of_other_tids(result, tmp_path):
+    """Numbers that are no graphs would be places outside of all arrays."""
+    result.write(tmp_path, "p")
+    whole = (tmp_path / "p.tid").read_bytes()
+    first, _, rest = whole.partition(b"\n")
+    name, own, *others = first.split()
+    for wrong, reason in (
+        (b"100000000", "none of the 60 graphs"),
+        (b"60", "none of the 60 graphs"),
+        (b"-5", "no TID: '-5'"),
+        (others[0], "do not ascend"),
+        (b"99999999999", "no TID"),
+        (b"x", "no TID: 'x'"),
+    ):
+        line = b" ".join([name, wrong, *others])
+        (tmp_path / "p.tid").write_bytes(line + b"\n" + rest)
+        with pytest.raises(kestro.KestroError, match=reason) as caught:
+            kestro.read_result(tmp_path / "p.fp")
+        assert (caught.value.path, caught.value.line) == (str(tmp_path / "p.tid"), 1)
+    for count, reason in ((1 + len(others), "do not ascend"), (1, "as many as")):
+        line = b" ".join([name, *[own] * count])
+        (tmp_path / "p.tid").write_bytes(line + b"\n" + rest)
+        with pytest.raises(kestro.KestroError, match=reason):
+            kestro.read_result(tmp_path / "p.fp")
+
+
+@pytest.mark.parametrize(
+    ("parent", "reason"),
+    [
+        (b"3-99999", "no pattern"),
+        (b"x-y-7", "no id of a pattern: 'x-y-7'"),
+        (b"2-0", "not of the size before"),
+        (b"3-9999999999", "not of the size before"),
+        (b"7", "no id of a pattern: '7'"),
+    ],
+)
+def test_files_of_other_parents(result, tmp_path, parent, reason):
+    result.write(tmp_path, "p")
+    lines = (tmp_path / "p.pc").read_bytes().splitlines()
+    at = next(i for i, line in enumerate(lines) if line.startswith(b"4-0 "))
+    lines[at] = b"4-0 " + parent
+    (tmp_path / "p.pc").write_bytes(b"\n".join(lines) + b"\n")
+    with pytest.raises(kestro.KestroError, match=reason) as caught:
+        kestro.read_result(tmp_path / "p.fp")
+    assert caught.value.line == at + 1
+
+
+def test_supports_that_cannot_be(result, tmp_path):
+    result.write(tmp_path, "p", tids=False, parents=False)
+    text = (tmp_path / "p.fp").read_bytes()
+    head = next(x for x in text.splitlines() if x.startswith(b"t # 1-0, "))
+    for support in (b"61", b"0", b"99999999999999999999"):
+        (tmp_path / "p.fp").write_bytes(text.replace(head, b"t # 1-0, " + support))
+        with pytest.raises(kestro.KestroError, match="support"):
+            kestro.read_result(tmp_path / "p.fp")
+
+
+def changed(result, line, **values):
+    """Lines of JSON in which one has other values; None takes one away."""
+    rows = [json.loads(x) for x in result.to_jsonl().splitlines()]
+    rows[line - 1] |= values
+    rows[line - 1] = {k: v for k, v in rows[line - 1].items() if v != "gone"}
+    return io.StringIO("".join(json.dumps(row) + "\n" for row in rows))
+
+
+@pytest.mark.parametrize(
+    ("line", "values", "reason"),
+    [
+        (2, {"tids": [1]}, "as many as"),
+        (2, {"support": 1, "tids": [10**6]}, "none of the 60 graphs"),
+        (2, {"support": 1, "tids": [2**70]}, "wrong 'tids'"),
+        (2, {"support": 1, "tids": [1.5]}, "wrong 'tids'"),
+        (2, {"support": 1, "tids": [True]}, "wrong 'tids'"),
+        (2, {"support": 2, "tids": [3, 3]}, "do not ascend"),
+        (2, {"support": 61}, "support"),
+        (2, {"support": "58"}, "wrong 'support'"),
+        (2, {"edges": [[0, 77, "s"]]}, "vertex"),
+        (2, {"edges": [[0, 0, "s"]]}, "itself|loop"),
+        (2, {"edges": [[0, 1]]}, "wrong 'edges'"),
+        (2, {"edges": [[0, 1, "s"], [0, 1, "s"]]}, "edge"),
+        (2, {"edges": []}, "another size"),
+        (2, {"vertices": ["C", 1]}, "wrong 'vertices'"),
+        (2, {"vertices": "gone"}, "no 'vertices'"),
+        (2, {"closed": "yes"}, "wrong 'closed'"),
+        (2, {"id": "1-0x"}, "no id"),
+        (2, {"id": "1-1"}, "by size and id"),
+        (2, {"parents": ["0-0"]}, "not of the size before"),
+        (60, {"parents": ["3-99999"]}, "not of the size before|no pattern"),
+        (1, {"patterns": "gone"}, "not whole"),
+        (1, {"graphs": "gone"}, "lacks 'graphs'"),
+        (1, {"ending": "gone"}, "lacks 'ending'"),
+        (1, {"ending": "bored"}, "wrong 'ending'"),
+        (1, {"form": "zzz"}, "wrong 'form'"),
+        (1, {"graphs": -1}, "wrong 'graphs'"),
+        (1, {"candidates": [0]}, "counts"),
+        (1, {"frequent": [0, 1.5]}, "wrong 'frequent'"),
+        (1, {"atom_labels": [True, False]}, "wrong 'atom_labels'"),
+        (1, {"described": {}}, "wrong 'described'"),
+        (1, {"filters": ["odd"]}, "wrong 'filters'"),
+    ],
+)
+def test_lines_of_json_that_are_wrong(result, line, values, reason):
+    with pytest.raises(kestro.KestroError, match=reason) as caught:
+        kestro.read_result(changed(result, line, **values))
+    if "patterns" not in values and values.get("id") != "1-1":
+        assert caught.value.line == line

@@ -1,5 +1,6 @@
 """Patterns in other graphs: transform and embeddings."""
 
+import io
 import itertools
 import math
 import pickle
@@ -175,3 +176,19 @@ def test_embeddings_that_make_no_sense(result, three):
         result.embeddings(114, 0)
     with pytest.raises(ValueError, match="limit"):
         result.embeddings(0, 0, limit=-1)
+
+
+@pytest.mark.parametrize("label", [b"\x01", b"x" * 1010, b"a\x7f", b"\xff"])
+def test_labels_that_files_alone_can_hold(label):
+    text = b"t # 0\nv 0 " + label + b"\nv 1 B\nu 0 1 s\n"
+    db = kestro.read_transactions(io.BytesIO(text + text.replace(b"# 0", b"# 1")))
+    result = kestro.mine(db, min_support=2)
+    assert result.transform(db).toarray().tolist() == [[1], [1]]
+    for graph in (0, db[0], db[1]):
+        assert result.embeddings(0, graph).tolist() in ([[0, 1]], [[1, 0]])
+
+
+def test_graphs_that_are_none(result):
+    graph = kestro.Graph(("C", "C"), np.array([[0, 5]], np.int32), ("s",))
+    with pytest.raises(kestro.KestroError, match="vertex|vertices"):
+        result.embeddings(0, graph)
