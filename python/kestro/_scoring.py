@@ -16,7 +16,7 @@ import numpy as np
 from numpy.typing import ArrayLike, NDArray
 
 from kestro._arguments import check_choice, whole_number
-from kestro._errors import KestroError
+from kestro._classes import classes
 from kestro._patterns import NO, Patterns
 from kestro._ragged import offsets_of
 
@@ -96,35 +96,6 @@ def table(
     if factor:
         found.attrs["factor"] = factor
     return found
-
-
-def classes(y: ArrayLike, graphs: int) -> tuple[list[Any], NDArray[np.int64]]:
-    """Return the classes in sorted order, and of each graph the number of its own.
-
-    Raises
-    ------
-    KestroError
-        When y does not give each graph a class, or all the same.
-    """
-    import pandas as pd
-
-    labels = np.asarray(y)
-    if labels.ndim != 1:
-        raise KestroError(f"y must have one dimension, not {labels.ndim}")
-    if len(labels) != graphs:
-        raise KestroError(f"y has {len(labels)} entries for {graphs} graphs")
-    missing = np.flatnonzero(pd.isna(labels))
-    if len(missing):
-        raise KestroError(f"the class of graph {missing[0]} is missing in y")
-    if np.issubdtype(labels.dtype, np.inexact) and (labels % 1 != 0).any():
-        raise KestroError("y must hold classes, not measurements")
-    try:
-        names, codes = np.unique(labels, return_inverse=True)
-    except TypeError as e:
-        raise KestroError(f"the classes in y cannot be put into order: {e}") from e
-    if len(names) < 2:
-        raise KestroError("y must hold at least two classes")
-    return names.tolist(), codes
 
 
 def _level(alpha: object) -> float:

@@ -240,7 +240,7 @@ def test_more_classes_are_compared_one_by_one(runs):
 
 
 @pytest.mark.parametrize("method", METHODS)
-def test_of_two_classes_the_larger_is_compared(runs, method):
+def test_of_two_classes_the_last_is_compared(runs, method):
     result, _, y = runs[1]
     names = np.where(y == 1, "mutagen", "harmless")
     expected = result.score(y, method=method)
@@ -248,7 +248,9 @@ def test_of_two_classes_the_larger_is_compared(runs, method):
         found = result.score(labels, method=method)
         assert set(found["class"]) == {"mutagen"}
         assert found["score"].equals(expected["score"])
-    for same in (y.astype(bool), y.astype(float), y * 2 - 1):
+    whole = np.ma.array(y, mask=np.zeros(len(y), bool))
+    mixed = [float(x) if x else int(x) for x in y]
+    for same in (y.astype(bool), y.astype(float), y * 2 - 1, y.tolist(), whole, mixed):
         assert result.score(same, method=method)["score"].equals(expected["score"])
 
 
@@ -264,16 +266,23 @@ def test_of_two_classes_the_larger_is_compared(runs, method):
         (lambda y: y + 0.5, "measurements"),
         (lambda y: y.reshape(1, -1), "dimension"),
         (lambda y: 1, "dimension"),
-        (lambda y: ["a", *y[1:].tolist()], "order"),
+        (lambda y: ["a", *y[1:].tolist()], "numbers and text, which have no order"),
+        (lambda y: np.array(["a", *y[1:].tolist()], object), "numbers and text"),
+        (lambda y: [1, "1"] * (len(y) // 2) + ["1"] * (len(y) % 2), "numbers and text"),
+        (lambda y: [True, *y[1:].tolist()], "numbers and truth values"),
+        (lambda y: ["a", *"b" * (len(y) - 2), math.nan], r"graph \d+ is missing"),
+        (lambda y: np.ma.array(y, mask=np.arange(len(y)) == 4), "graph 4 is missing"),
+        (lambda y: [[x] for x in y], "dimension"),
+        (lambda y: [[x, x] for x in y], "dimension"),
+        (lambda y: [x + 0.5 for x in y], "measurements"),
+        (lambda y: [0, *[{}] * (len(y) - 1)], "dict objects and numbers"),
+        (lambda y: [{}] * len(y), "order"),
     ],
 )
 def test_classes_that_make_no_sense(runs, change, reason):
     result, _, y = runs[0]
-    wrong = change(y)
-    if reason == "order":
-        wrong = np.array(wrong, dtype=object)
     with pytest.raises(kestro.KestroError, match=reason):
-        result.score(wrong)
+        result.score(change(y))
 
 
 @pytest.mark.parametrize(
