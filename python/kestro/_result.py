@@ -404,8 +404,10 @@ class Result:
         Raises
         ------
         KestroError
-            When y has not one entry for each graph, an entry is missing, or
-            there is one class only.
+            When y has not one entry for each graph, an entry is missing,
+            entries are of several kinds, or there is one class only; when the
+            TIDs are unknown; for a correction of patterns that were read from
+            a file that does not hold all of the run.
         ValueError
             For a correction of another method, and an alpha out of range.
 

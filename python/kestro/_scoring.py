@@ -17,6 +17,7 @@ from numpy.typing import ArrayLike, NDArray
 
 from kestro._arguments import check_choice, whole_number
 from kestro._classes import classes
+from kestro._errors import KestroError
 from kestro._patterns import NO, Patterns
 from kestro._ragged import offsets_of
 
@@ -57,6 +58,11 @@ def table(
         if method not in _TESTS:
             raise ValueError(
                 f"a correction is for 'chi2' and 'fisher', which give p, not {method!r}"
+            )
+        if patterns.summary.holds != "all":
+            raise KestroError(
+                "a correction counts all patterns of the run, and the file that was "
+                "read holds some of them only"
             )
     level = _level(alpha)
     names, codes = classes(y, patterns.summary.graphs)

@@ -439,3 +439,21 @@ def test_lines_of_json_that_are_wrong(result, line, values, reason):
         kestro.read_result(changed(result, line, **values))
     if "patterns" not in values and values.get("id") != "1-1":
         assert caught.value.line == line
+
+
+@WAYS
+def test_corrections_need_all_patterns_of_the_run(result, molecules, tmp_path, way):
+    """The family of a correction must not depend on what was kept of it."""
+    y = np.arange(60) % 2
+    family = result.score(y, correction="bh").attrs["family"]
+    maximal = kestro.mine(molecules, min_support="20%", maximal=True)
+    for own in (result.top(5), maximal, result[result.size >= 5]):
+        assert own.score(y, correction="bh").attrs["family"] == family
+        again = way(own, tmp_path)
+        by_id = own[np.argsort(own.positions)]
+        assert again.score(y).equals(by_id.score(y))
+        for correction in ("bh", "bonferroni", "tarone"):
+            with pytest.raises(kestro.KestroError, match="all patterns of the run"):
+                again.score(y, correction=correction)
+    again = way(result[::-1], tmp_path)
+    assert again.score(y, correction="bh").attrs["family"] == family
