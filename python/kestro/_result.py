@@ -11,7 +11,15 @@ from typing import IO, TYPE_CHECKING, Any, overload
 import numpy as np
 from numpy.typing import ArrayLike, NDArray
 
-from kestro import _html, _jsonl, _matching, _pattern_table, _program_files, _scoring
+from kestro import (
+    _choices,
+    _html,
+    _jsonl,
+    _matching,
+    _pattern_table,
+    _program_files,
+    _scoring,
+)
 from kestro._arguments import Index, Selection, position, positions
 from kestro._aside import write_aside
 from kestro._database import Graph, GraphDatabase
@@ -454,17 +462,17 @@ class Result:
         Result
             Equal ones are in the order of this result; NaN is less than all.
         """
-        values = _scoring.values(self._patterns, self.positions, by, y)
-        chosen = _scoring.largest(values, k)
+        values = _choices.values(self._patterns, self.positions, by, y)
+        chosen = _choices.largest(values, k)
         return self._of(self.positions[chosen])
 
     def representative(self, k: int) -> Result:
         """Return closed patterns that together cover the graphs.
 
         One after another, the pattern is taken that occurs in most graphs that
-        none of those taken before occurs in; of equal ones the one with most
-        edges, then the first.  When no pattern occurs in a further graph, all
-        graphs count as uncovered again.
+        none of those taken before occurs in [1]_; of equal ones the one with
+        most edges, then the one with the smaller id.  Once every graph that
+        can be is covered, patterns follow by support, then id.
 
         Parameters
         ----------
@@ -474,10 +482,24 @@ class Result:
         Returns
         -------
         Result
-            In the order of choice.  Patterns of which it is unknown whether
-            they are closed may be taken; ``undecided`` counts these.
+            In the order of choice, with k patterns if there are as many closed
+            ones.  Patterns of which it is unknown whether they are closed may
+            be taken; ``undecided`` counts these.
+
+        Raises
+        ------
+        KestroError
+            When the TIDs are unknown.
+        TypeError, ValueError
+            When k is no int, or less than 0.
+
+        References
+        ----------
+        .. [1] G. L. Nemhauser, L. A. Wolsey, M. L. Fisher, An analysis of
+           approximations for maximizing submodular set functions I,
+           Mathematical Programming 14, 1978.
         """
-        chosen = _scoring.covering(self._patterns, self.positions, k)
+        chosen = _choices.covering(self._patterns, self.positions, k)
         return self._of(chosen, "closed")
 
     def to_jsonl(

@@ -1,4 +1,4 @@
-"""Scores, corrections and choices of patterns.
+"""Scores of patterns, and corrections for many of them.
 
 A pattern and a class make a table of four counts: graphs that contain the
 pattern or not, of the class or not.  With the numbers of graphs and of those of
@@ -8,17 +8,16 @@ contain the pattern; the tests are done once for each pair that occurs.
 
 from __future__ import annotations
 
-import heapq
 from collections.abc import Callable
 from typing import TYPE_CHECKING, Any, Literal, NamedTuple, get_args
 
 import numpy as np
 from numpy.typing import ArrayLike, NDArray
 
-from kestro._arguments import check_choice, whole_number
+from kestro._arguments import check_choice
 from kestro._classes import classes
 from kestro._errors import KestroError
-from kestro._patterns import NO, Patterns
+from kestro._patterns import Patterns
 from kestro._ragged import offsets_of
 
 if TYPE_CHECKING:
@@ -262,75 +261,3 @@ def _tarone_factor(least: NDArray[np.float64], alpha: float) -> int:
     k = np.arange(1, len(least) + 1)
     reaching = np.searchsorted(np.sort(least), alpha / k, "right")
     return int(k[np.argmax(reaching <= k)])
-
-
-def values(
-    patterns: Patterns, chosen: NDArray[np.int64], by: object, y: ArrayLike | None
-) -> NDArray[np.float64]:
-    """Return by what ``Result.top`` ranks these patterns."""
-    if not isinstance(by, str):
-        own = np.asarray(by, dtype=np.float64)
-        if own.shape != (len(chosen),):
-            raise ValueError(
-                f"by must be one number for each of {len(chosen)} patterns, "
-                f"not of shape {own.shape}"
-            )
-        return own
-    check_choice("by", by, ("support", "size", *get_args(Method)))
-    if by == "support":
-        return patterns.support[chosen].astype(np.float64)
-    if by == "size":
-        return patterns.sizes(chosen).astype(np.float64)
-    if y is None:
-        raise ValueError(f"{by!r} needs y, the classes of the graphs")
-    scores = table(patterns, chosen, y, method=by, correction=None, alpha=0.5)
-    by_class = scores["score"].to_numpy(np.float64).reshape(-1, len(chosen))
-    best: NDArray[np.float64] = np.fmax.reduce(by_class, axis=0)
-    return best
-
-
-def largest(ranks: NDArray[np.float64], k: int) -> NDArray[np.int64]:
-    """Return the places of the k largest numbers, the largest first, NaN last."""
-    return np.argsort(-ranks, kind="stable")[: whole_number("k", k, 0)]
-
-
-def covering(
-    patterns: Patterns, chosen: NDArray[np.int64], k: int
-) -> NDArray[np.int64]:
-    """Return the patterns that ``Result.representative`` chooses.
-
-    What a pattern adds can only become less while graphs are covered, so one
-    that still adds as much as it did when it was last looked at is the best.
-    """
-    wanted = whole_number("k", k, 0)
-    tids, offsets = patterns.tids, patterns.tid_offsets
-    candidates = chosen[patterns.closed[chosen] != NO]
-    ranked = _by_size(patterns, candidates)
-    taken: list[int] = []
-    while ranked and len(taken) < wanted:
-        covered = np.zeros(patterns.summary.graphs, np.bool_)
-        queue = [(-int(patterns.support[i]), rank, i) for rank, i in enumerate(ranked)]
-        heapq.heapify(queue)
-        while queue and len(taken) < wanted:
-            added, rank, i = heapq.heappop(queue)
-            own = tids[offsets[i] : offsets[i + 1]]
-            now = int(np.count_nonzero(covered[own])) - len(own)
-            if now != added:
-                heapq.heappush(queue, (now, rank, i))
-                continue
-            if now == 0:
-                break
-            covered[own] = True
-            taken.append(i)
-        before = set(taken)
-        ranked = [i for i in ranked if i not in before]
-    return np.array(taken, np.int64)
-
-
-def _by_size(patterns: Patterns, candidates: NDArray[np.int64]) -> list[int]:
-    """Return the candidates, each once, those with most edges first."""
-    _, first = np.unique(candidates, return_index=True)
-    distinct = candidates[np.sort(first)]
-    order = np.argsort(-patterns.sizes(distinct), kind="stable")
-    found: list[int] = distinct[order].tolist()
-    return found

@@ -2,6 +2,7 @@
 
 import itertools
 import math
+import time
 from fractions import Fraction
 
 import kestro
@@ -349,13 +350,16 @@ def test_tops_that_make_no_sense(runs):
 
 def plain_representatives(result, k):
     """Greedy coverage, looking at every closed pattern each time."""
-    left = [(i, p.size, set(p.tids.tolist())) for i, p in enumerate(result) if p.closed]
+    left = [
+        (i, p.size, set(p.tids.tolist()))
+        for i, p in enumerate(result)
+        if p.closed is not False
+    ]
     covered, taken = set(), []
     while left and len(taken) < k:
         best = max(left, key=lambda row: (len(row[2] - covered), row[1], -row[0]))
         if not best[2] - covered:
-            covered = set()
-            continue
+            best = max(left, key=lambda row: (len(row[2]), -row[0]))
         covered |= best[2]
         taken.append(best[0])
         left.remove(best)
@@ -367,12 +371,26 @@ def test_representative(runs, molecules, k):
     mined = kestro.mine(molecules, min_support="15%")
     for result in (mined, *(run[0] for run in runs[:3])):
         bounded = result.representative(k)
+        assert bounded.positions.tolist() == plain_representatives(result, k)
         if result is mined:
             assert bounded.undecided == 0
-            assert bounded.positions.tolist() == plain_representatives(result, k)
             assert all(p.closed for p in bounded)
+            assert len(bounded) == min(k, sum(p.closed for p in mined))
         else:  # of the last level it is unknown
             assert bounded.undecided == len(bounded) == min(k, 12)
     selection = mined[::-1][:50]
     chosen = selection.representative(k).positions.tolist()
     assert set(chosen) <= set(selection.positions.tolist())
+
+
+def test_many_representatives_of_one_graph(molecules):
+    """Once every graph is covered there is no more to weigh."""
+    large = max(range(len(molecules)), key=lambda i: len(molecules[i].edges))
+    result = kestro.mine(molecules[[large]], min_support=1, max_size=12)
+    assert len(result) > 2000 and result.undecided == 0
+    start = time.process_time()
+    chosen = result.representative(len(result))
+    assert time.process_time() - start < 2
+    unsure = [p.closed for p in result].count(None)
+    assert len(chosen) == unsure == chosen.undecided
+    assert chosen.positions.tolist() == sorted(chosen.positions.tolist())
