@@ -15,6 +15,7 @@ from kestro._database import Graph, GraphDatabase
 from kestro._native import database_of
 from kestro._packing import Packer
 from kestro._ragged import offsets_of, places, small
+from kestro._summary import check_atom_labels
 
 if TYPE_CHECKING:
     import scipy.sparse
@@ -96,12 +97,17 @@ class Lattice:
             pool.shutdown(cancel_futures=True)
 
 
+def check_database(patterns: Patterns, other: object) -> None:
+    """Raise unless it is a database whose labels mean what the patterns' do."""
+    if not isinstance(other, GraphDatabase):
+        raise TypeError(f"other must be a GraphDatabase, not {type(other).__name__}")
+    check_atom_labels(patterns.summary.atom_labels, other.atom_labels)
+
+
 def transform(
     lattice: Lattice, other: GraphDatabase, n_jobs: int | None
 ) -> scipy.sparse.csr_array:
     """Return which graph of a database contains which pattern."""
-    if not isinstance(other, GraphDatabase):
-        raise TypeError(f"other must be a GraphDatabase, not {type(other).__name__}")
     return lattice.match(other._native, job_count(n_jobs))
 
 

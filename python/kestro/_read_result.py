@@ -15,6 +15,7 @@ from kestro._errors import KestroError
 from kestro._files import Source, read_bytes
 from kestro._patterns import Patterns
 from kestro._result import Result
+from kestro._summary import check_atom_labels
 
 
 def read_result(
@@ -90,9 +91,14 @@ def _with_db(
     graphs = patterns.summary.graphs
     if len(db) != graphs:
         raise KestroError(f"{graphs} graphs were mined, db has {len(db)}", name)
-    patterns = patterns.with_summary(
-        replace(patterns.summary, atom_labels=db.atom_labels)
-    )
+    try:
+        check_atom_labels(patterns.summary.atom_labels, db.atom_labels)
+    except KestroError as e:
+        raise KestroError(e.text, name) from None
+    if db.atom_labels is not None:
+        patterns = patterns.with_summary(
+            replace(patterns.summary, atom_labels=db.atom_labels)
+        )
     return patterns if patterns.has_tids else _with_tids(patterns, db, jobs, name)
 
 

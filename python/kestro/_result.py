@@ -300,7 +300,8 @@ class Result:
 
         A pattern occurs in a graph where its vertices can be laid on different
         vertices of the same label so that its edges come to lie on edges of
-        the same label.  Labels that the patterns do not have match nothing.
+        the same label [1]_.  Labels that the patterns do not have match
+        nothing.
         A pattern is not looked for where one of its parents is missing.
 
         Parameters
@@ -315,6 +316,19 @@ class Result:
         csr_array of uint8, shape (graphs of other, patterns)
             1 where the graph contains the pattern.
 
+        Raises
+        ------
+        KestroError
+            When both databases are of molecules, of which one was read with
+            charges or hydrogens and the other one without.
+        TypeError
+            When ``other`` is no database.
+
+        References
+        ----------
+        .. [1] J. R. Ullmann, An algorithm for subgraph isomorphism,
+           J. ACM 23, 1976.
+
         Examples
         --------
         >>> import kestro
@@ -323,6 +337,7 @@ class Result:
         >>> kestro.mine(db, min_support=2).transform(other).toarray().tolist()
         [[1], [0]]
         """
+        _matching.check_database(self._patterns, other)
         if self._lattice is None:
             self._lattice = _matching.Lattice(self._patterns, self.positions)
         return _matching.transform(self._lattice, other, n_jobs)

@@ -112,6 +112,21 @@ def describe(db: GraphDatabase) -> Described:
     )
 
 
+def check_atom_labels(mined: AtomLabels | None, other: AtomLabels | None) -> None:
+    """Raise when labels of both are known, and mean something else.
+
+    Files of graphs do not tell what their labels mean; they may be molecules.
+    """
+    if mined is None or other is None or mined == other:
+        return
+    told = [
+        f"{name}={getattr(mined, name)}, not {getattr(other, name)}"
+        for name in AtomLabels._fields
+        if getattr(mined, name) != getattr(other, name)
+    ]
+    raise KestroError(f"the patterns are of molecules read with {'; '.join(told)}")
+
+
 def _is_whole(value: object) -> bool:
     return type(value) is int
 

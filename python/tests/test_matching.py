@@ -192,3 +192,27 @@ def test_graphs_that_are_none(result):
     graph = kestro.Graph(("C", "C"), np.array([[0, 5]], np.int32), ("s",))
     with pytest.raises(kestro.KestroError, match="vertex|vertices"):
         result.embeddings(0, graph)
+
+
+SMILES = ["C[NH3+]", "CC[NH3+]", "CN"]
+
+
+def test_labels_that_mean_something_else(tmp_path):
+    """With charges N is another label, which silently matches less."""
+    charged = kestro.from_smiles(SMILES, charge=True)
+    plain = kestro.from_smiles(SMILES)
+    result = kestro.mine(charged, min_support=2)
+    with pytest.raises(kestro.KestroError, match="read with charge=True, not False"):
+        result.transform(plain)
+    result.to_jsonl(tmp_path / "p.jsonl")
+    for db in (plain, kestro.from_smiles(SMILES, charge=True, hydrogens=True)):
+        with pytest.raises(kestro.KestroError, match="read with"):
+            kestro.read_result(tmp_path / "p.jsonl", db)
+    assert kestro.read_result(tmp_path / "p.jsonl", charged)[0].to_smarts()
+    # A file of graphs does not tell what its labels are.
+    charged.to_transactions(tmp_path / "t")
+    graphs = kestro.read_transactions(tmp_path / "t")
+    assert (result.transform(graphs) != result.incidence()).nnz == 0
+    again = kestro.mine(graphs, min_support=2)
+    assert (again.transform(charged) != again.incidence()).nnz == 0
+    assert kestro.read_result(tmp_path / "p.jsonl", graphs)[0].to_smarts()
