@@ -15,7 +15,10 @@ from kestro._errors import KestroError
 from kestro._files import Source, read_bytes
 from kestro._patterns import Patterns
 from kestro._result import Result
-from kestro._summary import check_atom_labels
+from kestro._summary import Described, check_atom_labels, describe
+
+# Patterns that are looked for where their TIDs are known, to see that they are db's.
+_LOOKED_FOR = 10
 
 
 def read_result(
@@ -35,7 +38,7 @@ def read_result(
         wrote.  Each may be compressed by gzip.
     db : GraphDatabase, optional
         What was mined.  Without a file of TIDs the patterns are looked for in
-        it.
+        it; with one, ten of them are, to see that the TIDs are those of ``db``.
     n_jobs : int, optional
         Threads for that: None is 1, -1 all cores that the process may use.
 
@@ -95,11 +98,57 @@ def _with_db(
         check_atom_labels(patterns.summary.atom_labels, db.atom_labels)
     except KestroError as e:
         raise KestroError(e.text, name) from None
+    wrong = _other_counts(patterns.summary.described, describe(db))
+    if wrong:
+        raise KestroError(f"the graphs of db are others: {wrong}", name)
     if db.atom_labels is not None:
         patterns = patterns.with_summary(
             replace(patterns.summary, atom_labels=db.atom_labels)
         )
-    return patterns if patterns.has_tids else _with_tids(patterns, db, jobs, name)
+    if not patterns.has_tids:
+        return _with_tids(patterns, db, jobs, name)
+    _check_tids(patterns, db, jobs, name)
+    return patterns
+
+
+def _other_counts(mined: Described | None, db: Described) -> str:
+    """Return the count of the graphs that is another one, if any is.
+
+    There may be labels in a file that no graph of it has.
+    """
+    if mined is None:
+        return ""
+    for field, told, own in zip(Described._fields, mined, db, strict=True):
+        is_label = field.endswith("_labels") and told.isdecimal()
+        if int(told) < int(own) if is_label else told != own:
+            what = field.replace("_", " ")
+            return f"{what} are {own}, in what was mined {told}"
+    return ""
+
+
+def _check_tids(
+    patterns: Patterns, db: GraphDatabase, jobs: int, name: str | None
+) -> None:
+    """Raise where a pattern, of some, is not in the graphs of its TIDs.
+
+    Whether it is in others is not asked: in the command line's form some very
+    symmetric patterns are counted in parts.
+    """
+    if not len(patterns):
+        return
+    spread = np.linspace(0, len(patterns) - 1, _LOOKED_FOR)
+    chosen = np.unique(spread.astype(np.int64))
+    found = _matching.Lattice(patterns, chosen).match(db._native, jobs).tocsc()
+    for column, (i, own) in enumerate(
+        zip(chosen, patterns.tid_lists(chosen), strict=True)
+    ):
+        there = found.indices[found.indptr[column] : found.indptr[column + 1]]
+        if not np.isin(own, there).all():
+            [pattern] = patterns.names(np.array([i]))
+            raise KestroError(
+                f"the graphs of db are others: {pattern} is not in all of its TIDs",
+                name,
+            )
 
 
 def _with_tids(

@@ -226,7 +226,7 @@ def test_databases_that_do_not_belong(result, three, molecules, tmp_path):
     result.write(tmp_path, "p", tids=False)
     with pytest.raises(kestro.KestroError, match="60 graphs were mined, db has 3"):
         kestro.read_result(tmp_path / "p.fp", three)
-    with pytest.raises(kestro.KestroError, match="not as frequent"):
+    with pytest.raises(kestro.KestroError, match="average edges are 4, in"):
         kestro.read_result(tmp_path / "p.fp", molecules[[0] * 60])
     with pytest.raises(FileNotFoundError):
         kestro.read_result(tmp_path / "none.fp")
@@ -457,3 +457,35 @@ def test_corrections_need_all_patterns_of_the_run(result, molecules, tmp_path, w
                 again.score(y, correction=correction)
     again = way(result[::-1], tmp_path)
     assert again.score(y, correction="bh").attrs["family"] == family
+
+
+@WAYS
+def test_databases_in_another_order(result, molecules, tmp_path, way):
+    """All counts of it are the same; the TIDs are others."""
+    with pytest.raises(kestro.KestroError, match="is not in all of its TIDs"):
+        way(result, tmp_path, molecules[::-1])
+    with pytest.raises(kestro.KestroError, match="is not in all of its TIDs"):
+        way(result[[113]], tmp_path, molecules[::-1])
+
+
+def test_databases_of_other_graphs(three, tmp_path):
+    kestro.mine(three, min_support=1).write(tmp_path, "p", tids=False)
+    g = ["C", "O"], ["C", "C", "O"], ["C", "O"]
+    longer = [(0, 1, "s"), (1, 2, "d")]
+    for vertices, edges, reason in (
+        ((*g[:2], ["C", "N"]), [[(0, 1, "d")], longer, [(0, 1, "s")]], "vertex labels are 3"),
+        (g, [[(0, 1, "x")], longer, [(0, 1, "s")]], "edge labels are 3"),
+        (g, [[(0, 1, "d")], [*longer, (0, 2, "s")], [(0, 1, "s")]], "edges are"),
+        (g, [[(0, 1, "s")], longer, [(0, 1, "s")]], "not as frequent"),
+    ):
+        db = kestro.from_edges(vertices, edges)
+        with pytest.raises(kestro.KestroError, match=reason):
+            kestro.read_result(tmp_path / "p.fp", db)
+
+
+def test_labels_of_a_file_that_no_graph_has(tmp_path):
+    text = "v 0 A\nt # 0\nv 0 B\nv 1 C\nu 0 1 s\n"
+    db = kestro.read_transactions(io.StringIO(text))
+    kestro.mine(db, min_support=1).write(tmp_path, "p")
+    for own in (db, db[:]):
+        assert len(kestro.read_result(tmp_path / "p.fp", own)) == 1
