@@ -42,17 +42,14 @@ def write(
     Positions ascend, each once; the summary tells what they are.
     """
     input_name = name if source is None else source
-    if "\n" in input_name or "\n" in name:
-        raise KestroError("the name of a file holds a newline")
+    _check_names(name, input_name)
     files = {".fp": "Frequent Pattern File"}
     files |= {".pc": "PC-List File"} if parents else {}
     files |= {".tid": "TID-List File"} if tids else {}
     report = _report.Report(summary, p.sizes(chosen), input_name)
     outputs = [(what, name + suffix) for suffix, what in files.items()]
     names = p.names(chosen)
-    lines: dict[Path, Iterable[str]] = {
-        folder / f"{name}.fp": _whole(report, outputs, _pattern_lines(p, chosen))
-    }
+    lines: dict[Path, Iterable[str]] = {}
     if tids:
         lines[folder / f"{name}.tid"] = (
             " ".join([own, *map(str, of)]) + "\n"
@@ -63,7 +60,20 @@ def write(
             " ".join([own, *of]) + "\n"
             for own, of in zip(names, p.parent_names(chosen), strict=True)
         )
-    write_all_aside(lines)
+    # The last to appear: who finds it finds the others.
+    lines[folder / f"{name}.fp"] = _whole(report, outputs, _pattern_lines(p, chosen))
+    # Files of an earlier run would be taken for this one's.
+    others = [name + suffix for suffix in (".tid", ".pc") if suffix not in files]
+    write_all_aside(lines, [folder / other for other in others])
+
+
+def _check_names(name: str, input_name: str) -> None:
+    if "\n" in input_name or "\n" in name:
+        raise KestroError("the name of a file holds a newline")
+    if name in ("", ".", "..") or "/" in name or "\0" in name or os.sep in name:
+        raise KestroError(
+            f"name must be that of a file, without a folder, not {name!r}"
+        )
 
 
 def _whole(

@@ -76,10 +76,15 @@ def read_result(
 
 
 def _beside(path: Path, suffix: str) -> _program_files.Beside | None:
-    """Return the file beside a pattern file, compressed or not, if it is there."""
+    """Return the file beside a pattern file if it is there.
+
+    Beside ``p.fp.gz`` it may be compressed, too.
+    """
     plain = path.with_suffix("") if path.suffix == ".gz" else path
-    plain = plain.with_suffix(suffix)
-    for file in (plain, plain.with_name(f"{plain.name}.gz")):
+    files = [plain.with_suffix(suffix)]
+    if plain != path:
+        files.insert(0, plain.with_suffix(f"{suffix}.gz"))
+    for file in files:
         try:
             return _program_files.Beside(str(file), read_bytes(file)[0].splitlines())
         except FileNotFoundError:

@@ -141,6 +141,8 @@ def read(text: bytes, name: str | None) -> RunSummary:
             raise KestroError(f"no pattern file of a run that ended: no {what!r}", name)
         return found[1].decode("utf-8", "surrogateescape")
 
+    if not text.rstrip().endswith(b"# " + _STARS.encode()):
+        raise KestroError("no pattern file of a run that ended: no last line", name)
     number = r"(-?\d+)"
     seconds = float(value("Elapsed User CPU Time:", r"([0-9.]+)\[sec\]"))
     most = int(value("Max Output Pattern Size:", rf"{number}(?:\(INT_MAX\))?"))

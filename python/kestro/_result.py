@@ -555,7 +555,8 @@ class Result:
         Makes ``name.fp``, ``name.tid`` and ``name.pc``, in which patterns come
         by size, then id, each once.  With
         ``form="command-line"`` they are what the program writes, but for the
-        time.  A file appears under its name when it is whole.
+        time.  The files appear under their names when all are whole, one after
+        another, ``name.fp`` last.
 
         Parameters
         ----------
@@ -567,13 +568,16 @@ class Result:
             The name of the input, which the head of the pattern file tells;
             None is ``name``.
         tids, parents : bool
-            Whether to write ``name.tid`` and ``name.pc``.
+            Whether to write ``name.tid`` and ``name.pc``.  If not, one that is
+            there is removed, as it belongs to other patterns.
 
         Raises
         ------
         KestroError
-            When the TIDs or the parents are unknown, or a name holds a
-            newline.
+            When the TIDs or the parents are unknown, a name holds a newline,
+            or ``name`` is none of a file.
+        OSError
+            When a file cannot be written.
         """
         _program_files.write(
             self._patterns,

@@ -7,6 +7,7 @@ import os
 import re
 import subprocess
 import sys
+from concurrent.futures import ThreadPoolExecutor
 
 import kestro
 import numpy as np
@@ -176,6 +177,44 @@ def test_files_packed_by_gzip(result, tmp_path):
     packed = tmp_path / "p.jsonl.gz"
     packed.write_bytes(gzip.compress((tmp_path / "p.jsonl").read_bytes()))
     assert rows(kestro.read_result(packed)) == rows(result)
+    result.write(tmp_path, "p")
+    for suffix in (".fp", ".pc", ".tid"):  # the other ones are beside it as they were
+        file = tmp_path / f"p{suffix}"
+        packed = tmp_path / f"p{suffix}.gz"
+        packed.write_bytes(gzip.compress(file.read_bytes()))
+        file.unlink()
+        assert rows(kestro.read_result(tmp_path / "p.fp.gz")) == rows(result)
+
+
+def test_file_objects(result, tmp_path):
+    result.write(tmp_path, "p")
+    result.to_jsonl(tmp_path / "p.jsonl")
+    for name in ("p.jsonl", "p.fp"):
+        data = (tmp_path / name).read_bytes()
+        for packed in (data, gzip.compress(data)):
+            again = kestro.read_result(io.BytesIO(packed), result.db)
+            assert (again.incidence() != result.incidence()).nnz == 0
+        with open(tmp_path / name, encoding="utf-8", errors="surrogateescape") as f:
+            assert len(kestro.read_result(f)) == 114
+    with open(tmp_path / "p.fp", "rb") as f, pytest.raises(
+        kestro.KestroError, match="TIDs are unknown"
+    ):
+        kestro.read_result(f).incidence()
+    for odd in (None, 3, b"p.fp"):
+        with pytest.raises(TypeError, match="path or a file object"):
+            kestro.read_result(odd)
+
+
+@pytest.mark.parametrize("missing", [1, 2, 20, 56])
+def test_the_last_bytes_are_missing(result, tmp_path, missing):
+    result.write(tmp_path, "p")
+    text = (tmp_path / "p.fp").read_bytes()
+    (tmp_path / "p.fp").write_bytes(text[:-missing])
+    if missing == 1:  # no end of the last line, as some editors leave it
+        assert len(kestro.read_result(tmp_path / "p.fp")) == 114
+    else:
+        with pytest.raises(kestro.KestroError, match="of a run that ended"):
+            kestro.read_result(tmp_path / "p.fp")
 
 
 def test_lines_of_json(result, tmp_path):
@@ -489,3 +528,41 @@ def test_labels_of_a_file_that_no_graph_has(tmp_path):
     kestro.mine(db, min_support=1).write(tmp_path, "p")
     for own in (db, db[:]):
         assert len(kestro.read_result(tmp_path / "p.fp", own)) == 1
+
+
+def test_files_of_an_earlier_run_are_not_taken_for_this_one(molecules, tmp_path):
+    for db in (molecules, molecules[::-1]):
+        result = kestro.mine(db, min_support="20%")
+        result.write(tmp_path, "p", tids=db is molecules, parents=db is molecules)
+    assert sorted(contents(tmp_path)) == ["p.fp"]
+    again = kestro.read_result(tmp_path / "p.fp", molecules[::-1])
+    assert (again.incidence() != result.incidence()).nnz == 0
+    with pytest.raises(kestro.KestroError, match="parents are unknown"):
+        again[0].parents
+
+
+@pytest.mark.parametrize("name", ["a/b", "../up", "", ".", "..", "/p", "a\0b"])
+def test_names_that_leave_the_folder(result, tmp_path, name):
+    (tmp_path / "a").mkdir()
+    folder = tmp_path / "own"
+    folder.mkdir()
+    before = sorted(tmp_path.rglob("*"))
+    with pytest.raises(kestro.KestroError, match="name must be that of a file"):
+        result.write(folder, name)
+    assert sorted(tmp_path.rglob("*")) == before
+
+
+def test_errors_of_writing_name_the_file(result, tmp_path):
+    with pytest.raises(FileNotFoundError) as caught:
+        result.write(tmp_path / "none", "p", tids=False, parents=False)
+    assert caught.value.filename == str(tmp_path / "none" / "p.fp")
+    with pytest.raises(FileNotFoundError) as caught:
+        result.to_jsonl(tmp_path / "none" / "p.jsonl")
+    assert caught.value.filename == str(tmp_path / "none" / "p.jsonl")
+
+
+def test_threads_write_one_file_at_once(result, tmp_path):
+    with ThreadPoolExecutor(8) as pool:
+        for done in [pool.submit(result.to_jsonl, tmp_path / "p") for _ in range(64)]:
+            done.result()
+    assert contents(tmp_path) == {"p": result.to_jsonl().encode()}
