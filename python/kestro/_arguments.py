@@ -16,6 +16,7 @@ MinSupport = int | float | str
 Index = int | np.integer[Any]
 # A mask or positions; a str is neither.
 Selection = Sequence[bool] | Sequence[int] | NDArray[Any]
+Ids = list[str] | tuple[str, ...]  # of patterns
 
 # A number as the command line takes it, without the forms that only C reads.
 _PERCENTAGE = re.compile(r"\s*([0-9]+(?:\.[0-9]*)?|\.[0-9]+)\s*%\s*")
@@ -94,6 +95,8 @@ def positions(key: object, size: int) -> NDArray[np.int64]:
     chosen = np.asarray(key)
     if chosen.ndim != 1:
         raise IndexError("a selection is a slice, a mask or a sequence of positions")
+    if chosen.dtype == object:
+        chosen = _mask_of(chosen)
     if chosen.dtype == np.bool_:
         if len(chosen) != size:
             raise IndexError(f"a mask of {len(chosen)} selects from {size}")
@@ -108,8 +111,34 @@ def positions(key: object, size: int) -> NDArray[np.int64]:
     return np.where(chosen < 0, chosen + size, chosen)
 
 
+def ids_in(key: object) -> list[str] | None:
+    """Return the ids that a selection lists, None where it lists none."""
+    if isinstance(key, slice):
+        return None
+    entries = np.asarray(key)
+    if entries.ndim != 1 or not len(entries):
+        return None
+    ids = entries.tolist()
+    return ids if all(isinstance(x, str) for x in ids) else None
+
+
+def _mask_of(chosen: NDArray[Any]) -> NDArray[Any]:
+    """Return truth values as such; raise where one is missing."""
+    import pandas as pd
+
+    missing = pd.isna(chosen)
+    is_truth = [isinstance(x, (bool, np.bool_)) for x in chosen]
+    if not (is_truth | missing).all():
+        return chosen
+    if missing.any():
+        raise IndexError("the mask holds NA; use fillna(False), or True")
+    return chosen.astype(np.bool_)
+
+
 def position(key: Index, size: int, what: str) -> int:
     """Return one position, counted from the end where it is negative."""
+    if isinstance(key, bool):
+        raise TypeError(f"the position of a {what} must be an int, not {key}")
     number = operator.index(key)
     if not -size <= number < size:
         raise IndexError(f"{what} {number} is out of range for {size}")

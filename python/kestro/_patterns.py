@@ -9,6 +9,7 @@ from typing import Any
 import numpy as np
 from numpy.typing import NDArray
 
+from kestro._checks import key_of
 from kestro._errors import KestroError
 from kestro._ragged import offsets_of
 from kestro._summary import Filter, Holds, RunSummary
@@ -134,8 +135,12 @@ class Patterns:
         """Return the level of a pattern."""
         return int(np.searchsorted(self.level_ends, i, side="right"))
 
-    def find(self, size: int, number: int) -> int | None:
-        """Return the position of pattern size-number, None if there is none."""
+    def find(self, name: str) -> int | None:
+        """Return the position of the pattern of an id, None if there is none."""
+        try:
+            size, number = key_of(name)
+        except ValueError:
+            return None
         level = int(np.searchsorted(self.level_sizes, size))
         if level == len(self.level_sizes) or self.level_sizes[level] != size:
             return None

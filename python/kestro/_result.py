@@ -20,7 +20,7 @@ from kestro import (
     _program_files,
     _scoring,
 )
-from kestro._arguments import Index, Selection, position, positions
+from kestro._arguments import Ids, Index, Selection, ids_in, position, positions
 from kestro._aside import write_aside
 from kestro._database import Graph, GraphDatabase
 from kestro._errors import KestroError
@@ -39,8 +39,8 @@ class Result:
     """Patterns of a run: a sequence of `Pattern`, by size, then id.
 
     An int gives a pattern, as does an id such as "3-7"; a slice, a boolean
-    mask or an array of positions gives a result with these patterns.  All
-    results of a run share its arrays.  Results can be pickled.
+    mask, or a sequence of positions or of ids gives a result with these
+    patterns.  All results of a run share its arrays.  Results can be pickled.
 
     Attributes
     ----------
@@ -165,14 +165,28 @@ class Result:
     @overload
     def __getitem__(self, key: Index | str) -> Pattern: ...
     @overload
-    def __getitem__(self, key: slice | Selection) -> Result: ...
-    def __getitem__(self, key: Index | str | slice | Selection) -> Pattern | Result:
+    def __getitem__(self, key: slice | Selection | Ids) -> Result: ...
+    def __getitem__(
+        self, key: Index | str | slice | Selection | Ids
+    ) -> Pattern | Result:
         """Return a pattern, or a result with those selected."""
         if isinstance(key, str):
-            return Pattern(self._patterns, self._named(key))
+            return Pattern(self._patterns, int(self._named([key])[0]))
         if isinstance(key, (int, np.integer)):
             return Pattern(self._patterns, self._at(key))
+        names = ids_in(key)
+        if names is not None:
+            return self._of(self._named(names))
         return self._of(self.positions[positions(key, len(self))])
+
+    def __contains__(self, key: object) -> bool:
+        """Return whether it has a pattern, or one of that id."""
+        if isinstance(key, Pattern):
+            return key._all is self._patterns and key._i in self.positions
+        try:
+            return isinstance(key, str) and len(self._named([key])) == 1
+        except KeyError:
+            return False
 
     def _of(self, chosen: NDArray[np.int64], *filters: Filter) -> Result:
         every = (*self._filters, *(x for x in filters if x not in self._filters))
@@ -183,14 +197,16 @@ class Result:
         i = position(key, len(self), "pattern")
         return i if self._is_whole else int(self.positions[i])
 
-    def _named(self, name: str) -> int:
-        """Return where the pattern of an id lies in the run."""
-        size, dash, number = name.partition("-")
-        if dash and size.isdecimal() and number.isdecimal():
-            i = self._patterns.find(int(size), int(number))
-            if i is not None and (self._is_whole or i in self.positions):
-                return i
-        raise KeyError(name)
+    def _named(self, names: list[str]) -> NDArray[np.int64]:
+        """Return where the patterns of these ids lie in the run."""
+        found = [self._patterns.find(name) for name in names]
+        there = np.array([-1 if i is None else i for i in found], np.int64)
+        missing = there < 0
+        if not self._is_whole:
+            missing |= ~np.isin(there, self.positions)
+        if missing.any():
+            raise KeyError(names[int(np.argmax(missing))])
+        return there
 
     def __reduce__(self) -> tuple[Any, ...]:
         """Pickle the arrays of the run, the choice and the database."""
@@ -371,7 +387,7 @@ class Result:
                 raise KestroError("the pattern is of another run")
             i = pattern._i
         elif isinstance(pattern, str):
-            i = self._named(pattern)
+            i = int(self._named([pattern])[0])
         else:
             i = self._at(pattern)
         return _matching.embeddings(self._patterns, i, graph, self._db, limit)

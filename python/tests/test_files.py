@@ -566,3 +566,25 @@ def test_threads_write_one_file_at_once(result, tmp_path):
         for done in [pool.submit(result.to_jsonl, tmp_path / "p") for _ in range(64)]:
             done.result()
     assert contents(tmp_path) == {"p": result.to_jsonl().encode()}
+
+
+def test_lines_of_json_tell_what_is_closed(result, molecules, tmp_path):
+    closed = kestro.mine(molecules, min_support="20%", closed=True)
+    for own in (closed, result[:], result[[100, 3]], closed[::-1]):
+        again = through_json(own, tmp_path, molecules)
+        by_id = own[np.argsort(own.positions)]
+        assert again.to_pandas().equals(by_id.to_pandas())
+        assert not again.to_pandas()["closed"].isna().any()
+        assert again.representative(3).undecided == 0
+    files = through_files(result[:], tmp_path)
+    assert files.to_pandas().equals(result.to_pandas())
+
+
+def test_undecided_ones_are_counted_where_they_are_read(molecules, tmp_path):
+    asked = {"min_support": "20%", "max_size": 4}
+    closed = kestro.mine(molecules, **asked, closed=True)
+    maximal = kestro.mine(molecules, **asked, maximal=True)
+    assert through_json(closed, tmp_path).undecided == closed.undecided > 0
+    for way in (through_files, through_json):
+        assert repr(way(maximal, tmp_path)) == repr(maximal)
+        assert maximal.undecided > 0
