@@ -25,7 +25,7 @@ from kestro._aside import write_aside
 from kestro._database import Graph, GraphDatabase
 from kestro._errors import KestroError
 from kestro._pattern import Pattern
-from kestro._patterns import NO, UNKNOWN, YES, Patterns
+from kestro._patterns import NO, UNKNOWN, Patterns
 from kestro._ragged import places, small
 from kestro._summary import Filter, RunSummary, describe
 
@@ -243,28 +243,7 @@ class Result:
             molecules ``smarts``, then ``closed`` and ``maximal``, which are NA
             where that is unknown.
         """
-        import pandas as pd
-
-        p = self._patterns
-        chosen = self.positions
-        sizes = p.sizes(chosen)
-        support = p.support[chosen]
-        smarts = {}
-        if p.summary.atom_labels is not None:
-            smarts["smarts"] = [pattern.to_smarts() for pattern in self]
-        return pd.DataFrame(
-            {
-                "size": sizes,
-                "id": p.names(chosen),
-                "support": support,
-                "fraction": support / max(1, self.graphs),
-                "vertices": np.diff(p.vertex_offsets)[chosen],
-                "edges": sizes,
-                **smarts,
-                "closed": _nullable(p.closed[chosen]),
-                "maximal": _nullable(p.maximal[chosen]),
-            }
-        )
+        return _pattern_table.frame(self._patterns, self.positions)
 
     def to_arrow(self) -> pa.Table:
         """Return a table of Arrow's with a row per pattern.
@@ -278,14 +257,15 @@ class Result:
         pyarrow.Table
             The columns of `to_pandas`; then lists: ``vertex_labels``, ``ends``
             (pairs of vertices) and ``edge_labels``, and, where they are known,
-            ``tids`` and ``parents`` (ids).
+            ``tids`` and ``parents`` (ids).  Types are the same for any result,
+            but labels are binary where one of them is no UTF-8.
 
         Raises
         ------
         ImportError
             Without pyarrow, which ``pip install kestro[arrow]`` brings.
         """
-        return _pattern_table.table(self._patterns, self.positions, self.to_pandas())
+        return _pattern_table.table(self._patterns, self.positions)
 
     def __arrow_c_stream__(self, requested_schema: object | None = None) -> object:
         """Return the stream of `to_arrow`, for libraries that read Arrow."""
@@ -615,11 +595,3 @@ class Result:
             holds=self._patterns.holds(chosen, self._filters),
             filters=self._filters,
         )
-
-
-def _nullable(answers: NDArray[np.uint8]) -> Any:
-    import pandas as pd
-
-    return pd.array(
-        pd.arrays.BooleanArray(answers == YES, answers == UNKNOWN), dtype="boolean"
-    )

@@ -71,8 +71,9 @@ def table(
     for code in range(len(names)) if len(names) > 2 else [1]:
         tables = _tables(patterns, codes == code)
         columns = {
-            "id": patterns.names(chosen),
-            "class": [names[code]] * len(chosen),
+            "id": pd.Series(patterns.names(chosen), dtype=str),
+            # Of the class's type also where there is no pattern.
+            "class": pd.Series([names[code]]).repeat(len(chosen)).array,
             "inside": tables.inside[chosen],
             "outside": (tables.support - tables.inside)[chosen],
         }

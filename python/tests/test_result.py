@@ -1,5 +1,6 @@
 """Results: tables, matrices, selections, pickles."""
 
+import io
 import pickle
 
 import kestro
@@ -96,8 +97,6 @@ def test_pickles(result):
 
 
 def test_labels_outside_of_all_graphs_do_not_shift_the_others():
-    import io
-
     text = "v 0 A\nt # 0\nv 0 B\nv 1 C\nu 0 1 s\n"
     found = kestro.mine(kestro.read_transactions(io.StringIO(text)), min_support=1)
     again = pickle.loads(pickle.dumps(found))
@@ -215,3 +214,27 @@ def test_a_truth_value_is_no_position(result, molecules):
     ):
         with pytest.raises(TypeError, match="must be an int, not"):
             ask()
+
+
+def test_types_of_tables_are_those_of_any_result(result):
+    y = np.arange(60) % 2
+    none = kestro.mine(result.db, min_support=60, min_size=9)
+    assert len(none) == 0
+    for empty in (none, result[:0]):
+        assert empty.to_pandas().dtypes.equals(result.to_pandas().dtypes)
+        assert empty.to_arrow().schema == result.to_arrow().schema
+        for asked in ({}, {"method": "fisher", "correction": "tarone"}):
+            types = result.score(y, **asked).dtypes
+            assert empty.score(y, **asked).dtypes.equals(types)
+    names = np.where(y == 1, "a", "b")
+    assert none.score(names).dtypes.equals(result.score(names).dtypes)
+    assert none.to_pandas()["id"].tolist() == []
+
+
+def test_labels_that_are_no_text_are_binary_in_tables_of_arrow():
+    text = b"t # 0\nv 0 \xff\nv 1 B\nu 0 1 s\n"
+    db = kestro.read_transactions(io.BytesIO(text))
+    table = kestro.mine(db, min_support=1).to_arrow()
+    assert sorted(table["vertex_labels"].to_pylist()[0]) == [b"B", b"\xff"]
+    assert table["edge_labels"].to_pylist() == [["s"]]
+    assert db.to_arrow()["vertex_labels"].to_pylist() == [[b"\xff", b"B"]]
