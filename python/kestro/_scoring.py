@@ -26,8 +26,8 @@ if TYPE_CHECKING:
 Method = Literal["chi2", "fisher", "information_gain", "odds_ratio", "growth_rate"]
 Correction = Literal["bh", "bonferroni", "tarone"]
 _TESTS = ("chi2", "fisher")
-# Two tables are equally likely where rounding alone tells them apart.
-_TIE = 1 + 1e-7
+# Two tables are equally likely where rounding alone tells their logarithms apart.
+_TIE = 1e-7
 
 
 class Tables(NamedTuple):
@@ -144,9 +144,9 @@ def _test(
 ) -> tuple[NDArray[np.float64], NDArray[np.float64]]:
     if method == "chi2":
         return _chi2(tables)
-    p = _fisher(tables)
-    with np.errstate(divide="ignore"):
-        return -np.log10(p), p
+    # Where p is too small for a float, its logarithm still ranks.
+    logs = _log_fisher(tables)
+    return np.abs(logs) / np.log(10), np.exp(logs)
 
 
 def _cells(t: Tables) -> tuple[NDArray[np.float64], ...]:
@@ -168,7 +168,8 @@ def _chi2(t: Tables) -> tuple[NDArray[np.float64], NDArray[np.float64]]:
     return chi2, p
 
 
-def _fisher(t: Tables) -> NDArray[np.float64]:
+def _log_fisher(t: Tables) -> NDArray[np.float64]:
+    """Return the natural logarithms of Fisher's p."""
     from scipy.special import gammaln
 
     logs = gammaln(np.arange(t.graphs + 1) + 1.0)  # of factorials
@@ -178,18 +179,18 @@ def _fisher(t: Tables) -> NDArray[np.float64]:
         return ways
 
     others = t.graphs - t.members
-    p = np.ones(len(t.support))
+    log_p = np.zeros(len(t.support))
     for support in np.unique(t.support):
         least = max(0, support - others)
         possible = np.arange(least, min(support, t.members) + 1)
         ways = choose(t.members, possible) + choose(others, support - possible)
-        chances = np.exp(ways - choose(t.graphs, support))
+        chances = ways - choose(t.graphs, support)
         ascending = np.sort(chances)
-        sums = np.cumsum(ascending)
+        sums = np.logaddexp.accumulate(ascending)
         mine = t.support == support
         own = chances[t.inside[mine] - least]
-        p[mine] = sums[np.searchsorted(ascending, own * _TIE, "right") - 1]
-    return p.clip(max=1.0)
+        log_p[mine] = sums[np.searchsorted(ascending, own + _TIE, "right") - 1]
+    return log_p.clip(max=0.0)
 
 
 def _information_gain(t: Tables) -> NDArray[np.float64]:
@@ -236,7 +237,14 @@ def _corrected(
     divisor = max(1, len(p))
     if correction == "tarone":
         divisor = _tarone_factor(_least_p(t, method), alpha)
-    return np.minimum(p * divisor, 1.0), p <= alpha / divisor, divisor
+    significant = p <= alpha / divisor
+    # A product and a quotient may be rounded to different sides of alpha.
+    corrected = np.where(
+        significant,
+        np.minimum(p * divisor, alpha),
+        np.maximum(p * divisor, np.nextafter(alpha, 1)),
+    )
+    return np.minimum(corrected, 1.0), significant, divisor
 
 
 def _least_p(t: Tables, method: str) -> NDArray[np.float64]:

@@ -202,6 +202,43 @@ def test_corrections(runs, method, correction, alpha):
     assert rejected > 0
 
 
+@pytest.mark.parametrize("correction", ["bonferroni", "bh", "tarone"])
+def test_corrected_p_and_significance_agree(runs, correction):
+    """Also where p is alpha by the divisor, but for the rounding."""
+    result, _, y = runs[2]
+    p = result.score(y, method="fisher")["p"].unique()
+    alphas = [x * k for x in p for k in range(1, 13) if x * k < 0.999]
+    for alpha in [a for x in alphas for a in (x, np.nextafter(x, 0), np.nextafter(x, 1))]:
+        scores = result.score(y, method="fisher", correction=correction, alpha=alpha)
+        assert ((scores["p_corrected"] <= alpha) == scores["significant"]).all()
+        if correction != "bh":
+            [k] = scores.attrs["factor" if correction == "tarone" else "family"].values()
+            assert (scores["significant"] == (scores["p"] <= alpha / k)).all()
+
+
+def test_p_too_small_for_a_float():
+    """The score still tells which one is smaller, as logarithms of SciPy's do."""
+    n = 3000
+    y = np.repeat([1, 0], n)
+    matrix = np.zeros((2 * n, 3), bool)
+    matrix[:n, 0] = True
+    matrix[: n - 1, 1] = True
+    matrix[: n - 300, 2] = True
+    result = kestro.mine(database_of(matrix), min_support=1)
+    result = result[result.size == 1]
+    scores = result.score(y, method="fisher")
+    assert scores["p"].tolist() == [0.0] * 3 and np.isfinite(scores["score"]).all()
+    supports = result.top(3, by="fisher", y=y).support.tolist()
+    assert supports == [n, n - 1, n - 300]
+    for support, own in zip(result.support, scores["score"], strict=True):
+        log_p = stats.hypergeom.logsf(support - 1, 2 * n, n, support)
+        # Classes are as large, so as many tables lie at the other end.
+        expected = -(log_p + math.log(2)) / math.log(10)
+        assert own == pytest.approx(expected, rel=1e-9)
+    tarone = result.score(y, method="fisher", correction="tarone")
+    assert tarone["significant"].all()
+
+
 def test_tarone_ignores_patterns_that_cannot_be_significant():
     """Columns with one graph each can never reach a small p."""
     matrix = np.zeros((20, 12), dtype=bool)
