@@ -34,6 +34,13 @@ def whole_number(name: str, value: object, least: int, most: int = 2**31 - 1) ->
     return number
 
 
+def truth(name: str, value: object) -> bool:
+    """Return value as a bool; raise unless it is one."""
+    if not isinstance(value, (bool, np.bool_)):
+        raise TypeError(f"{name} must be a bool, not {value!r}")
+    return bool(value)
+
+
 def optional_number(name: str, value: object, least: int, most: int) -> int | None:
     """Return None for None, else what `whole_number` returns."""
     return None if value is None else whole_number(name, value, least, most)

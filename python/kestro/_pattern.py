@@ -77,11 +77,15 @@ class Pattern:
         Raises
         ------
         ValueError
-            When the database is none of molecules.
+            When the database is none of molecules, or was not given where the
+            result was read from the program's files.
         """
         labels = self._all.summary.atom_labels
         if labels is None:
-            raise ValueError("the labels of this pattern are not those of atoms")
+            raise ValueError(
+                "the labels of this pattern are not known to be those of atoms; where "
+                "they are, give db to read_result"
+            )
         return graph_smarts(self.graph, labels)
 
     @property

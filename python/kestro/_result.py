@@ -214,9 +214,11 @@ class Result:
 
     def _headline(self) -> str:
         sizes = self.size
-        what = f"{len(self)} patterns"
+        what = f"{len(self)} pattern" + ("" if len(self) == 1 else "s")
         if len(sizes):
-            what += f" of {sizes.min()} to {sizes.max()} edges"
+            least, most = sizes.min(), sizes.max()
+            what += f" of {least} to {most}" if least < most else f" of {most}"
+            what += " edge" + ("" if most == 1 else "s")
         what += f" in at least {self.min_support} of {self.graphs} graphs"
         if self.undecided:
             what += f", {self.undecided} of them undecided"
@@ -278,6 +280,11 @@ class Result:
         -------
         csr_array of uint8, shape (graphs, patterns)
             1 where the graph contains the pattern.
+
+        Raises
+        ------
+        KestroError
+            When the TIDs are unknown.
         """
         import scipy.sparse
 
@@ -361,6 +368,19 @@ class Result:
         ndarray of int32, shape (embeddings, vertices of the pattern)
             Per embedding and vertex of the pattern the vertex of the graph.
             Images of a symmetric pattern come once for each symmetry.
+
+        Raises
+        ------
+        IndexError, KeyError
+            When there is no pattern or graph at that position, or none of
+            that id.
+        KestroError
+            When the pattern is of another run, or the graph is none.
+        TypeError
+            For a graph or a pattern of another type, and for a position where
+            the result was read without its database.
+        ValueError
+            When ``limit`` is less than 0.
         """
         if isinstance(pattern, Pattern):
             if pattern._all is not self._patterns:
@@ -472,6 +492,14 @@ class Result:
         -------
         Result
             Equal ones are in the order of this result; NaN is less than all.
+
+        Raises
+        ------
+        KestroError
+            As `score` does, for one of its methods.
+        TypeError, ValueError
+            When k is no int or less than 0, and for another ``by``, or a
+            method without ``y``.
         """
         values = _choices.values(self._patterns, self.positions, by, y)
         chosen = _choices.largest(values, k)
@@ -521,12 +549,23 @@ class Result:
         Patterns come by size, then id, each once.
         The first line tells of the run.  Each further one is a pattern:
         ``id``, ``support``, ``vertices`` (labels), ``edges`` (two ends and a
-        label each), ``tids`` and ``parents`` (ids), the last two where known.
+        label each), ``closed`` and ``maximal`` (null where that is unknown),
+        ``tids`` and ``parents`` (ids), the last two where known.
 
         Parameters
         ----------
         path : path or text file, optional
             Where to; a file appears when it is whole.  None returns the text.
+
+        Returns
+        -------
+        str or None
+            The text, None where it was written.
+
+        Raises
+        ------
+        OSError
+            When the file cannot be written.
         """
         lines = _jsonl.lines(self._patterns, *self._what_is_written())
         if path is None:

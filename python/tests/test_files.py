@@ -342,6 +342,8 @@ def test_html(result, molecules):
     assert "114 patterns of 1 to 9 edges in at least 12 of 60 graphs" in html
     assert html.count("<tr>") == 11 and "104 more" in html
     assert "75.0%" in html
+    one = result[:1]
+    assert repr(one).startswith("<Result: 1 pattern of 1 edge in at least")
     few = kestro.mine(molecules, min_support="20%", max_size=1)[:2]._repr_html_()
     assert few.count("<tr>") == 3 and "more" not in few and "?" in few
     odd = kestro.from_edges([["<b>", "&"]], [[(0, 1, "<i>")]])
@@ -349,6 +351,9 @@ def test_html(result, molecules):
     assert "&amp;0 &lt;i&gt; &lt;b&gt;1" in page and not re.search("<b>1<|<i>", page)
     large = kestro.mine(molecules, min_support=2, min_size=14)._repr_html_()
     assert "…" in large
+    atoms = kestro.from_smiles(["CC(=O)O", "CC(=O)N"])
+    page = kestro.mine(atoms, min_support=2)._repr_html_()
+    assert "[#6&amp;A](-[#6&amp;A])=[#8&amp;A]" in page and "<th>SMARTS</th>" in page
 
 
 def test_tables_of_filters_tell_what_is_unknown(molecules):
@@ -367,7 +372,11 @@ def test_molecules(tmp_path, way):
     assert again.to_pandas().equals(result.to_pandas())
     assert "smarts" in again.to_pandas().columns
     assert again.to_arrow()["smarts"].to_pylist() == [p.to_smarts() for p in result]
-    if way is through_json:  # which tells what the labels are
+    if way is through_files:
+        with pytest.raises(ValueError, match="give db to read_result"):
+            kestro.read_result(tmp_path / "p.fp")[0].to_smarts()
+        assert "smarts" not in kestro.read_result(tmp_path / "p.fp").to_pandas().columns
+    else:  # which tells what the labels are
         alone = kestro.read_result(tmp_path / "p.jsonl")
         assert alone[0].to_smarts() == result[0].to_smarts()
 
