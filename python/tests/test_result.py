@@ -174,7 +174,9 @@ def test_filters_are_applied_when_patterns_are_asked_for(molecules, monkeypatch)
     with pytest.raises(KeyboardInterrupt):
         len(closed)
     monkeypatch.setattr(Patterns, "closed", before)
-    assert len(closed) == sum(p.closed for p in kestro.mine(molecules, min_support="20%"))
+    assert len(closed) == sum(
+        p.closed for p in kestro.mine(molecules, min_support="20%")
+    )
 
 
 def test_selections_by_id(result):
