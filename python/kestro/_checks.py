@@ -7,6 +7,7 @@ are, so that whatever does not fit is found here.
 
 from __future__ import annotations
 
+import re
 from typing import Any, NamedTuple
 
 import numpy as np
@@ -16,6 +17,7 @@ from kestro._ragged import offsets_of
 from kestro._summary import RunSummary
 
 _LARGEST = 2**31 - 1
+_ID = re.compile(r"([0-9]{1,10})-([0-9]{1,10})")
 
 
 class Heads(NamedTuple):
@@ -129,14 +131,11 @@ def key_of(name: str) -> tuple[int, int]:
     ValueError
         When it is none.
     """
-    size, _, number = name.partition("-")
-    if not (_is_number(size) and _is_number(number)):
+    found = _ID.fullmatch(name)
+    if not found:
         raise ValueError(f"no id of a pattern: {name!r}")
+    size, number = found.groups()
     return int(size), int(number)
-
-
-def _is_number(text: str) -> bool:
-    return text.isascii() and text.isdecimal() and len(text) <= len(str(_LARGEST))
 
 
 def _joined(

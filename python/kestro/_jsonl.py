@@ -108,17 +108,16 @@ def _is_list_of(kind: type, value: Any) -> bool:
     """Whether it is a list of these; a bool is no int, and ints fit into 64 bits."""
     if not isinstance(value, list) or not set(map(type, value)) <= {kind}:
         return False
-    return kind is not int or all(-(2**63) <= x < 2**63 for x in value)
+    if kind is not int or not value:
+        return True
+    return bool(-(2**63) <= min(value) and max(value) < 2**63)
 
 
 def _is_edges(value: Any) -> bool:
-    return isinstance(value, list) and all(
-        isinstance(edge, list)
-        and len(edge) == 3
-        and _is_list_of(int, edge[:2])
-        and type(edge[2]) is str
-        for edge in value
-    )
+    if not _is_list_of(list, value) or not set(map(len, value)) <= {3}:
+        return False
+    first, second, labels = zip(*value, strict=True) if value else ((), (), ())
+    return _is_list_of(int, [*first, *second]) and _is_list_of(str, list(labels))
 
 
 def _is_answer(value: Any) -> bool:

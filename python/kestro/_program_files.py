@@ -23,6 +23,7 @@ from kestro._patterns import Patterns
 from kestro._ragged import offsets_of
 from kestro._summary import RunSummary
 
+_TIDS = re.compile(rb"(?:[0-9]{1,18}\s+)*(?:[0-9]{1,18})?")
 _PATTERN = re.compile(rb"^t # (\d+)-(\d+), (\d+)\r?$", re.MULTILINE)
 
 
@@ -171,12 +172,11 @@ def _tid_arrays(
 ) -> dict[str, NDArray[Any]]:
     lists = []
     for i, line in enumerate(lines):
-        words = line.split()
-        for word in words:
-            if not word.isdigit() or len(word) > 10:
-                text = word.decode("utf-8", "backslashreplace")
-                raise _checks.WrongPatternError(i, f"no TID: {text!r}")
-        lists.append(np.array(list(map(int, words)), np.int64))
+        if not _TIDS.fullmatch(line):
+            wrong = next(word for word in line.split() if not word.isdigit())
+            text = wrong.decode("utf-8", "backslashreplace")
+            raise _checks.WrongPatternError(i, f"no TID: {text!r}")
+        lists.append(np.array(list(map(int, line.split())), np.int64))
     return _checks.tid_arrays(heads, lists, summary)
 
 

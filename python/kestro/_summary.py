@@ -82,7 +82,9 @@ class RunSummary:
                 raise KestroError(f"the first line lacks {field.name!r}")
             value = told[field.name]
             if not _CHECKS[field.name](value):
-                raise KestroError(f"the first line has a wrong {field.name!r}: {value}")
+                raise KestroError(
+                    f"the first line has a wrong {field.name!r}: {value!r:.60}"
+                )
             values[field.name] = tuple(value) if isinstance(value, list) else value
         for name, kind in (("atom_labels", AtomLabels), ("described", Described)):
             if values[name] is not None:
