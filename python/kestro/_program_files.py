@@ -23,7 +23,8 @@ from kestro._patterns import Patterns
 from kestro._ragged import offsets_of
 from kestro._summary import RunSummary
 
-_TIDS = re.compile(rb"(?:[0-9]{1,18}\s+)*(?:[0-9]{1,18})?")
+_TID = rb"[0-9]{1,18}"
+_TIDS = re.compile(rb"\s*(?:" + _TID + rb"\s+)*(?:" + _TID + rb")?")
 _PATTERN = re.compile(rb"^t # (\d+)-(\d+), (\d+)\r?$", re.MULTILINE)
 
 
@@ -173,7 +174,8 @@ def _tid_arrays(
     lists = []
     for i, line in enumerate(lines):
         if not _TIDS.fullmatch(line):
-            wrong = next(word for word in line.split() if not word.isdigit())
+            words = line.split()
+            wrong = next(word for word in words if not re.fullmatch(_TID, word))
             text = wrong.decode("utf-8", "backslashreplace")
             raise _checks.WrongPatternError(i, f"no TID: {text!r}")
         lists.append(np.array(list(map(int, line.split())), np.int64))

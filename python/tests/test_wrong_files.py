@@ -103,7 +103,8 @@ def test_files_of_other_tids(result, tmp_path):
         (b"60", "none of the 60 graphs"),
         (b"-5", "no TID: '-5'"),
         (others[0], "do not ascend"),
-        (b"99999999999", "no TID"),
+        (b"99999999999", "none of the 60 graphs"),
+        (b"9" * 19, "no TID: '9999"),
         (b"x", "no TID: 'x'"),
     ):
         line = b" ".join([name, wrong, *others])
