@@ -155,9 +155,12 @@ def read(text: bytes, name: str | None) -> RunSummary:
     candidates = before + tuple(row[1] for row in rows)
     frequent = before + tuple(row[2] for row in rows)
     maximal = value("Generate Only Maximal Patterns:") == "Yes"
+    graphs = int(value("Number of Input Transactions:", r"(\d{1,10})"))
+    if graphs > _LARGEST:
+        raise KestroError(f"there cannot have been {graphs} graphs", name)
     return RunSummary(
         form="exact",
-        graphs=int(value("Number of Input Transactions:", number)),
+        graphs=graphs,
         min_support=int(
             value("Min Support Threshold:", r"[0-9.]+% \((\d+) transactions?\)")
         ),

@@ -54,6 +54,11 @@ class RunSummary:
     holds: Holds = "all"
     filters: tuple[Filter, ...] = ()  # of what was written; runs hold all
 
+    def __post_init__(self) -> None:
+        """Refuse numbers of graphs that TIDs of 32 bits cannot count."""
+        if not 0 <= self.graphs < 2**31:
+            raise KestroError(f"there cannot have been {self.graphs} graphs")
+
     @property
     def stopped_by(self) -> str | None:
         """What ended the run early, None if nothing did."""

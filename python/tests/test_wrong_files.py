@@ -140,6 +140,18 @@ def test_files_of_other_parents(result, tmp_path, parent, reason):
     assert caught.value.line == at + 1
 
 
+@pytest.mark.parametrize("graphs", ["2147483648", "-60", "9" * 30])
+def test_numbers_of_graphs_that_cannot_be(result, tmp_path, graphs):
+    """A TID above 32 bits would become another one."""
+    result.write(tmp_path, "p")
+    text = (tmp_path / "p.fp").read_text()
+    head = "Number of Input Transactions:                "
+    assert head + "60\n" in text
+    (tmp_path / "p.fp").write_text(text.replace(head + "60\n", f"{head}{graphs}\n"))
+    with pytest.raises(kestro.KestroError, match="cannot have been|no 'Number of"):
+        kestro.read_result(tmp_path / "p.fp")
+
+
 def test_supports_that_cannot_be(result, tmp_path):
     result.write(tmp_path, "p", tids=False, parents=False)
     text = (tmp_path / "p.fp").read_bytes()
@@ -187,6 +199,7 @@ def changed(result, line, **values):
         (1, {"ending": "bored"}, "wrong 'ending'"),
         (1, {"form": "zzz"}, "wrong 'form'"),
         (1, {"graphs": -1}, "wrong 'graphs'"),
+        (1, {"graphs": 2**31}, "cannot have been 2147483648 graphs"),
         (1, {"candidates": [0]}, "counts"),
         (1, {"frequent": [0, 1.5]}, "wrong 'frequent'"),
         (1, {"atom_labels": [True, False]}, "wrong 'atom_labels'"),
