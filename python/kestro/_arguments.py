@@ -95,6 +95,17 @@ def check_choice(name: str, value: object, choices: tuple[str, ...]) -> None:
         raise ValueError(f"{name} must be {wanted}, not {value!r}")
 
 
+def ids_in(key: object) -> list[str] | None:
+    """Return the ids that a selection lists, None where it lists none."""
+    if isinstance(key, slice):
+        return None
+    entries = np.asarray(key)
+    if entries.ndim != 1 or not len(entries):
+        return None
+    ids = entries.tolist()
+    return ids if all(isinstance(x, str) for x in ids) else None
+
+
 def positions(key: object, size: int) -> NDArray[np.int64]:
     """Return the positions that a slice, a mask or an array of ints selects."""
     if isinstance(key, slice):
@@ -102,8 +113,8 @@ def positions(key: object, size: int) -> NDArray[np.int64]:
     chosen = np.asarray(key)
     if chosen.ndim != 1:
         raise IndexError("a selection is a slice, a mask or a sequence of positions")
-    if chosen.dtype == object:
-        chosen = _mask_of(chosen)
+    if chosen.dtype == np.object_:
+        chosen = _certain(chosen)
     if chosen.dtype == np.bool_:
         if len(chosen) != size:
             raise IndexError(f"a mask of {len(chosen)} selects from {size}")
@@ -118,28 +129,18 @@ def positions(key: object, size: int) -> NDArray[np.int64]:
     return np.where(chosen < 0, chosen + size, chosen)
 
 
-def ids_in(key: object) -> list[str] | None:
-    """Return the ids that a selection lists, None where it lists none."""
-    if isinstance(key, slice):
-        return None
-    entries = np.asarray(key)
-    if entries.ndim != 1 or not len(entries):
-        return None
-    ids = entries.tolist()
-    return ids if all(isinstance(x, str) for x in ids) else None
+def _certain(chosen: NDArray[Any]) -> NDArray[Any]:
+    """Return the array with the type that all its objects have.
 
-
-def _mask_of(chosen: NDArray[Any]) -> NDArray[Any]:
-    """Return truth values as such; raise where one is missing."""
+    pandas makes objects of masks that may have missing values.
+    """
     import pandas as pd
 
-    missing = pd.isna(chosen)
-    is_truth = [isinstance(x, (bool, np.bool_)) for x in chosen]
-    if not (is_truth | missing).all():
-        return chosen
-    if missing.any():
-        raise IndexError("the mask holds NA; use fillna(False), or True")
-    return chosen.astype(np.bool_)
+    if pd.isna(chosen).any():
+        raise IndexError(
+            "a mask or a position is missing (NA): fillna(False) leaves such rows out"
+        )
+    return np.array(chosen.tolist())
 
 
 def position(key: Index, size: int, what: str) -> int:

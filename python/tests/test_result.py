@@ -201,7 +201,7 @@ def test_masks_that_do_not_know(molecules):
     bounded = kestro.mine(molecules, min_support="20%", max_size=3)
     flags = bounded.to_pandas()["closed"]
     for mask in (flags, flags.array, flags.astype(object), flags.tolist()):
-        with pytest.raises(IndexError, match=r"holds NA; use fillna\(False\)"):
+        with pytest.raises(IndexError, match=r"NA\): fillna\(False\)"):
             bounded[mask]
     sure = bounded[flags.fillna(False)]
     assert len(sure) > 0 and all(p.closed for p in sure)
