@@ -16,9 +16,10 @@ from kestro._graphml import from_graphml
 from kestro._mine import mine
 from kestro._molecules import from_rdkit, from_smiles
 from kestro._networkx import from_networkx
+from kestro._pattern import Pattern
 from kestro._progress import Progress
-from kestro._read import read_result
-from kestro._result import Pattern, Result
+from kestro._read_result import read_result
+from kestro._result import Result
 from kestro._sdf import from_sdf
 from kestro._transactions import read_transactions
 from kestro._tu import from_tu

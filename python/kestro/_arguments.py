@@ -16,6 +16,7 @@ MinSupport = int | float | str
 Index = int | np.integer[Any]
 # A mask or positions; a str is neither.
 Selection = Sequence[bool] | Sequence[int] | NDArray[Any]
+Ids = list[str] | tuple[str, ...]  # of patterns
 
 # A number as the command line takes it, without the forms that only C reads.
 _PERCENTAGE = re.compile(r"\s*([0-9]+(?:\.[0-9]*)?|\.[0-9]+)\s*%\s*")
@@ -31,6 +32,13 @@ def whole_number(name: str, value: object, least: int, most: int = 2**31 - 1) ->
     if number > most:
         raise ValueError(f"{name} must be at most {most}, not {number}")
     return number
+
+
+def truth(name: str, value: object) -> bool:
+    """Return value as a bool; raise unless it is one."""
+    if not isinstance(value, (bool, np.bool_)):
+        raise TypeError(f"{name} must be a bool, not {value!r}")
+    return bool(value)
 
 
 def optional_number(name: str, value: object, least: int, most: int) -> int | None:
@@ -87,6 +95,17 @@ def check_choice(name: str, value: object, choices: tuple[str, ...]) -> None:
         raise ValueError(f"{name} must be {wanted}, not {value!r}")
 
 
+def ids_in(key: object) -> list[str] | None:
+    """Return the ids that a selection lists, None where it lists none."""
+    if isinstance(key, slice):
+        return None
+    entries = np.asarray(key)
+    if entries.ndim != 1 or not len(entries):
+        return None
+    ids = entries.tolist()
+    return ids if all(isinstance(x, str) for x in ids) else None
+
+
 def positions(key: object, size: int) -> NDArray[np.int64]:
     """Return the positions that a slice, a mask or an array of ints selects."""
     if isinstance(key, slice):
@@ -126,6 +145,8 @@ def _certain(chosen: NDArray[Any]) -> NDArray[Any]:
 
 def position(key: Index, size: int, what: str) -> int:
     """Return one position, counted from the end where it is negative."""
+    if isinstance(key, bool):
+        raise TypeError(f"the position of a {what} must be an int, not {key}")
     number = operator.index(key)
     if not -size <= number < size:
         raise IndexError(f"{what} {number} is out of range for {size}")

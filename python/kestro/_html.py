@@ -14,19 +14,25 @@ _EDGES = 12  # edges shown of a pattern
 
 
 def page(headline: str, first: Result, patterns: int) -> str:
-    """Return the headline and a table of the first patterns."""
+    """Return the headline and a table of the first patterns.
+
+    Those of molecules are shown as SMARTS.
+    """
+    of_molecules = first._patterns.summary.atom_labels is not None
+    shown = "SMARTS" if of_molecules else "edges"
     rows = "".join(
         f"<tr><td>{p.id}</td><td>{p.support}</td>"
         f"<td>{p.support / max(1, first.graphs):.1%}</td>"
         f"<td>{_answer(p.closed)}</td><td>{_answer(p.maximal)}</td>"
-        f"<td style='text-align:left'>{escape(_edges(p.graph))}</td></tr>"
+        f"<td style='text-align:left;word-break:break-all'>"
+        f"{escape(p.to_smarts() if of_molecules else _edges(p.graph))}</td></tr>"
         for p in first
     )
     more = f"<p>… and {patterns - ROWS} more</p>" if patterns > ROWS else ""
     return (
         f"<div><p><b>{escape(headline)}</b></p><table><thead><tr><th>id</th>"
         f"<th>support</th><th>share</th><th>closed</th><th>maximal</th>"
-        f"<th>edges</th></tr></thead><tbody>{rows}</tbody></table>{more}</div>"
+        f"<th>{shown}</th></tr></thead><tbody>{rows}</tbody></table>{more}</div>"
     )
 
 

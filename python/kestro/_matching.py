@@ -12,8 +12,10 @@ from numpy.typing import NDArray
 from kestro import _core
 from kestro._arguments import job_count, optional_number, position
 from kestro._database import Graph, GraphDatabase
+from kestro._native import database_of
 from kestro._packing import Packer
 from kestro._ragged import offsets_of, places, small
+from kestro._summary import check_atom_labels
 
 if TYPE_CHECKING:
     import scipy.sparse
@@ -29,17 +31,15 @@ def pattern_database(patterns: Patterns, chosen: NDArray[np.int64]) -> _core.Dat
     p = patterns
     vertices, vertex_offsets = places(p.vertex_offsets, chosen)
     edges, edge_offsets = places(p.edge_offsets, chosen)
-    native, _ = _core.Database.from_arrays(
+    return database_of(
         vertex_counts=np.diff(vertex_offsets),
         edge_counts=np.diff(edge_offsets),
         vertex_labels=p.vertex_labels[vertices],
         edges=p.edges[edges].astype(np.int64),
         edge_labels=p.edge_labels[edges],
-        vertex_table=[_bytes(label) for label in p.vertex_table],
-        edge_table=[_bytes(label) for label in p.edge_table],
-        skip=False,
+        vertex_table=p.vertex_table,
+        edge_table=p.edge_table,
     )
-    return native
 
 
 class Lattice:
@@ -97,12 +97,17 @@ class Lattice:
             pool.shutdown(cancel_futures=True)
 
 
+def check_database(patterns: Patterns, other: object) -> None:
+    """Raise unless it is a database whose labels mean what the patterns' do."""
+    if not isinstance(other, GraphDatabase):
+        raise TypeError(f"other must be a GraphDatabase, not {type(other).__name__}")
+    check_atom_labels(patterns.summary.atom_labels, other.atom_labels)
+
+
 def transform(
     lattice: Lattice, other: GraphDatabase, n_jobs: int | None
 ) -> scipy.sparse.csr_array:
     """Return which graph of a database contains which pattern."""
-    if not isinstance(other, GraphDatabase):
-        raise TypeError(f"other must be a GraphDatabase, not {type(other).__name__}")
     return lattice.match(other._native, job_count(n_jobs))
 
 
@@ -118,7 +123,19 @@ def embeddings(
     if isinstance(graph, Graph):
         packer = Packer("raise")
         packer.add(0, graph.vertex_labels, graph.edges.tolist(), graph.edge_labels)
-        native, tid = packer.build()._native, 0
+        own = packer.packed()
+        native, tid = (
+            database_of(
+                own.vertex_counts,
+                own.edge_counts,
+                own.vertex_labels,
+                own.edges,
+                own.edge_labels,
+                own.vertex_table,
+                own.edge_table,
+            ),
+            0,
+        )
     elif isinstance(graph, (int, np.integer)) and not isinstance(graph, bool):
         if db is None:
             raise TypeError("graph must be a Graph: the result has no database")
@@ -135,13 +152,9 @@ def _parents_among(
     """Return offsets and places of the parents that are chosen, too."""
     place = np.full(len(patterns), -1, np.int32)
     place[chosen] = np.arange(len(chosen), dtype=np.int32)
-    parents, children = patterns.family
+    parents, children = patterns.parent_pairs
     parents, children = place[parents], place[children]
     both = (parents >= 0) & (children >= 0)
     # Pairs come by child, in the order of the run, as what is chosen does.
     counts = np.bincount(children[both], minlength=len(chosen))
     return offsets_of(counts), parents[both]
-
-
-def _bytes(label: str) -> bytes:
-    return label.encode("utf-8", "surrogateescape")

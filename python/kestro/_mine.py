@@ -6,7 +6,6 @@ import math
 import os
 import warnings
 from collections.abc import Callable
-from typing import Literal
 
 import numpy as np
 
@@ -17,6 +16,7 @@ from kestro._arguments import (
     job_count,
     min_support_parts,
     optional_number,
+    truth,
     whole_number,
 )
 from kestro._database import GraphDatabase
@@ -24,8 +24,7 @@ from kestro._errors import StopMining
 from kestro._patterns import Patterns
 from kestro._progress import Progress, ProgressBar, ProgressCallback
 from kestro._result import Result
-
-Form = Literal["exact", "command-line"]
+from kestro._summary import Filter, Form, RunSummary
 
 _LARGEST = 2**31 - 1
 
@@ -46,6 +45,8 @@ def mine(
 ) -> Result:
     """Find every connected subgraph that occurs in enough graphs.
 
+    It goes size by size, as all parts of a frequent pattern are frequent [1]_ [2]_.
+
     Parameters
     ----------
     db : GraphDatabase
@@ -56,10 +57,12 @@ def mine(
         a percentage as on the command line.  Fractions and percentages are
         rounded to the nearest number of graphs, halves up, and at least 1.
     min_size, max_size : int
-        The sizes of the patterns, in edges; None is no bound.
+        The sizes of the patterns, in edges; None is no bound.  A ``min_size``
+        of 0 is the same as 1, as on the command line: a single vertex is no
+        pattern.
     maximal, closed : bool
         Keep only patterns that no larger one contains, or none of the same
-        support.  Where that is unknown the pattern is kept, and
+        support [3]_.  Where that is unknown the pattern is kept, and
         ``Result.undecided`` counts it.
     n_jobs : int, optional
         Threads: None is 1, -1 all cores that the process may use.  The result
@@ -67,9 +70,12 @@ def mine(
     progress : bool or callable, optional
         True shows a bar on standard error, in terminals and notebooks.  A
         callable is called with a `Progress`, about 20 times a second and at
-        the end of each size.  It may raise `StopMining` to end the run.
+        the end of each size.  It may raise `StopMining` to end the run; at
+        the end of the last size nothing is left to end, and the run is
+        complete.
     time_limit : float, optional
-        Seconds after which the run ends with the sizes that are complete.
+        Seconds after which the run ends with the sizes that are complete; None
+        is no limit.
     max_patterns : int, optional
         The run ends with the size after which there are more patterns, which
         is kept whole.
@@ -93,6 +99,15 @@ def mine(
         What the callback or a signal handler raises ends the run and comes
         out of it, with the complete sizes in its attribute ``result``.
 
+    References
+    ----------
+    .. [1] R. Agrawal, R. Srikant, Fast algorithms for mining association rules,
+       VLDB 1994.
+    .. [2] A. Inokuchi, T. Washio, H. Motoda, An apriori-based algorithm for
+       mining frequent substructures from graph data, PKDD 2000.
+    .. [3] X. Yan, J. Han, CloseGraph: mining closed frequent graph patterns,
+       KDD 2003.
+
     Examples
     --------
     >>> import kestro
@@ -108,6 +123,8 @@ def mine(
     most = optional_number("max_size", max_size, 1, _LARGEST)
     if most is not None and most < least:
         raise ValueError(f"max_size is {most}, less than min_size, {least}")
+    wanted: dict[Filter, object] = {"maximal": maximal, "closed": closed}
+    filters = tuple(name for name, value in wanted.items() if truth(name, value))
     jobs = job_count(n_jobs)
     seconds = _seconds(time_limit)
     limit = optional_number("max_patterns", max_patterns, 0, 2**63 - 1)
@@ -115,7 +132,7 @@ def mine(
     bar = ProgressBar() if progress is True else None
     before = os.times().user
     try:
-        packed, summary, raised = _core.mine(
+        packed, told, raised = _core.mine(
             db._native,
             unit,
             amount,
@@ -130,20 +147,26 @@ def mine(
     finally:
         if bar:
             bar.close()
-    if summary["ending"] == "stopped":
+    if told["ending"] == "stopped":
         interrupted = isinstance(raised, KeyboardInterrupt)
-        summary["ending"] = "interrupt" if interrupted else "progress"
-    summary |= {
-        "atom_labels": db.atom_labels,
-        "graphs": len(db),
-        "per_cent": _per_cent(unit, amount, len(db)),
-        "min_size": least,
-        "max_size": most,
-        "seconds": os.times().user - before,
-    }
-    vertex_labels, edge_labels = db._native.labels()
-    patterns = Patterns(packed, summary, vertex_labels, edge_labels, form)
-    result = Result.of_run(patterns, db, maximal=bool(maximal), closed=bool(closed))
+        told["ending"] = "interrupt" if interrupted else "progress"
+    summary = RunSummary(
+        form=form,
+        graphs=len(db),
+        min_support=told["min_support"],
+        per_cent=_per_cent(unit, amount, len(db)),
+        min_size=least,
+        max_size=most,
+        ending=told["ending"],
+        last_size=told["last_size"],
+        order_dependent=told["order_dependent"],
+        candidates=tuple(told["candidates"].tolist()),
+        frequent=tuple(told["frequent"].tolist()),
+        seconds=os.times().user - before,
+        atom_labels=db.atom_labels,
+    )
+    patterns = Patterns(packed, summary, *db._native.labels())
+    result = Result(patterns, db, filters=filters)
     _settle(raised, result)
     return result
 
@@ -168,7 +191,9 @@ def _seconds(time_limit: object) -> float | None:
     ):
         raise TypeError(f"time_limit must be a number of seconds, not {time_limit!r}")
     seconds = float(time_limit)
-    if not (seconds >= 0 and math.isfinite(seconds)):
+    if seconds == math.inf:
+        raise ValueError("time_limit must be finite; None is no limit")
+    if not seconds >= 0:
         raise ValueError(f"time_limit must be 0 or more seconds, not {time_limit!r}")
     return seconds
 
@@ -186,7 +211,7 @@ def _settle(raised: BaseException | None, result: Result) -> None:
         return
     if isinstance(raised, KeyboardInterrupt):
         warnings.warn(
-            f"interrupted: {len(result)} patterns were found until then",
+            f"interrupted: patterns found until then: {len(result._patterns)}",
             RuntimeWarning,
             stacklevel=3,
         )

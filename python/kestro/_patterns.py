@@ -2,19 +2,19 @@
 
 from __future__ import annotations
 
+from collections.abc import Iterator
 from functools import cached_property
 from typing import Any
 
 import numpy as np
 from numpy.typing import NDArray
 
+from kestro._checks import key_of
 from kestro._errors import KestroError
 from kestro._ragged import offsets_of
+from kestro._summary import Filter, Holds, RunSummary
 
 NO, YES, UNKNOWN = 0, 1, 2  # answers in arrays
-
-# What ends a run before it has found everything that was asked for.
-STOPPED = ("max_patterns", "time_limit", "interrupt", "progress")
 
 
 class Patterns:
@@ -29,26 +29,22 @@ class Patterns:
     ----------
     packed : dict of arrays
         These arrays by name.  Runs that were read from files may lack
-        "tids" and "parents" with their offsets; they have "support", and, where
-        patterns are missing between others, "numbers", the ids.
-    summary : dict
-        What is known of the run: "graphs", "min_support", "ending",
-        "last_size", "order_dependent", "candidates" and "frequent" by size,
-        and what was asked for.
+        "tids" and "parents" with their offsets; they have "support", where
+        patterns are missing between others, "numbers", the ids, and some of
+        them "closed" and "maximal".
+    summary : RunSummary
+        What is known of the run.  The form "command-line" takes the patterns of
+        the last size of a bounded run for maximal as the program does.
     vertex_table, edge_table : list of str
         The labels by id.
-    form : str
-        "exact", or "command-line", which takes the patterns of the last size
-        of a bounded run for maximal as the program does.
     """
 
     def __init__(
         self,
         packed: dict[str, NDArray[Any]],
-        summary: dict[str, Any],
+        summary: RunSummary,
         vertex_table: list[str],
         edge_table: list[str],
-        form: str,
     ) -> None:
         for array in packed.values():
             array.flags.writeable = False
@@ -63,7 +59,6 @@ class Patterns:
         self.summary = summary
         self.vertex_table = vertex_table
         self.edge_table = edge_table
-        self.form = form
 
     def __len__(self) -> int:
         return len(self.vertex_offsets) - 1
@@ -74,15 +69,16 @@ class Patterns:
             self.summary,
             self.vertex_table,
             self.edge_table,
-            self.form,
         )
 
     def with_arrays(self, **arrays: NDArray[Any]) -> Patterns:
         """Return the same patterns with further arrays."""
         packed = self._packed | arrays
-        return Patterns(
-            packed, self.summary, self.vertex_table, self.edge_table, self.form
-        )
+        return Patterns(packed, self.summary, self.vertex_table, self.edge_table)
+
+    def with_summary(self, summary: RunSummary) -> Patterns:
+        """Return the same patterns of a run of which this is known."""
+        return Patterns(self._packed, summary, self.vertex_table, self.edge_table)
 
     def _wanted(self, name: str, what: str) -> NDArray[Any]:
         if name not in self._packed:
@@ -139,8 +135,12 @@ class Patterns:
         """Return the level of a pattern."""
         return int(np.searchsorted(self.level_ends, i, side="right"))
 
-    def find(self, size: int, number: int) -> int | None:
-        """Return the position of pattern size-number, None if there is none."""
+    def find(self, name: str) -> int | None:
+        """Return the position of the pattern of an id, None if there is none."""
+        try:
+            size, number = key_of(name)
+        except ValueError:
+            return None
         level = int(np.searchsorted(self.level_sizes, size))
         if level == len(self.level_sizes) or self.level_sizes[level] != size:
             return None
@@ -191,8 +191,38 @@ class Patterns:
         numbers = self.numbers(chosen).tolist()
         return [f"{a}-{b}" for a, b in zip(sizes, numbers, strict=True)]
 
+    def graphs(
+        self, chosen: NDArray[np.int64]
+    ) -> Iterator[tuple[list[str], list[list[int]], list[str]]]:
+        """Return labels of vertices, ends of edges, labels of edges of each."""
+        edge_offsets = self.edge_offsets
+        for vertex, vertex_end, edge, edge_end in zip(
+            self.vertex_offsets[chosen].tolist(),
+            self.vertex_offsets[chosen + 1].tolist(),
+            edge_offsets[chosen].tolist(),
+            edge_offsets[chosen + 1].tolist(),
+            strict=True,
+        ):
+            vertices = self.vertex_labels[vertex:vertex_end].tolist()
+            labels = self.edge_labels[edge:edge_end].tolist()
+            yield (
+                [self.vertex_table[x] for x in vertices],
+                self.edges[edge:edge_end].tolist(),
+                [self.edge_table[x] for x in labels],
+            )
+
+    def tid_lists(self, chosen: NDArray[np.int64]) -> Iterator[list[int]]:
+        """Return the TIDs of each of these patterns."""
+        return _lists(self.tid_offsets, self.tids, chosen)
+
+    def parent_names(self, chosen: NDArray[np.int64]) -> Iterator[list[str]]:
+        """Return the ids of the parents of each of these patterns."""
+        below = _lists(self.parent_offsets, self.parents, chosen)
+        for size, numbers in zip(self.sizes(chosen).tolist(), below, strict=True):
+            yield [f"{size - 1}-{number}" for number in numbers]
+
     @cached_property
-    def family(self) -> tuple[NDArray[np.int32], NDArray[np.int32]]:
+    def parent_pairs(self) -> tuple[NDArray[np.int32], NDArray[np.int32]]:
         """Positions of parents and of their children, pair by pair, by child.
 
         Parents that are not in the run, as those of the first level, are left
@@ -215,22 +245,22 @@ class Patterns:
     @cached_property
     def children(self) -> tuple[NDArray[np.int64], NDArray[np.int32]]:
         """Offsets into the positions of all patterns' children, and these."""
-        parents, children = self.family
+        parents, children = self.parent_pairs
         counts = np.bincount(parents, minlength=len(self))
         return offsets_of(counts), children[np.argsort(parents, kind="stable")]
 
     def _answers(self, refuted: NDArray[np.int32]) -> NDArray[np.uint8]:
         """Return no for the patterns named, and for the others what is known."""
         answers = np.full(len(self), YES, np.uint8)
-        if self.summary.get("selection"):
+        if self.summary.holds == "some":
             answers[:] = UNKNOWN  # larger ones may be missing
         if not len(self.level_ends):
             return answers
         last = int(self.level_starts[-1])
-        if not (self.has_parents or self.summary.get("maximal")):
+        if not (self.has_parents or self.summary.holds == "maximal"):
             answers[:last] = UNKNOWN
         # The program takes the patterns of the last size for maximal.
-        if self.summary["ending"] != "complete" and self.form == "exact":
+        if self.summary.ending != "complete" and self.summary.form == "exact":
             answers[last:] = UNKNOWN
         answers[refuted] = NO
         return answers
@@ -238,14 +268,31 @@ class Patterns:
     @cached_property
     def maximal(self) -> NDArray[np.uint8]:
         """Whether no pattern contains each: 0 no, 1 yes, 2 unknown."""
-        return self._answers(self.family[0])
+        if "maximal" in self._packed:
+            return self._packed["maximal"]
+        return self._answers(self.parent_pairs[0])
 
     @cached_property
     def closed(self) -> NDArray[np.uint8]:
         """Whether none of the same support does: 0 no, 1 yes, 2 unknown."""
-        parents, children = self.family
+        if "closed" in self._packed:
+            return self._packed["closed"]
+        parents, children = self.parent_pairs
         equal = self.support[parents] == self.support[children]
         return self._answers(parents[equal])
+
+    def answers(self, name: Filter) -> NDArray[np.uint8]:
+        """Return what the filter of that name asks of each pattern."""
+        return self.maximal if name == "maximal" else self.closed
+
+    def holds(self, chosen: NDArray[np.int64], filters: tuple[Filter, ...]) -> Holds:
+        """Return what of the run a choice is; positions ascend, each once."""
+        everything = len(chosen) == len(self)
+        own = self.summary.holds
+        if own != "all" or (everything and "maximal" not in filters):
+            return own if everything else "some"
+        is_maximal = np.array_equal(chosen, np.flatnonzero(self.maximal != NO))
+        return "maximal" if is_maximal else "all" if everything else "some"
 
     @cached_property
     def tid_groups(self) -> tuple[NDArray[np.int64], NDArray[np.int64]]:
@@ -261,3 +308,12 @@ class Patterns:
                 first.append(i)
             group[i] = number
         return np.array(first, np.int64), group
+
+
+def _lists(
+    offsets: NDArray[np.int64], items: NDArray[np.int32], chosen: NDArray[np.int64]
+) -> Iterator[list[int]]:
+    for first, end in zip(
+        offsets[chosen].tolist(), offsets[chosen + 1].tolist(), strict=True
+    ):
+        yield items[first:end].tolist()

@@ -3,20 +3,31 @@
 from __future__ import annotations
 
 import os
-from collections.abc import Iterator
+from dataclasses import replace
 from pathlib import Path
-from typing import IO, TYPE_CHECKING, Any, overload
+from typing import IO, TYPE_CHECKING
 
 import numpy as np
 from numpy.typing import ArrayLike, NDArray
 
-from kestro import _html, _jsonl, _matching, _pattern_table, _program_files, _scoring
-from kestro._arguments import Index, Selection, position, positions
-from kestro._atoms import graph_smarts
+from kestro import (
+    _choices,
+    _html,
+    _jsonl,
+    _matching,
+    _pattern_table,
+    _program_files,
+    _scoring,
+)
+from kestro._arguments import Index
+from kestro._aside import write_aside
 from kestro._database import Graph, GraphDatabase
 from kestro._errors import KestroError
-from kestro._patterns import NO, STOPPED, UNKNOWN, YES, Patterns
+from kestro._pattern import Pattern
+from kestro._pattern_sequence import PatternSequence
+from kestro._patterns import Patterns
 from kestro._ragged import places, small
+from kestro._summary import Filter, RunSummary, describe
 
 if TYPE_CHECKING:
     import pandas as pd
@@ -24,140 +35,12 @@ if TYPE_CHECKING:
     import scipy.sparse
 
 
-def _truth(answer: int) -> bool | None:
-    return None if answer == UNKNOWN else answer == YES
-
-
-class Pattern:
-    """One pattern of a result, looked at where it lies.
-
-    Patterns of one run are equal when they are the same one.
-    """
-
-    __slots__ = ("_all", "_i")
-
-    def __init__(self, patterns: Patterns, i: int) -> None:
-        self._all = patterns
-        self._i = i
-
-    @property
-    def size(self) -> int:
-        """Number of edges."""
-        return int(self._all.level_sizes[self._all.level_of(self._i)])
-
-    @property
-    def id(self) -> str:
-        """The program's name of it, such as "3-7": size, number of that size."""
-        return self._all.names(np.array([self._i]))[0]
-
-    @property
-    def support(self) -> int:
-        """Number of graphs that contain it."""
-        return int(self._all.support[self._i])
-
-    @property
-    def tids(self) -> NDArray[np.int32]:
-        """Positions of these graphs in the database, ascending; a view."""
-        offsets = self._all.tid_offsets
-        return self._all.tids[offsets[self._i] : offsets[self._i + 1]]
-
-    @property
-    def graph(self) -> Graph:
-        """Its vertices in canonical order, and its edges."""
-        p = self._all
-        level = p.level_of(self._i)
-        size = int(p.level_sizes[level])
-        first = int(p.edge_starts[level])
-        first += (self._i - int(p.level_starts[level])) * size
-        vertices = p.vertex_labels[
-            p.vertex_offsets[self._i] : p.vertex_offsets[self._i + 1]
-        ]
-        return Graph(
-            tuple(p.vertex_table[x] for x in vertices.tolist()),
-            p.edges[first : first + size],
-            tuple(
-                p.edge_table[x] for x in p.edge_labels[first : first + size].tolist()
-            ),
-        )
-
-    def to_smarts(self) -> str:
-        """Return the SMARTS of a pattern of molecules.
-
-        It says all that the labels say, no more: element and aromaticity of
-        atoms, their charge where the database has it, the kind of each bond.
-        So RDKit finds it in the molecules whose numbers are ``tids``; where
-        hydrogens are vertices, once ``Chem.AddHs`` has made them atoms.
-
-        Raises
-        ------
-        ValueError
-            When the database is none of molecules.
-        """
-        labels = self._all.summary.get("atom_labels")
-        if labels is None:
-            raise ValueError("the labels of this pattern are not those of atoms")
-        return graph_smarts(self.graph, labels)
-
-    @property
-    def parents(self) -> tuple[str, ...]:
-        """The ids of the patterns one edge smaller that it contains.
-
-        Also where those are smaller than ``min_size`` and not in the result.
-        """
-        p = self._all
-        numbers = p.parents[p.parent_offsets[self._i] : p.parent_offsets[self._i + 1]]
-        below = self.size - 1
-        return tuple(f"{below}-{number}" for number in numbers.tolist())
-
-    @property
-    def children(self) -> tuple[str, ...]:
-        """The ids of the patterns of the run one edge larger that contain it."""
-        offsets, children = self._all.children
-        found = children[offsets[self._i] : offsets[self._i + 1]]
-        return tuple(self._all.names(found.astype(np.int64)))
-
-    @property
-    def closed(self) -> bool | None:
-        """Whether no larger pattern of the same support contains it.
-
-        None where larger patterns may exist that the run did not reach.
-        """
-        return _truth(int(self._all.closed[self._i]))
-
-    @property
-    def maximal(self) -> bool | None:
-        """Whether no larger pattern contains it; None likewise."""
-        return _truth(int(self._all.maximal[self._i]))
-
-    def __eq__(self, other: object) -> bool:
-        """Whether it is the same pattern of the same run."""
-        if not isinstance(other, Pattern):
-            return NotImplemented
-        return self._all is other._all and self._i == other._i
-
-    def __hash__(self) -> int:
-        """Return a hash of the run and the position."""
-        return hash((id(self._all), self._i))
-
-    def __repr__(self) -> str:
-        """Return id, support, vertices and edges."""
-        g = self.graph
-        edges = ", ".join(
-            f"{a}-{b} {label}"
-            for (a, b), label in zip(g.edges.tolist(), g.edge_labels, strict=True)
-        )
-        return (
-            f"<Pattern {self.id}: support {self.support}, "
-            f"{' '.join(g.vertex_labels)}, {edges}>"
-        )
-
-
-class Result:
+class Result(PatternSequence):
     """Patterns of a run: a sequence of `Pattern`, by size, then id.
 
     An int gives a pattern, as does an id such as "3-7"; a slice, a boolean
-    mask or an array of positions gives a result with these patterns.  All
-    results of a run share its arrays.  Results can be pickled.
+    mask, or a sequence of positions or of ids gives a result with these
+    patterns.  All results of a run share its arrays.  Results can be pickled.
 
     Attributes
     ----------
@@ -174,149 +57,25 @@ class Result:
         answer is unknown.
     """
 
-    __slots__ = ("_chosen", "_db", "_lattice", "_patterns", "undecided")
+    __slots__ = ("_lattice",)
 
     def __init__(
         self,
         patterns: Patterns,
         db: GraphDatabase | None,
         chosen: NDArray[np.int64] | None = None,
-        undecided: int = 0,
+        filters: tuple[Filter, ...] = (),
     ) -> None:
-        self._patterns = patterns
-        self._chosen = chosen  # positions, None for all
-        self._db = db
+        super().__init__(patterns, db, chosen, filters)
         self._lattice: _matching.Lattice | None = None  # made when it is needed
-        self.undecided = undecided
-
-    @classmethod
-    def of_run(
-        cls,
-        patterns: Patterns,
-        db: GraphDatabase | None,
-        *,
-        maximal: bool,
-        closed: bool,
-    ) -> Result:
-        """Return the patterns of a run that pass the filters."""
-        if not (maximal or closed):
-            return cls(patterns, db)
-        keep = np.ones(len(patterns), np.bool_)
-        unknown = np.zeros(len(patterns), np.bool_)
-        wanted = [patterns.maximal] if maximal else []
-        wanted += [patterns.closed] if closed else []
-        for answers in wanted:
-            keep &= answers != NO
-            unknown |= answers == UNKNOWN
-        return cls(patterns, db, np.flatnonzero(keep), int((keep & unknown).sum()))
-
-    @property
-    def db(self) -> GraphDatabase:
-        """What was mined.
-
-        Raises
-        ------
-        KestroError
-            When the result was read from files without it.
-        """
-        if self._db is None:
-            raise KestroError(
-                "the result was read without its database; read_result takes it as db"
-            )
-        return self._db
-
-    @property
-    def graphs(self) -> int:
-        """The number of graphs that were mined."""
-        return int(self._patterns.summary["graphs"])
-
-    @property
-    def complete(self) -> bool:
-        """Whether the run found everything that was asked for."""
-        return self.stopped_by is None
-
-    @property
-    def stopped_by(self) -> str | None:
-        """What ended the run early, None if nothing did."""
-        ending: str = self._patterns.summary["ending"]
-        return ending if ending in STOPPED else None
-
-    @property
-    def min_support(self) -> int:
-        """The number of graphs in which a pattern had to occur."""
-        return int(self._patterns.summary["min_support"])
-
-    @property
-    def order_dependent(self) -> int | None:
-        """Candidates whose form may depend on the order of vertices.
-
-        Where it is 0, both values of ``form`` give the same patterns in the
-        same order.  None for a result that was read from the program's files.
-        """
-        count: int | None = self._patterns.summary["order_dependent"]
-        return count
-
-    @property
-    def positions(self) -> NDArray[np.int64]:
-        """Where the patterns lie in the run."""
-        if self._chosen is None:
-            return np.arange(len(self._patterns), dtype=np.int64)
-        return self._chosen
-
-    @property
-    def support(self) -> NDArray[np.int32]:
-        """Graphs that contain each pattern, shape (patterns,)."""
-        return self._patterns.support[self.positions]
-
-    @property
-    def size(self) -> NDArray[np.int32]:
-        """Edges of each pattern, shape (patterns,)."""
-        return self._patterns.sizes(self.positions)
-
-    def __len__(self) -> int:
-        """Return the number of patterns."""
-        return len(self._patterns) if self._chosen is None else len(self._chosen)
-
-    def __iter__(self) -> Iterator[Pattern]:
-        """Return the patterns one by one."""
-        return (Pattern(self._patterns, int(i)) for i in self.positions)
-
-    @overload
-    def __getitem__(self, key: Index | str) -> Pattern: ...
-    @overload
-    def __getitem__(self, key: slice | Selection) -> Result: ...
-    def __getitem__(self, key: Index | str | slice | Selection) -> Pattern | Result:
-        """Return a pattern, or a result with those selected."""
-        if isinstance(key, str):
-            return Pattern(self._patterns, self._named(key))
-        if isinstance(key, (int, np.integer)):
-            i = position(key, len(self), "pattern")
-            return Pattern(
-                self._patterns, i if self._chosen is None else int(self._chosen[i])
-            )
-        return self._of(self.positions[positions(key, len(self))])
-
-    def _of(self, chosen: NDArray[np.int64], undecided: int = 0) -> Result:
-        return Result(self._patterns, self._db, chosen, undecided)
-
-    def _named(self, name: str) -> int:
-        """Return where the pattern of an id lies in the run."""
-        size, dash, number = name.partition("-")
-        if dash and size.isdecimal() and number.isdecimal():
-            i = self._patterns.find(int(size), int(number))
-            if i is not None and (self._chosen is None or i in self._chosen):
-                return i
-        raise KeyError(name)
-
-    def __reduce__(self) -> tuple[Any, ...]:
-        """Pickle the arrays of the run, the choice and the database."""
-        return Result, (self._patterns, self._db, self._chosen, self.undecided)
 
     def _headline(self) -> str:
         sizes = self.size
-        what = f"{len(self)} patterns"
+        what = f"{len(self)} pattern" + ("" if len(self) == 1 else "s")
         if len(sizes):
-            what += f" of {sizes.min()} to {sizes.max()} edges"
+            least, most = sizes.min(), sizes.max()
+            what += f" of {least} to {most}" if least < most else f" of {most}"
+            what += " edge" + ("" if most == 1 else "s")
         what += f" in at least {self.min_support} of {self.graphs} graphs"
         if self.undecided:
             what += f", {self.undecided} of them undecided"
@@ -343,28 +102,7 @@ class Result:
             molecules ``smarts``, then ``closed`` and ``maximal``, which are NA
             where that is unknown.
         """
-        import pandas as pd
-
-        p = self._patterns
-        chosen = self.positions
-        sizes = p.sizes(chosen)
-        support = p.support[chosen]
-        smarts = {}
-        if p.summary.get("atom_labels") is not None:
-            smarts["smarts"] = [pattern.to_smarts() for pattern in self]
-        return pd.DataFrame(
-            {
-                "size": sizes,
-                "id": p.names(chosen),
-                "support": support,
-                "fraction": support / max(1, self.graphs),
-                "vertices": np.diff(p.vertex_offsets)[chosen],
-                "edges": sizes,
-                **smarts,
-                "closed": _nullable(p.closed[chosen]),
-                "maximal": _nullable(p.maximal[chosen]),
-            }
-        )
+        return _pattern_table.frame(self._patterns, self.positions)
 
     def to_arrow(self) -> pa.Table:
         """Return a table of Arrow's with a row per pattern.
@@ -378,14 +116,15 @@ class Result:
         pyarrow.Table
             The columns of `to_pandas`; then lists: ``vertex_labels``, ``ends``
             (pairs of vertices) and ``edge_labels``, and, where they are known,
-            ``tids`` and ``parents`` (ids).
+            ``tids`` and ``parents`` (ids).  Types are the same for any result,
+            but labels are binary where one of them is no UTF-8.
 
         Raises
         ------
         ImportError
             Without pyarrow, which ``pip install kestro[arrow]`` brings.
         """
-        return _pattern_table.table(self._patterns, self.positions, self.to_pandas())
+        return _pattern_table.table(self._patterns, self.positions)
 
     def __arrow_c_stream__(self, requested_schema: object | None = None) -> object:
         """Return the stream of `to_arrow`, for libraries that read Arrow."""
@@ -398,6 +137,11 @@ class Result:
         -------
         csr_array of uint8, shape (graphs, patterns)
             1 where the graph contains the pattern.
+
+        Raises
+        ------
+        KestroError
+            When the TIDs are unknown.
         """
         import scipy.sparse
 
@@ -416,7 +160,8 @@ class Result:
 
         A pattern occurs in a graph where its vertices can be laid on different
         vertices of the same label so that its edges come to lie on edges of
-        the same label.  Labels that the patterns do not have match nothing.
+        the same label [1]_.  Labels that the patterns do not have match
+        nothing.
         A pattern is not looked for where one of its parents is missing.
 
         Parameters
@@ -431,6 +176,19 @@ class Result:
         csr_array of uint8, shape (graphs of other, patterns)
             1 where the graph contains the pattern.
 
+        Raises
+        ------
+        KestroError
+            When both databases are of molecules, of which one was read with
+            charges or hydrogens and the other one without.
+        TypeError
+            When ``other`` is no database.
+
+        References
+        ----------
+        .. [1] J. R. Ullmann, An algorithm for subgraph isomorphism,
+           J. ACM 23, 1976.
+
         Examples
         --------
         >>> import kestro
@@ -439,6 +197,7 @@ class Result:
         >>> kestro.mine(db, min_support=2).transform(other).toarray().tolist()
         [[1], [0]]
         """
+        _matching.check_database(self._patterns, other)
         if self._lattice is None:
             self._lattice = _matching.Lattice(self._patterns, self.positions)
         return _matching.transform(self._lattice, other, n_jobs)
@@ -466,15 +225,28 @@ class Result:
         ndarray of int32, shape (embeddings, vertices of the pattern)
             Per embedding and vertex of the pattern the vertex of the graph.
             Images of a symmetric pattern come once for each symmetry.
+
+        Raises
+        ------
+        IndexError, KeyError
+            When there is no pattern or graph at that position, or none of
+            that id.
+        KestroError
+            When the pattern is of another run, or the graph is none.
+        TypeError
+            For a graph or a pattern of another type, and for a position where
+            the result was read without its database.
+        ValueError
+            When ``limit`` is less than 0.
         """
         if isinstance(pattern, Pattern):
             if pattern._all is not self._patterns:
                 raise KestroError("the pattern is of another run")
             i = pattern._i
         elif isinstance(pattern, str):
-            i = self._named(pattern)
+            i = int(self._named([pattern])[0])
         else:
-            i = int(self.positions[position(pattern, len(self), "pattern")])
+            i = self._at(pattern)
         return _matching.embeddings(self._patterns, i, graph, self._db, limit)
 
     def score(
@@ -487,7 +259,7 @@ class Result:
     ) -> pd.DataFrame:
         """Score how well each pattern tells classes of graphs apart.
 
-        Of two classes, the larger one in sorted order is compared with the
+        Of two classes, the last in sorted order is compared with the
         other; of more, each one with all others.
 
         Parameters
@@ -528,8 +300,10 @@ class Result:
         Raises
         ------
         KestroError
-            When y has not one entry for each graph, an entry is missing, or
-            there is one class only.
+            When y has not one entry for each graph, an entry is missing,
+            entries are of several kinds, or there is one class only; when the
+            TIDs are unknown; for a correction of patterns that were read from
+            a file that does not hold all of the run.
         ValueError
             For a correction of another method, and an alpha out of range.
 
@@ -575,18 +349,26 @@ class Result:
         -------
         Result
             Equal ones are in the order of this result; NaN is less than all.
+
+        Raises
+        ------
+        KestroError
+            As `score` does, for one of its methods.
+        TypeError, ValueError
+            When k is no int or less than 0, and for another ``by``, or a
+            method without ``y``.
         """
-        values = _scoring.values(self._patterns, self.positions, by, y)
-        chosen = _scoring.largest(values, k)
+        values = _choices.values(self._patterns, self.positions, by, y)
+        chosen = _choices.largest(values, k)
         return self._of(self.positions[chosen])
 
     def representative(self, k: int) -> Result:
         """Return closed patterns that together cover the graphs.
 
         One after another, the pattern is taken that occurs in most graphs that
-        none of those taken before occurs in; of equal ones the one with most
-        edges, then the first.  When no pattern occurs in a further graph, all
-        graphs count as uncovered again.
+        none of those taken before occurs in [1]_; of equal ones the one with
+        most edges, then the one with the smaller id.  Once every graph that
+        can be is covered, patterns follow by support, then id.
 
         Parameters
         ----------
@@ -596,12 +378,25 @@ class Result:
         Returns
         -------
         Result
-            In the order of choice.  Patterns of which it is unknown whether
-            they are closed may be taken; ``undecided`` counts these.
+            In the order of choice, with k patterns if there are as many closed
+            ones.  Patterns of which it is unknown whether they are closed may
+            be taken; ``undecided`` counts these.
+
+        Raises
+        ------
+        KestroError
+            When the TIDs are unknown.
+        TypeError, ValueError
+            When k is no int, or less than 0.
+
+        References
+        ----------
+        .. [1] G. L. Nemhauser, L. A. Wolsey, M. L. Fisher, An analysis of
+           approximations for maximizing submodular set functions I,
+           Mathematical Programming 14, 1978.
         """
-        chosen = _scoring.covering(self._patterns, self.positions, k)
-        unknown = self._patterns.closed[chosen] == UNKNOWN
-        return self._of(chosen, int(unknown.sum()))
+        chosen = _choices.covering(self._patterns, self.positions, k)
+        return self._of(chosen, "closed")
 
     def to_jsonl(
         self, path: str | os.PathLike[str] | IO[str] | None = None
@@ -611,18 +406,29 @@ class Result:
         Patterns come by size, then id, each once.
         The first line tells of the run.  Each further one is a pattern:
         ``id``, ``support``, ``vertices`` (labels), ``edges`` (two ends and a
-        label each), ``tids`` and ``parents`` (ids), the last two where known.
+        label each), ``closed`` and ``maximal`` (null where that is unknown),
+        ``tids`` and ``parents`` (ids), the last two where known.
 
         Parameters
         ----------
         path : path or text file, optional
             Where to; a file appears when it is whole.  None returns the text.
+
+        Returns
+        -------
+        str or None
+            The text, None where it was written.
+
+        Raises
+        ------
+        OSError
+            When the file cannot be written.
         """
-        lines = _jsonl.lines(self._patterns, self._chosen, self)
+        lines = _jsonl.lines(self._patterns, *self._what_is_written())
         if path is None:
             return "".join(lines)
         if isinstance(path, (str, os.PathLike)):
-            _program_files.write_aside(Path(path), lines)
+            write_aside(Path(path), lines)
         else:
             path.writelines(lines)
         return None
@@ -641,7 +447,8 @@ class Result:
         Makes ``name.fp``, ``name.tid`` and ``name.pc``, in which patterns come
         by size, then id, each once.  With
         ``form="command-line"`` they are what the program writes, but for the
-        time.  A file appears under its name when it is whole.
+        time.  The files appear under their names when all are whole, one after
+        another, ``name.fp`` last.
 
         Parameters
         ----------
@@ -653,22 +460,34 @@ class Result:
             The name of the input, which the head of the pattern file tells;
             None is ``name``.
         tids, parents : bool
-            Whether to write ``name.tid`` and ``name.pc``.
+            Whether to write ``name.tid`` and ``name.pc``.  If not, one that is
+            there is removed, as it belongs to other patterns.
 
         Raises
         ------
         KestroError
-            When the TIDs or the parents are unknown, or a name holds a
-            newline.
+            When the TIDs or the parents are unknown, a name holds a newline,
+            or ``name`` is none of a file.
+        OSError
+            When a file cannot be written.
         """
         _program_files.write(
-            self, self._patterns, Path(folder), name, source, tids=tids, parents=parents
+            self._patterns,
+            *self._what_is_written(),
+            Path(folder),
+            name,
+            source,
+            tids=tids,
+            parents=parents,
         )
 
-
-def _nullable(answers: NDArray[np.uint8]) -> Any:
-    import pandas as pd
-
-    return pd.array(
-        pd.arrays.BooleanArray(answers == YES, answers == UNKNOWN), dtype="boolean"
-    )
+    def _what_is_written(self) -> tuple[NDArray[np.int64], RunSummary]:
+        """Return the positions in the order of files, and what they are."""
+        chosen = np.unique(self.positions)
+        summary = self._patterns.summary
+        return chosen, replace(
+            summary,
+            described=summary.described or describe(self.db),
+            holds=self._patterns.holds(chosen, self._filters),
+            filters=self._filters,
+        )

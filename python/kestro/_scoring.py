@@ -1,4 +1,4 @@
-"""Scores, corrections and choices of patterns.
+"""Scores of patterns, and corrections for many of them.
 
 A pattern and a class make a table of four counts: graphs that contain the
 pattern or not, of the class or not.  With the numbers of graphs and of those of
@@ -8,16 +8,16 @@ contain the pattern; the tests are done once for each pair that occurs.
 
 from __future__ import annotations
 
-import heapq
 from collections.abc import Callable
 from typing import TYPE_CHECKING, Any, Literal, NamedTuple, get_args
 
 import numpy as np
 from numpy.typing import ArrayLike, NDArray
 
-from kestro._arguments import check_choice, whole_number
+from kestro._arguments import check_choice
+from kestro._classes import classes
 from kestro._errors import KestroError
-from kestro._patterns import NO, Patterns
+from kestro._patterns import Patterns
 from kestro._ragged import offsets_of
 
 if TYPE_CHECKING:
@@ -26,8 +26,8 @@ if TYPE_CHECKING:
 Method = Literal["chi2", "fisher", "information_gain", "odds_ratio", "growth_rate"]
 Correction = Literal["bh", "bonferroni", "tarone"]
 _TESTS = ("chi2", "fisher")
-# Two tables are equally likely where rounding alone tells them apart.
-_TIE = 1 + 1e-7
+# Two tables are equally likely where rounding alone tells their logarithms apart.
+_TIE = 1e-7
 
 
 class Tables(NamedTuple):
@@ -58,16 +58,22 @@ def table(
             raise ValueError(
                 f"a correction is for 'chi2' and 'fisher', which give p, not {method!r}"
             )
+        if patterns.summary.holds != "all":
+            raise KestroError(
+                "a correction counts all patterns of the run, and the file that was "
+                "read holds some of them only"
+            )
     level = _level(alpha)
-    names, codes = classes(y, int(patterns.summary["graphs"]))
+    names, codes = classes(y, patterns.summary.graphs)
     rows = []
     family: dict[Any, int] = {}
     factor: dict[Any, int] = {}
     for code in range(len(names)) if len(names) > 2 else [1]:
         tables = _tables(patterns, codes == code)
         columns = {
-            "id": patterns.names(chosen),
-            "class": [names[code]] * len(chosen),
+            "id": pd.Series(patterns.names(chosen), dtype=str),
+            # Of the class's type also where there is no pattern.
+            "class": pd.Series([names[code]]).repeat(len(chosen)).array,
             "inside": tables.inside[chosen],
             "outside": (tables.support - tables.inside)[chosen],
         }
@@ -96,35 +102,6 @@ def table(
     if factor:
         found.attrs["factor"] = factor
     return found
-
-
-def classes(y: ArrayLike, graphs: int) -> tuple[list[Any], NDArray[np.int64]]:
-    """Return the classes in sorted order, and of each graph the number of its own.
-
-    Raises
-    ------
-    KestroError
-        When y does not give each graph a class, or all the same.
-    """
-    import pandas as pd
-
-    labels = np.asarray(y)
-    if labels.ndim != 1:
-        raise KestroError(f"y must have one dimension, not {labels.ndim}")
-    if len(labels) != graphs:
-        raise KestroError(f"y has {len(labels)} entries for {graphs} graphs")
-    missing = np.flatnonzero(pd.isna(labels))
-    if len(missing):
-        raise KestroError(f"the class of graph {missing[0]} is missing in y")
-    if np.issubdtype(labels.dtype, np.inexact) and (labels % 1 != 0).any():
-        raise KestroError("y must hold classes, not measurements")
-    try:
-        names, codes = np.unique(labels, return_inverse=True)
-    except TypeError as e:
-        raise KestroError(f"the classes in y cannot be put into order: {e}") from e
-    if len(names) < 2:
-        raise KestroError("y must hold at least two classes")
-    return names.tolist(), codes
 
 
 def _level(alpha: object) -> float:
@@ -167,9 +144,9 @@ def _test(
 ) -> tuple[NDArray[np.float64], NDArray[np.float64]]:
     if method == "chi2":
         return _chi2(tables)
-    p = _fisher(tables)
-    with np.errstate(divide="ignore"):
-        return -np.log10(p), p
+    # Where p is too small for a float, its logarithm still ranks.
+    logs = _log_fisher(tables)
+    return np.abs(logs) / np.log(10), np.exp(logs)
 
 
 def _cells(t: Tables) -> tuple[NDArray[np.float64], ...]:
@@ -191,7 +168,8 @@ def _chi2(t: Tables) -> tuple[NDArray[np.float64], NDArray[np.float64]]:
     return chi2, p
 
 
-def _fisher(t: Tables) -> NDArray[np.float64]:
+def _log_fisher(t: Tables) -> NDArray[np.float64]:
+    """Return the natural logarithms of Fisher's p."""
     from scipy.special import gammaln
 
     logs = gammaln(np.arange(t.graphs + 1) + 1.0)  # of factorials
@@ -201,18 +179,18 @@ def _fisher(t: Tables) -> NDArray[np.float64]:
         return ways
 
     others = t.graphs - t.members
-    p = np.ones(len(t.support))
+    log_p = np.zeros(len(t.support))
     for support in np.unique(t.support):
         least = max(0, support - others)
         possible = np.arange(least, min(support, t.members) + 1)
         ways = choose(t.members, possible) + choose(others, support - possible)
-        chances = np.exp(ways - choose(t.graphs, support))
+        chances = ways - choose(t.graphs, support)
         ascending = np.sort(chances)
-        sums = np.cumsum(ascending)
+        sums = np.logaddexp.accumulate(ascending)
         mine = t.support == support
         own = chances[t.inside[mine] - least]
-        p[mine] = sums[np.searchsorted(ascending, own * _TIE, "right") - 1]
-    return p.clip(max=1.0)
+        log_p[mine] = sums[np.searchsorted(ascending, own + _TIE, "right") - 1]
+    return log_p.clip(max=0.0)
 
 
 def _information_gain(t: Tables) -> NDArray[np.float64]:
@@ -259,7 +237,14 @@ def _corrected(
     divisor = max(1, len(p))
     if correction == "tarone":
         divisor = _tarone_factor(_least_p(t, method), alpha)
-    return np.minimum(p * divisor, 1.0), p <= alpha / divisor, divisor
+    significant = p <= alpha / divisor
+    # A product and a quotient may be rounded to different sides of alpha.
+    corrected = np.where(
+        significant,
+        np.minimum(p * divisor, alpha),
+        np.maximum(p * divisor, np.nextafter(alpha, 1)),
+    )
+    return np.minimum(corrected, 1.0), significant, divisor
 
 
 def _least_p(t: Tables, method: str) -> NDArray[np.float64]:
@@ -285,75 +270,3 @@ def _tarone_factor(least: NDArray[np.float64], alpha: float) -> int:
     k = np.arange(1, len(least) + 1)
     reaching = np.searchsorted(np.sort(least), alpha / k, "right")
     return int(k[np.argmax(reaching <= k)])
-
-
-def values(
-    patterns: Patterns, chosen: NDArray[np.int64], by: object, y: ArrayLike | None
-) -> NDArray[np.float64]:
-    """Return by what ``Result.top`` ranks these patterns."""
-    if not isinstance(by, str):
-        own = np.asarray(by, dtype=np.float64)
-        if own.shape != (len(chosen),):
-            raise ValueError(
-                f"by must be one number for each of {len(chosen)} patterns, "
-                f"not of shape {own.shape}"
-            )
-        return own
-    check_choice("by", by, ("support", "size", *get_args(Method)))
-    if by == "support":
-        return patterns.support[chosen].astype(np.float64)
-    if by == "size":
-        return patterns.sizes(chosen).astype(np.float64)
-    if y is None:
-        raise ValueError(f"{by!r} needs y, the classes of the graphs")
-    scores = table(patterns, chosen, y, method=by, correction=None, alpha=0.5)
-    by_class = scores["score"].to_numpy(np.float64).reshape(-1, len(chosen))
-    best: NDArray[np.float64] = np.fmax.reduce(by_class, axis=0)
-    return best
-
-
-def largest(ranks: NDArray[np.float64], k: int) -> NDArray[np.int64]:
-    """Return the places of the k largest numbers, the largest first, NaN last."""
-    return np.argsort(-ranks, kind="stable")[: whole_number("k", k, 0)]
-
-
-def covering(
-    patterns: Patterns, chosen: NDArray[np.int64], k: int
-) -> NDArray[np.int64]:
-    """Return the patterns that ``Result.representative`` chooses.
-
-    What a pattern adds can only become less while graphs are covered, so one
-    that still adds as much as it did when it was last looked at is the best.
-    """
-    wanted = whole_number("k", k, 0)
-    tids, offsets = patterns.tids, patterns.tid_offsets
-    candidates = chosen[patterns.closed[chosen] != NO]
-    ranked = _by_size(patterns, candidates)
-    taken: list[int] = []
-    while ranked and len(taken) < wanted:
-        covered = np.zeros(int(patterns.summary["graphs"]), np.bool_)
-        queue = [(-int(patterns.support[i]), rank, i) for rank, i in enumerate(ranked)]
-        heapq.heapify(queue)
-        while queue and len(taken) < wanted:
-            added, rank, i = heapq.heappop(queue)
-            own = tids[offsets[i] : offsets[i + 1]]
-            now = int(np.count_nonzero(covered[own])) - len(own)
-            if now != added:
-                heapq.heappush(queue, (now, rank, i))
-                continue
-            if now == 0:
-                break
-            covered[own] = True
-            taken.append(i)
-        before = set(taken)
-        ranked = [i for i in ranked if i not in before]
-    return np.array(taken, np.int64)
-
-
-def _by_size(patterns: Patterns, candidates: NDArray[np.int64]) -> list[int]:
-    """Return the candidates, each once, those with most edges first."""
-    _, first = np.unique(candidates, return_index=True)
-    distinct = candidates[np.sort(first)]
-    order = np.argsort(-patterns.sizes(distinct), kind="stable")
-    found: list[int] = distinct[order].tolist()
-    return found

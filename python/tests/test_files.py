@@ -3,7 +3,6 @@
 import gzip
 import io
 import json
-import os
 import re
 import subprocess
 import sys
@@ -14,44 +13,12 @@ import pandas as pd
 import pyarrow as pa
 import pyarrow.parquet
 import pytest
+from ways import WAYS, contents, rows, through_files, through_json
 
 
 @pytest.fixture(scope="module")
 def result(molecules):
     return kestro.mine(molecules, min_support="20%")
-
-
-def rows(result):
-    return [
-        (
-            p.id,
-            p.support,
-            p.graph.lines(),
-            p.tids.tolist(),
-            p.parents,
-            p.children,
-            p.closed,
-            p.maximal,
-        )
-        for p in result
-    ]
-
-
-def contents(folder):
-    return {file.name: file.read_bytes() for file in folder.iterdir()}
-
-
-def through_files(result, folder, db=None):
-    result.write(folder, "p")
-    return kestro.read_result(folder / "p.fp", db)
-
-
-def through_json(result, folder, db=None):
-    result.to_jsonl(folder / "p.jsonl")
-    return kestro.read_result(folder / "p.jsonl", db)
-
-
-WAYS = pytest.mark.parametrize("way", [through_files, through_json])
 
 
 @WAYS
@@ -106,11 +73,16 @@ def test_maximal_patterns(molecules, tmp_path, way):
 
 
 @WAYS
-def test_of_a_selection_it_is_unknown_what_is_closed(result, tmp_path, way):
+def test_of_a_selection_files_do_not_tell_what_is_closed(result, tmp_path, way):
     some = result[[100, 3, 50, 3]]
     again = way(some, tmp_path)
     assert [p.id for p in again] == [result[i].id for i in (3, 50, 100)]
-    assert {p.closed for p in again} == {p.maximal for p in again} == {None}
+    if way is through_json:  # which tells it
+        assert [(p.closed, p.maximal) for p in again] == [
+            (result[i].closed, result[i].maximal) for i in (3, 50, 100)
+        ]
+    else:
+        assert {p.closed for p in again} == {p.maximal for p in again} == {None}
 
 
 @WAYS
@@ -136,7 +108,9 @@ def test_no_pattern(tmp_path, way):
 @WAYS
 def test_labels_of_all_kinds(tmp_path, way):
     text = "t # 0\nv 0 \xe9\nv 1 #\nu 0 1 \u2192\n".encode()
-    db = kestro.read_transactions(io.BytesIO(text + b"t # 1\nv 0 \xff\nv 1 0\nu 0 1 \xfe\n"))
+    db = kestro.read_transactions(
+        io.BytesIO(text + b"t # 1\nv 0 \xff\nv 1 0\nu 0 1 \xfe\n")
+    )
     result = kestro.mine(db, min_support=1)
     assert rows(way(result, tmp_path)) == rows(result)
 
@@ -171,6 +145,33 @@ def test_files_packed_by_gzip(result, tmp_path):
     packed = tmp_path / "p.jsonl.gz"
     packed.write_bytes(gzip.compress((tmp_path / "p.jsonl").read_bytes()))
     assert rows(kestro.read_result(packed)) == rows(result)
+    result.write(tmp_path, "p")
+    for suffix in (".fp", ".pc", ".tid"):  # the other ones are beside it as they were
+        file = tmp_path / f"p{suffix}"
+        packed = tmp_path / f"p{suffix}.gz"
+        packed.write_bytes(gzip.compress(file.read_bytes()))
+        file.unlink()
+        assert rows(kestro.read_result(tmp_path / "p.fp.gz")) == rows(result)
+
+
+def test_file_objects(result, tmp_path):
+    result.write(tmp_path, "p")
+    result.to_jsonl(tmp_path / "p.jsonl")
+    for name in ("p.jsonl", "p.fp"):
+        data = (tmp_path / name).read_bytes()
+        for packed in (data, gzip.compress(data)):
+            again = kestro.read_result(io.BytesIO(packed), result.db)
+            assert (again.incidence() != result.incidence()).nnz == 0
+        with open(tmp_path / name, encoding="utf-8", errors="surrogateescape") as f:
+            assert len(kestro.read_result(f)) == 114
+    with (
+        open(tmp_path / "p.fp", "rb") as f,
+        pytest.raises(kestro.KestroError, match="TIDs are unknown"),
+    ):
+        kestro.read_result(f).incidence()
+    for odd in (None, 3, b"p.fp"):
+        with pytest.raises(TypeError, match="path or a file object"):
+            kestro.read_result(odd)
 
 
 def test_lines_of_json(result, tmp_path):
@@ -179,77 +180,13 @@ def test_lines_of_json(result, tmp_path):
     assert result.to_jsonl(into) is None and into.getvalue() == text
     head, *patterns = map(json.loads, text.splitlines())
     assert head["patterns"] == len(patterns) == 114 and head["graphs"] == 60
-    assert list(patterns[0]) == ["id", "support", "vertices", "edges", "tids", "parents"]
+    assert list(patterns[0]) == (
+        "id support vertices edges closed maximal tids parents".split()
+    )
     p = result["1-5"]
     own = next(row for row in patterns if row["id"] == "1-5")
     assert (own["vertices"], own["edges"]) == (["C", "O"], [[0, 1, "d"]])
     assert own["tids"] == p.tids.tolist()
-
-
-@pytest.mark.parametrize(
-    ("name", "change", "reason"),
-    [
-        ("p.fp", lambda t: t[: len(t) // 2], "of a run that ended"),
-        ("p.fp", lambda t: b"t # 0\nv 0 C\n", "of a run that ended"),
-        ("p.fp", lambda t: t.replace(b"t # 3-7, ", b"t # 3-70000, "), "size and id"),
-        ("p.fp", lambda t: t.replace(b"t # 3-7, ", b"t # x "), "no head"),
-        ("p.fp", lambda t: t.replace(b"v 1 C", b"v 1"), "line"),
-        ("p.tid", lambda t: t.replace(b"3-7 ", b"3-8 "), "not those of"),
-        ("p.tid", lambda t: t.replace(b"\n1-1 ", b"\n1-1 0 "), "as long as"),
-        ("p.pc", lambda t: t[:-200], "not those of"),
-        ("p.jsonl", lambda t: t[:-20], "no line of JSON"),
-        ("p.jsonl", lambda t: t.rsplit(b"\n", 2)[0], "not whole"),
-        ("p.jsonl", lambda t: t.replace(b"kestro patterns 1", b"other"), "first line"),
-        ("p.jsonl", lambda t: t.replace(b'"support"', b'"upport"'), "no pattern"),
-    ],
-)
-def test_files_that_cannot_be_read(result, tmp_path, name, change, reason):
-    result.write(tmp_path, "p")
-    result.to_jsonl(tmp_path / "p.jsonl")
-    file = tmp_path / name
-    before = file.read_bytes()
-    file.write_bytes(change(before))
-    assert file.read_bytes() != before
-    path = tmp_path / ("p.jsonl" if name == "p.jsonl" else "p.fp")
-    with pytest.raises(kestro.KestroError, match=reason):
-        kestro.read_result(path)
-
-
-def test_databases_that_do_not_belong(result, three, molecules, tmp_path):
-    result.write(tmp_path, "p", tids=False)
-    with pytest.raises(kestro.KestroError, match="60 graphs were mined, db has 3"):
-        kestro.read_result(tmp_path / "p.fp", three)
-    with pytest.raises(kestro.KestroError, match="not as frequent"):
-        kestro.read_result(tmp_path / "p.fp", molecules[[0] * 60])
-    with pytest.raises(FileNotFoundError):
-        kestro.read_result(tmp_path / "none.fp")
-
-
-class FullError(Exception):
-    pass
-
-
-def test_a_file_that_is_not_whole_is_not_there(result, tmp_path, monkeypatch):
-    result.write(tmp_path, "p")
-    before = contents(tmp_path)
-    real = os.replace
-
-    def parents(*_):
-        yield ["1-0"]
-        raise FullError
-
-    monkeypatch.setattr("kestro._program_files.parent_names", parents)
-    with pytest.raises(FullError):
-        result[5:].write(tmp_path, "p")
-    with pytest.raises(FullError):
-        result[5:].to_jsonl(tmp_path / "q.jsonl")
-    assert contents(tmp_path) == before and os.replace is real
-    with pytest.raises(FileNotFoundError):
-        result.write(tmp_path / "none", "p")
-    for name, source in (("a\nb", None), ("a", "b\nc")):
-        with pytest.raises(kestro.KestroError, match="newline"):
-            result.write(tmp_path, name, source=source)
-    assert contents(tmp_path) == before
 
 
 def test_arrow(result, tmp_path):
@@ -296,6 +233,8 @@ def test_html(result, molecules):
     assert "114 patterns of 1 to 9 edges in at least 12 of 60 graphs" in html
     assert html.count("<tr>") == 11 and "104 more" in html
     assert "75.0%" in html
+    one = result[:1]
+    assert repr(one).startswith("<Result: 1 pattern of 1 edge in at least")
     few = kestro.mine(molecules, min_support="20%", max_size=1)[:2]._repr_html_()
     assert few.count("<tr>") == 3 and "more" not in few and "?" in few
     odd = kestro.from_edges([["<b>", "&"]], [[(0, 1, "<i>")]])
@@ -303,6 +242,9 @@ def test_html(result, molecules):
     assert "&amp;0 &lt;i&gt; &lt;b&gt;1" in page and not re.search("<b>1<|<i>", page)
     large = kestro.mine(molecules, min_support=2, min_size=14)._repr_html_()
     assert "…" in large
+    atoms = kestro.from_smiles(["CC(=O)O", "CC(=O)N"])
+    page = kestro.mine(atoms, min_support=2)._repr_html_()
+    assert "[#6&amp;A](-[#6&amp;A])=[#8&amp;A]" in page and "<th>SMARTS</th>" in page
 
 
 def test_tables_of_filters_tell_what_is_unknown(molecules):
@@ -321,6 +263,58 @@ def test_molecules(tmp_path, way):
     assert again.to_pandas().equals(result.to_pandas())
     assert "smarts" in again.to_pandas().columns
     assert again.to_arrow()["smarts"].to_pylist() == [p.to_smarts() for p in result]
-    if way is through_json:  # which tells what the labels are
+    if way is through_files:
+        with pytest.raises(ValueError, match="give db to read_result"):
+            kestro.read_result(tmp_path / "p.fp")[0].to_smarts()
+        assert "smarts" not in kestro.read_result(tmp_path / "p.fp").to_pandas().columns
+    else:  # which tells what the labels are
         alone = kestro.read_result(tmp_path / "p.jsonl")
         assert alone[0].to_smarts() == result[0].to_smarts()
+
+
+@WAYS
+def test_corrections_need_all_patterns_of_the_run(result, molecules, tmp_path, way):
+    """The family of a correction must not depend on what was kept of it."""
+    y = np.arange(60) % 2
+    family = result.score(y, correction="bh").attrs["family"]
+    maximal = kestro.mine(molecules, min_support="20%", maximal=True)
+    for own in (result.top(5), maximal, result[result.size >= 5]):
+        assert own.score(y, correction="bh").attrs["family"] == family
+        again = way(own, tmp_path)
+        by_id = own[np.argsort(own.positions)]
+        assert again.score(y).equals(by_id.score(y))
+        for correction in ("bh", "bonferroni", "tarone"):
+            with pytest.raises(kestro.KestroError, match="all patterns of the run"):
+                again.score(y, correction=correction)
+    again = way(result[::-1], tmp_path)
+    assert again.score(y, correction="bh").attrs["family"] == family
+
+
+def test_labels_of_a_file_that_no_graph_has(tmp_path):
+    text = "v 0 A\nt # 0\nv 0 B\nv 1 C\nu 0 1 s\n"
+    db = kestro.read_transactions(io.StringIO(text))
+    kestro.mine(db, min_support=1).write(tmp_path, "p")
+    for own in (db, db[:]):
+        assert len(kestro.read_result(tmp_path / "p.fp", own)) == 1
+
+
+def test_lines_of_json_tell_what_is_closed(result, molecules, tmp_path):
+    closed = kestro.mine(molecules, min_support="20%", closed=True)
+    for own in (closed, result[:], result[[100, 3]], closed[::-1]):
+        again = through_json(own, tmp_path, molecules)
+        by_id = own[np.argsort(own.positions)]
+        assert again.to_pandas().equals(by_id.to_pandas())
+        assert not again.to_pandas()["closed"].isna().any()
+        assert again.representative(3).undecided == 0
+    files = through_files(result[:], tmp_path)
+    assert files.to_pandas().equals(result.to_pandas())
+
+
+def test_undecided_ones_are_counted_where_they_are_read(molecules, tmp_path):
+    asked = {"min_support": "20%", "max_size": 4}
+    closed = kestro.mine(molecules, **asked, closed=True)
+    maximal = kestro.mine(molecules, **asked, maximal=True)
+    assert through_json(closed, tmp_path).undecided == closed.undecided > 0
+    for way in (through_files, through_json):
+        assert repr(way(maximal, tmp_path)) == repr(maximal)
+        assert maximal.undecided > 0

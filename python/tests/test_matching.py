@@ -1,5 +1,6 @@
 """Patterns in other graphs: transform and embeddings."""
 
+import io
 import itertools
 import math
 import os
@@ -192,3 +193,43 @@ def test_embeddings_that_make_no_sense(result, three):
         result.embeddings(114, 0)
     with pytest.raises(ValueError, match="limit"):
         result.embeddings(0, 0, limit=-1)
+
+
+@pytest.mark.parametrize("label", [b"\x01", b"x" * 1010, b"a\x7f", b"\xff"])
+def test_labels_that_files_alone_can_hold(label):
+    text = b"t # 0\nv 0 " + label + b"\nv 1 B\nu 0 1 s\n"
+    db = kestro.read_transactions(io.BytesIO(text + text.replace(b"# 0", b"# 1")))
+    result = kestro.mine(db, min_support=2)
+    assert result.transform(db).toarray().tolist() == [[1], [1]]
+    for graph in (0, db[0], db[1]):
+        assert result.embeddings(0, graph).tolist() in ([[0, 1]], [[1, 0]])
+
+
+def test_graphs_that_are_none(result):
+    graph = kestro.Graph(("C", "C"), np.array([[0, 5]], np.int32), ("s",))
+    with pytest.raises(kestro.KestroError, match="vertex|vertices"):
+        result.embeddings(0, graph)
+
+
+SMILES = ["C[NH3+]", "CC[NH3+]", "CN"]
+
+
+def test_labels_that_mean_something_else(tmp_path):
+    """With charges N is another label, which silently matches less."""
+    charged = kestro.from_smiles(SMILES, charge=True)
+    plain = kestro.from_smiles(SMILES)
+    result = kestro.mine(charged, min_support=2)
+    with pytest.raises(kestro.KestroError, match="read with charge=True, not False"):
+        result.transform(plain)
+    result.to_jsonl(tmp_path / "p.jsonl")
+    for db in (plain, kestro.from_smiles(SMILES, charge=True, hydrogens=True)):
+        with pytest.raises(kestro.KestroError, match="read with"):
+            kestro.read_result(tmp_path / "p.jsonl", db)
+    assert kestro.read_result(tmp_path / "p.jsonl", charged)[0].to_smarts()
+    # A file of graphs does not tell what its labels are.
+    charged.to_transactions(tmp_path / "t")
+    graphs = kestro.read_transactions(tmp_path / "t")
+    assert (result.transform(graphs) != result.incidence()).nnz == 0
+    again = kestro.mine(graphs, min_support=2)
+    assert (again.transform(charged) != again.incidence()).nnz == 0
+    assert kestro.read_result(tmp_path / "p.jsonl", graphs)[0].to_smarts()

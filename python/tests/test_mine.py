@@ -182,6 +182,10 @@ def test_a_fraction_is_rounded_to_the_nearest_number_of_graphs(share, n):
         ({"max_size": "3"}, TypeError),
         ({"time_limit": -1}, ValueError),
         ({"time_limit": float("nan")}, ValueError),
+        ({"time_limit": float("inf")}, ValueError),
+        ({"closed": "yes"}, TypeError),
+        ({"maximal": 1}, TypeError),
+        ({"maximal": None}, TypeError),
         ({"time_limit": "1"}, TypeError),
         ({"max_patterns": -1}, ValueError),
         ({"form": "other"}, ValueError),
@@ -255,6 +259,25 @@ def test_a_callback_may_ask_for_the_end(explosive):
 
     result = kestro.mine(explosive, min_support=2, progress=callback)
     assert result.stopped_by == "progress"
+
+
+def test_a_callback_that_asks_for_the_end_at_the_end(three):
+    """All is found by then: nothing was stopped."""
+    told = []
+    expected = table(kestro.mine(three, min_support=1, progress=told.append))
+
+    def callback(now):
+        if now == told[-1]:
+            raise kestro.StopMining
+
+    result = kestro.mine(three, min_support=1, progress=callback)
+    assert table(result) == expected
+    assert result.complete and result.stopped_by is None
+
+
+def test_no_size_is_a_size_of_one(three):
+    none, one = (kestro.mine(three, min_support=1, min_size=m) for m in (0, 1))
+    assert table(none) == table(one)
 
 
 @pytest.mark.parametrize("seconds", [0.0, 0.03, 0.3])

@@ -2,6 +2,7 @@
 
 import itertools
 import math
+import time
 from fractions import Fraction
 
 import kestro
@@ -201,6 +202,43 @@ def test_corrections(runs, method, correction, alpha):
     assert rejected > 0
 
 
+@pytest.mark.parametrize("correction", ["bonferroni", "bh", "tarone"])
+def test_corrected_p_and_significance_agree(runs, correction):
+    """Also where p is alpha by the divisor, but for the rounding."""
+    result, _, y = runs[2]
+    p = result.score(y, method="fisher")["p"].unique()
+    alphas = [x * k for x in p for k in range(1, 13) if x * k < 0.999]
+    for alpha in [a for x in alphas for a in (x, np.nextafter(x, 0), np.nextafter(x, 1))]:
+        scores = result.score(y, method="fisher", correction=correction, alpha=alpha)
+        assert ((scores["p_corrected"] <= alpha) == scores["significant"]).all()
+        if correction != "bh":
+            [k] = scores.attrs["factor" if correction == "tarone" else "family"].values()
+            assert (scores["significant"] == (scores["p"] <= alpha / k)).all()
+
+
+def test_p_too_small_for_a_float():
+    """The score still tells which one is smaller, as logarithms of SciPy's do."""
+    n = 3000
+    y = np.repeat([1, 0], n)
+    matrix = np.zeros((2 * n, 3), bool)
+    matrix[:n, 0] = True
+    matrix[: n - 1, 1] = True
+    matrix[: n - 300, 2] = True
+    result = kestro.mine(database_of(matrix), min_support=1)
+    result = result[result.size == 1]
+    scores = result.score(y, method="fisher")
+    assert scores["p"].tolist() == [0.0] * 3 and np.isfinite(scores["score"]).all()
+    supports = result.top(3, by="fisher", y=y).support.tolist()
+    assert supports == [n, n - 1, n - 300]
+    for support, own in zip(result.support, scores["score"], strict=True):
+        log_p = stats.hypergeom.logsf(support - 1, 2 * n, n, support)
+        # Classes are as large, so as many tables lie at the other end.
+        expected = -(log_p + math.log(2)) / math.log(10)
+        assert own == pytest.approx(expected, rel=1e-9)
+    tarone = result.score(y, method="fisher", correction="tarone")
+    assert tarone["significant"].all()
+
+
 def test_tarone_ignores_patterns_that_cannot_be_significant():
     """Columns with one graph each can never reach a small p."""
     matrix = np.zeros((20, 12), dtype=bool)
@@ -240,7 +278,7 @@ def test_more_classes_are_compared_one_by_one(runs):
 
 
 @pytest.mark.parametrize("method", METHODS)
-def test_of_two_classes_the_larger_is_compared(runs, method):
+def test_of_two_classes_the_last_is_compared(runs, method):
     result, _, y = runs[1]
     names = np.where(y == 1, "mutagen", "harmless")
     expected = result.score(y, method=method)
@@ -248,7 +286,9 @@ def test_of_two_classes_the_larger_is_compared(runs, method):
         found = result.score(labels, method=method)
         assert set(found["class"]) == {"mutagen"}
         assert found["score"].equals(expected["score"])
-    for same in (y.astype(bool), y.astype(float), y * 2 - 1):
+    whole = np.ma.array(y, mask=np.zeros(len(y), bool))
+    mixed = [float(x) if x else int(x) for x in y]
+    for same in (y.astype(bool), y.astype(float), y * 2 - 1, y.tolist(), whole, mixed):
         assert result.score(same, method=method)["score"].equals(expected["score"])
 
 
@@ -264,16 +304,23 @@ def test_of_two_classes_the_larger_is_compared(runs, method):
         (lambda y: y + 0.5, "measurements"),
         (lambda y: y.reshape(1, -1), "dimension"),
         (lambda y: 1, "dimension"),
-        (lambda y: ["a", *y[1:].tolist()], "order"),
+        (lambda y: ["a", *y[1:].tolist()], "numbers and text, which have no order"),
+        (lambda y: np.array(["a", *y[1:].tolist()], object), "numbers and text"),
+        (lambda y: [1, "1"] * (len(y) // 2) + ["1"] * (len(y) % 2), "numbers and text"),
+        (lambda y: [True, *y[1:].tolist()], "numbers and truth values"),
+        (lambda y: ["a", *"b" * (len(y) - 2), math.nan], r"graph \d+ is missing"),
+        (lambda y: np.ma.array(y, mask=np.arange(len(y)) == 4), "graph 4 is missing"),
+        (lambda y: [[x] for x in y], "dimension"),
+        (lambda y: [[x, x] for x in y], "dimension"),
+        (lambda y: [x + 0.5 for x in y], "measurements"),
+        (lambda y: [0, *[{}] * (len(y) - 1)], "dict objects and numbers"),
+        (lambda y: [{}] * len(y), "order"),
     ],
 )
 def test_classes_that_make_no_sense(runs, change, reason):
     result, _, y = runs[0]
-    wrong = change(y)
-    if reason == "order":
-        wrong = np.array(wrong, dtype=object)
     with pytest.raises(kestro.KestroError, match=reason):
-        result.score(wrong)
+        result.score(change(y))
 
 
 @pytest.mark.parametrize(
@@ -340,13 +387,16 @@ def test_tops_that_make_no_sense(runs):
 
 def plain_representatives(result, k):
     """Greedy coverage, looking at every closed pattern each time."""
-    left = [(i, p.size, set(p.tids.tolist())) for i, p in enumerate(result) if p.closed]
+    left = [
+        (i, p.size, set(p.tids.tolist()))
+        for i, p in enumerate(result)
+        if p.closed is not False
+    ]
     covered, taken = set(), []
     while left and len(taken) < k:
         best = max(left, key=lambda row: (len(row[2] - covered), row[1], -row[0]))
         if not best[2] - covered:
-            covered = set()
-            continue
+            best = max(left, key=lambda row: (len(row[2]), -row[0]))
         covered |= best[2]
         taken.append(best[0])
         left.remove(best)
@@ -358,12 +408,26 @@ def test_representative(runs, molecules, k):
     mined = kestro.mine(molecules, min_support="15%")
     for result in (mined, *(run[0] for run in runs[:3])):
         bounded = result.representative(k)
+        assert bounded.positions.tolist() == plain_representatives(result, k)
         if result is mined:
             assert bounded.undecided == 0
-            assert bounded.positions.tolist() == plain_representatives(result, k)
             assert all(p.closed for p in bounded)
+            assert len(bounded) == min(k, sum(p.closed for p in mined))
         else:  # of the last level it is unknown
             assert bounded.undecided == len(bounded) == min(k, 12)
     selection = mined[::-1][:50]
     chosen = selection.representative(k).positions.tolist()
     assert set(chosen) <= set(selection.positions.tolist())
+
+
+def test_many_representatives_of_one_graph(molecules):
+    """Once every graph is covered there is no more to weigh."""
+    large = max(range(len(molecules)), key=lambda i: len(molecules[i].edges))
+    result = kestro.mine(molecules[[large]], min_support=1, max_size=12)
+    assert len(result) > 2000 and result.undecided == 0
+    start = time.process_time()
+    chosen = result.representative(len(result))
+    assert time.process_time() - start < 2
+    unsure = [p.closed for p in result].count(None)
+    assert len(chosen) == unsure == chosen.undecided
+    assert chosen.positions.tolist() == sorted(chosen.positions.tolist())

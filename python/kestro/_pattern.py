@@ -1,0 +1,142 @@
+"""One pattern of a result."""
+
+from __future__ import annotations
+
+import numpy as np
+from numpy.typing import NDArray
+
+from kestro._atoms import graph_smarts
+from kestro._database import Graph
+from kestro._patterns import UNKNOWN, YES, Patterns
+
+
+def _truth(answer: int) -> bool | None:
+    return None if answer == UNKNOWN else answer == YES
+
+
+class Pattern:
+    """One pattern of a result, looked at where it lies.
+
+    Patterns of one run are equal when they are the same one.
+    """
+
+    __slots__ = ("_all", "_i")
+
+    def __init__(self, patterns: Patterns, i: int) -> None:
+        self._all = patterns
+        self._i = i
+
+    @property
+    def size(self) -> int:
+        """Number of edges."""
+        return int(self._all.level_sizes[self._all.level_of(self._i)])
+
+    @property
+    def id(self) -> str:
+        """The program's name of it, such as "3-7": size, number of that size."""
+        return self._all.names(np.array([self._i]))[0]
+
+    @property
+    def support(self) -> int:
+        """Number of graphs that contain it."""
+        return int(self._all.support[self._i])
+
+    @property
+    def tids(self) -> NDArray[np.int32]:
+        """Positions of these graphs in the database, ascending; a view."""
+        offsets = self._all.tid_offsets
+        return self._all.tids[offsets[self._i] : offsets[self._i + 1]]
+
+    @property
+    def graph(self) -> Graph:
+        """Its vertices in canonical order, and its edges."""
+        p = self._all
+        level = p.level_of(self._i)
+        size = int(p.level_sizes[level])
+        first = int(p.edge_starts[level])
+        first += (self._i - int(p.level_starts[level])) * size
+        vertices = p.vertex_labels[
+            p.vertex_offsets[self._i] : p.vertex_offsets[self._i + 1]
+        ]
+        return Graph(
+            tuple(p.vertex_table[x] for x in vertices.tolist()),
+            p.edges[first : first + size],
+            tuple(
+                p.edge_table[x] for x in p.edge_labels[first : first + size].tolist()
+            ),
+        )
+
+    def to_smarts(self) -> str:
+        """Return the SMARTS of a pattern of molecules.
+
+        It says all that the labels say, no more: element and aromaticity of
+        atoms, their charge where the database has it, the kind of each bond.
+        So RDKit finds it in the molecules whose numbers are ``tids``; where
+        hydrogens are vertices, once ``Chem.AddHs`` has made them atoms.
+
+        Raises
+        ------
+        ValueError
+            When the database is none of molecules, or was not given where the
+            result was read from the program's files.
+        """
+        labels = self._all.summary.atom_labels
+        if labels is None:
+            raise ValueError(
+                "the labels of this pattern are not known to be those of atoms; where "
+                "they are, give db to read_result"
+            )
+        return graph_smarts(self.graph, labels)
+
+    @property
+    def parents(self) -> tuple[str, ...]:
+        """The ids of the patterns one edge smaller that it contains.
+
+        Also where those are smaller than ``min_size`` and not in the result.
+        """
+        p = self._all
+        numbers = p.parents[p.parent_offsets[self._i] : p.parent_offsets[self._i + 1]]
+        below = self.size - 1
+        return tuple(f"{below}-{number}" for number in numbers.tolist())
+
+    @property
+    def children(self) -> tuple[str, ...]:
+        """The ids of the patterns of the run one edge larger that contain it."""
+        offsets, children = self._all.children
+        found = children[offsets[self._i] : offsets[self._i + 1]]
+        return tuple(self._all.names(found.astype(np.int64)))
+
+    @property
+    def closed(self) -> bool | None:
+        """Whether no larger pattern of the same support contains it.
+
+        None where larger patterns may exist that the run did not reach.
+        """
+        return _truth(int(self._all.closed[self._i]))
+
+    @property
+    def maximal(self) -> bool | None:
+        """Whether no larger pattern contains it; None likewise."""
+        return _truth(int(self._all.maximal[self._i]))
+
+    def __eq__(self, other: object) -> bool:
+        """Whether it is the same pattern of the same run."""
+        if not isinstance(other, Pattern):
+            return NotImplemented
+        return self._all is other._all and self._i == other._i
+
+    def __hash__(self) -> int:
+        """Return a hash of the run and the position."""
+        return hash((id(self._all), self._i))
+
+    def __repr__(self) -> str:
+        """Return id, support, vertices and edges."""
+        g = self.graph
+        edges = ", ".join(
+            f"{a}-{b} {label}"
+            for (a, b), label in zip(g.edges.tolist(), g.edge_labels, strict=True)
+        )
+        return (
+            f"<Pattern {self.id}: support {self.support}, "
+            f"{' '.join(g.vertex_labels)}, {edges}>"
+        )
