@@ -145,7 +145,7 @@ def _certain(chosen: NDArray[Any]) -> NDArray[Any]:
 
 def position(key: Index, size: int, what: str) -> int:
     """Return one position, counted from the end where it is negative."""
-    if isinstance(key, bool):
+    if isinstance(key, (bool, np.bool_)):
         raise TypeError(f"the position of a {what} must be an int, not {key}")
     number = operator.index(key)
     if not -size <= number < size:

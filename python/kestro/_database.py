@@ -207,9 +207,7 @@ class GraphDatabase:
     def __getitem__(self, key: slice | Selection) -> GraphDatabase: ...
     def __getitem__(self, key: Index | slice | Selection) -> Graph | GraphDatabase:
         """Return a graph, or a database of those selected."""
-        if isinstance(key, (bool, np.bool_)):
-            raise TypeError(f"a graph is chosen by its number, not {key}")
-        if isinstance(key, (int, np.integer)):
+        if isinstance(key, (int, np.integer, np.bool_)):
             tid = position(key, len(self), "graph")
             vertex_labels, edges, edge_labels = self._native.graph(tid)
             return Graph(tuple(vertex_labels), edges, tuple(edge_labels))

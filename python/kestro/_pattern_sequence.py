@@ -143,7 +143,7 @@ class PatternSequence:
         """Return a pattern, or a result with those selected."""
         if isinstance(key, str):
             return Pattern(self._patterns, int(self._named([key])[0]))
-        if isinstance(key, (int, np.integer)):
+        if isinstance(key, (int, np.integer, np.bool_)):
             return Pattern(self._patterns, self._at(key))
         names = ids_in(key)
         if names is not None:

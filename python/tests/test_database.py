@@ -14,7 +14,7 @@ ROOT = Path(__file__).parents[2]
 
 def test_a_bool_is_no_number_of_a_graph(three):
     for wrong in (True, False, np.True_):
-        with pytest.raises(TypeError, match="by its number, not (True|False)"):
+        with pytest.raises(TypeError, match="must be an int, not"):
             three[wrong]
 
 
@@ -38,11 +38,11 @@ def test_what_stands_beside_has_a_row_per_graph(three):
     assert three[[1]].table["x"].tolist() == [2]
     for again in (three[:], pickle.loads(pickle.dumps(three))):
         assert again.classes.tolist() == ["a", "b", "a"]
-    with pytest.raises(ValueError, match="classes must have 3 rows.* not 2"):
+    with pytest.raises(ValueError, match=r"classes must have 3 rows.* not 2"):
         three.classes = [1, 2]
     with pytest.raises(ValueError, match="one dimension"):
         three.classes = [[1], [2], [3]]
-    with pytest.raises(ValueError, match="table must have 3 rows.* not 1"):
+    with pytest.raises(ValueError, match=r"table must have 3 rows.* not 1"):
         three.table = pd.DataFrame({"x": [1]})
     with pytest.raises(TypeError, match="table must be a DataFrame"):
         three.table = [1, 2, 3]

@@ -61,8 +61,11 @@ def block(after):
 
 def test_pages_build_without_warnings(tmp_path):
     done = subprocess.run(
-        [sys.executable, "-m", "sphinx", "-W", "--keep-going", "-q", "-b", "html"]
-        + ["-d", str(tmp_path / "trees"), str(DOCS), str(tmp_path / "html")],
+        [
+            *(sys.executable, "-m", "sphinx", "-W", "--keep-going", "-q"),
+            *("-b", "html", "-d", str(tmp_path / "trees")),
+            *(str(DOCS), str(tmp_path / "html")),
+        ],
         capture_output=True,
         text=True,
     )

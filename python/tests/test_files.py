@@ -214,7 +214,8 @@ def test_arrow(result, tmp_path):
 def test_the_package_does_without_its_extras():
     code = (
         "import sys\n"
-        "for name in ('pyarrow', 'rdkit', 'sklearn', 'polars'): sys.modules[name] = None\n"
+        "for name in ('pyarrow', 'rdkit', 'sklearn', 'polars'):\n"
+        "    sys.modules[name] = None\n"
         "import kestro\n"
         "db = kestro.from_edges([['A', 'B']], [[(0, 1, 'x')]])\n"
         "result = kestro.mine(db, min_support=1)\n"

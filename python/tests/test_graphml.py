@@ -88,7 +88,7 @@ def test_the_encoding_of_text_and_of_bytes():
     for source in (io.StringIO(text), io.BytesIO(text.encode("latin-1"))):
         assert kestro.from_graphml(source)[0].vertex_labels == ("é", "O")
     unknown = io.BytesIO(text.encode("latin-1").replace(b"latin-1", b"none-such"))
-    with pytest.raises(kestro.KestroError, match="no XML: .*line 1"):
+    with pytest.raises(kestro.KestroError, match=r"no XML: .*line 1"):
         kestro.from_graphml(unknown)
 
 

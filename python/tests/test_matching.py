@@ -120,7 +120,9 @@ def databases(draw, most):
             if pairs
             else []
         )
-        graphs.append((vertices, [(a, b, draw(st.sampled_from("xy"))) for a, b in chosen]))
+        graphs.append(
+            (vertices, [(a, b, draw(st.sampled_from("xy"))) for a, b in chosen])
+        )
     return kestro.from_edges([g[0] for g in graphs], [g[1] for g in graphs])
 
 
@@ -148,7 +150,9 @@ def test_embeddings(result, molecules):
     g = molecules[tid].to_networkx()
     for row in found.tolist():
         assert len(set(row)) == len(row)
-        for (a, b), label in zip(p.graph.edges.tolist(), p.graph.edge_labels, strict=True):
+        for (a, b), label in zip(
+            p.graph.edges.tolist(), p.graph.edge_labels, strict=True
+        ):
             assert g.edges[row[a], row[b]]["label"] == label
     outside = next(i for i in range(60) if i not in p.tids)
     assert result.embeddings(p, outside).shape == (0, 9)
@@ -207,7 +211,7 @@ def test_labels_that_files_alone_can_hold(label):
 
 def test_graphs_that_are_none(result):
     graph = kestro.Graph(("C", "C"), np.array([[0, 5]], np.int32), ("s",))
-    with pytest.raises(kestro.KestroError, match="vertex|vertices"):
+    with pytest.raises(kestro.KestroError, match=r"vertex|vertices"):
         result.embeddings(0, graph)
 
 

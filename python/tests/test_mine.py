@@ -155,7 +155,20 @@ def test_minimum_supports_of_a_wrong_type(three, min_support):
 
 @pytest.mark.parametrize(
     "min_support",
-    [0, -1, 2**31, 0.0, 1.5, -0.1, float("nan"), float("inf"), "5", "x%", "101%", "-5%"],
+    [
+        0,
+        -1,
+        2**31,
+        0.0,
+        1.5,
+        -0.1,
+        float("nan"),
+        float("inf"),
+        "5",
+        "x%",
+        "101%",
+        "-5%",
+    ],
 )
 def test_minimum_supports_out_of_range(three, min_support):
     with pytest.raises(ValueError, match="min_support"):
@@ -401,7 +414,10 @@ def test_the_bar_in_a_terminal():
     terminal, other_end = os.openpty()
     termios.tcsetwinsize(other_end, (24, 100))
     done = subprocess.run(
-        [sys.executable, "-c", code], check=True, stdout=subprocess.PIPE, stderr=other_end
+        [sys.executable, "-c", code],
+        check=True,
+        stdout=subprocess.PIPE,
+        stderr=other_end,
     )
     os.close(other_end)
     shown = b""

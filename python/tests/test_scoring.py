@@ -208,11 +208,15 @@ def test_corrected_p_and_significance_agree(runs, correction):
     result, _, y = runs[2]
     p = result.score(y, method="fisher")["p"].unique()
     alphas = [x * k for x in p for k in range(1, 13) if x * k < 0.999]
-    for alpha in [a for x in alphas for a in (x, np.nextafter(x, 0), np.nextafter(x, 1))]:
+    for alpha in [
+        a for x in alphas for a in (x, np.nextafter(x, 0), np.nextafter(x, 1))
+    ]:
         scores = result.score(y, method="fisher", correction=correction, alpha=alpha)
         assert ((scores["p_corrected"] <= alpha) == scores["significant"]).all()
         if correction != "bh":
-            [k] = scores.attrs["factor" if correction == "tarone" else "family"].values()
+            [k] = scores.attrs[
+                "factor" if correction == "tarone" else "family"
+            ].values()
             assert (scores["significant"] == (scores["p"] <= alpha / k)).all()
 
 
@@ -329,7 +333,11 @@ def test_classes_that_make_no_sense(runs, change, reason):
         ({"method": "other"}, ValueError, "method"),
         ({"correction": "other"}, ValueError, "correction"),
         ({"method": "odds_ratio", "correction": "bh"}, ValueError, "correction is"),
-        ({"method": "growth_rate", "correction": "tarone"}, ValueError, "correction is"),
+        (
+            {"method": "growth_rate", "correction": "tarone"},
+            ValueError,
+            "correction is",
+        ),
         ({"alpha": 0}, ValueError, "alpha"),
         ({"alpha": 1.0}, ValueError, "alpha"),
         ({"alpha": float("nan")}, ValueError, "alpha"),
@@ -359,7 +367,8 @@ def test_top(runs):
         scores = result.score(y, method="odds_ratio")["score"]
         best = result.top(12, by="odds_ratio", y=y)
         expected = sorted(
-            range(12), key=lambda i: (math.isnan(scores[i]), -np.nan_to_num(scores[i]), i)
+            range(12),
+            key=lambda i: (math.isnan(scores[i]), -np.nan_to_num(scores[i]), i),
         )
         assert best.positions.tolist() == expected
         assert result.top(12, by=scores).positions.tolist() == expected

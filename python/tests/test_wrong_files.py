@@ -148,7 +148,7 @@ def test_numbers_of_graphs_that_cannot_be(result, tmp_path, graphs):
     head = "Number of Input Transactions:                "
     assert head + "60\n" in text
     (tmp_path / "p.fp").write_text(text.replace(head + "60\n", f"{head}{graphs}\n"))
-    with pytest.raises(kestro.KestroError, match="cannot have been|no 'Number of"):
+    with pytest.raises(kestro.KestroError, match=r"cannot have been|no 'Number of"):
         kestro.read_result(tmp_path / "p.fp")
 
 
