@@ -214,7 +214,7 @@ def test_a_truth_value_is_no_position(result, molecules):
         lambda: molecules[False],
         lambda: result.embeddings(True, 0),
     ):
-        with pytest.raises(TypeError, match="not (True|False)"):
+        with pytest.raises(TypeError, match=r"not (True|False)"):
             ask()
 
 
