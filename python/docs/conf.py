@@ -9,6 +9,7 @@ html_theme = "alabaster"
 html_theme_options = {
     "description": "Frequent connected subgraphs of labelled graphs",
     "fixed_sidebar": True,
+    "page_width": "1200px",  # room for the tables of the examples
 }
 html_sidebars = {"**": ["about.html", "navigation.html", "searchbox.html"]}
 html_show_sourcelink = False

@@ -72,7 +72,7 @@ class Converter:
         self._kinds = _Kinds()
         names = self._chem.BondType.names
         self._orders = {names[name]: order for name, order in _ORDERS.items()}
-        # The entries of other bonds may be the same, or nought.
+        # The entries of other bonds may be the same, or zero.
         self._other_bond = self._chem.MolFromSmarts("*!-!=!#!:*")
         self._clear()
 

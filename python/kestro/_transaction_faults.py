@@ -26,7 +26,7 @@ def faults(lines: Sequence[bytes]) -> dict[int, str]:
     for i, line in enumerate(lines):
         kind = line.lstrip()[:1].lower()
         if b"\0" in line and kind and kind in b"vude":
-            found[i] = f"a byte of nought, which ends labels: {_quoted(line)}"
+            found[i] = f"a NUL byte, which ends labels: {_quoted(line)}"
         elif kind == b"v":
             if match := _VERTEX.match(line):
                 vertices.add(_id(match[1]))

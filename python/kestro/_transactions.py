@@ -23,7 +23,7 @@ from kestro._transaction_faults import faults
 
 # Where a transaction begins, and the line that ends some data sets: a
 # transaction without a vertex or an edge, numbered -1, behind the last one.  A
-# byte of nought in a vertex or an edge ends the line for the library.
+# NUL byte in a vertex or an edge ends the line for the library.
 _HEAD = re.compile(rb"^[ \t\v\f\r]*[tT]", re.MULTILINE)
 _END_MARK = re.compile(rb"(?:^|\n)[ \t]*t[ \t]*#[ \t]*-1\s*\Z")
 _CUT_LABEL = re.compile(rb"^[ \t\v\f\r]*[vudeVUDE][^\n\0]*\0", re.MULTILINE)
@@ -64,7 +64,7 @@ def read_transactions(
     KestroError
         With the path and the line, for a line that cannot be read, an empty
         one among them, and for loops, double edges and ends without a vertex.
-        For a vertex or an edge with a byte of nought, which the program takes
+        For a vertex or an edge with a NUL byte, which the program takes
         for the end of the label.
     OSError
         When the file cannot be read.
@@ -156,7 +156,7 @@ def _skipped_in_front(text: bytes) -> list[Skipped]:
 
 
 def _parse(text: bytes, name: str) -> _core.Database:
-    """Parse transactions; raise for labels that a byte of nought would end."""
+    """Parse transactions; raise for labels that a NUL byte would end."""
     cut = _CUT_LABEL.search(text) if b"\0" in text else None
     if cut:
         line = text.count(b"\n", 0, cut.start()) + 1

@@ -21,8 +21,8 @@ HEAD = {
 # Options that the package does not have.
 OTHER = re.compile(r"stabilizer|load-labels|save-labels|-h\b|help")
 # The program reads a folder as an empty file, and of the files of a run with -x
-# it drops TID lines that are longer than its reader takes at once.  A byte of
-# nought ends a label there, where the package refuses it.
+# it drops TID lines that are longer than its reader takes at once.  A NUL byte
+# ends a label there, where the package refuses it.
 DIFFERENT = {"folder-as-file", "maximal-long-tid-lines", "nul-byte-after-label"}
 
 

@@ -115,7 +115,7 @@ def test_an_unreadable_line_in_front():
         ("v 0 C\ne 0 C\n", 2, "the edge has no two numbers: 'e 0 C'"),
         ("v 0 C\nx 0\n", 2, "no line of a graph: 'x 0'"),
         ("v 0 C\n\nv 1 C\n", 2, "an empty line"),
-        ("v 0 C\0D\n", 1, "a byte of nought"),
+        ("v 0 C\0D\n", 1, "a NUL byte"),
         (f"x{'y' * 99}\n", 1, f"no line of a graph: 'x{'y' * 59}'…"),
     ],
 )
@@ -231,12 +231,12 @@ def test_labels_that_are_no_utf8(tmp_path):
     assert pattern.graph.edge_labels == ("\udcff",)
 
 
-def test_bytes_of_nought_in_a_file(tmp_path):
+def test_nul_bytes_in_a_file(tmp_path):
     file = tmp_path / "a.txt"
     comments = b"# of a hundred bytes".ljust(99) + b"\n"
     graphs = b"t # 0\nv 0 C\0D\nt # 1\nv 0 N\n"
     file.write_bytes(comments * 11_000 + graphs)
-    with pytest.raises(kestro.KestroError, match="a byte of nought") as caught:
+    with pytest.raises(kestro.KestroError, match="a NUL byte") as caught:
         kestro.read_transactions(file)
     assert caught.value.line == 11_002
     assert labels(kestro.read_transactions(file, on_error="skip")) == [("N",)]
