@@ -113,7 +113,8 @@ def from_smiles(
     on_error : {"raise", "skip"}
         With "skip", molecules that cannot be read are left out and listed in
         ``skipped``; so are those with bonds of another kind.  A dative bond is
-        one: it has a direction, which edges have not.
+        one: it has a direction, which edges have not.  Where nothing is left,
+        a `UserWarning` says so.
 
     Returns
     -------
