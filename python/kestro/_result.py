@@ -291,11 +291,16 @@ class Result(PatternSequence):
         DataFrame
             A row per pattern, in order, and per class where there are more
             than two: ``id``, ``class``, ``inside`` and ``outside`` (graphs of
-            the class, and others, that contain the pattern), ``score``; with
-            "chi2" and "fisher" ``p``, with "fisher" the score is -log10 of it;
-            with a correction ``p_corrected`` and ``significant``.  ``attrs``
-            has "family", by class the number of distinct TID lists, and for
-            "tarone" "factor", by class the number that alpha is divided by.
+            the class, and others, that contain the pattern), ``rate_inside``
+            and ``rate_outside`` (the same as fractions of the class and of the
+            others), ``score``; with "chi2" and "fisher" ``p``, with "fisher"
+            the score is -log10 of it; with a correction ``p_corrected`` and
+            ``significant``.  ``attrs`` has "family", by class the number of
+            distinct TID lists, and for "tarone" "factor", by class the number
+            that alpha is divided by.
+
+            "chi2", "fisher" and "information_gain" are as large for what the
+            class lacks as for what it has: the rates tell which it is.
 
         Raises
         ------

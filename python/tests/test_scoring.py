@@ -83,7 +83,9 @@ def test_counts(runs):
         assert scores["id"].tolist() == [p.id for p in result]
         assert set(scores["class"]) == {1}
         for column, row in zip(matrix.T, scores.itertuples(), strict=True):
-            assert (row.inside, row.outside) == cells(column, y)[:2]
+            a, b, c, d = cells(column, y)
+            assert (row.inside, row.outside) == (a, b)
+            assert (row.rate_inside, row.rate_outside) == (a / (a + c), b / (b + d))
 
 
 def test_chi2(runs):
