@@ -266,7 +266,8 @@ class Result(PatternSequence):
         ----------
         y : array-like, shape (graphs,)
             The class of each graph of ``db``, which is what is left after
-            skipping: ``values[db.source]`` aligns what was not skipped.
+            skipping: ``values[db.source]`` aligns what was not skipped.  The
+            index of a Series is not looked at; y is taken by position.
         method : str
             - "chi2": Pearson's chi-square without continuity correction.
             - "fisher": Fisher's exact test, two-sided: the probability of all
