@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import os
 import re
 from collections.abc import Callable, Iterable, Sequence
 from contextlib import closing
@@ -206,7 +207,11 @@ def _read(source: Source) -> tuple[str, str]:
     try:
         return read_text(source)
     except FileNotFoundError as e:
-        if not isinstance(source, str):
+        if not isinstance(source, str) or _looks_like_a_path(source):
             raise
         hint = f"{e.strerror}; a SMILES is handed over in a list, as [{source!r}]"
         raise FileNotFoundError(e.errno, hint, source) from None
+
+
+def _looks_like_a_path(text: str) -> bool:
+    return "/" in text or bool(os.path.splitext(text)[1])

@@ -84,6 +84,10 @@ def test_files(tmp_path):
     with pytest.raises(FileNotFoundError, match=r"in a list, as \['CCO'\]") as caught:
         kestro.from_smiles("CCO")
     assert caught.value.filename == "CCO"
+    for name in ("none.smi", "none/none"):
+        with pytest.raises(FileNotFoundError) as caught:
+            kestro.from_smiles(name)
+        assert "list" not in str(caught.value)
     with pytest.raises(kestro.KestroError, match="record 1: no SMILES") as failed:
         kestro.from_smiles(file)
     assert (failed.value.path, failed.value.line) == (str(file), 2)
