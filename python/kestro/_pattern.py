@@ -82,9 +82,15 @@ class Pattern:
         """
         labels = self._all.summary.atom_labels
         if labels is None:
+            # Of what was mined and not read the database tells the counts.
+            if self._all.summary.described is None:
+                raise ValueError(
+                    "the labels of this pattern are not those of atoms: "
+                    "the database that was mined is none of molecules"
+                )
             raise ValueError(
                 "the labels of this pattern are not known to be those of atoms; where "
-                "they are, give db to read_result"
+                "they are, give the database of molecules to read_result"
             )
         return graph_smarts(self.graph, labels)
 

@@ -198,7 +198,7 @@ def test_smarts_text():
         kestro.from_edges([["C"] * 2] * 2, [[(0, 1, "-")]] * 2), min_support=1
     )
     assert "smarts" not in again.to_pandas()
-    with pytest.raises(ValueError, match="atoms"):
+    with pytest.raises(ValueError, match="mined is none of molecules"):
         again[0].to_smarts()
 
 
