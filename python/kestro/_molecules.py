@@ -110,7 +110,8 @@ def from_smiles(
         a bond alone, so no label could tell it.
     n_jobs : int, optional
         Processes: None is this one alone, -1 as many as there are cores.  The
-        database is the same for any number.
+        database is the same for any number.  As processes have to
+        start and to hand over what they made, it pays for large files only.
     on_error : {"raise", "skip"}
         With "skip", molecules that cannot be read are left out and listed in
         ``skipped``; so are those with bonds of another kind.  A dative bond is
