@@ -224,6 +224,8 @@ class Result(PatternSequence):
         -------
         ndarray of int32, shape (embeddings, vertices of the pattern)
             Per embedding and vertex of the pattern the vertex of the graph.
+            Columns follow the vertices of ``pattern.graph``, not the atoms of
+            its SMARTS, which `Pattern.smarts_order` puts them into.
             Images of a symmetric pattern come once for each symmetry.
 
         Raises

@@ -183,6 +183,9 @@ def test_smarts_match_where_the_pattern_is(smiles, way):
         query = Chem.MolFromSmarts(p.to_smarts())
         found = [i for i, m in enumerate(mined) if m.HasSubstructMatch(query)]
         assert found == p.tids.tolist(), p.to_smarts()
+        places = result.embeddings(p, found[0])[:, p.smarts_order()]
+        matches = mined[found[0]].GetSubstructMatches(query, uniquify=False)
+        assert sorted(places.tolist()) == sorted(map(list, matches)), p.to_smarts()
 
 
 def test_smarts_text():
@@ -200,6 +203,8 @@ def test_smarts_text():
     assert "smarts" not in again.to_pandas()
     with pytest.raises(ValueError, match="mined is none of molecules"):
         again[0].to_smarts()
+    with pytest.raises(ValueError, match="mined is none of molecules"):
+        again[0].smarts_order()
 
 
 def test_several_processes(smiles):
