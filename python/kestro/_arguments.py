@@ -65,8 +65,10 @@ def min_support_parts(value: object) -> tuple[str, float]:
     if isinstance(value, str):
         found = _PERCENTAGE.fullmatch(value)
         if not found:
+            hint = "; write a point, not a comma" if "," in value else ""
             raise ValueError(
                 f"a min_support of type str is a percentage like '5%', not {value!r}"
+                f"{hint}"
             )
         amount = float(found[1])
         if amount > 100:

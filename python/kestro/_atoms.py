@@ -64,17 +64,18 @@ def atom_smarts(label: str, labels: AtomLabels) -> str:
     return f"[#{number}&{'a' if aromatic else 'A'}{told}]"
 
 
-def graph_smarts(g: Graph, labels: AtomLabels) -> str:
-    """Return the SMARTS of a connected graph of atoms and bonds.
+def graph_smarts(g: Graph, labels: AtomLabels) -> tuple[str, list[int]]:
+    """Return the SMARTS of a connected graph, and its vertices in their order.
 
-    It matches the molecules that contain the graph, where they have the atoms
+    They match the molecules that contain the graph, where these have the atoms
     that were read: all hydrogens or those only that RDKit keeps.
     """
     atoms = [atom_smarts(label, labels) for label in g.vertex_labels]
     if not atoms:
-        return ""
+        return "", []
     children, rings = _spanning_tree(len(atoms), g)
     written: list[str] = []
+    order: list[int] = []
     todo: list[str | int] = [0]
     while todo:
         next_one = todo.pop()
@@ -82,10 +83,11 @@ def graph_smarts(g: Graph, labels: AtomLabels) -> str:
             written.append(next_one)
             continue
         written.append(atoms[next_one] + "".join(rings[next_one]))
+        order.append(next_one)
         # The last branch stands without brackets; what comes first is pushed last.
         for i, (child, bond) in enumerate(reversed(children[next_one])):
             todo += [child, bond] if i == 0 else [")", child, bond, "("]
-    return "".join(written)
+    return "".join(written), order
 
 
 def _spanning_tree(

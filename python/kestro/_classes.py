@@ -48,7 +48,11 @@ def _array_of(y: Any, graphs: int) -> NDArray[Any]:
     if labels.ndim != 1:
         raise KestroError(f"y must have one dimension, not {labels.ndim}")
     if len(labels) != graphs:
-        raise KestroError(f"y has {len(labels)} entries for {graphs} graphs")
+        hint = "; values[db.source] leaves out what was skipped"
+        raise KestroError(
+            f"y has {len(labels)} entries for {graphs} graphs"
+            + (hint if len(labels) > graphs else "")
+        )
     missing = np.flatnonzero(pd.isna(labels) | np.ma.getmask(y))
     if len(missing):
         raise KestroError(f"the class of graph {missing[0]} is missing in y")

@@ -61,8 +61,9 @@ def from_csv(
     GraphDatabase
         Of molecules, with the other columns in ``table``, typed as
         ``pandas.read_csv`` does by the rows of the graphs alone; in columns of
-        text just the empty cells are missing, NA is a text.  Bytes that are no
-        UTF-8 stand there as in ``\\xe9``.  ``source`` counts the rows below the
+        text just the empty cells are missing, NA is a text; but where a column
+        holds nothing else than such words, all of it is missing.  Bytes that are
+        no UTF-8 stand there as in ``\\xe9``.  ``source`` counts the rows below the
         names from 0.
 
     Raises

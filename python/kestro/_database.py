@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 import os
+import warnings
 from collections.abc import Iterator, Sized
 from dataclasses import dataclass
 from typing import IO, TYPE_CHECKING, Any, NamedTuple, TypeVar, overload
@@ -325,6 +326,24 @@ class GraphDatabase:
         from kestro._arrow import to_arrow
 
         return to_arrow(self)
+
+
+def warn_if_all_skipped(db: GraphDatabase, stacklevel: int) -> GraphDatabase:
+    """Return the database; warn when there were records, and none is a graph.
+
+    The stacklevel is that of the reader's caller, counted from here on.
+    """
+    if db.skipped and not len(db):
+        record, reason = db.skipped[0]
+        if len(db.skipped) == 1:
+            text = f"the only record, {record}, was skipped: {reason}"
+        else:
+            text = (
+                f"all {len(db.skipped)} records were skipped; "
+                f"the first, record {record}: {reason}"
+            )
+        warnings.warn(text, UserWarning, stacklevel=stacklevel)
+    return db
 
 
 def _unpickled(

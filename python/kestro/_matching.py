@@ -100,7 +100,10 @@ class Lattice:
 def check_database(patterns: Patterns, other: object) -> None:
     """Raise unless it is a database whose labels mean what the patterns' do."""
     if not isinstance(other, GraphDatabase):
-        raise TypeError(f"other must be a GraphDatabase, not {type(other).__name__}")
+        raise TypeError(
+            f"other must be a GraphDatabase, not {type(other).__name__}; "
+            f"from_smiles and the other readers make one"
+        )
     check_atom_labels(patterns.summary.atom_labels, other.atom_labels)
 
 

@@ -56,6 +56,7 @@ def mine(
         1 or more; a float in (0, 1] is a fraction of them; a str like "5%" is
         a percentage as on the command line.  Fractions and percentages are
         rounded to the nearest number of graphs, halves up, and at least 1.
+        An int above the number of graphs is taken, and nothing is found.
     min_size, max_size : int
         The sizes of the patterns, in edges; None is no bound.  A ``min_size``
         of 0 is the same as 1, as on the command line: a single vertex is no

@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import os
 import re
 from collections.abc import Callable, Iterable, Sequence
 from contextlib import closing
@@ -109,11 +110,13 @@ def from_smiles(
         a bond alone, so no label could tell it.
     n_jobs : int, optional
         Processes: None is this one alone, -1 as many as there are cores.  The
-        database is the same for any number.
+        database is the same for any number.  As processes have to
+        start and to hand over what they made, it pays for large files only.
     on_error : {"raise", "skip"}
         With "skip", molecules that cannot be read are left out and listed in
         ``skipped``; so are those with bonds of another kind.  A dative bond is
-        one: it has a direction, which edges have not.
+        one: it has a direction, which edges have not.  Where nothing is left,
+        a `UserWarning` says so.
 
     Returns
     -------
@@ -205,7 +208,11 @@ def _read(source: Source) -> tuple[str, str]:
     try:
         return read_text(source)
     except FileNotFoundError as e:
-        if not isinstance(source, str):
+        if not isinstance(source, str) or _looks_like_a_path(source):
             raise
         hint = f"{e.strerror}; a SMILES is handed over in a list, as [{source!r}]"
         raise FileNotFoundError(e.errno, hint, source) from None
+
+
+def _looks_like_a_path(text: str) -> bool:
+    return "/" in text or bool(os.path.splitext(text)[1])

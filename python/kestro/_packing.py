@@ -12,7 +12,12 @@ from numpy.typing import NDArray
 
 from kestro import _core
 from kestro._arguments import OnError, check_choice
-from kestro._database import AtomLabels, GraphDatabase, Skipped
+from kestro._database import (
+    AtomLabels,
+    GraphDatabase,
+    Skipped,
+    warn_if_all_skipped,
+)
 from kestro._errors import KestroError, printable
 
 if TYPE_CHECKING:
@@ -182,6 +187,7 @@ class Packer:
 
         The table and the classes are made of the numbers of the records that
         are graphs, in their order: what is no graph must not decide on types.
+        A warning that nothing is left points at the caller of the caller.
         """
         packed = self.packed()
         records = packed.records
@@ -200,7 +206,7 @@ class Packer:
             kept[i] = False
             self.refuse(int(records[i]), _GRAPH_NUMBER.sub("", reason))
         source = records[kept]
-        return GraphDatabase(
+        db = GraphDatabase(
             native,
             source,
             tuple(sorted(self._skipped)),
@@ -208,6 +214,7 @@ class Packer:
             table=None if table is None else table(source),
             classes=None if classes is None else classes(source),
         )
+        return warn_if_all_skipped(db, stacklevel=4)
 
 
 def _numbers(numbers: array[int], dtype: type[_T]) -> NDArray[_T]:

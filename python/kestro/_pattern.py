@@ -74,17 +74,46 @@ class Pattern:
         So RDKit finds it in the molecules whose numbers are ``tids``; where
         hydrogens are vertices, once ``Chem.AddHs`` has made them atoms.
 
+        Its atoms come in another order than the vertices of ``graph``, which
+        `smarts_order` tells.
+
         Raises
         ------
         ValueError
             When the database is none of molecules, or was not given where the
             result was read from the program's files.
         """
+        return self._smarts()[0]
+
+    def smarts_order(self) -> NDArray[np.int64]:
+        """Return the vertices in the order of the atoms of the SMARTS.
+
+        So ``result.embeddings(pattern, tid)[:, pattern.smarts_order()]`` are
+        the matches that RDKit finds in the molecule, symmetric ones included.
+
+        Returns
+        -------
+        ndarray of int64, shape (vertices,)
+
+        Raises
+        ------
+        ValueError
+            As `to_smarts` does.
+        """
+        return np.array(self._smarts()[1], np.int64)
+
+    def _smarts(self) -> tuple[str, list[int]]:
         labels = self._all.summary.atom_labels
         if labels is None:
+            # Of what was mined and not read the database tells the counts.
+            if self._all.summary.described is None:
+                raise ValueError(
+                    "the labels of this pattern are not those of atoms: "
+                    "the database that was mined is none of molecules"
+                )
             raise ValueError(
                 "the labels of this pattern are not known to be those of atoms; where "
-                "they are, give db to read_result"
+                "they are, give the database of molecules to read_result"
             )
         return graph_smarts(self.graph, labels)
 

@@ -224,6 +224,8 @@ class Result(PatternSequence):
         -------
         ndarray of int32, shape (embeddings, vertices of the pattern)
             Per embedding and vertex of the pattern the vertex of the graph.
+            Columns follow the vertices of ``pattern.graph``, not the atoms of
+            its SMARTS, which `Pattern.smarts_order` puts them into.
             Images of a symmetric pattern come once for each symmetry.
 
         Raises
@@ -266,7 +268,8 @@ class Result(PatternSequence):
         ----------
         y : array-like, shape (graphs,)
             The class of each graph of ``db``, which is what is left after
-            skipping: ``values[db.source]`` aligns what was not skipped.
+            skipping: ``values[db.source]`` aligns what was not skipped.  The
+            index of a Series is not looked at; y is taken by position.
         method : str
             - "chi2": Pearson's chi-square without continuity correction.
             - "fisher": Fisher's exact test, two-sided: the probability of all
@@ -291,11 +294,16 @@ class Result(PatternSequence):
         DataFrame
             A row per pattern, in order, and per class where there are more
             than two: ``id``, ``class``, ``inside`` and ``outside`` (graphs of
-            the class, and others, that contain the pattern), ``score``; with
-            "chi2" and "fisher" ``p``, with "fisher" the score is -log10 of it;
-            with a correction ``p_corrected`` and ``significant``.  ``attrs``
-            has "family", by class the number of distinct TID lists, and for
-            "tarone" "factor", by class the number that alpha is divided by.
+            the class, and others, that contain the pattern), ``rate_inside``
+            and ``rate_outside`` (the same as fractions of the class and of the
+            others), ``score``; with "chi2" and "fisher" ``p``, with "fisher"
+            the score is -log10 of it; with a correction ``p_corrected`` and
+            ``significant``.  ``attrs`` has "family", by class the number of
+            distinct TID lists, and for "tarone" "factor", by class the number
+            that alpha is divided by.
+
+            "chi2", "fisher" and "information_gain" are as large for what the
+            class lacks as for what it has: the rates tell which it is.
 
         Raises
         ------

@@ -70,12 +70,16 @@ def table(
     factor: dict[Any, int] = {}
     for code in range(len(names)) if len(names) > 2 else [1]:
         tables = _tables(patterns, codes == code)
+        inside = tables.inside[chosen]
+        outside = (tables.support - tables.inside)[chosen]
         columns = {
             "id": pd.Series(patterns.names(chosen), dtype=str),
             # Of the class's type also where there is no pattern.
             "class": pd.Series([names[code]]).repeat(len(chosen)).array,
-            "inside": tables.inside[chosen],
-            "outside": (tables.support - tables.inside)[chosen],
+            "inside": inside,
+            "outside": outside,
+            "rate_inside": inside / tables.members,
+            "rate_outside": outside / (tables.graphs - tables.members),
         }
         scores, p = _scores(tables, method)
         columns["score"] = scores[chosen]

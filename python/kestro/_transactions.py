@@ -16,7 +16,7 @@ from numpy.typing import NDArray
 
 from kestro import _core
 from kestro._arguments import OnError, check_choice
-from kestro._database import GraphDatabase, Skipped
+from kestro._database import GraphDatabase, Skipped, warn_if_all_skipped
 from kestro._errors import KestroError, printable
 from kestro._files import BYTE_ORDER_MARK, GZIP, read_bytes
 from kestro._transaction_faults import faults
@@ -94,7 +94,8 @@ def read_transactions(
     if has_end_mark:
         taken = [-1, *records[-1:].tolist(), *(s.record for s in skipped)]
         skipped.append(Skipped(max(taken) + 1, "the end mark 't # -1' is no graph"))
-    return GraphDatabase(native, records, tuple(skipped))
+    db = GraphDatabase(native, records, tuple(skipped))
+    return warn_if_all_skipped(db, stacklevel=3)
 
 
 def _is_plain(path: str | os.PathLike[str]) -> bool:

@@ -35,6 +35,8 @@ def from_tu(
         where there are any ``NAME_node_labels.txt``, ``NAME_edge_labels.txt``,
         ``NAME_graph_labels.txt``; each may be compressed by gzip, with ``.gz``
         behind its name.  Attributes are numbers, not labels, and not read.
+        Labels are numbers, too; what they stand for is told by the set's
+        README.
     vertex_label, edge_label : str
         The label of all vertices, or edges, where the file of labels is
         missing.

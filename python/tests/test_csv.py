@@ -100,6 +100,8 @@ def test_names_that_look_like_missing_numbers():
     text = "smiles,name,y,flag\nC,NA,NA,True\nN,None,1.5,\nO,,2,NA\nO,Na,3,True\n"
     table = kestro.from_csv(io.StringIO(text)).table
     assert table["name"].tolist()[:2] == ["NA", "None"]
+    alone = kestro.from_csv(io.StringIO("smiles,name\nC,NA\nN,\n")).table
+    assert alone["name"].isna().all()
     assert table["name"].isna().tolist() == [False, False, True, False]
     assert table["y"].isna().tolist() == [True, False, False, False]
     assert table["flag"].isna().tolist() == [False, True, True, False]

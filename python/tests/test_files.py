@@ -265,7 +265,7 @@ def test_molecules(tmp_path, way):
     assert "smarts" in again.to_pandas().columns
     assert again.to_arrow()["smarts"].to_pylist() == [p.to_smarts() for p in result]
     if way is through_files:
-        with pytest.raises(ValueError, match="give db to read_result"):
+        with pytest.raises(ValueError, match="molecules to read_result"):
             kestro.read_result(tmp_path / "p.fp")[0].to_smarts()
         assert "smarts" not in kestro.read_result(tmp_path / "p.fp").to_pandas().columns
     else:  # which tells what the labels are

@@ -237,3 +237,8 @@ def test_labels_that_mean_something_else(tmp_path):
     again = kestro.mine(graphs, min_support=2)
     assert (again.transform(charged) != again.incidence()).nnz == 0
     assert kestro.read_result(tmp_path / "p.jsonl", graphs)[0].to_smarts()
+
+
+def test_what_is_no_database_to_look_in(result):
+    with pytest.raises(TypeError, match="not list; from_smiles and the other readers"):
+        result.transform(["CCO"])

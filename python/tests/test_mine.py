@@ -470,3 +470,13 @@ def test_errors_can_be_pickled():
         3,
     )
     assert isinstance(e, ValueError)
+
+
+def test_a_percentage_with_a_comma(three):
+    with pytest.raises(ValueError, match=r"not '5,5%'; write a point, not a comma"):
+        kestro.mine(three, min_support="5,5%")
+
+
+def test_more_graphs_than_there_are(three):
+    result = kestro.mine(three, min_support=4)
+    assert len(result) == 0 and result.complete and result.min_support == 4

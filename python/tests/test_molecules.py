@@ -84,6 +84,10 @@ def test_files(tmp_path):
     with pytest.raises(FileNotFoundError, match=r"in a list, as \['CCO'\]") as caught:
         kestro.from_smiles("CCO")
     assert caught.value.filename == "CCO"
+    for name in ("none.smi", "none/none"):
+        with pytest.raises(FileNotFoundError) as caught:
+            kestro.from_smiles(name)
+        assert "list" not in str(caught.value)
     with pytest.raises(kestro.KestroError, match="record 1: no SMILES") as failed:
         kestro.from_smiles(file)
     assert (failed.value.path, failed.value.line) == (str(file), 2)
@@ -179,6 +183,9 @@ def test_smarts_match_where_the_pattern_is(smiles, way):
         query = Chem.MolFromSmarts(p.to_smarts())
         found = [i for i, m in enumerate(mined) if m.HasSubstructMatch(query)]
         assert found == p.tids.tolist(), p.to_smarts()
+        places = result.embeddings(p, found[0])[:, p.smarts_order()]
+        matches = mined[found[0]].GetSubstructMatches(query, uniquify=False)
+        assert sorted(places.tolist()) == sorted(map(list, matches)), p.to_smarts()
 
 
 def test_smarts_text():
@@ -194,8 +201,10 @@ def test_smarts_text():
         kestro.from_edges([["C"] * 2] * 2, [[(0, 1, "-")]] * 2), min_support=1
     )
     assert "smarts" not in again.to_pandas()
-    with pytest.raises(ValueError, match="atoms"):
+    with pytest.raises(ValueError, match="mined is none of molecules"):
         again[0].to_smarts()
+    with pytest.raises(ValueError, match="mined is none of molecules"):
+        again[0].smarts_order()
 
 
 def test_several_processes(smiles):

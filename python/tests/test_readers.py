@@ -186,3 +186,31 @@ def test_any_minimum_support_is_taken_or_refused(min_support):
         assert "min_support" in str(e)
     else:
         assert not isinstance(min_support, bool) and least >= 1
+
+
+@pytest.mark.parametrize(
+    ("reader", "source", "text"),
+    [
+        (kestro.from_smiles, ["C(", "x"], "all 2 .* first, record 0: no SMILES"),
+        (kestro.from_smiles, ["x"], "the only record, 0, was skipped: no SMILES"),
+        (kestro.from_csv, "smiles,x\nethanol,CCO\nethane,CC\n", "all 2 records"),
+        (kestro.from_sdf, "no\n$$$$\nSD file\n$$$$\n", "all 2 .* 'M  END'"),
+        (kestro.from_rdkit, [None, None], "all 2 .* record 0: no molecule"),
+        (kestro.from_networkx, [1, 2], "all 2 records"),
+        (kestro.read_transactions, "t # 0\nv 0\nt # 1\nx\n", "all 2 .* no label"),
+        (kestro.read_transactions, "v 0 C\n", "-1, .* in front of all"),
+    ],
+)
+def test_a_warning_where_nothing_is_left(reader, source, text):
+    given = io.StringIO(source) if isinstance(source, str) else source
+    with pytest.warns(UserWarning, match=text) as caught:
+        db = reader(given, on_error="skip")
+    assert len(db) == 0 and db.skipped
+    assert caught[0].filename == __file__
+
+
+def test_no_warning_without_records_or_for_a_selection(recwarn):
+    assert len(kestro.from_smiles([], on_error="skip")) == 0
+    some = kestro.from_smiles(["x", "C"], on_error="skip")
+    assert len(some[:0]) == 0
+    assert not recwarn
