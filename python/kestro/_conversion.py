@@ -17,6 +17,7 @@ from numpy.typing import NDArray
 
 from kestro._atoms import BONDS, ELEMENTS, atom_label, import_rdkit
 from kestro._database import AtomLabels
+from kestro._native import Arrays
 from kestro._packing import Packed, Packer
 
 _DIRECTED = ("DATIVE", "DATIVEL", "DATIVER", "DATIVEONE")
@@ -156,13 +157,15 @@ class Converter:
         self._packer.extend(
             Packed(
                 np.array(self._records, np.int64),
-                sizes,
-                np.bincount(molecules[once], minlength=len(counts)),
-                np.array(self._atoms, np.int32),
-                np.column_stack((rows[once], columns[once])),
-                _EDGE_LABELS[(2 * orders).astype(np.intp)],
-                self._kinds.table,
-                _EDGE_TABLE,
+                Arrays(
+                    sizes,
+                    np.bincount(molecules[once], minlength=len(counts)),
+                    np.array(self._atoms, np.int32),
+                    np.column_stack((rows[once], columns[once])),
+                    _EDGE_LABELS[(2 * orders).astype(np.intp)],
+                    self._kinds.table,
+                    _EDGE_TABLE,
+                ),
                 [],
             )
         )

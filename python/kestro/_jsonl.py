@@ -12,7 +12,7 @@ from numpy.typing import NDArray
 
 from kestro import _checks
 from kestro._errors import KestroError
-from kestro._native import RefusedError, database_of
+from kestro._native import Arrays, RefusedError, database_of
 from kestro._patterns import NO, UNKNOWN, YES, Patterns
 from kestro._ragged import offsets_of
 from kestro._summary import RunSummary
@@ -148,10 +148,9 @@ def _packed(
     vertex_table, vertex_ids = _ids(vertex_labels)
     edge_table, edge_ids = _ids([label for _, _, label in edges])
     ends = np.array([edge[:2] for edge in edges], np.int64).reshape(-1, 2)
+    tables = vertex_table, edge_table
     # Only to have them checked.
-    database_of(
-        vertex_counts, edge_counts, vertex_ids, ends, edge_ids, vertex_table, edge_table
-    )
+    database_of(Arrays(vertex_counts, edge_counts, vertex_ids, ends, edge_ids, *tables))
     packed: dict[str, NDArray[Any]] = {
         "vertex_offsets": offsets_of(vertex_counts),
         "vertex_labels": vertex_ids,
@@ -167,7 +166,7 @@ def _packed(
     if all("parents" in row for row in rows):
         names = [row["parents"] for row in rows]
         packed |= _checks.parent_arrays(heads, names, summary)
-    return packed, (vertex_table, edge_table)
+    return packed, tables
 
 
 def _counts(rows: list[dict[str, Any]], column: str) -> NDArray[np.int64]:

@@ -12,7 +12,7 @@ from numpy.typing import NDArray
 from kestro import _core
 from kestro._arguments import job_count, optional_number, position
 from kestro._database import Graph, GraphDatabase
-from kestro._native import database_of
+from kestro._native import Arrays, database_of
 from kestro._packing import Packer
 from kestro._ragged import offsets_of, places, small
 from kestro._summary import check_atom_labels
@@ -32,13 +32,15 @@ def pattern_database(patterns: Patterns, chosen: NDArray[np.int64]) -> _core.Dat
     vertices, vertex_offsets = places(p.vertex_offsets, chosen)
     edges, edge_offsets = places(p.edge_offsets, chosen)
     return database_of(
-        vertex_counts=np.diff(vertex_offsets),
-        edge_counts=np.diff(edge_offsets),
-        vertex_labels=p.vertex_labels[vertices],
-        edges=p.edges[edges].astype(np.int64),
-        edge_labels=p.edge_labels[edges],
-        vertex_table=p.vertex_table,
-        edge_table=p.edge_table,
+        Arrays(
+            vertex_counts=np.diff(vertex_offsets),
+            edge_counts=np.diff(edge_offsets),
+            vertex_labels=p.vertex_labels[vertices],
+            edges=p.edges[edges].astype(np.int64),
+            edge_labels=p.edge_labels[edges],
+            vertex_table=p.vertex_table,
+            edge_table=p.edge_table,
+        )
     )
 
 
@@ -126,19 +128,7 @@ def embeddings(
     if isinstance(graph, Graph):
         packer = Packer("raise")
         packer.add(0, graph.vertex_labels, graph.edges.tolist(), graph.edge_labels)
-        own = packer.packed()
-        native, tid = (
-            database_of(
-                own.vertex_counts,
-                own.edge_counts,
-                own.vertex_labels,
-                own.edges,
-                own.edge_labels,
-                own.vertex_table,
-                own.edge_table,
-            ),
-            0,
-        )
+        native, tid = database_of(packer.packed().graphs), 0
     elif isinstance(graph, (int, np.integer)) and not isinstance(graph, bool):
         if db is None:
             raise TypeError("graph must be a Graph: the result has no database")

@@ -1,13 +1,10 @@
-"""Databases of graphs whose labels files can hold.
-
-What is mined may come from a file, whose labels may be long or hold control
-characters; whatever is made of it must take the same ones.
-"""
+"""Packed arrays handed to the extension as graphs."""
 
 from __future__ import annotations
 
 import re
 from collections.abc import Sequence
+from typing import NamedTuple
 
 import numpy as np
 from numpy.typing import NDArray
@@ -23,37 +20,52 @@ class RefusedError(KestroError):
     """A graph that is none; ``i`` is its place."""
 
     def __init__(self, i: int, reason: str) -> None:
-        super().__init__(_GRAPH_NUMBER.sub("", reason))
+        super().__init__(reason)
         self.i = i
 
 
-def database_of(
-    vertex_counts: NDArray[np.int64],
-    edge_counts: NDArray[np.int64],
-    vertex_labels: NDArray[np.int32],
-    edges: NDArray[np.int64],
-    edge_labels: NDArray[np.int32],
-    vertex_table: Sequence[str],
-    edge_table: Sequence[str],
-) -> _core.Database:
-    """Return the graphs of packed arrays.
+class Arrays(NamedTuple):
+    """Graphs, one behind another; labels are positions in the tables."""
+
+    vertex_counts: NDArray[np.int64]
+    edge_counts: NDArray[np.int64]
+    vertex_labels: NDArray[np.int32]
+    edges: NDArray[np.int64]  # shape (edges, 2)
+    edge_labels: NDArray[np.int32]
+    vertex_table: Sequence[str]
+    edge_table: Sequence[str]
+
+
+def graphs_of(
+    arrays: Arrays, *, skip: bool, readable: bool = False
+) -> tuple[_core.Database, list[tuple[int, str]]]:
+    """Return the graphs, and place and reason of those that are none.
+
+    Without ``skip`` the first of these is the last graph looked at.  With
+    ``readable`` labels are taken that only files can hold.
+    """
+    native, refused = _core.Database.from_arrays(
+        *arrays[:5],
+        [label.encode("utf-8", "surrogateescape") for label in arrays.vertex_table],
+        [label.encode("utf-8", "surrogateescape") for label in arrays.edge_table],
+        skip=skip,
+        readable=readable,
+    )
+    return native, [(i, _GRAPH_NUMBER.sub("", reason)) for i, reason in refused]
+
+
+def database_of(arrays: Arrays) -> _core.Database:
+    """Return the graphs, which may be of a database that was read from a file.
+
+    Its labels may be long or hold control characters; whatever is made of it
+    must take the same ones.
 
     Raises
     ------
     RefusedError
         For the first that is no graph.
     """
-    native, refused = _core.Database.from_arrays(
-        vertex_counts,
-        edge_counts,
-        vertex_labels,
-        edges,
-        edge_labels,
-        [label.encode("utf-8", "surrogateescape") for label in vertex_table],
-        [label.encode("utf-8", "surrogateescape") for label in edge_table],
-        skip=False,
-        readable=True,
-    )
+    native, refused = graphs_of(arrays, skip=False, readable=True)
     for i, reason in refused:
         raise RefusedError(i, reason)
     return native

@@ -2,7 +2,6 @@
 
 from __future__ import annotations
 
-import re
 from array import array
 from collections.abc import Callable, Iterable, Sequence
 from typing import TYPE_CHECKING, Any, NamedTuple, TypeVar
@@ -10,7 +9,6 @@ from typing import TYPE_CHECKING, Any, NamedTuple, TypeVar
 import numpy as np
 from numpy.typing import NDArray
 
-from kestro import _core
 from kestro._arguments import OnError, check_choice
 from kestro._database import (
     AtomLabels,
@@ -19,14 +17,12 @@ from kestro._database import (
     warn_if_all_skipped,
 )
 from kestro._errors import KestroError, printable
+from kestro._native import Arrays, graphs_of
 
 if TYPE_CHECKING:
     import pandas as pd
 
 _T = TypeVar("_T", bound=np.generic)
-
-# The builder numbers the graphs that it has taken; records have other numbers.
-_GRAPH_NUMBER = re.compile(r"^graph \d+, ")
 
 
 def label_text(label: object) -> str:
@@ -57,13 +53,7 @@ class Packed(NamedTuple):
     """Some graphs, as one process hands them to another."""
 
     records: NDArray[np.int64]
-    vertex_counts: NDArray[np.int64]
-    edge_counts: NDArray[np.int64]
-    vertex_labels: NDArray[np.int32]  # positions in the table
-    edges: NDArray[np.int64]  # shape (edges, 2)
-    edge_labels: NDArray[np.int32]
-    vertex_table: list[str]
-    edge_table: list[str]
+    graphs: Arrays
     skipped: list[Skipped]
 
 
@@ -152,13 +142,15 @@ class Packer:
         """Return all that was added."""
         return Packed(
             _numbers(self._records, np.int64),
-            _numbers(self._vertex_counts, np.int64),
-            _numbers(self._edge_counts, np.int64),
-            _numbers(self._vertex_labels, np.int32),
-            _numbers(self._edges, np.int64).reshape(-1, 2),
-            _numbers(self._edge_labels, np.int32),
-            list(self._vertex_ids),
-            list(self._edge_ids),
+            Arrays(
+                _numbers(self._vertex_counts, np.int64),
+                _numbers(self._edge_counts, np.int64),
+                _numbers(self._vertex_labels, np.int32),
+                _numbers(self._edges, np.int64).reshape(-1, 2),
+                _numbers(self._edge_labels, np.int32),
+                list(self._vertex_ids),
+                list(self._edge_ids),
+            ),
             self._skipped,
         )
 
@@ -166,16 +158,17 @@ class Packer:
         """Add what another packer, which skips, has packed."""
         for record, reason in more.skipped:
             self.refuse(record, reason)
-        vertex_ids = np.array([self.vertex_label(x) for x in more.vertex_table])
-        edge_ids = np.array([self.edge_label(x) for x in more.edge_table])
+        graphs = more.graphs
+        vertex_ids = np.array([self.vertex_label(x) for x in graphs.vertex_table])
+        edge_ids = np.array([self.edge_label(x) for x in graphs.edge_table])
         _append(self._records, more.records)
-        _append(self._vertex_counts, more.vertex_counts)
-        _append(self._edge_counts, more.edge_counts)
+        _append(self._vertex_counts, graphs.vertex_counts)
+        _append(self._edge_counts, graphs.edge_counts)
         if len(vertex_ids):
-            _append(self._vertex_labels, vertex_ids[more.vertex_labels])
-        _append(self._edges, more.edges)
+            _append(self._vertex_labels, vertex_ids[graphs.vertex_labels])
+        _append(self._edges, graphs.edges)
         if len(edge_ids):
-            _append(self._edge_labels, edge_ids[more.edge_labels])
+            _append(self._edge_labels, edge_ids[graphs.edge_labels])
 
     def build(
         self,
@@ -191,20 +184,11 @@ class Packer:
         """
         packed = self.packed()
         records = packed.records
-        native, refused = _core.Database.from_arrays(
-            packed.vertex_counts,
-            packed.edge_counts,
-            packed.vertex_labels,
-            packed.edges,
-            packed.edge_labels,
-            _table(packed.vertex_table),
-            _table(packed.edge_table),
-            skip=self._on_error == "skip",
-        )
+        native, refused = graphs_of(packed.graphs, skip=self._on_error == "skip")
         kept = np.ones(len(records), dtype=np.bool_)
         for i, reason in refused:
             kept[i] = False
-            self.refuse(int(records[i]), _GRAPH_NUMBER.sub("", reason))
+            self.refuse(int(records[i]), reason)
         source = records[kept]
         db = GraphDatabase(
             native,
@@ -261,7 +245,3 @@ def _label_id(ids: dict[str, int], label: object) -> int:
             raise KestroError(f"a label that is no text: {text!r}") from None
         found = ids[text] = len(ids)
     return found
-
-
-def _table(ids: list[str]) -> list[bytes]:
-    return [label.encode("utf-8", "surrogateescape") for label in ids]

@@ -126,7 +126,7 @@ class Patterns:
         counts = self.level_ends - self.level_starts[: len(self.level_ends)]
         return offsets_of(counts * self.level_sizes)
 
-    @property
+    @cached_property
     def edge_offsets(self) -> NDArray[np.int64]:
         """Where the edges of each pattern begin."""
         return offsets_of(self.sizes(np.arange(len(self))))

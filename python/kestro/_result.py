@@ -161,8 +161,8 @@ class Result(PatternSequence):
         A pattern occurs in a graph where its vertices can be laid on different
         vertices of the same label so that its edges come to lie on edges of
         the same label [1]_.  Labels that the patterns do not have match
-        nothing.
-        A pattern is not looked for where one of its parents is missing.
+        nothing.  A pattern is not looked for where one of its parents is
+        missing.
 
         Parameters
         ----------
