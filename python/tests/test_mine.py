@@ -440,7 +440,7 @@ def test_the_bar_in_a_notebook(three, monkeypatch, capsys):
 
 def test_ctrl_c_during_matching(explosive):
     result = kestro.mine(explosive, min_support=2, max_size=3)
-    other = explosive[[0] * 600]
+    other = explosive[[0] * 30_000]  # half a minute, were it not for the signal
     for n_jobs in (1, 2):
         threading.Timer(0.2, os.kill, (os.getpid(), signal.SIGINT)).start()
         with pytest.raises(KeyboardInterrupt):
