@@ -11,12 +11,16 @@ from __future__ import annotations
 import unicodedata
 from collections.abc import Sequence
 from itertools import chain
+from typing import TYPE_CHECKING
 
 import numpy as np
 from numpy.typing import NDArray
 
 from kestro._database import Graph
 from kestro._picture import Picture, Size, xml_text
+
+if TYPE_CHECKING:
+    import networkx as nx
 
 MOST = 60  # vertices of a graph that are drawn
 _LONGEST = 18  # characters of a label that are drawn
@@ -27,6 +31,7 @@ _LINE = "#555"
 _HIGHLIGHT = "#fc6"
 
 Places = NDArray[np.float64]
+Ends = NDArray[np.int64]  # shape (edges, 2), positions among the places
 
 
 def drawing(
@@ -195,23 +200,56 @@ def _layout(g: Graph, near: list[int]) -> Places:
         own = nx.Graph()
         own.add_nodes_from(component)
         own.add_edges_from(part.subgraph(component).edges)
-        found = nx.kamada_kawai_layout(own)
-        placed.append(_turned(np.array([found[v] for v in component]), own, component))
+        number = {v: i for i, v in enumerate(component)}
+        ends = np.array([(number[a], number[b]) for a, b in own.edges]).reshape(-1, 2)
+        placed.append(_turned(_component(own, component, ends), ends))
     where = dict(zip(chain(*components), np.vstack(_packed(placed)), strict=True))
     return np.array([where[v] for v in near]).reshape(-1, 2)
 
 
-def _turned(places: Places, g: object, component: list[int]) -> Places:
+def _component(g: nx.Graph, component: list[int], ends: Ends) -> Places:
+    """Return places of a connected graph with few edges that cross.
+
+    The layout goes to a minimum near its start, which may be a hexagon twisted
+    into an eight.  So it starts from a circle in the order of a walk, and from a
+    drawing without crossings where there is one; the first of the best is taken.
+    """
+    import networkx as nx
+
+    starts = [nx.circular_layout(list(nx.dfs_preorder_nodes(g, component[0])))]
+    if nx.is_planar(g):
+        starts.append(nx.planar_layout(g))
+    found = []
+    for start in starts:
+        at = nx.kamada_kawai_layout(g, pos=start)
+        found.append(np.array([at[v] for v in component]))
+    return min(found, key=lambda places: _crossings(places, ends))
+
+
+def _crossings(places: Places, ends: Ends) -> int:
+    """Return how many pairs of edges cross each other within."""
+    a, b = places[ends[:, 0]], places[ends[:, 1]]
+
+    def side(p: Places, q: Places, r: Places) -> Places:
+        """Return on which side of the lines from p to q the points r lie."""
+        way = (q - p)[:, None]
+        to = r[None] - p[:, None]
+        area: Places = way[..., 0] * to[..., 1] - way[..., 1] * to[..., 0]
+        return np.where(np.abs(area) < 1e-9, 0, np.sign(area))
+
+    apart = side(a, b, a) * side(a, b, b) < 0
+    return int((apart & apart.T).sum()) // 2
+
+
+def _turned(places: Places, ends: Ends) -> Places:
     """Return the places of a component, wider than high, scaled."""
-    if len(component) == 1:
+    if len(places) == 1:
         return np.zeros((1, 2))
     places = places - places.mean(axis=0)
     spread, axes = np.linalg.eigh(places.T @ places)
     if spread[1] > 1.2 * spread[0]:  # else rounding would choose the axis
         axes = axes[:, ::-1]
         places = places @ (axes * np.where(axes[0] < 0, -1, 1))
-    number = {v: i for i, v in enumerate(component)}
-    ends = np.array([(number[a], number[b]) for a, b in g.edges])  # type: ignore[attr-defined]
     lengths = np.linalg.norm(places[ends[:, 0]] - places[ends[:, 1]], axis=1)
     apart = np.linalg.norm(places[:, None] - places[None], axis=2)
     closest = apart[np.triu_indices(len(places), 1)].min()

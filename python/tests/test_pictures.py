@@ -486,3 +486,27 @@ def test_a_plot_makes_its_own_figure(result):
     ax = result.plot_sizes()
     assert ax.get_xlabel() == "size (edges)"
     plt.close(ax.figure)
+
+
+def test_planar_patterns_are_drawn_without_crossings(molecules):
+    """Started from any circle, a ring of six may end as an eight."""
+    result = kestro.mine(molecules, min_support="20%")
+    for pattern in result:
+        lines = re.findall(
+            r'data-ends="(\d+) (\d+)" x1="(.*?)" y1="(.*?)" x2="(.*?)" y2="(.*?)"',
+            pattern.draw().svg,
+        )
+        assert len(lines) == pattern.size
+        for i, (a, b, *first) in enumerate(lines):
+            for c, d, *second in lines[:i]:
+                if {a, b}.isdisjoint({c, d}):
+                    assert not cross(*map(float, first), *map(float, second))
+
+
+def cross(x1, y1, x2, y2, x3, y3, x4, y4):
+    def side(ax, ay, bx, by, cx, cy):
+        return (bx - ax) * (cy - ay) - (by - ay) * (cx - ax) > 0
+
+    return side(x1, y1, x2, y2, x3, y3) != side(x1, y1, x2, y2, x4, y4) and (
+        side(x3, y3, x4, y4, x1, y1) != side(x3, y3, x4, y4, x2, y2)
+    )
