@@ -201,8 +201,8 @@ def _layout(g: Graph, near: list[int]) -> Places:
         own.add_nodes_from(component)
         own.add_edges_from(part.subgraph(component).edges)
         number = {v: i for i, v in enumerate(component)}
-        ends = np.array([(number[a], number[b]) for a, b in own.edges]).reshape(-1, 2)
-        placed.append(_turned(_component(own, component, ends), ends))
+        ends = np.array([(number[a], number[b]) for a, b in own.edges], np.int64)
+        placed.append(_turned(_component(own, component, ends.reshape(-1, 2)), ends))
     where = dict(zip(chain(*components), np.vstack(_packed(placed)), strict=True))
     return np.array([where[v] for v in near]).reshape(-1, 2)
 

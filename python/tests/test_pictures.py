@@ -490,7 +490,7 @@ def test_a_plot_makes_its_own_figure(result):
 
 def test_planar_patterns_are_drawn_without_crossings(molecules):
     """Started from any circle, a ring of six may end as an eight."""
-    result = kestro.mine(molecules, min_support="20%")
+    result = kestro.mine(molecules, min_support="20%", min_size=6)
     for pattern in result:
         lines = re.findall(
             r'data-ends="(\d+) (\d+)" x1="(.*?)" y1="(.*?)" x2="(.*?)" y2="(.*?)"',
