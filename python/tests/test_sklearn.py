@@ -259,6 +259,8 @@ def test_every_kind_is_listed(smiles):
         ("CCO", TypeError, "list of graphs, not a single one"),
         (nx.Graph(), TypeError, "list of graphs, not a single one"),
         (3, TypeError, "a GraphDatabase or a list of SMILES"),
+        ({"CCO", "CC"}, TypeError, "not set"),
+        ({"CCO": 1}, TypeError, "not dict"),
         ([1.5, 2.5], TypeError, "as record 0"),
         ([None, {}], TypeError, "as record 1"),
         ([["CCO"]], TypeError, "as record 0"),
