@@ -7,7 +7,7 @@ record, whether it could be read or not.
 from __future__ import annotations
 
 import sys
-from collections.abc import Callable, Iterable
+from collections.abc import Callable, Iterable, Mapping, Set
 from typing import Any, NamedTuple
 
 import numpy as np
@@ -75,7 +75,8 @@ def _listed(X: Any) -> list[Any]:
         )
     if isinstance(X, (str, bytes)) or _is_graph_of_networkx(X):
         raise TypeError(f"X must be a list of graphs, not a single one: {X!r}")
-    if not isinstance(X, Iterable):
+    # A set has no order by which rows could be told apart.
+    if not isinstance(X, Iterable) or isinstance(X, (Mapping, Set)):
         raise TypeError(
             f"X must be a GraphDatabase or a list of {_READ}, not {type(X).__name__}"
         )

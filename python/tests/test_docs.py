@@ -9,6 +9,7 @@ import sys
 from pathlib import Path
 
 import kestro
+import kestro.sklearn
 import pytest
 
 ROOT = Path(__file__).parents[2]
@@ -75,3 +76,5 @@ def test_pages_build_without_warnings(tmp_path):
     page = (tmp_path / "html" / "api.html").read_text()
     for name in kestro.__all__:
         assert f'id="kestro.{name}"' in page
+    for name in kestro.sklearn.__all__:
+        assert f'id="kestro.sklearn.{name}"' in page

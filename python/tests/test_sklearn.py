@@ -1,8 +1,11 @@
 """Features for scikit-learn, and scores to select them by."""
 
+import os
 import pickle
+import signal
 import subprocess
 import sys
+import threading
 import warnings
 
 import kestro
@@ -256,6 +259,8 @@ def test_every_kind_is_listed(smiles):
         ("CCO", TypeError, "list of graphs, not a single one"),
         (nx.Graph(), TypeError, "list of graphs, not a single one"),
         (3, TypeError, "a GraphDatabase or a list of SMILES"),
+        ({"CCO", "CC"}, TypeError, "not set"),
+        ({"CCO": 1}, TypeError, "not dict"),
         ([1.5, 2.5], TypeError, "as record 0"),
         ([None, {}], TypeError, "as record 1"),
         ([["CCO"]], TypeError, "as record 0"),
@@ -521,6 +526,45 @@ def test_a_stored_model_does_not_hold_the_graphs(smiles):
     with pytest.raises(kestro.KestroError, match="without its database"):
         _ = ours.result_.db
     assert len(ours.result_.score([1] * 21 + [0] * 40)) == len(ours.result_)
+
+
+def test_ctrl_c_fits_nothing(explosive):
+    """The patterns found until then would be another model."""
+    ours = SubgraphVectorizer(min_support=2, max_size=None)  # minutes
+    threading.Timer(0.2, os.kill, (os.getpid(), signal.SIGINT)).start()
+    with (
+        pytest.warns(RuntimeWarning, match="interrupted"),
+        pytest.raises(KeyboardInterrupt),
+    ):
+        ours.fit(explosive)
+    with pytest.raises(NotFittedError):
+        ours.transform(explosive)
+
+
+def without(module, code):
+    """Run code where a library is not installed; return what it printed."""
+    hidden = f"import sys; sys.modules[{module!r}] = None\n"
+    done = subprocess.run(
+        [sys.executable, "-c", hidden + code],
+        capture_output=True,
+        text=True,
+        check=True,
+    )
+    return done.stdout
+
+
+def test_without_scikit_learn():
+    code = "try: import kestro.sklearn\nexcept ImportError as e: print(e)"
+    assert "pip install 'kestro[sklearn]'" in without("sklearn", code)
+
+
+def test_graphs_without_rdkit():
+    code = (
+        "import kestro; from kestro.sklearn import SubgraphVectorizer\n"
+        "db = kestro.from_edges([['A', 'B']] * 2, [[(0, 1, 'c')]] * 2)\n"
+        "print(SubgraphVectorizer().fit_transform(list(db)).toarray().tolist())"
+    )
+    assert without("rdkit", code) == "[[1.0], [1.0]]\n"
 
 
 def folds():
