@@ -4,13 +4,17 @@ They run in a kernel of the interpreter that runs the tests, which may open no
 connection but to this machine.
 """
 
+import csv
 import json
 import os
+import shutil
+import subprocess
 import sys
 
 import nbformat
 import pytest
 from nbclient import NotebookClient
+from rdkit import Chem
 
 NAMES = ["molecules", "graphs"]
 KERNEL = "kestro-tests"
@@ -122,3 +126,30 @@ def test_it_is_kept_without_outputs(name, examples):
     for cell in notebook.cells:
         if cell.cell_type == "code":
             assert cell.outputs == [] and cell.execution_count is None
+
+
+def test_the_molecules_are_what_their_script_writes(examples, tmp_path):
+    shutil.copy(examples / "make_classes.py", tmp_path)
+    subprocess.run([sys.executable, tmp_path / "make_classes.py"], check=True)
+    written = (tmp_path / "classes.csv").read_bytes()
+    assert written == (examples / "classes.csv").read_bytes()
+
+
+def test_one_of_ten_molecules_breaks_the_rule(examples):
+    """The rule, said in SMARTS."""
+    sulfonamide = Chem.MolFromSmarts("cS(=O)(=O)[NH]")
+    free = Chem.MolFromSmarts("c[NH2,OH]")
+    amide = Chem.MolFromSmarts("[$(cC(=O)N),$(cNC(=O)N)]")
+    with open(examples / "classes.csv", newline="") as f:
+        rows = [
+            (Chem.MolFromSmiles(x["smiles"]), int(x["active"]))
+            for x in csv.DictReader(f)
+        ]
+    assert len({Chem.MolToSmiles(molecule) for molecule, _ in rows}) == len(rows) == 400
+    wrong = [0, 0]
+    for molecule, active in rows:
+        rule = molecule.HasSubstructMatch(sulfonamide) or (
+            molecule.HasSubstructMatch(free) and molecule.HasSubstructMatch(amide)
+        )
+        wrong[active] += rule != active
+    assert wrong == [20, 20]
