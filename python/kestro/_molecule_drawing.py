@@ -20,7 +20,7 @@ from kestro._picture import Picture, Size
 
 # Light enough for the letters on it, dark enough to be seen in grey.
 _HIGHLIGHT = (1.0, 0.8, 0.4)
-_LONGEST_BOND = 45.0  # pixels, so that small patterns are no larger than others
+_LARGEST = 26.0  # pixels per angstrom, so that small patterns are not drawn huge
 _FRAME = re.compile(r"\A.*?<!-- END OF HEADER -->\n|</svg>\s*\Z", re.DOTALL)
 
 
@@ -77,7 +77,7 @@ def drawing(
     options: Any = drawer.drawOptions()  # whose stubs have one type for all
     options.prepareMolsBeforeDrawing = False
     options.includeRadicals = False
-    options.fixedBondLength = _LONGEST_BOND
+    options.fixedBondLength = _LARGEST
     options.setHighlightColour(_HIGHLIGHT)
     options.highlightBondWidthMultiplier = 14
     atoms: list[int] = []
