@@ -9,13 +9,14 @@ from collections.abc import Sequence
 
 import kestro
 from kestro._errors import KestroError
-from kestro.tools import convert, mine
+from kestro.tools import check, convert, mine
 from kestro.tools._status import OutputError, Status, UsageError
 from kestro.tools._terminal import Terminal
 
 _EPILOG = """\
 examples:
   kestro-tools mine molecules.smi --support 5% > patterns.csv
+  kestro-tools check graphs.txt
   kestro-tools convert molecules.smi -o molecules.txt
   kestro-tools COMMAND --help
 
@@ -25,7 +26,7 @@ exit codes:
   0 found   1 nothing found   2 wrong usage   3 bad input   4 output failed
   5 a limit was reached   130 interrupted
 """
-_COMMANDS = (mine, convert)
+_COMMANDS = (mine, check, convert)
 
 
 def parser() -> argparse.ArgumentParser:
