@@ -1,0 +1,1 @@
+"""The command kestro-tools: kestro without a line of Python."""

@@ -1,0 +1,146 @@
+"""The command itself: which sub-commands there are, and how each of them ends."""
+
+from __future__ import annotations
+
+import argparse
+import os
+import sys
+from collections.abc import Sequence
+
+import kestro
+from kestro._errors import KestroError
+from kestro.tools import check, convert, diff, match, mine, suggest
+from kestro.tools._status import OutputError, Status, UsageError
+from kestro.tools._terminal import Terminal
+
+_EPILOG = """\
+examples:
+  kestro-tools mine molecules.smi --support 5% > patterns.csv
+  kestro-tools check graphs.txt
+  kestro-tools convert molecules.smi -o molecules.txt
+  kestro-tools COMMAND --help
+
+A file named - is standard input.  What is read may be compressed by gzip.
+
+exit codes:
+  0 found   1 nothing found   2 wrong usage   3 bad input   4 output failed
+  5 a limit was reached   130 interrupted
+"""
+_COMMANDS = (mine, suggest, check, convert, match, diff)
+
+
+def parser() -> argparse.ArgumentParser:
+    """Return the parser of the command line."""
+    top = argparse.ArgumentParser(
+        prog="kestro-tools",
+        description="Frequent subgraphs of molecules and other labelled graphs.",
+        epilog=_EPILOG,
+        formatter_class=argparse.RawDescriptionHelpFormatter,
+    )
+    top.add_argument(
+        "--version", action="version", version=f"kestro-tools {_version()}"
+    )
+    commands = top.add_subparsers(dest="command", metavar="COMMAND", required=True)
+    for module in _COMMANDS:
+        sub = commands.add_parser(
+            module.__name__.rpartition(".")[2],
+            help=module.HELP,
+            description=module.DESCRIPTION,
+            epilog=module.EPILOG,
+            formatter_class=argparse.RawDescriptionHelpFormatter,
+        )
+        module.add_arguments(sub)
+        sub.add_argument(
+            "-q",
+            "--quiet",
+            action="store_true",
+            help="tell problems alone, on a terminal, too",
+        )
+        sub.set_defaults(run=module.run)
+    return top
+
+
+def main(argv: Sequence[str] | None = None) -> int:
+    """Run the command.
+
+    Parameters
+    ----------
+    argv : sequence of str, optional
+        The arguments; None is those of the process.
+
+    Returns
+    -------
+    int
+        The exit code: 0 found, 1 nothing found, 2 wrong usage, 3 bad input,
+        4 output failed, 5 a limit was reached, 130 interrupted.
+
+    Examples
+    --------
+    >>> from kestro.tools.__main__ import main
+    >>> main(["convert", "examples/molecules.smi", "-q", "-o", "/dev/null"])
+    0
+    """
+    try:
+        status = _run(argv)
+        sys.stdout.flush()
+    except BrokenPipeError:
+        return _lost_output()
+    except OSError as e:
+        _complain(f"cannot write: {e.strerror or e}")
+        return _lost_output()
+    return status
+
+
+def _run(argv: Sequence[str] | None) -> int:
+    try:
+        args = parser().parse_args(argv)
+        status: Status = args.run(args, Terminal(args.quiet))
+        return int(status)
+    except SystemExit as e:  # argparse has said what there was to say
+        return int(e.code or 0)
+    except UsageError as e:
+        _complain(f"{e}; see --help")
+        return int(Status.USAGE)
+    except ImportError as e:
+        _complain(str(e))
+        return int(Status.USAGE)
+    except OutputError as e:
+        if isinstance(e.__cause__, BrokenPipeError):
+            return _lost_output()
+        _complain(str(e))
+        return int(Status.OUTPUT)
+    except BrokenPipeError:
+        raise
+    except (KestroError, OSError) as e:
+        _complain(str(e))
+        return int(Status.INPUT)
+    except MemoryError:
+        _complain("memory has run out")
+        return int(Status.LIMIT)
+    except KeyboardInterrupt:
+        _complain("interrupted")
+        return int(Status.INTERRUPTED)
+
+
+def _complain(text: str) -> None:
+    Terminal().warn(text, "error")
+
+
+def _lost_output() -> int:
+    """Return the code; nobody is left to read, so nothing more may be flushed."""
+    try:
+        os.dup2(os.open(os.devnull, os.O_WRONLY), sys.stdout.fileno())
+    except (OSError, ValueError):
+        pass
+    return int(Status.OUTPUT)
+
+
+def _version() -> str:
+    try:
+        return str(kestro.__version__)
+    except ImportError:  # in a folder of sources that was never installed
+        return "(not installed)"
+
+
+if __name__ == "__main__":
+    sys.exit(main())

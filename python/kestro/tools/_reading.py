@@ -1,0 +1,268 @@
+"""Reading whatever a command is given, by the package's own readers.
+
+What a file is, its extension tells; ``--from`` does where there is none.
+Standard input is read once and kept, so that molecules can be read again in full
+where another format of molecules is written.
+"""
+
+from __future__ import annotations
+
+import argparse
+import io
+import sys
+import warnings
+from collections import Counter
+from collections.abc import Callable
+from pathlib import Path
+from typing import Any, NamedTuple
+
+import numpy as np
+
+import kestro
+from kestro._database import AtomLabels, GraphDatabase, Skipped, number_of
+from kestro._errors import KestroError
+from kestro.tools._status import UsageError
+from kestro.tools._terminal import Terminal
+
+STDIN = "-"
+MOLECULES = ("smi", "sdf", "csv")
+FORMATS = (*MOLECULES, "tu", "graphml", "parquet", "transactions")
+_SUFFIXES = {
+    ".smi": "smi",
+    ".smiles": "smi",
+    ".sdf": "sdf",
+    ".sd": "sdf",
+    ".csv": "csv",
+    ".tsv": "csv",
+    ".graphml": "graphml",
+    ".parquet": "parquet",
+}
+_REASONS = 5  # kinds of reasons that are listed
+_RECORDS = 5  # records named for each
+_KIND = 40  # signs by which reasons are told apart
+
+
+class Input(NamedTuple):
+    """What was read.
+
+    Attributes
+    ----------
+    db : GraphDatabase
+        The graphs.
+    form : str
+        One of `FORMATS`.
+    again : callable
+        Returns the source once more, to be read in another way.
+    name : str
+        What to call it.
+    """
+
+    db: GraphDatabase
+    form: str
+    again: Callable[[], Any]
+    name: str
+
+
+def add_arguments(parser: argparse.ArgumentParser, what: str = "input") -> None:
+    """Add the options that say how an input is read."""
+    group = parser.add_argument_group(f"how the {what} is read")
+    group.add_argument(
+        "--from",
+        dest="form",
+        choices=FORMATS,
+        help="the format, where the extension does not tell it",
+    )
+    group.add_argument(
+        "--smiles-column",
+        default="smiles",
+        metavar="NAME",
+        help="the column of a CSV file with the SMILES (smiles)",
+    )
+    group.add_argument(
+        "--delimiter",
+        metavar="SIGN",
+        help="what stands between columns (a comma; a tab in .tsv)",
+    )
+    group.add_argument(
+        "--class-column",
+        metavar="NAME",
+        help="the column of a CSV or SD file with the class of each molecule",
+    )
+    group.add_argument(
+        "--charge", action="store_true", help="labels of atoms tell the charge"
+    )
+    group.add_argument(
+        "--hydrogens", action="store_true", help="all hydrogens are vertices"
+    )
+    group.add_argument(
+        "--vertex-label",
+        metavar="TEXT",
+        help="GraphML: the attribute with the labels of nodes (label); "
+        "TU: the label of all vertices where the file of labels is missing (0)",
+    )
+    group.add_argument(
+        "--edge-label", metavar="TEXT", help="the same of edges (label; 0)"
+    )
+    group.add_argument(
+        "--strict",
+        action="store_true",
+        help="end at the first record that cannot be read instead of leaving it out",
+    )
+
+
+def format_of(name: str, told: str | None) -> str:
+    """Return the format of a file.
+
+    Raises
+    ------
+    UsageError
+        Where nothing tells it.
+    """
+    if told:
+        return told
+    if name == STDIN:
+        raise UsageError("--from must tell the format of standard input")
+    path = Path(name)
+    if path.is_dir():
+        return "tu"
+    plain = path.with_suffix("") if path.suffix == ".gz" else path
+    return _SUFFIXES.get(plain.suffix.lower(), "transactions")
+
+
+def read(name: str, args: argparse.Namespace, terminal: Terminal) -> Input:
+    """Return the graphs of a file, a folder or standard input; tell what is skipped.
+
+    Raises
+    ------
+    KestroError, OSError
+        For what cannot be read.
+    UsageError
+        For options that do not fit the format.
+    """
+    form = format_of(name, args.form)
+    again = _again(name, form)
+    labels = AtomLabels(args.charge, args.hydrogens)
+    if form not in MOLECULES and any(labels):
+        raise UsageError(f"--charge and --hydrogens are for molecules, not for {form}")
+    terminal.passing(f"reading {name}")
+    try:
+        with warnings.catch_warnings():
+            # That all records were skipped is told below.
+            warnings.simplefilter("ignore", UserWarning)
+            db = _read(form, again(), name, args)
+    finally:
+        terminal.clear()
+    if args.class_column is not None:
+        db = _with_classes(db, args.class_column)
+    tell_skipped(db, name, terminal)
+    if db.skipped and not len(db):
+        raise KestroError("not one of the records can be read", name)
+    return Input(db, form, again, name)
+
+
+def _again(name: str, form: str) -> Callable[[], Any]:
+    if name != STDIN:
+        return lambda: name
+    if form == "tu":
+        raise UsageError("a TU data set is a folder, not standard input")
+    data = sys.stdin.buffer.read()
+    return lambda: io.BytesIO(data)
+
+
+def _read(form: str, source: Any, name: str, args: argparse.Namespace) -> GraphDatabase:
+    on_error: Any = "raise" if args.strict else "skip"
+    of_atoms = {"charge": args.charge, "hydrogens": args.hydrogens}
+    of_labels = {
+        key: value
+        for key, value in (
+            ("vertex_label", args.vertex_label),
+            ("edge_label", args.edge_label),
+        )
+        if value is not None
+    }
+    if form == "smi":
+        return kestro.from_smiles(source, **of_atoms, on_error=on_error)
+    if form == "sdf":
+        return kestro.from_sdf(source, **of_atoms, on_error=on_error)
+    if form == "csv":
+        return kestro.from_csv(
+            source,
+            smiles_column=args.smiles_column,
+            delimiter=delimiter_of(name, args.delimiter),
+            **of_atoms,
+            on_error=on_error,
+        )
+    if form == "tu":
+        return kestro.from_tu(source, **of_labels, on_error=on_error)
+    if form == "graphml":
+        return kestro.from_graphml(source, **of_labels, on_error=on_error)
+    if form == "parquet":
+        return kestro.from_arrow(_parquet(source, name), on_error=on_error)
+    return kestro.read_transactions(source, on_error=on_error)
+
+
+def delimiter_of(name: str, told: str | None) -> str:
+    r"""Return the sign between columns; ``\t`` is a tab, as of .tsv files."""
+    if told is None:
+        return "\t" if name.removesuffix(".gz").endswith(".tsv") else ","
+    sign = told.replace("\\t", "\t")
+    if len(sign) != 1 or sign in '"\r\n':
+        raise UsageError(f"--delimiter must be one sign, not {told!r}")
+    return sign
+
+
+def _parquet(source: Any, name: str) -> Any:
+    from kestro._arrow import import_pyarrow
+
+    pa = import_pyarrow()
+    import pyarrow.parquet
+
+    try:
+        return pyarrow.parquet.read_table(source)
+    except pa.ArrowInvalid as e:
+        raise KestroError(f"no Parquet file: {e}", name) from e
+
+
+def _with_classes(db: GraphDatabase, column: str) -> GraphDatabase:
+    """Return the molecules whose class is known; the others are skipped."""
+    if db.table is None or column not in db.table.columns:
+        names = [] if db.table is None else [str(x) for x in db.table.columns]
+        raise KestroError(
+            f"there is no column {column!r} beside the molecules; "
+            f"there are: {', '.join(map(repr, names)) or 'none'}"
+        )
+    classes = db.table[column]
+    missing = classes.isna().to_numpy()
+    skipped = [
+        Skipped(record, f"its class is missing in column {column!r}")
+        for record in db.source[missing].tolist()
+    ]
+    chosen = db[np.flatnonzero(~missing)]
+    chosen.classes = classes[~missing].to_numpy()
+    chosen.skipped = tuple(sorted((*db.skipped, *skipped)))
+    return chosen
+
+
+def tell_skipped(db: GraphDatabase, name: str, terminal: Terminal) -> None:
+    """Tell how many records were left out, and why, like reasons together."""
+    if not db.skipped:
+        terminal.say(f"{name}: {number_of(len(db), db.kind.removesuffix('s'))}")
+        return
+    what = number_of(len(db), db.kind.removesuffix("s"))
+    records = number_of(len(db.skipped), "record")
+    terminal.warn(f"{name}: {what} read, {records} skipped")
+    kinds = Counter(_kind(s.reason) for s in db.skipped)
+    for kind, count in kinds.most_common(_REASONS):
+        own = [s for s in db.skipped if _kind(s.reason) == kind]
+        numbers = ", ".join(str(s.record) for s in own[:_RECORDS])
+        more = ", …" if count > _RECORDS else ""
+        terminal.list([f"{count} of: {own[0].reason} (record {numbers}{more})"])
+    if len(kinds) > _REASONS:
+        rest = sum(count for _, count in kinds.most_common()[_REASONS:])
+        terminal.list([f"{rest} for other reasons"])
+
+
+def _kind(reason: str) -> str:
+    """Return what is alike in reasons that name other atoms or texts."""
+    without = "".join("0" if c.isdecimal() else c for c in reason.partition("'")[0])
+    return " ".join(without.split())[:_KIND]

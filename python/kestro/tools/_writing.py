@@ -1,0 +1,74 @@
+"""Writing what a command makes: to standard output, or aside and then renamed."""
+
+from __future__ import annotations
+
+import csv
+import io
+import os
+import sys
+import uuid
+from collections.abc import Iterable, Iterator
+from contextlib import contextmanager
+from pathlib import Path
+from typing import Any
+
+from kestro._aside import write_aside
+from kestro.tools._status import OutputError
+
+STDOUT = "-"
+
+
+@contextmanager
+def output_errors() -> Iterator[None]:
+    """Turn what goes wrong with files into `OutputError`."""
+    try:
+        yield
+    except OSError as e:
+        what = f": {os.fsdecode(e.filename)}" if e.filename else ""
+        raise OutputError(f"cannot write{what}: {e.strerror or e}") from e
+
+
+def write_lines(target: str, lines: Iterable[str]) -> None:
+    """Write to standard output for "-", else to a file that appears when whole."""
+    with output_errors():
+        path = Path(target)
+        if target != STDOUT and path.exists() and not path.is_file():
+            # A device or a pipe is written to, never replaced.
+            with open(path, "w", encoding="utf-8", errors="surrogateescape") as f:
+                f.writelines(lines)
+            return
+        if target != STDOUT:
+            write_aside(path, lines)
+            return
+        out = getattr(sys.stdout, "buffer", None)
+        if out is None:  # a stand-in that takes text alone
+            sys.stdout.writelines(lines)
+            return
+        sys.stdout.flush()
+        for line in lines:
+            out.write(line.encode("utf-8", "surrogateescape"))
+        out.flush()
+
+
+def csv_lines(rows: Iterable[Iterable[object]]) -> Iterator[str]:
+    """Yield the rows as lines of CSV."""
+    for row in rows:
+        line = io.StringIO()
+        csv.writer(line, lineterminator="\n").writerow(row)
+        yield line.getvalue()
+
+
+def write_parquet(target: str, table: Any) -> None:
+    """Write a table of Arrow's as a file that appears when it is whole."""
+    import pyarrow.parquet
+
+    path = Path(target)
+    if path.exists() and not path.is_file():
+        raise OutputError(f"cannot write: {target}: no file")
+    aside = path.with_name(f".{path.name}.{uuid.uuid4().hex}")
+    with output_errors():
+        try:
+            pyarrow.parquet.write_table(table, aside)
+            aside.replace(path)
+        finally:
+            aside.unlink(missing_ok=True)

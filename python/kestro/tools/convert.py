@@ -1,0 +1,195 @@
+"""Sub-command ``convert``: graphs from one format into another."""
+
+from __future__ import annotations
+
+import argparse
+from collections.abc import Callable, Iterable, Iterator
+from pathlib import Path
+from typing import Any
+from xml.sax.saxutils import escape
+
+from kestro._aside import write_all_aside
+from kestro._database import GraphDatabase
+from kestro._errors import KestroError
+from kestro.tools import _molecule_files, _reading, _writing
+from kestro.tools._status import Status, UsageError
+from kestro.tools._terminal import Terminal
+
+HELP = "turn graphs from one format into another"
+DESCRIPTION = """\
+Turn graphs from one format into another.
+
+Molecules go into each format.  Where a format of molecules (smi, sdf, csv) is
+written they are taken from the input in full, with charges, stereo and the
+columns beside them; everywhere else there are elements and bonds as labels.
+Other graphs go into transactions, GraphML, TU folders and Parquet.
+"""
+EPILOG = """\
+examples:
+  kestro-tools convert molecules.smi -o molecules.txt
+  kestro-tools convert MUTAG -o mutag.graphml
+  zcat table.csv.gz | kestro-tools convert - --from csv --to transactions > t.txt
+
+Records that cannot be read are left out; what they are and why stands on
+standard error.
+"""
+_TO = (*_reading.MOLECULES, "tu", "graphml", "parquet", "transactions")
+
+
+def add_arguments(parser: argparse.ArgumentParser) -> None:
+    """Add what this sub-command takes."""
+    parser.add_argument("input", metavar="INPUT", help="a file, a TU folder, or -")
+    parser.add_argument(
+        "-o",
+        "--output",
+        default=_writing.STDOUT,
+        metavar="FILE",
+        help="where to; standard output when not given, a folder for tu",
+    )
+    parser.add_argument(
+        "--to",
+        choices=_TO,
+        help="the format, where the extension of the output does not tell it",
+    )
+    _reading.add_arguments(parser)
+
+
+def run(args: argparse.Namespace, terminal: Terminal) -> Status:
+    """Convert."""
+    to = _format_of(args.output, args.to)
+    form = _reading.format_of(args.input, args.form)
+    if to in _reading.MOLECULES and form not in _reading.MOLECULES:
+        raise UsageError(f"{form} holds no molecules, so it cannot become {to}")
+    if to in ("tu", "parquet") and args.output == _writing.STDOUT:
+        raise UsageError(f"--output must name the file or folder for {to}")
+    source = _reading.read(args.input, args, terminal)
+    db = source.db
+    lost = _lost(db, to)
+    if lost:
+        terminal.warn(f"{to} has no place for {' and '.join(lost)}")
+    _WRITERS[to](source, args)
+    terminal.say(f"{args.output}: {len(db)} written as {to}")
+    return Status.FOUND if len(db) else Status.NOTHING
+
+
+def _format_of(output: str, told: str | None) -> str:
+    if told:
+        return told
+    if output == _writing.STDOUT:
+        return "transactions"
+    if output.endswith("/") or Path(output).is_dir():
+        return "tu"
+    if output.endswith(".gz"):
+        raise UsageError("outputs are not compressed; pipe them through gzip")
+    return _reading.format_of(output, None)
+
+
+def _lost(db: GraphDatabase, to: str) -> list[str]:
+    """Return what of the graphs the format does not hold."""
+    lost = []
+    beside = [] if db.table is None else [str(name) for name in db.table.columns]
+    if beside and to in ("transactions", "graphml", "tu", "smi"):
+        lost.append(f"columns {', '.join(map(repr, beside))}")
+    if db.classes is not None and to in ("transactions", "graphml"):
+        lost.append("classes")
+    return lost
+
+
+def _transactions(source: _reading.Input, args: argparse.Namespace) -> None:
+    lines = (f"t # {tid}\n{g.lines()}" for tid, g in enumerate(source.db))
+    _writing.write_lines(args.output, lines)
+
+
+def _graphml(source: _reading.Input, args: argparse.Namespace) -> None:
+    for g in source.db:
+        for label in (*g.vertex_labels, *g.edge_labels):
+            if not label.isprintable():
+                raise KestroError(f"XML cannot hold the label {label!r}", source.name)
+    _writing.write_lines(args.output, _graphml_lines(source.db))
+
+
+def _graphml_lines(db: GraphDatabase) -> Iterator[str]:
+    yield '<?xml version="1.0" encoding="utf-8"?>\n'
+    yield '<graphml xmlns="http://graphml.graphdrawing.org/xmlns">\n'
+    for key, what in (("v", "node"), ("e", "edge")):
+        yield (
+            f'  <key id="{key}" for="{what}" attr.name="label" attr.type="string"/>\n'
+        )
+    for tid, g in enumerate(db):
+        yield f'  <graph id="g{tid}" edgedefault="undirected">\n'
+        for i, label in enumerate(g.vertex_labels):
+            yield f'    <node id="n{i}"><data key="v">{escape(label)}</data></node>\n'
+        for (a, b), label in zip(g.edges.tolist(), g.edge_labels, strict=True):
+            yield (
+                f'    <edge source="n{a}" target="n{b}">'
+                f'<data key="e">{escape(label)}</data></edge>\n'
+            )
+        yield "  </graph>\n"
+    yield "</graphml>\n"
+
+
+def _parquet(source: _reading.Input, args: argparse.Namespace) -> None:
+    _writing.write_parquet(args.output, source.db.to_arrow())
+
+
+def _tu(source: _reading.Input, args: argparse.Namespace) -> None:
+    db = source.db
+    folder = Path(args.output)
+    if db.classes is None and len(db) and not len(db[len(db) - 1].vertex_labels):
+        raise KestroError(
+            "a TU data set without classes cannot end with an empty graph", source.name
+        )
+    start = folder / folder.resolve().name
+    vertex_names = _Numbers(x for g in db for x in g.vertex_labels)
+    edge_names = _Numbers(x for g in db for x in g.edge_labels)
+    files: dict[str, Iterable[str]] = {
+        "graph_indicator": (
+            f"{tid}\n" for tid, g in enumerate(db, 1) for _ in g.vertex_labels
+        ),
+        "node_labels": (f"{vertex_names[x]}\n" for g in db for x in g.vertex_labels),
+        "edge_labels": (f"{edge_names[x]}\n" * 2 for g in db for x in g.edge_labels),
+        "A": _adjacency(db),
+    }
+    if db.classes is not None:
+        files["graph_labels"] = (f"{x}\n" for x in db.classes.tolist())
+    lines = {Path(f"{start}_{kind}.txt"): text for kind, text in files.items()}
+    lines[folder / "README.txt"] = [
+        "Labels of vertices:\n",
+        *vertex_names.lines(),
+        "Labels of edges:\n",
+        *edge_names.lines(),
+    ]
+    with _writing.output_errors():
+        folder.mkdir(parents=True, exist_ok=True)
+        write_all_aside(lines)
+
+
+def _adjacency(db: GraphDatabase) -> Iterator[str]:
+    first = 1
+    for g in db:
+        for a, b in (g.edges + first).tolist():
+            yield f"{a}, {b}\n{b}, {a}\n"
+        first += len(g.vertex_labels)
+
+
+class _Numbers(dict[str, str]):
+    """The numbers that stand for labels: themselves where all are numbers."""
+
+    def __init__(self, labels: Iterable[str]) -> None:
+        distinct = sorted(set(labels))
+        are_numbers = all(x.isascii() and x.isdecimal() for x in distinct)
+        super().__init__(
+            (x, x if are_numbers else str(i)) for i, x in enumerate(distinct)
+        )
+
+    def lines(self) -> Iterator[str]:
+        return (f"  {number} {label}\n" for label, number in self.items())
+
+
+_WRITERS: dict[str, Callable[[_reading.Input, argparse.Namespace], Any]] = {
+    "transactions": _transactions,
+    "graphml": _graphml,
+    "parquet": _parquet,
+    "tu": _tu,
+    **{form: _molecule_files.write for form in _reading.MOLECULES},
+}

@@ -1,0 +1,117 @@
+"""Sub-command ``match``: the patterns of a result in other graphs."""
+
+from __future__ import annotations
+
+import argparse
+from collections.abc import Iterator
+
+import numpy as np
+import scipy.sparse
+
+import kestro
+from kestro._arguments import job_count
+from kestro._errors import KestroError
+from kestro._result import Result
+from kestro.tools import _reading, _writing
+from kestro.tools._status import Status
+from kestro.tools._terminal import Terminal
+from kestro.tools.mine import jobs
+
+HELP = "look for the patterns of a result in other graphs"
+DESCRIPTION = """\
+Look for the patterns of a result in other graphs: a row of CSV per graph, with
+its number, that of its record in the input, and how many patterns it contains.
+"""
+EPILOG = """\
+examples:
+  kestro-tools match found/molecules.jsonl new.smi > counts.csv
+  kestro-tools match found/molecules.fp new.txt --ids
+  kestro-tools match found/molecules.jsonl new.smi --matrix > features.csv
+
+Molecules are read with charges and hydrogens as those were that were mined, where
+the result tells: a .jsonl file does, a .fp file does not.
+"""
+
+
+def add_arguments(parser: argparse.ArgumentParser) -> None:
+    """Add what this sub-command takes."""
+    parser.add_argument("result", metavar="RESULT", help="a .fp or .jsonl file")
+    parser.add_argument("input", metavar="INPUT", help="a file, a TU folder, or -")
+    columns = parser.add_mutually_exclusive_group()
+    columns.add_argument(
+        "--ids", action="store_true", help="the ids of the patterns in each graph"
+    )
+    columns.add_argument(
+        "--matrix", action="store_true", help="a column of 0 and 1 per pattern"
+    )
+    parser.add_argument(
+        "-j", "--jobs", type=jobs, default=1, metavar="N", help="threads; -1 is all"
+    )
+    parser.add_argument(
+        "-o", "--output", default=_writing.STDOUT, metavar="FILE", help="where to"
+    )
+    _reading.add_arguments(parser)
+
+
+def run(args: argparse.Namespace, terminal: Terminal) -> Status:
+    """Match."""
+    result = kestro.read_result(args.result)
+    labels = result._patterns.summary.atom_labels
+    form = _reading.format_of(args.input, args.form)
+    if labels is not None and form in _reading.MOLECULES:
+        args.charge, args.hydrogens = labels
+    source = _reading.read(args.input, args, terminal)
+    _tell_strange_labels(result, source.db, terminal)
+    terminal.passing("matching")
+    try:
+        found = result.transform(source.db, n_jobs=job_count(args.jobs))
+    except KestroError as e:
+        raise KestroError(e.text, args.input) from e
+    finally:
+        terminal.clear()
+    names = [p.id for p in result]
+    rows = _rows(found, names, source.db, args)
+    _writing.write_lines(args.output, _writing.csv_lines(rows))
+    terminal.say(f"{np.count_nonzero(np.diff(found.indptr))} graphs contain a pattern")
+    return Status.FOUND if found.nnz else Status.NOTHING
+
+
+def _tell_strange_labels(
+    result: Result, db: kestro.GraphDatabase, terminal: Terminal
+) -> None:
+    """Warn where no label of a vertex is known on both sides."""
+    own = {label for p in result for label in p.graph.vertex_labels}
+    other = set(db._native.labels()[0])
+    if own and other and not own & other:
+        terminal.warn(
+            f"no label of a vertex in the patterns ({', '.join(sorted(own)[:5])}) is "
+            f"one of the graphs ({', '.join(sorted(other)[:5])})"
+        )
+
+
+def _rows(
+    found: scipy.sparse.csr_array,
+    names: list[str],
+    db: kestro.GraphDatabase,
+    args: argparse.Namespace,
+) -> Iterator[list[object]]:
+    head: list[object] = ["graph", "record"]
+    yield (
+        [*head, *names]
+        if args.matrix
+        else [
+            *head,
+            "patterns",
+            *(["ids"] if args.ids else []),
+        ]
+    )
+    for tid, record in enumerate(db.source.tolist()):
+        own = np.sort(found.indices[found.indptr[tid] : found.indptr[tid + 1]])
+        if args.matrix:
+            row = np.zeros(len(names), np.int64)
+            row[own] = 1
+            yield [tid, record, *row.tolist()]
+        elif args.ids:
+            yield [tid, record, len(own), " ".join(names[i] for i in own)]
+        else:
+            yield [tid, record, len(own)]

@@ -1,0 +1,276 @@
+"""Sub-command ``mine``: the frequent subgraphs of whatever can be read."""
+
+from __future__ import annotations
+
+import argparse
+import re
+import time
+import warnings
+from collections.abc import Callable
+from pathlib import Path
+from typing import Any
+
+import kestro
+from kestro._arguments import min_support_parts
+from kestro._database import number_of
+from kestro._progress import Progress
+from kestro._result import Result
+from kestro.tools import _reading, _writing
+from kestro.tools._status import Status, UsageError
+from kestro.tools._terminal import Terminal
+
+HELP = "find the frequent subgraphs"
+DESCRIPTION = """\
+Find every connected subgraph that occurs in enough of the graphs.
+
+Without --output-dir the patterns go to standard output, as CSV or lines of JSON.
+On a terminal a line tells of each size as it is found.
+"""
+EPILOG = """\
+examples:
+  kestro-tools mine molecules.smi --support 5% > patterns.csv
+  kestro-tools mine table.csv --support 17 --max-size 8 --closed \\
+      --output-dir found --format files,parquet
+  kestro-tools mine - --from sdf --support 0.05 --format jsonl < molecules.sdf
+
+--support 5% is a share of the graphs, as is 0.05; 17 is a number of graphs.
+After a limit (--time-limit, --max-patterns) the sizes that are complete are
+written, and the exit code is 5.
+"""
+_TO_STDOUT = ("csv", "jsonl")
+_FORMATS = ("files", "csv", "parquet", "jsonl")
+_COUNT = re.compile(r"[0-9]+")
+_FRACTION = re.compile(r"[0-9]*\.[0-9]+|[0-9]+\.[0-9]*")
+
+
+def support(text: str) -> int | float | str:
+    """Return a minimum support as the package takes it.
+
+    Raises
+    ------
+    argparse.ArgumentTypeError
+        For a text that is none, with what it should be.
+
+    Examples
+    --------
+    >>> from kestro.tools.mine import support
+    >>> support("5%"), support("17"), support("0.05")
+    ('5%', 17, 0.05)
+    """
+    value: int | float | str = text
+    if _COUNT.fullmatch(text):
+        value = int(text)
+    elif _FRACTION.fullmatch(text):
+        value = float(text)
+    try:
+        min_support_parts(value)
+    except ValueError:
+        raise argparse.ArgumentTypeError(
+            f"{text!r} is none; write 5%, a fraction above 0 and up to 1.0 such as "
+            f"0.05, or a number of graphs such as 17"
+        ) from None
+    return value
+
+
+def formats(text: str) -> list[str]:
+    """Return the formats in a list with commas."""
+    names = [name.strip() for name in text.split(",")]
+    for name in names:
+        if name not in _FORMATS:
+            raise argparse.ArgumentTypeError(
+                f"{name!r} is none of {', '.join(_FORMATS)}"
+            )
+    return names
+
+
+def jobs(text: str) -> int:
+    """Return a number of threads, -1 for all cores."""
+    number = int(text)
+    if number != -1 and number < 1:
+        raise argparse.ArgumentTypeError("threads are 1 or more, or -1 for all cores")
+    return number
+
+
+def add_arguments(parser: argparse.ArgumentParser) -> None:
+    """Add what this sub-command takes."""
+    parser.add_argument("input", metavar="INPUT", help="a file, a TU folder, or -")
+    parser.add_argument(
+        "-s",
+        "--support",
+        type=support,
+        required=True,
+        metavar="5%|17|0.05",
+        # argparse takes a per cent sign for a place to fill in.
+        help="in how many graphs a pattern must occur",
+    )
+    parser.add_argument(
+        "--min-size", type=int, default=1, metavar="N", help="edges at least (1)"
+    )
+    parser.add_argument("--max-size", type=int, metavar="N", help="edges at most")
+    parser.add_argument(
+        "--closed", action="store_true", help="only those without an equal larger one"
+    )
+    parser.add_argument(
+        "--maximal", action="store_true", help="only those that no other one contains"
+    )
+    parser.add_argument(
+        "-j", "--jobs", type=jobs, default=1, metavar="N", help="threads; -1 is all"
+    )
+    parser.add_argument(
+        "--time-limit", type=float, metavar="S", help="end after S seconds"
+    )
+    parser.add_argument(
+        "--max-patterns",
+        type=int,
+        metavar="N",
+        help="end after the size with which there are more than N patterns",
+    )
+    parser.add_argument(
+        "--form",
+        dest="canonical",
+        choices=("exact", "command-line"),
+        default="exact",
+        help="the canonical form: each pattern once (exact), or what the program "
+        "kestro writes",
+    )
+    parser.add_argument(
+        "-o", "--output-dir", metavar="FOLDER", help="where files go; made if missing"
+    )
+    parser.add_argument(
+        "-f",
+        "--format",
+        type=formats,
+        metavar="LIST",
+        help=f"of {', '.join(_FORMATS)}, with commas between (files with "
+        f"--output-dir, else csv)",
+    )
+    _reading.add_arguments(parser)
+
+
+def run(args: argparse.Namespace, terminal: Terminal) -> Status:
+    """Mine and write."""
+    wanted = args.format or (["files"] if args.output_dir else ["csv"])
+    if not args.output_dir and (len(wanted) > 1 or wanted[0] not in _TO_STDOUT):
+        raise UsageError(f"{','.join(wanted)} needs --output-dir")
+    if args.max_size is not None and args.max_size < max(1, args.min_size):
+        raise UsageError("--max-size is less than --min-size")
+    source = _reading.read(args.input, args, terminal)
+    show = Levels(terminal)
+    with warnings.catch_warnings():
+        # That it was interrupted is told below.
+        warnings.simplefilter("ignore", RuntimeWarning)
+        try:
+            result = kestro.mine(
+                source.db,
+                min_support=args.support,
+                min_size=args.min_size,
+                max_size=args.max_size,
+                maximal=args.maximal,
+                closed=args.closed,
+                n_jobs=args.jobs,
+                progress=show if terminal.is_live else None,
+                time_limit=args.time_limit,
+                max_patterns=args.max_patterns,
+                form=args.canonical,
+            )
+        except ValueError as e:
+            raise UsageError(str(e)) from e
+    terminal.clear()
+    name = name_of(args.input)
+    for form in wanted:
+        _write(result, form, args.output_dir, name)
+    tell(result, terminal)
+    return ending(result)
+
+
+def name_of(source: str) -> str:
+    """Return the name of files that are made of an input."""
+    if source == _reading.STDIN:
+        return "patterns"
+    plain = Path(source).resolve().name.removesuffix(".gz")
+    return Path(plain).stem or plain
+
+
+def tell(result: Result, terminal: Terminal) -> None:
+    """Say what was found; that a limit was reached, always."""
+    text = repr(result)[1:-1].removeprefix("Result: ")
+    if result.stopped_by:
+        terminal.warn(text)
+    else:
+        terminal.say(text)
+
+
+def ending(result: Result) -> Status:
+    """Return how a command ends that made this result."""
+    if result.stopped_by == "interrupt":
+        return Status.INTERRUPTED
+    if result.stopped_by:
+        return Status.LIMIT
+    return Status.FOUND if len(result) else Status.NOTHING
+
+
+class Levels:
+    """Shows a line per size, and where the run is within one.
+
+    Parameters
+    ----------
+    terminal : Terminal
+        Where to.
+    clock : callable
+        Seconds from any point in time on.
+    """
+
+    def __init__(
+        self, terminal: Terminal, clock: Callable[[], float] = time.monotonic
+    ) -> None:
+        self._terminal = terminal
+        self._clock = clock
+        self._start = clock()
+        self._level = self._start
+
+    def __call__(self, now: Progress) -> None:
+        """Show where the run is."""
+        elapsed = self._clock() - self._start
+        if now.step != "complete":
+            self._terminal.passing(
+                f"size {now.size}: {now.step} {now.done} of {now.known}, "
+                f"{elapsed:.1f} s"
+            )
+            return
+        took = self._clock() - self._level
+        self._level += took
+        # Sizes 1 and 2 are counted without candidates.
+        tried = now.candidates or now.done
+        candidates = f"{now.candidates} candidates, " if now.candidates else ""
+        rate = f", {tried / took:.0f}/s" if took > 0 else ""
+        self._terminal.say(
+            f"size {now.size}: {candidates}{number_of(now.done, 'pattern')}, "
+            f"{elapsed:.1f} s{rate}"
+        )
+
+
+def _write(result: Result, form: str, folder: str | None, name: str) -> None:
+    if folder is not None:
+        with _writing.output_errors():
+            Path(folder).mkdir(parents=True, exist_ok=True)
+    target = str(Path(folder) / f"{name}.{form}") if folder else _writing.STDOUT
+    if form == "csv":
+        _writing.write_lines(target, csv_lines(result))
+    elif form == "jsonl":
+        _writing.write_lines(target, (result.to_jsonl() or "").splitlines(True))
+    elif form == "parquet":
+        _writing.write_parquet(target, result.to_arrow())
+    else:
+        assert folder is not None
+        with _writing.output_errors():
+            result.write(folder, name)
+
+
+def csv_lines(result: Result) -> Any:
+    """Return the table of a result as lines of CSV, graphs as lines in cells."""
+    frame = result.to_pandas()
+    if "smarts" not in frame.columns:
+        frame["graph"] = [p.graph.lines().strip().replace("\n", "; ") for p in result]
+    frame = frame.astype(object).where(frame.notna(), "")
+    rows = frame.itertuples(index=False, name=None)
+    return _writing.csv_lines([list(frame.columns), *rows])

@@ -1,0 +1,140 @@
+"""The frame of the command, and convert."""
+
+import gzip
+import io
+import os
+import subprocess
+import sys
+
+import kestro
+import pytest
+from kestro.tools.__main__ import main
+
+COMMAND = (sys.executable, "-m", "kestro.tools")
+SMILES = "CCO ethanol\nC1CC\nC[N+](C)(C)C\tcholine part\n[nH]1cccc1\n"
+
+
+@pytest.fixture
+def smi(tmp_path):
+    file = tmp_path / "a.smi"
+    file.write_text(SMILES)
+    return file
+
+
+def text(path):
+    return kestro.read_transactions(path).to_transactions()
+
+
+def test_help_and_version(capsys):
+    assert main(["--help"]) == 0
+    assert "kestro-tools convert" in capsys.readouterr().out
+    assert main(["--version"]) == 0
+    assert capsys.readouterr().out.startswith("kestro-tools ")
+
+
+@pytest.mark.parametrize(
+    ("argv", "code", "told"),
+    [
+        ([], 2, "COMMAND"),
+        (["dig"], 2, "dig"),
+        (["convert", "-"], 2, "--from"),
+        (["convert", "nowhere.smi"], 3, "nowhere.smi"),
+        (["convert", "{txt}", "--to", "smi"], 2, "no molecules"),
+        (["convert", "{smi}", "--strict"], 3, "line 2"),
+        (["convert", "{smi}", "--to", "parquet"], 2, "--output"),
+        (["convert", "{smi}", "-o", "{smi}/x"], 4, "cannot write"),
+        (["convert", "{smi}", "-o", "x.txt.gz"], 2, "compressed"),
+        (["convert", "{txt}", "--charge"], 2, "--charge"),
+        (["convert", "{smi}", "--class-column", "y"], 3, "column 'y'"),
+    ],
+)
+def test_exit_codes(argv, code, told, smi, tmp_path, three_text, capsys):
+    txt = tmp_path / "three.txt"
+    txt.write_text(three_text)
+    assert main([x.format(smi=smi, txt=txt) for x in argv]) == code
+    assert told in capsys.readouterr().err
+
+
+def test_what_is_skipped_is_told(smi, capsys):
+    assert main(["convert", str(smi)]) == 0
+    out, err = capsys.readouterr()
+    assert "3 molecules read, 1 record skipped" in err
+    assert "1 of: no SMILES that can be parsed: 'C1CC' (record 1)" in err
+    assert "\x1b" not in err
+    assert len(kestro.read_transactions(io.StringIO(out))) == 3
+
+
+def test_nothing_and_nothing_readable(tmp_path, capsys):
+    empty, broken = tmp_path / "e.smi", tmp_path / "b.smi"
+    empty.write_text("")
+    broken.write_text("?\n")
+    assert main(["convert", str(empty)]) == 1
+    assert main(["convert", str(broken)]) == 3
+
+
+@pytest.mark.parametrize("name", ["a.graphml", "a.parquet", "a.tu/", "a.txt"])
+def test_forms_of_graphs(name, three, three_text, tmp_path):
+    first, other, back = tmp_path / "in.txt", tmp_path / name, tmp_path / "back.txt"
+    first.write_text(three_text)
+    to = f"{other}/" if name.endswith("/") else str(other)
+    assert main(["convert", str(first), "-o", to]) == 0
+    assert main(["convert", to, "-o", str(back)]) == 0
+    if not name.endswith("/"):
+        assert back.read_text() == three_text
+        return
+    readme = (other / "README.txt").read_text()
+    assert "0 C" in readme and "1 O" in readme
+    numbers = three_text.replace(" C", " 0").replace(" O", " 1")
+    assert back.read_text() == numbers.replace(" d", " 0").replace(" s", " 1")
+
+
+@pytest.mark.parametrize("name", ["b.smi", "b.csv", "b.sdf"])
+def test_forms_of_molecules(name, smi, tmp_path):
+    other, first, back = (tmp_path / x for x in (name, "1.txt", "2.txt"))
+    assert main(["convert", str(smi), "-o", str(other)]) == 0
+    assert "choline part" in other.read_text()
+    for source, target in ((smi, first), (other, back)):
+        done = main(["convert", str(source), "--charge", "-o", str(target)])
+        assert done == 0
+    assert text(back) == text(first)
+    assert "N+1" in text(back)
+
+
+def test_columns_and_classes(tmp_path, capsys):
+    file = tmp_path / "a.csv"
+    file.write_text("smiles,y,note\nCCO,1,a\nCO,,b\nCN,0,c\n")
+    arguments = ["--class-column", "y", "-o"]
+    assert main(["convert", str(file), *arguments, str(tmp_path / "tu/")]) == 0
+    assert "its class is missing" in capsys.readouterr().err
+    assert main(["convert", str(file), *arguments, str(tmp_path / "t") + "/"]) == 0
+    assert "no place for columns" in capsys.readouterr().err
+    db = kestro.from_tu(tmp_path / "t")
+    assert [float(x) for x in db.classes] == [1, 0]
+
+
+def test_standard_input(three_text):
+    done = subprocess.run(
+        [*COMMAND, "convert", "-", "--from", "transactions"],
+        input=gzip.compress(three_text.encode()),
+        capture_output=True,
+        check=True,
+    )
+    assert (done.stdout.decode(), done.stderr) == (three_text, b"")
+
+
+def test_output_that_fails(smi):
+    command = [*COMMAND, "convert", str(smi), "-q"]
+    with open("/dev/full", "w") as full:
+        done = subprocess.run(command, stdout=full, stderr=subprocess.PIPE, text=True)
+    assert done.returncode == 4
+    assert "cannot write" in done.stderr
+    assert "Traceback" not in done.stderr
+
+
+def test_a_device_is_written_to_and_stays(smi, tmp_path):
+    pipe = tmp_path / "pipe"
+    os.mkfifo(pipe)
+    reader = subprocess.Popen(["cat", pipe], stdout=subprocess.PIPE)
+    assert main(["convert", str(smi), "-q", "-o", str(pipe)]) == 0
+    assert reader.communicate()[0].startswith(b"t # 0")
+    assert pipe.is_fifo()

@@ -1,0 +1,131 @@
+"""Sub-command mine."""
+
+import io
+import sys
+
+import kestro
+import pandas as pd
+import pyarrow.parquet
+import pytest
+from kestro.tools import mine
+from kestro.tools.__main__ import main
+from kestro.tools._terminal import Terminal
+
+
+@pytest.fixture
+def smi(examples):
+    return str(examples / "molecules.smi")
+
+
+@pytest.fixture
+def expected(smi):
+    db = kestro.from_smiles(smi, on_error="skip")
+    return kestro.mine(db, min_support="20%", closed=True)
+
+
+class Screen(io.StringIO):
+    def isatty(self):
+        return True
+
+
+@pytest.mark.parametrize("support", ["20%", "0.2", "12"])
+def test_csv_on_standard_output(smi, expected, support, capsys):
+    argv = ["mine", smi, "--support", support, "--closed"]
+    assert main(argv) == 0
+    table = pd.read_csv(io.StringIO(capsys.readouterr().out))
+    assert table["smarts"].tolist() == [p.to_smarts() for p in expected]
+    assert table["support"].tolist() == [p.support for p in expected]
+
+
+def test_files(smi, expected, tmp_path):
+    folder = tmp_path / "new" / "out"
+    argv = ["mine", smi, "-s", "20%", "--closed", "-j", "2", "-o", str(folder)]
+    assert main([*argv, "-f", "files,csv,parquet,jsonl"]) == 0
+    names = {f"molecules.{x}" for x in ("fp", "tid", "pc", "csv", "parquet", "jsonl")}
+    assert {file.name for file in folder.iterdir()} == names
+    for name in ("molecules.fp", "molecules.jsonl"):
+        read = kestro.read_result(folder / name)
+        assert [p.id for p in read] == [p.id for p in expected]
+        assert [p.tids.tolist() for p in read] == [p.tids.tolist() for p in expected]
+    table = pyarrow.parquet.read_table(folder / "molecules.parquet")
+    assert table.equals(expected.to_arrow())
+
+
+def test_jsonl_on_standard_output(smi, expected, capsys):
+    assert main(["mine", smi, "-s", "12", "--closed", "-f", "jsonl"]) == 0
+    read = kestro.read_result(io.StringIO(capsys.readouterr().out))
+    assert [p.graph.lines() for p in read] == [p.graph.lines() for p in expected]
+
+
+@pytest.mark.parametrize(
+    ("argv", "code"),
+    [
+        (["-s", "5,5%"], 2),
+        (["-s", "0"], 2),
+        (["-s", "1.5"], 2),
+        (["-s", "101%"], 2),
+        (["-s", "5%", "-f", "files"], 2),
+        (["-s", "5%", "-f", "tables"], 2),
+        (["-s", "5%", "-j", "0"], 2),
+        (["-s", "5%", "--min-size", "3", "--max-size", "2"], 2),
+        (["-s", "5%", "--time-limit", "-1"], 2),
+        (["-s", "61"], 1),
+        (["-s", "20%", "--max-patterns", "9"], 5),
+        (["-s", "20%", "-o", "/dev/null/x"], 4),
+        (["-s", "20%", "--maximal", "--form", "command-line"], 0),
+    ],
+)
+def test_exit_codes(smi, argv, code, capsys):
+    assert main(["mine", smi, *argv]) == code
+    _, err = capsys.readouterr()
+    assert ("error" in err) == (code in (2, 4))
+    assert ("stopped by max_patterns" in err) == (code == 5)
+
+
+def test_a_line_per_size(smi, monkeypatch, capsys):
+    monkeypatch.setenv("NO_COLOR", "1")
+    monkeypatch.setenv("TERM", "xterm")
+    screen = Screen()
+    monkeypatch.setattr(sys, "stderr", screen)
+    assert main(["mine", smi, "-s", "20%"]) == 0
+    lines = screen.getvalue()
+    assert "\x1b[3" not in lines  # no colour; the passing line is taken away
+    assert "size 1: 9 patterns, " in lines
+    assert "size 3: 54 candidates, 21 patterns, " in lines
+    assert "size 9: 1 candidate" in lines
+    quiet = Screen()
+    monkeypatch.setattr(sys, "stderr", quiet)
+    assert main(["mine", smi, "-s", "20%", "-q"]) == 0
+    assert "size" not in quiet.getvalue()
+
+
+def test_the_rate_of_a_size(monkeypatch):
+    monkeypatch.setenv("TERM", "xterm")
+    screen = Screen()
+    monkeypatch.setattr(sys, "stderr", screen)
+    times = iter([0.0, 2.0, 2.0, 4.0, 4.0])
+    show = mine.Levels(Terminal(), lambda: next(times))
+    show(kestro.Progress(1, "complete", 8, 8, 0))
+    show(kestro.Progress(3, "complete", 1, 1, 50))
+    assert screen.getvalue().splitlines() == [
+        "size 1: 8 patterns, 2.0 s, 4/s",
+        "size 3: 50 candidates, 1 pattern, 4.0 s, 25/s",
+    ]
+
+
+def test_colours(monkeypatch):
+    monkeypatch.setenv("TERM", "xterm")
+    monkeypatch.delenv("NO_COLOR", raising=False)
+    screen = Screen()
+    monkeypatch.setattr(sys, "stderr", screen)
+    assert main(["mine", "nowhere", "-s", "1"]) == 3
+    assert "\x1b[31merror\x1b[0m: [Errno 2]" in screen.getvalue()
+
+
+def test_interrupted(examples, monkeypatch, capsys):
+    def stopped(db, **arguments):
+        raise KeyboardInterrupt
+
+    monkeypatch.setattr(kestro, "mine", stopped)
+    assert main(["mine", str(examples / "molecules.txt"), "-s", "9"]) == 130
+    assert "interrupted" in capsys.readouterr().err
