@@ -39,7 +39,8 @@ def pattern_svg(pattern: Pattern) -> str:
     """
     if pattern._all.summary.atom_labels is not None:
         return _molecule_svg(pattern.graph)
-    return _graph_svg(pattern.graph)
+    # A label that all edges have tells nothing.
+    return _graph_svg(pattern.graph, len(pattern._all.edge_table) > 1)
 
 
 def _molecule_svg(g: Graph) -> str:
@@ -80,7 +81,7 @@ def _molecule(g: Graph) -> Any:
     return molecule
 
 
-def _graph_svg(g: Graph) -> str:
+def _graph_svg(g: Graph, tells_edges: bool) -> str:
     places = _places(g)
     parts = []
     for (a, b), label in zip(g.edges.tolist(), g.edge_labels, strict=True):
@@ -88,8 +89,10 @@ def _graph_svg(g: Graph) -> str:
         parts.append(
             f"<line x1='{x:.0f}' y1='{y:.0f}' x2='{x2:.0f}' y2='{y2:.0f}' "
             f"stroke='#333'/>"
-            + _text((x + x2) / 2, (y + y2) / 2, label, 7, "edge", "#555")
         )
+        if tells_edges:
+            middle = ((x + x2) / 2, (y + y2) / 2)
+            parts.append(_text(*middle, label, 7, "edge", "#555"))
     for (x, y), label in zip(places, g.vertex_labels, strict=True):
         width = max(16.0, 5.2 * len(shown(label)) + 8)
         parts.append(

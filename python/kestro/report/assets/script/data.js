@@ -25,13 +25,16 @@ for (const pattern of patterns)
 
 const places = new Map(patterns.map((pattern) => [pattern.id, pattern.at]));
 const ofMolecules = data.atoms !== null;
+// A label that all edges have tells nothing.
+const tellsEdges = data.edge_labels.length > 1;
 
 // What is shown beside the drawing: the SMARTS, or the edges with their labels.
 function textOf(pattern) {
   if (pattern.smarts !== null) return pattern.smarts;
-  const vertex = (v) => data.vertex_labels[pattern.vertices[v]] + " " + v;
+  const vertex = (v) => `${data.vertex_labels[pattern.vertices[v]]}#${v}`;
+  const edge = (label) => (tellsEdges ? `–${data.edge_labels[label]}–` : "–");
   return triples(pattern.edges)
-    .map(([a, b, label]) => `${vertex(a)} –${data.edge_labels[label]}– ${vertex(b)}`)
+    .map(([a, b, label]) => `${vertex(a)} ${edge(label)} ${vertex(b)}`)
     .join(", ");
 }
 

@@ -47,6 +47,7 @@ function startDetails() {
   byId("details").addEventListener("keydown", walkLattice);
   addEventListener("hashchange", () => followAddress(true));
   addEventListener("resize", drawLines);
-  addEventListener("beforeprint", drawLines);
+  addEventListener("beforeprint", () => keepWidth(true));
+  addEventListener("afterprint", () => keepWidth(false));
   followAddress(false);
 }

@@ -73,7 +73,7 @@ function graphSvg(graph, [width, height], vertices = [], edges = []) {
       x1: a.x, y1: a.y, x2: b.x, y2: b.y,
       stroke: isMarked ? "#000" : "#777", "stroke-width": isMarked ? 3.5 : 1,
     }));
-    if (!small) {
+    if (!small && tellsEdges) {
       const middle = [(a.x + b.x) / 2, (a.y + b.y) / 2];
       svg.append(written(middle, 7, data.edge_labels[label], "#555"));
     }

@@ -70,6 +70,12 @@ function drawLines() {
   svg.replaceChildren(...lines);
 }
 
+// Lines are where the cards are, which on paper must stay where they were.
+function keepWidth(isKept) {
+  const box = byId("lattice");
+  box.style.width = isKept && !box.hidden ? `${box.offsetWidth}px` : "";
+}
+
 function walkLattice(event) {
   const links = (kind) => [...document.querySelectorAll(`#lattice .${kind} a`)];
   const isRelative = event.target.closest("#lattice a") !== null;

@@ -37,7 +37,8 @@ function showHead() {
       const arrow = isSorted ? (selection.isDescending ? " ▼" : " ▲") : "";
       head.append(make("button",
         { type: "button", "data-key": key, onclick: () => sortBy(key) },
-        name, make("span", { "aria-hidden": "true" }, arrow)));
+        name, make("span", { "aria-hidden": "true" }, arrow)),
+        make("span", { class: "printed", "aria-hidden": "true" }, name + arrow));
     } else {
       head.append(name);
     }

@@ -61,8 +61,8 @@ function drawVolcano() {
   volcano.at = 0;
   volcano.points[0]?.element.setAttribute("tabindex", "0");
   byId("volcano").replaceChildren(svg, make("p", { class: "legend" },
-    "Triangles at the edges: infinite, as one side has none. Pale: not selected. " +
-    "Left and right go across, up and down by p."));
+    "Triangles at the edges: infinite, as one side has none. Pale: not selected. ",
+    make("span", { class: "hint" }, "Left and right go across, up and down by p.")));
   markVolcano();
 }
 
