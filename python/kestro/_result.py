@@ -602,6 +602,82 @@ class Result(PatternSequence):
             parents=parents,
         )
 
+    def report(
+        self,
+        path: str | os.PathLike[str] | IO[str],
+        *,
+        classes: ArrayLike | None = None,
+        title: str | None = None,
+        max_patterns: int = 5000,
+        stored_drawings: int = 500,
+        examples: int = 3,
+        with_structures: bool = True,
+    ) -> None:
+        """Write a page of HTML on the patterns, which needs nothing else.
+
+        It shows the run, a table that sorts and filters, drawings, where
+        patterns lie in graphs, their parents and children, and what tells
+        classes apart.  Browsers of 2023 and later show it, without a network.
+
+        Parameters
+        ----------
+        path : path or text file
+            Where to; a file appears when it is whole.  Text files take UTF-8.
+        classes : array-like, shape (graphs,), optional
+            The class of each graph, as for `score`; None is ``db.classes``.
+        title : str, optional
+            What stands on top.
+        max_patterns : int
+            The most patterns in the page: of more, those of the largest
+            scores by Fisher's exact test where there are classes, else of the
+            largest supports.
+        stored_drawings : int
+            How many of them, the best again, are drawn beforehand; the page
+            draws the others when they are looked at.
+        examples : int
+            In how many graphs, the smallest ones, a pattern is marked.
+        with_structures : bool
+            Of molecules, whether RDKit's build for browsers is part of the
+            page, 3.3 MB.  Without it there is no search by SMARTS, and
+            what is not stored is drawn as graphs are.
+
+        Raises
+        ------
+        ImportError
+            Without Jinja2, which ``pip install kestro[report]`` brings, and,
+            for molecules, without RDKit.
+        KestroError
+            As `score` does, for the classes.
+        OSError
+            When the file cannot be written.
+        TypeError, ValueError
+            When a number or the title is none, or too small.
+
+        Examples
+        --------
+        >>> import io, kestro
+        >>> db = kestro.from_edges([["C", "O"]] * 2, [[(0, 1, "=")]] * 2)
+        >>> page = io.StringIO()
+        >>> kestro.mine(db, min_support=2).report(page, title="Two graphs")
+        >>> "<title>Two graphs</title>" in page.getvalue()
+        True
+        """
+        from kestro.report import page
+
+        text = page(
+            self,
+            classes=classes,
+            title=title,
+            max_patterns=max_patterns,
+            stored_drawings=stored_drawings,
+            examples=examples,
+            with_structures=with_structures,
+        )
+        if isinstance(path, (str, os.PathLike)):
+            write_aside(Path(path), [text])
+        else:
+            path.write(text)
+
     def _what_is_written(self) -> tuple[NDArray[np.int64], RunSummary]:
         """Return the positions in the order of files, and what they are."""
         chosen = np.unique(self.positions)
