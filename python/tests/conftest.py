@@ -1,5 +1,6 @@
 """What several tests use."""
 
+import gc
 import pathlib
 import signal
 
@@ -35,6 +36,14 @@ def interruptible():
     before = signal.signal(signal.SIGINT, signal.default_int_handler)
     yield
     signal.signal(signal.SIGINT, before)
+
+
+@pytest.fixture
+def uncollected():
+    """Collect no garbage: Hypothesis is called then, and a signal would end there."""
+    gc.disable()
+    yield
+    gc.enable()
 
 
 @pytest.fixture

@@ -168,6 +168,7 @@ def test_a_limit_of_embeddings():
         assert found.shape == (min(limit, 720), 7)
 
 
+@pytest.mark.usefixtures("uncollected")
 def test_ctrl_c_ends_a_list_of_embeddings():
     """Eleven leaves in themselves: 40 million rows, were it not for the signal."""
     star = kestro.from_edges(

@@ -293,6 +293,7 @@ def test_no_size_is_a_size_of_one(three):
     assert table(none) == table(one)
 
 
+@pytest.mark.usefixtures("uncollected")
 @pytest.mark.parametrize("seconds", [0.0, 0.03, 0.3])
 def test_ctrl_c_keeps_what_was_found(explosive, seconds):
     def send():
@@ -319,6 +320,7 @@ def test_ctrl_c_during_the_callback(explosive):
     assert result.stopped_by == "interrupt"
 
 
+@pytest.mark.usefixtures("uncollected")
 def test_what_a_signal_handler_raises_comes_out(explosive):
     def handler(number, frame):
         raise WrongError
@@ -334,6 +336,7 @@ def test_what_a_signal_handler_raises_comes_out(explosive):
     assert isinstance(caught.value.result, kestro.Result)
 
 
+@pytest.mark.usefixtures("uncollected")
 def test_the_interpreter_stays_free(explosive):
     """Another thread goes on while one mines, and is who ends it."""
     steps = []
@@ -438,6 +441,7 @@ def test_the_bar_in_a_notebook(three, monkeypatch, capsys):
     assert out == "" and "size 2, complete, 4 patterns: 100%" in err
 
 
+@pytest.mark.usefixtures("uncollected")
 def test_ctrl_c_during_matching(explosive):
     result = kestro.mine(explosive, min_support=2, max_size=3)
     other = explosive[[0] * 30_000]  # half a minute, were it not for the signal
