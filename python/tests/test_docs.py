@@ -21,7 +21,9 @@ def at_the_root(monkeypatch):
     monkeypatch.chdir(ROOT)
 
 
-@pytest.mark.parametrize("page", ["index", "molecules", "networkx", "classes", "traps"])
+@pytest.mark.parametrize(
+    "page", ["index", "molecules", "networkx", "classes", "reports", "traps"]
+)
 def test_code_of_a_page(page):
     done = doctest.testfile(str(DOCS / f"{page}.rst"), module_relative=False)
     assert done.attempted > 0
