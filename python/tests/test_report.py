@@ -338,6 +338,23 @@ def test_points_lie_where_their_scores_are(open_page, molecules_page, result):
         assert f"in {row.inside} graphs of the class, {row.outside}" in told[row.id]
 
 
+def test_each_of_three_classes(open_page, result, tmp_path):
+    y = np.repeat(["a", "b", "<c>"], 20)
+    path = tmp_path / "classes.html"
+    result.report(path, classes=y, with_structures=False, stored_drawings=0)
+    page = open_page(path)
+    names = page.locator("#volcano-class option").all_inner_texts()
+    assert names == ["<c>", "a", "b"]
+    scores = result.score(y, method="fisher")
+    for name in names:
+        page.select_option("#volcano-class", label=name)
+        own = scores[scores["class"] == name].nlargest(1, "score")
+        assert page.locator("#volcano [tabindex='0']").get_attribute("data-id") in set(
+            scores.id[(scores["class"] == name) & (scores.score == own.score.item())]
+        )
+        assert column(page, 5)[0] == f"{own.score.item():.2f}"
+
+
 def test_labels_that_are_html_stay_text(open_page, graphs_page):
     page = open_page(graphs_page, "#2-0")
     assert page.title() == HOSTILE

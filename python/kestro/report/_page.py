@@ -107,7 +107,10 @@ def _run(result: Result, data: dict[str, Any]) -> list[tuple[str, str]]:
         rows.append(("Only", " and ".join(result._filters)))
     if data["scores"]:
         members = [f"{x['name']}: {x['members']:,} graphs" for x in data["scores"]]
-        rows.append(("Classes scored", "; ".join(members)))
+        if len(members) == 1:
+            [x] = data["scores"]
+            members.append(f"{x['other']}: {s.graphs - x['members']:,} graphs")
+        rows.append(("Classes", "; ".join(members)))
     ends = {"complete": "complete", "max_size": "complete up to that size"}
     rows.append(("The run", ends.get(s.ending, f"stopped by {s.ending}")))
     rows.append(("Processor time", f"{s.seconds:.1f} s"))

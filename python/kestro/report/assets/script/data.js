@@ -61,7 +61,10 @@ function scoreOf(pattern, which) {
   };
 }
 
-const decimal = (value) =>
-  value === Infinity ? "∞" : Number.isNaN(value) ? "–" : value.toFixed(2);
+function decimal(value) {
+  if (Number.isNaN(value)) return "–";
+  if (value === Infinity) return "∞";
+  return value >= 100 ? value.toFixed(0) : String(Number(value.toPrecision(2)));
+}
 const whole = (value) => value.toLocaleString("en");
 const share = (support) => ((100 * support) / data.graphs).toFixed(1) + " %";

@@ -51,12 +51,17 @@ function drawVolcano() {
       d: shapeOf(point.x), transform: `translate(${x(across)},${y(point.p)})`,
       role: "button", tabindex: "-1", "data-id": point.pattern.id,
       "aria-label": told(point),
-    }, drawn("title", {}, told(point)));
+    });
     return { ...point, element, left: x(across) };
   });
   // What matters most lies on top.
   group.append(...volcano.points.map((point) => point.element).reverse());
   group.addEventListener("keydown", walkVolcano);
+  // Thousands of titles would take time before one is wanted.
+  group.addEventListener("pointerover", ({ target }) => {
+    if (target.dataset.id && !target.firstChild)
+      target.append(drawn("title", {}, target.getAttribute("aria-label")));
+  });
   group.addEventListener("click", (event) => openPoint(event.target));
   volcano.at = 0;
   volcano.points[0]?.element.setAttribute("tabindex", "0");
