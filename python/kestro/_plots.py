@@ -27,6 +27,8 @@ _WIDE = 100
 def sizes(result: Result, ax: Axes | None) -> Axes:
     """Return a plot of the patterns per size; see `Result.plot_sizes`."""
     ax = _axes(ax)
+    from matplotlib.ticker import MaxNLocator
+
     summary = result._patterns.summary
     rows = [
         ("candidates", np.array(summary.candidates), "s", "--", _LIGHT, "none"),
@@ -51,7 +53,7 @@ def sizes(result: Result, ax: Axes | None) -> Axes:
         ax.set_yscale("log")
     else:
         ax.set_ylim(bottom=0)
-    ax.xaxis.get_major_locator().set_params(integer=True)
+    ax.xaxis.set_major_locator(MaxNLocator(integer=True))
     ax.set_xlabel("size (edges)")
     ax.set_ylabel("patterns")
     ax.legend()
