@@ -624,7 +624,8 @@ class Result(PatternSequence):
         path : path or text file
             Where to; a file appears when it is whole.  Text files take UTF-8.
         classes : array-like, shape (graphs,), optional
-            The class of each graph, as for `score`; None is ``db.classes``.
+            The class of each graph, as for `score`; None is ``db.classes``,
+            where these are several and the TIDs are known.
         title : str, optional
             What stands on top.
         max_patterns : int

@@ -1,7 +1,6 @@
 """The page of a report, as a browser shows it."""
 
 import csv
-import io
 import json
 import re
 import shutil
@@ -411,16 +410,37 @@ def test_without_structures(open_page, result, tmp_path):
     assert drawn == page.locator("#patterns tbody tr").count()
 
 
-def test_results_of_which_less_is_known(three, tmp_path):
+def test_results_of_which_less_is_known(open_page, three, tmp_path):
+    three.classes = [0, 1, 1]
     run = kestro.mine(three, min_support=1)
     run.write(tmp_path, tids=False, parents=False)
-    read = kestro.read_result(tmp_path / "patterns.fp")
-    text = io.StringIO()
-    read.report(text)
-    assert '"has_parents":false' in text.getvalue()
-    empty = io.StringIO()
-    run[:0].report(empty, title="Nothing")
-    assert "<title>Nothing</title>" in empty.getvalue()
+    for db in (None, three):
+        read = kestro.read_result(tmp_path / "patterns.fp", db=db)
+        assert not read._patterns.has_parents
+        read.report(tmp_path / "read.html")
+        page = open_page(tmp_path / "read.html", "#1-0")
+        assert page.locator("#patterns tbody tr").count() == len(run)
+        assert page.locator("#details-title").inner_text() == "Pattern 1-0"
+        has_tids = read._patterns.has_tids  # the database tells them
+        assert has_tids == (db is not None)
+        assert page.locator("#volcano, #examples").count() == 2 * has_tids
+        assert not page.locator("#lattice").is_visible()
+
+
+@pytest.mark.parametrize("classes", [None, [0, 1, 1], [1, 1, 1]])
+def test_nothing_found(open_page, three, tmp_path, classes):
+    three.classes = classes
+    path = tmp_path / "nothing.html"
+    kestro.mine(three, min_support=1)[:0].report(path)
+    page = open_page(path)
+    assert page.locator("#count").inner_text() == "0 of 0 patterns selected"
+    assert page.locator("#volcano svg").count() == (classes == [0, 1, 1])
+    page.fill("#by-label", "C")
+    with page.expect_download() as download:
+        page.click("#export-csv")
+    text = Path(download.value.path()).read_text()
+    assert text.startswith("id,size,support")
+    assert text.count("\n") == 1
 
 
 def test_wrong_arguments(three, tmp_path):

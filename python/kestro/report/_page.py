@@ -48,8 +48,8 @@ def page(
         ) from e
     if title is not None and not isinstance(title, str):
         raise TypeError(f"title must be a str, not {title!r}")
-    if classes is None and result._db is not None:
-        classes = result._db.classes
+    if classes is None:
+        classes = _own_classes(result)
     data = page_data(
         result,
         classes,
@@ -84,6 +84,15 @@ def page(
         licences=_licences(molecules and with_structures),
     )
     return _SURROGATE.sub("\ufffd", text)
+
+
+def _own_classes(result: Result) -> ArrayLike | None:
+    """Return the classes of the database, None where there is nothing to compare."""
+    if result._db is None or result._db.classes is None:
+        return None
+    own = result._db.classes
+    has_several = len(set(own.tolist())) > 1
+    return own if has_several and result._patterns.has_tids else None
 
 
 def _run(result: Result, data: dict[str, Any]) -> list[tuple[str, str]]:
