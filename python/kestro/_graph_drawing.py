@@ -10,17 +10,14 @@ from __future__ import annotations
 
 import unicodedata
 from collections.abc import Sequence
+from functools import lru_cache
 from itertools import chain
-from typing import TYPE_CHECKING
 
 import numpy as np
 from numpy.typing import NDArray
 
 from kestro._database import Graph
 from kestro._picture import Picture, Size, xml_text
-
-if TYPE_CHECKING:
-    import networkx as nx
 
 MOST = 60  # vertices of a graph that are drawn
 _LONGEST = 18  # characters of a label that are drawn
@@ -48,7 +45,7 @@ def drawing(
     title : str
         What it shows.
     g : Graph
-        It may have more components than one.
+        At least one vertex; it may have more components than one.
     size : tuple of int, optional
         Pixels; what is larger is drawn smaller.  None is as large as it gets.
     embedding : ndarray, optional
@@ -65,8 +62,8 @@ def drawing(
     boxes = np.array([_width(text) + 12 for text in texts]).reshape(-1, 1) / 2
     low = places - np.hstack([boxes, np.full_like(boxes, _BOX / 2)])
     high = places + np.hstack([boxes, np.full_like(boxes, _BOX / 2)])
-    origin = low.min(axis=0, initial=np.inf) - _MARGIN if len(near) else np.zeros(2)
-    own = high.max(axis=0) + _MARGIN - origin if len(near) else np.full(2, 20.0)
+    origin = low.min(axis=0) - _MARGIN
+    own = high.max(axis=0) + _MARGIN - origin
     width, height = size or (int(np.ceil(own[0])), int(np.ceil(own[1])))
     scale = min(1.0, width / own[0], height / own[1])
     corner = (np.array([width, height]) - scale * own) / 2
@@ -197,18 +194,38 @@ def _layout(g: Graph, near: list[int]) -> Places:
     components = sorted((sorted(c) for c in nx.connected_components(part)), key=min)
     placed = []
     for component in components:
-        own = nx.Graph()
-        own.add_nodes_from(component)
-        own.add_edges_from(part.subgraph(component).edges)
         number = {v: i for i, v in enumerate(component)}
-        ends = np.array([(number[a], number[b]) for a, b in own.edges], np.int64)
-        placed.append(_turned(_component(own, component, ends.reshape(-1, 2)), ends))
+        ends = [(number[a], number[b]) for a, b in part.subgraph(component).edges]
+        edges = tuple(sorted((min(e), max(e)) for e in ends))
+        placed.append(_connected_layout(len(component), edges))
     where = dict(zip(chain(*components), np.vstack(_packed(placed)), strict=True))
-    return np.array([where[v] for v in near]).reshape(-1, 2)
+    return np.array([where[v] for v in near])
 
 
-def _component(g: nx.Graph, component: list[int], ends: Ends) -> Places:
-    """Return places of a connected graph with few edges that cross.
+# One graph is drawn with many patterns, a shape with many labels.
+@lru_cache(maxsize=256)
+def _connected_layout(vertices: int, edges: tuple[tuple[int, int], ...]) -> Places:
+    """Return places of a connected graph, wider than high, edges of a length of 1."""
+    if vertices == 1:
+        return np.zeros((1, 2))
+    ends = np.array(edges)
+    places: Places = _least_crossed(vertices, ends)
+    places = places - places.mean(axis=0)
+    spread, axes = np.linalg.eigh(places.T @ places)
+    if spread[1] > 1.2 * spread[0]:  # else rounding would choose the axis
+        axes = axes[:, ::-1]
+        places = places @ (axes * np.where(axes[0] < 0, -1, 1))
+    length = np.linalg.norm(places[ends[:, 0]] - places[ends[:, 1]], axis=1).mean()
+    apart = np.linalg.norm(places[:, None] - places[None], axis=2)
+    closest = apart[np.triu_indices(vertices, 1)].min()
+    grown = max(1.0, min(2.5, 0.5 * length / max(closest, 1e-9)))
+    places *= grown / length
+    places.flags.writeable = False
+    return places
+
+
+def _least_crossed(vertices: int, ends: Ends) -> Places:
+    """Return a layout of a connected graph with few edges that cross.
 
     The layout goes to a minimum near its start, which may be a hexagon twisted
     into an eight.  So it starts from a circle in the order of a walk, and from a
@@ -216,13 +233,16 @@ def _component(g: nx.Graph, component: list[int], ends: Ends) -> Places:
     """
     import networkx as nx
 
-    starts = [nx.circular_layout(list(nx.dfs_preorder_nodes(g, component[0])))]
+    g = nx.Graph()
+    g.add_nodes_from(range(vertices))
+    g.add_edges_from(ends.tolist())
+    starts = [nx.circular_layout(list(nx.dfs_preorder_nodes(g, 0)))]
     if nx.is_planar(g):
         starts.append(nx.planar_layout(g))
     found = []
     for start in starts:
         at = nx.kamada_kawai_layout(g, pos=start)
-        found.append(np.array([at[v] for v in component]))
+        found.append(np.array([at[v] for v in range(vertices)]))
     return min(found, key=lambda places: _crossings(places, ends))
 
 
@@ -241,32 +261,15 @@ def _crossings(places: Places, ends: Ends) -> int:
     return int((apart & apart.T).sum()) // 2
 
 
-def _turned(places: Places, ends: Ends) -> Places:
-    """Return the places of a component, wider than high, scaled."""
-    if len(places) == 1:
-        return np.zeros((1, 2))
-    places = places - places.mean(axis=0)
-    spread, axes = np.linalg.eigh(places.T @ places)
-    if spread[1] > 1.2 * spread[0]:  # else rounding would choose the axis
-        axes = axes[:, ::-1]
-        places = places @ (axes * np.where(axes[0] < 0, -1, 1))
-    lengths = np.linalg.norm(places[ends[:, 0]] - places[ends[:, 1]], axis=1)
-    apart = np.linalg.norm(places[:, None] - places[None], axis=2)
-    closest = apart[np.triu_indices(len(places), 1)].min()
-    grown = max(1.0, min(2.5, 0.5 * lengths.mean() / max(closest, 1e-9)))
-    scaled: Places = places * (grown / lengths.mean())
-    return scaled
-
-
 def _packed(placed: list[Places]) -> list[Places]:
     """Return the components beside each other, in rows."""
     sizes = [np.ptp(p, axis=0) + 1 for p in placed]
     across = max(
-        max((s[0] for s in sizes), default=1.0),
+        *(float(s[0]) for s in sizes),
         1.4 * float(np.sqrt(sum(s[0] * s[1] for s in sizes))),
     )
     x = y = row = 0.0
-    moved = [np.zeros((0, 2))]
+    moved = []
     for p, s in zip(placed, sizes, strict=True):
         if x and x + s[0] > across:
             x, y, row = 0.0, y + row, 0.0

@@ -20,7 +20,9 @@ from kestro._picture import Picture, Size
 
 # Light enough for the letters on it, dark enough to be seen in grey.
 _HIGHLIGHT = (1.0, 0.8, 0.4)
-_LARGEST = 26.0  # pixels per angstrom, so that small patterns are not drawn huge
+# Of the picture's width or height, what an angstrom may have: a pattern of two atoms
+# is not drawn larger than its neighbours.
+_LARGEST = 0.17
 _FRAME = re.compile(r"\A.*?<!-- END OF HEADER -->\n|</svg>\s*\Z", re.DOTALL)
 
 
@@ -77,7 +79,7 @@ def drawing(
     options: Any = drawer.drawOptions()  # whose stubs have one type for all
     options.prepareMolsBeforeDrawing = False
     options.includeRadicals = False
-    options.fixedBondLength = _LARGEST
+    options.fixedBondLength = _LARGEST * min(size)
     options.setHighlightColour(_HIGHLIGHT)
     options.highlightBondWidthMultiplier = 14
     atoms: list[int] = []
