@@ -17,6 +17,7 @@ from kestro._mine import mine
 from kestro._molecules import from_rdkit, from_smiles
 from kestro._networkx import from_networkx
 from kestro._pattern import Pattern
+from kestro._picture import Picture
 from kestro._progress import Progress
 from kestro._read_result import read_result
 from kestro._result import Result
@@ -40,6 +41,7 @@ __all__ = [
     "GraphDatabase",
     "KestroError",
     "Pattern",
+    "Picture",
     "Progress",
     "Result",
     "Skipped",

@@ -8,7 +8,7 @@ from typing import TYPE_CHECKING, Any
 from kestro._database import AtomLabels, Graph, GraphDatabase
 
 if TYPE_CHECKING:
-    from collections.abc import Iterator
+    from collections.abc import Iterable, Iterator
 
 # By atomic number; 0 is an atom that may be any.
 ELEMENTS = (
@@ -138,9 +138,14 @@ def to_rdkit(db: GraphDatabase) -> list[Any]:
     labels = db.atom_labels
     if labels is None:
         raise ValueError("the labels of this database are not those of atoms")
+    return molecules_of(db, labels)
+
+
+def molecules_of(graphs: Iterable[Graph], labels: AtomLabels) -> list[Any]:
+    """Return the molecules of graphs, made from labels alone, not sanitized."""
     Chem = import_rdkit()
     bonds = {text: Chem.BondType.names[name] for name, text in BONDS.items()}
-    return [_molecule(Chem, g, bonds, labels) for g in db]
+    return [_molecule(Chem, g, bonds, labels) for g in graphs]
 
 
 def _molecule(Chem: Any, g: Graph, bonds: dict[str, Any], labels: AtomLabels) -> Any:

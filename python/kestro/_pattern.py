@@ -2,12 +2,19 @@
 
 from __future__ import annotations
 
+from typing import TYPE_CHECKING, Any
+
 import numpy as np
 from numpy.typing import NDArray
 
+from kestro._arguments import Index
 from kestro._atoms import graph_smarts
-from kestro._database import Graph
+from kestro._database import Graph, GraphDatabase
 from kestro._patterns import UNKNOWN, YES, Patterns
+from kestro._picture import Picture, Size
+
+if TYPE_CHECKING:
+    import networkx as nx
 
 
 def _truth(answer: int) -> bool | None:
@@ -20,11 +27,14 @@ class Pattern:
     Patterns of one run are equal when they are the same one.
     """
 
-    __slots__ = ("_all", "_i")
+    __slots__ = ("_all", "_db", "_i")
 
-    def __init__(self, patterns: Patterns, i: int) -> None:
+    def __init__(
+        self, patterns: Patterns, i: int, db: GraphDatabase | None = None
+    ) -> None:
         self._all = patterns
         self._i = i
+        self._db = db
 
     @property
     def size(self) -> int:
@@ -116,6 +126,92 @@ class Pattern:
                 "they are, give the database of molecules to read_result"
             )
         return graph_smarts(self.graph, labels)
+
+    def draw(self, size: Size | None = None) -> Picture:
+        """Return a picture of it.
+
+        Patterns of molecules are drawn by RDKit, without the hydrogens and
+        charges that labels do not tell.  An aromatic bond is a line with a
+        dashed one beside it; where none of an aromatic atom's bonds is in the
+        pattern, its symbol stands in lower case.  Other patterns are drawn
+        with their labels in boxes and along the edges.
+
+        Parameters
+        ----------
+        size : tuple of int, optional
+            Width and height in pixels.  None is 250 x 200 for molecules, and for
+            others what they need.
+
+        Raises
+        ------
+        ImportError
+            Without RDKit, for patterns of molecules;
+            ``pip install kestro[pictures]`` brings it.
+        TypeError, ValueError
+            When size is no pair of int, or one is less than 20.
+
+        Examples
+        --------
+        >>> import kestro
+        >>> db = kestro.from_smiles(["CCO", "CO"])
+        >>> kestro.mine(db, min_support=2)[0].draw()
+        <Picture: Pattern 1-0, in 2 of 2 graphs: [#6&A]-[#8&A], 250 x 200>
+        """
+        from kestro import _drawing
+
+        return _drawing.draw(self, size)
+
+    def highlight(
+        self,
+        graph: Graph | nx.Graph | Index | str | Any,
+        *,
+        embedding: Index = 0,
+        size: Size | None = None,
+    ) -> Picture:
+        """Return a picture of a graph with an embedding of the pattern in it.
+
+        Parameters
+        ----------
+        graph : Mol, str, Graph, networkx.Graph or int
+            For patterns of molecules one of RDKit's, or a SMILES, drawn with all
+            that it tells; where hydrogens are vertices, with those that
+            ``Chem.AddHs`` adds.  For any pattern a `Graph`, or a position in the
+            database that was mined, drawn with what its labels tell; for other
+            patterns one of NetworkX's, its labels in the attributes ``label``.
+        embedding : int
+            Which one, in the order of `Result.embeddings`.
+        size : tuple of int, optional
+            Width and height in pixels.  None is 350 x 260 for molecules, and for
+            others what they need.
+
+        Returns
+        -------
+        Picture
+            Of other graphs than molecules no more than 60 vertices are drawn,
+            those nearest to the embedding; the title tells.
+
+        Raises
+        ------
+        ImportError
+            As `draw` does.
+        IndexError
+            When there is no graph at that position, or no such embedding.
+        KestroError
+            When the graph does not contain the pattern, or is none.
+        TypeError, ValueError
+            For another type of graph, and for a position where the result was
+            read without its database; as `draw` does for the size.
+
+        Examples
+        --------
+        >>> import kestro
+        >>> result = kestro.mine(kestro.from_smiles(["CCO", "CO"]), min_support=2)
+        >>> result[0].highlight("OCCCN")
+        <Picture: Pattern 1-0 in OCCCN, 350 x 260>
+        """
+        from kestro import _drawing
+
+        return _drawing.highlight(self, graph, self._db, embedding, size)
 
     @property
     def parents(self) -> tuple[str, ...]:

@@ -133,7 +133,7 @@ class PatternSequence:
 
     def __iter__(self) -> Iterator[Pattern]:
         """Return the patterns one by one."""
-        return (Pattern(self._patterns, int(i)) for i in self.positions)
+        return (Pattern(self._patterns, int(i), self._db) for i in self.positions)
 
     @overload
     def __getitem__(self, key: Index | str) -> Pattern: ...
@@ -142,9 +142,9 @@ class PatternSequence:
     def __getitem__(self, key: Index | str | slice | Selection | Ids) -> Pattern | Self:
         """Return a pattern, or a result with those selected."""
         if isinstance(key, str):
-            return Pattern(self._patterns, int(self._named([key])[0]))
+            return Pattern(self._patterns, int(self._named([key])[0]), self._db)
         if isinstance(key, (int, np.integer, np.bool_)):
-            return Pattern(self._patterns, self._at(key))
+            return Pattern(self._patterns, self._at(key), self._db)
         names = ids_in(key)
         if names is not None:
             return self._of(self._named(names))

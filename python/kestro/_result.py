@@ -19,13 +19,14 @@ from kestro import (
     _program_files,
     _scoring,
 )
-from kestro._arguments import Index
+from kestro._arguments import Ids, Index, Selection, whole_number
 from kestro._aside import write_aside
 from kestro._database import Graph, GraphDatabase
 from kestro._errors import KestroError
 from kestro._pattern import Pattern
 from kestro._pattern_sequence import PatternSequence
 from kestro._patterns import Patterns
+from kestro._picture import Picture, Size
 from kestro._ragged import places, small
 from kestro._summary import Filter, RunSummary, describe
 
@@ -33,6 +34,7 @@ if TYPE_CHECKING:
     import pandas as pd
     import pyarrow as pa
     import scipy.sparse
+    from matplotlib.axes import Axes
 
 
 class Result(PatternSequence):
@@ -406,6 +408,117 @@ class Result(PatternSequence):
         chosen = _choices.covering(self._patterns, self.positions, k)
         return self._of(chosen, "closed")
 
+    def draw_grid(
+        self,
+        patterns: int | slice | Selection | Ids = 12,
+        *,
+        columns: int = 4,
+        size: Size | None = None,
+    ) -> Picture:
+        """Return a picture of several patterns, each with its id and support.
+
+        Parameters
+        ----------
+        patterns : int, slice, mask, or sequence of positions or ids
+            How many, from the first on, or which ones.
+        columns : int
+            Pictures in a row.
+        size : tuple of int, optional
+            Width and height of each in pixels; None is 200 x 150.
+
+        Raises
+        ------
+        ImportError, TypeError, ValueError
+            As `Pattern.draw` does, and when a number is none or is too small.
+        IndexError, KeyError
+            As for a selection of patterns.
+
+        Examples
+        --------
+        >>> import kestro
+        >>> result = kestro.mine(kestro.from_smiles(["CCO", "CCN"]), min_support=1)
+        >>> result.draw_grid(columns=2, size=(100, 80))
+        <Picture: 5 patterns, 224 x 326>
+        """
+        from kestro import _drawing
+
+        chosen: slice | Selection | Ids
+        if isinstance(patterns, (int, np.integer)):
+            chosen = slice(whole_number("patterns", patterns, 0))
+        else:
+            chosen = patterns
+        return _drawing.draw_grid(self[chosen], self.graphs, columns, size)
+
+    def plot_sizes(self, ax: Axes | None = None) -> Axes:
+        """Plot the number of patterns per size.
+
+        Candidates, which the run counts from size 3 on, and frequent patterns of
+        the whole run; where this result holds others, these too.  The axis has
+        powers of ten where counts differ by more than a hundredfold.
+
+        Parameters
+        ----------
+        ax : matplotlib.axes.Axes, optional
+            Where to; None makes a figure.
+
+        Returns
+        -------
+        matplotlib.axes.Axes
+
+        Raises
+        ------
+        ImportError
+            Without matplotlib, which ``pip install kestro[pictures]`` brings.
+        """
+        from kestro import _plots
+
+        return _plots.sizes(self, ax)
+
+    def plot_scores(
+        self,
+        y: ArrayLike,
+        ax: Axes | None = None,
+        *,
+        of: object = None,
+        correction: _scoring.Correction | None = "bh",
+        alpha: float = 0.05,
+        labels: int = 5,
+    ) -> Axes:
+        """Plot how well patterns tell classes apart: a volcano plot.
+
+        Across lies the logarithm to base 2 of the odds ratio, upwards -log10 of
+        p of Fisher's exact test.  Infinite ratios are marked by triangles at the
+        side; a ratio that is none, of a pattern in all graphs, lies at 0.
+
+        Parameters
+        ----------
+        y, correction, alpha
+            As for `score`; what is significant is filled.
+        ax : matplotlib.axes.Axes, optional
+            Where to; None makes a figure.
+        of : class, optional
+            Of more than two classes the one that is compared with the others.
+        labels : int
+            Beside how many marks, the highest, the id is written; of several
+            patterns in one place that of the first.
+
+        Returns
+        -------
+        matplotlib.axes.Axes
+
+        Raises
+        ------
+        ImportError
+            As `plot_sizes` does.
+        KestroError
+            As `score` does, and when ``of`` is no class that is compared.
+        TypeError, ValueError
+            As `score` does, and when labels is no int or less than 0.
+        """
+        from kestro import _plots
+
+        return _plots.scores(self, y, ax, of, correction, alpha, labels)
+
     def to_jsonl(
         self, path: str | os.PathLike[str] | IO[str] | None = None
     ) -> str | None:
@@ -488,6 +601,82 @@ class Result(PatternSequence):
             tids=tids,
             parents=parents,
         )
+
+    def report(
+        self,
+        path: str | os.PathLike[str] | IO[str],
+        *,
+        classes: ArrayLike | None = None,
+        title: str | None = None,
+        max_patterns: int = 5000,
+        stored_drawings: int = 500,
+        examples: int = 3,
+        with_structures: bool = True,
+    ) -> None:
+        """Write a page of HTML on the patterns, which needs nothing else.
+
+        It shows the run, a table that sorts and filters, drawings, where
+        patterns lie in graphs, their parents and children, and what tells
+        classes apart.  Browsers of 2023 and later show it, without a network.
+
+        Parameters
+        ----------
+        path : path or text file
+            Where to; a file appears when it is whole.  Text files take UTF-8.
+        classes : array-like, shape (graphs,), optional
+            The class of each graph, as for `score`; None is ``db.classes``.
+        title : str, optional
+            What stands on top.
+        max_patterns : int
+            The most patterns in the page: of more, those of the largest
+            scores by Fisher's exact test where there are classes, else of the
+            largest supports.
+        stored_drawings : int
+            How many of them, the best again, are drawn beforehand; the page
+            draws the others when they are looked at.
+        examples : int
+            In how many graphs, the smallest ones, a pattern is marked.
+        with_structures : bool
+            Of molecules, whether RDKit's build for browsers is part of the
+            page, 3.3 MB.  Without it there is no search by SMARTS, and
+            what is not stored is drawn as graphs are.
+
+        Raises
+        ------
+        ImportError
+            Without Jinja2, which ``pip install kestro[report]`` brings, and,
+            for molecules, without RDKit.
+        KestroError
+            As `score` does, for the classes.
+        OSError
+            When the file cannot be written.
+        TypeError, ValueError
+            When a number or the title is none, or too small.
+
+        Examples
+        --------
+        >>> import io, kestro
+        >>> db = kestro.from_edges([["C", "O"]] * 2, [[(0, 1, "=")]] * 2)
+        >>> page = io.StringIO()
+        >>> kestro.mine(db, min_support=2).report(page, title="Two graphs")
+        >>> "<title>Two graphs</title>" in page.getvalue()
+        True
+        """
+        from kestro.report import page
+
+        text = page(
+            self,
+            classes=classes,
+            title=title,
+            max_patterns=max_patterns,
+            stored_drawings=stored_drawings,
+            examples=examples,
+            with_structures=with_structures,
+        )
+        if isinstance(path, (str, os.PathLike)):
+            write_aside(Path(path), [text])
+        else:
+            path.write(text)
 
     def _what_is_written(self) -> tuple[NDArray[np.int64], RunSummary]:
         """Return the positions in the order of files, and what they are."""

@@ -81,7 +81,7 @@ def table(
             "rate_inside": inside / tables.members,
             "rate_outside": outside / (tables.graphs - tables.members),
         }
-        scores, p = _scores(tables, method)
+        scores, p = score_tables(tables, method)
         columns["score"] = scores[chosen]
         if p is not None:
             columns["p"] = p[chosen]
@@ -124,7 +124,7 @@ def _tables(patterns: Patterns, members: NDArray[np.bool_]) -> Tables:
     return Tables(inside, support, int(members.sum()), len(members))
 
 
-def _scores(
+def score_tables(
     tables: Tables, method: str
 ) -> tuple[NDArray[np.float64], NDArray[np.float64] | None]:
     """Return the scores, and p of a test."""

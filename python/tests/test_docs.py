@@ -9,6 +9,7 @@ import sys
 from pathlib import Path
 
 import kestro
+import kestro.sklearn
 import pytest
 
 ROOT = Path(__file__).parents[2]
@@ -21,7 +22,9 @@ def at_the_root(monkeypatch):
     monkeypatch.chdir(ROOT)
 
 
-@pytest.mark.parametrize("page", ["index", "molecules", "networkx", "classes", "traps"])
+@pytest.mark.parametrize(
+    "page", sorted(page.stem for page in DOCS.glob("*.rst") if page.stem != "api")
+)
 def test_code_of_a_page(page):
     done = doctest.testfile(str(DOCS / f"{page}.rst"), module_relative=False)
     assert done.attempted > 0
@@ -73,3 +76,5 @@ def test_pages_build_without_warnings(tmp_path):
     page = (tmp_path / "html" / "api.html").read_text()
     for name in kestro.__all__:
         assert f'id="kestro.{name}"' in page
+    for name in kestro.sklearn.__all__:
+        assert f'id="kestro.sklearn.{name}"' in page

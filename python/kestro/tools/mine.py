@@ -38,7 +38,7 @@ After a limit (--time-limit, --max-patterns) the sizes that are complete are
 written, and the exit code is 5.
 """
 _TO_STDOUT = ("csv", "jsonl")
-_FORMATS = ("files", "csv", "parquet", "jsonl")
+_FORMATS = ("files", "csv", "parquet", "jsonl", "html")
 _COUNT = re.compile(r"[0-9]+")
 _FRACTION = re.compile(r"[0-9]*\.[0-9]+|[0-9]+\.[0-9]*")
 
@@ -260,6 +260,8 @@ def _write(result: Result, form: str, folder: str | None, name: str) -> None:
         _writing.write_lines(target, (result.to_jsonl() or "").splitlines(True))
     elif form == "parquet":
         _writing.write_parquet(target, result.to_arrow())
+    elif form == "html":
+        _writing.write_page(result, target, title=name)
     else:
         assert folder is not None
         with _writing.output_errors():

@@ -6,7 +6,7 @@ import sys
 import pytest
 from kestro.tools.__main__ import main
 
-COMMANDS = "mine suggest check convert match diff completion".split()
+COMMANDS = "mine suggest check convert report match diff completion".split()
 
 # What bash does when Tab is pressed behind these words.
 PRESS = """

@@ -47,7 +47,7 @@ def shell(tmp_path):
 )
 def test_what_is_shown(page, folder, least, shell):
     text = (ROOT / page).read_text()
-    starts = r"^ {3,4}\$ (kestro-tools|printf|ls|cat) .*\n"
+    starts = r"^ {3,4}\$ (kestro-tools|printf|ls|cat|grep) .*\n"
     first = [m.start() for m in re.finditer(starts, text, re.MULTILINE)]
     assert len(first) >= least
     for start in first:

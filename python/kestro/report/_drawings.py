@@ -1,0 +1,152 @@
+"""Patterns drawn as SVG.
+
+Molecules are drawn by RDKit, all other graphs with the layout of Kamada and
+Kawai: An algorithm for drawing general undirected graphs, Inform. Process.
+Lett. 31, 1989.  Drawings show what the labels say, no more: no hydrogens but
+those that are vertices, and aromatic bonds as such.
+"""
+
+from __future__ import annotations
+
+import re
+from functools import lru_cache
+from html import escape
+from typing import Any
+
+from kestro._atoms import BONDS, atom_of, import_rdkit
+from kestro._database import Graph
+from kestro._pattern import Pattern
+
+WIDTH, HEIGHT = 150, 110  # pixels
+LONGEST = 14  # characters shown of a label
+_BOND_LENGTH = 26.0  # pixels
+# What no document may hold: control characters, halves of pairs.
+_UNPRINTABLE = re.compile("[\x00-\x1f\x7f-\x9f\ud800-\udfff\ufffe\uffff]")
+_NEEDLESS = re.compile(
+    r"<\?xml.*?\?>|<!--.*?-->| class='[^']*'|fill-rule:evenodd;|stroke-miterlimit:10;"
+    r"|stroke-linejoin:miter;|stroke-linecap:butt;|stroke-opacity:1;?",
+    re.DOTALL,
+)
+
+
+def pattern_svg(pattern: Pattern) -> str:
+    """Return the drawing of a pattern, an ``svg`` element.
+
+    Raises
+    ------
+    ImportError
+        For molecules, without RDKit.
+    """
+    if pattern._all.summary.atom_labels is not None:
+        return _molecule_svg(pattern.graph)
+    # A label that all edges have tells nothing.
+    return _graph_svg(pattern.graph, len(pattern._all.edge_table) > 1)
+
+
+def _molecule_svg(g: Graph) -> str:
+    from rdkit.Chem.Draw import rdMolDraw2D
+
+    drawer = rdMolDraw2D.MolDraw2DSVG(WIDTH, HEIGHT, -1, -1, True)
+    options: Any = drawer.drawOptions()
+    options.clearBackground = False
+    options.fixedBondLength = _BOND_LENGTH
+    options.padding = 0.06
+    options.prepareMolsBeforeDrawing = False
+    drawer.DrawMolecule(_molecule(g))
+    drawer.FinishDrawing()
+    text = _NEEDLESS.sub("", drawer.GetDrawingText())
+    return " ".join(text.split())
+
+
+def _molecule(g: Graph) -> Any:
+    """Return the molecule of a pattern, with coordinates, as labels tell it."""
+    Chem = import_rdkit()
+    from rdkit.Chem import rdDepictor
+
+    bonds = {text: Chem.BondType.names[name] for name, text in BONDS.items()}
+    molecule = Chem.RWMol()
+    for label in g.vertex_labels:
+        number, aromatic, charge = atom_of(label)
+        atom = Chem.Atom(number)
+        atom.SetIsAromatic(aromatic)
+        atom.SetFormalCharge(charge)
+        atom.SetNoImplicit(True)
+        molecule.AddAtom(atom)
+    for (a, b), label in zip(g.edges.tolist(), g.edge_labels, strict=True):
+        molecule.AddBond(a, b, bonds[label])
+        molecule.GetBondBetweenAtoms(a, b).SetIsAromatic(label == ":")
+    molecule.UpdatePropertyCache(strict=False)
+    Chem.FastFindRings(molecule)
+    rdDepictor.Compute2DCoords(molecule)
+    return molecule
+
+
+def _graph_svg(g: Graph, tells_edges: bool) -> str:
+    places = _places(g)
+    parts = []
+    for (a, b), label in zip(g.edges.tolist(), g.edge_labels, strict=True):
+        (x, y), (x2, y2) = places[a], places[b]
+        parts.append(
+            f"<line x1='{x:.0f}' y1='{y:.0f}' x2='{x2:.0f}' y2='{y2:.0f}' "
+            f"stroke='#333'/>"
+        )
+        if tells_edges:
+            middle = ((x + x2) / 2, (y + y2) / 2)
+            parts.append(_text(*middle, label, 7, "edge", "#555"))
+    for (x, y), label in zip(places, g.vertex_labels, strict=True):
+        width = max(16.0, 5.2 * len(shown(label)) + 8)
+        parts.append(
+            f"<rect x='{x - width / 2:.1f}' y='{y - 8:.1f}' width='{width:.1f}' "
+            f"height='16' rx='8' fill='#fff' stroke='#333'/>"
+            + _text(x, y, label, 9, "vertex", "#000")
+        )
+    return (
+        f"<svg xmlns='http://www.w3.org/2000/svg' "
+        f"viewBox='0 0 {WIDTH} {HEIGHT}'>{''.join(parts)}</svg>"
+    )
+
+
+def _places(g: Graph) -> list[tuple[float, float]]:
+    """Return where the vertices lie, in pixels."""
+    points = _layout(len(g.vertex_labels), tuple(map(tuple, g.edges.tolist())))
+    low = [min(p[k] for p in points) for k in (0, 1)]
+    wide = [max(p[k] for p in points) - low[k] for k in (0, 1)]
+    room = (WIDTH - 60, HEIGHT - 24)
+    # Stretched to fill the room, twice at most.
+    scale = [room[k] / max(wide[k], 1e-3) for k in (0, 1)]
+    scale = [min(scale[k], 2 * scale[1 - k]) for k in (0, 1)]
+    middle = (WIDTH / 2, HEIGHT / 2)
+    x, y = (
+        [middle[k] + scale[k] * (p[k] - low[k] - wide[k] / 2) for p in points]
+        for k in (0, 1)
+    )
+    return list(zip(x, y, strict=True))
+
+
+@lru_cache(4096)
+def _layout(
+    vertices: int, edges: tuple[tuple[int, ...], ...]
+) -> list[tuple[float, float]]:
+    """Return the layout, which does not depend on labels: many patterns share it."""
+    import networkx as nx
+
+    g = nx.Graph()
+    g.add_nodes_from(range(vertices))
+    g.add_edges_from(edges)
+    layout = nx.kamada_kawai_layout(g)
+    return [(float(layout[i][0]), float(layout[i][1])) for i in range(vertices)]
+
+
+def _text(x: float, y: float, label: str, size: int, kind: str, colour: str) -> str:
+    return (
+        f"<text class='{kind}' x='{x:.1f}' y='{y:.1f}' dy='.35em' "
+        f"text-anchor='middle' font-size='{size}' font-family='sans-serif' "
+        f"fill='{colour}' stroke='#fff' stroke-width='{2 if size == 7 else 0}' "
+        f"paint-order='stroke'>{escape(shown(label))}</text>"
+    )
+
+
+def shown(label: str) -> str:
+    """Return of a label what a drawing has room for."""
+    text = _UNPRINTABLE.sub("\ufffd", label)
+    return text if len(text) <= LONGEST else text[: LONGEST - 1] + "…"

@@ -1,0 +1,420 @@
+"""The page of a report, as a browser shows it."""
+
+import csv
+import io
+import json
+import re
+import shutil
+from pathlib import Path
+
+import kestro
+import numpy as np
+import pytest
+from playwright.sync_api import sync_playwright
+from rdkit import Chem
+
+ASSETS = Path(__file__).parent / "assets"
+HOSTILE = "</script><img/src=x/onerror=document.body.innerHTML=1>"
+COMMENT = "<!--<script>"
+
+
+@pytest.fixture(scope="module")
+def browser():
+    chromium = shutil.which("chromium")
+    assert chromium, "Debian's package chromium is missing"
+    with sync_playwright() as playwright:
+        browser = playwright.chromium.launch(
+            executable_path=chromium, args=["--no-sandbox"]
+        )
+        yield browser
+        browser.close()
+
+
+@pytest.fixture(scope="module")
+def result(examples):
+    db = kestro.from_smiles(examples / "molecules.smi", on_error="skip")
+    db.classes = np.array(["acid"] * 20 + ["other"] * 40)
+    return kestro.mine(db, min_support="10%", max_size=6)
+
+
+@pytest.fixture(scope="module")
+def molecules_page(result, tmp_path_factory):
+    path = tmp_path_factory.mktemp("report") / "molecules.html"
+    result.report(path, title="Medicines & <b>more</b>", stored_drawings=60)
+    return path
+
+
+@pytest.fixture(scope="module")
+def graphs_page(tmp_path_factory):
+    edges = [(0, 1, COMMENT), (1, 2, "&amp;")]
+    db = kestro.from_edges([[HOSTILE, "a<b", '"']] * 3, [edges] * 3)
+    path = tmp_path_factory.mktemp("report") / "graphs.html"
+    kestro.mine(db, min_support=2).report(path, title=HOSTILE, stored_drawings=2)
+    return path
+
+
+@pytest.fixture
+def open_page(browser):
+    """Open pages; in the end, none has said or asked for anything."""
+    told, opened = [], []
+
+    def open_one(path, address="", **context):
+        opened.append(browser.new_context(**context))
+        page = opened[-1].new_page()
+        page.on("console", lambda message: told.append(message.text))
+        page.on("pageerror", lambda error: told.append(str(error)))
+        page.on("request", lambda request: told.append(request.url))
+        page.goto(f"{path.as_uri()}{address}")
+        page.wait_for_selector("html[data-ready]", state="attached")
+        assert told.pop(0) == f"{path.as_uri()}"
+        return page
+
+    yield open_one
+    for context in opened:
+        context.close()
+    assert told == []
+
+
+def data_of(path):
+    text = path.read_text("utf-8")
+    return json.loads(re.search(r'id="data">(.*?)</script>', text, re.DOTALL)[1])
+
+
+def column(page, number):
+    cells = page.locator(f"#patterns tbody td:nth-child({number})")
+    return cells.all_inner_texts()
+
+
+def counted(page, start):
+    """Wait until the count of the selection begins like this."""
+    page.wait_for_function(
+        "start => document.querySelector('#count').innerText.startsWith(start)",
+        arg=start,
+    )
+
+
+def looked_at(page, before):
+    """Wait until another pattern than the one before is shown; return its id."""
+    page.wait_for_function(
+        "before => !document.querySelector('#details-title').innerText.endsWith("
+        "' ' + before)",
+        arg=before,
+    )
+    return page.locator("#details-title").inner_text().removeprefix("Pattern ")
+
+
+def selected(page):
+    """Return the ids of the selection, of all pages of the table."""
+    ids = column(page, 2)
+    while page.locator("#next").is_enabled():
+        page.click("#next")
+        ids += column(page, 2)
+    return ids
+
+
+def test_sorting_and_the_whole_table(open_page, molecules_page, result):
+    page = open_page(molecules_page)
+    page.click("th button[data-key=id]")
+    assert page.locator("th[aria-sort=ascending]").inner_text().startswith("Id")
+    assert selected(page) == [p.id for p in result]
+    page.click("th button[data-key=support]")
+    supports = [int(text.split()[0]) for text in column(page, 4)]
+    assert supports == sorted(result.support.tolist(), reverse=True)[: len(supports)]
+    page.click("th button[data-key=support]")
+    assert page.locator("th[aria-sort=ascending]").inner_text().startswith("Support")
+    assert int(column(page, 4)[0].split()[0]) == result.support.min()
+
+
+def test_filters(open_page, molecules_page, result):
+    page = open_page(molecules_page)
+    page.click("th button[data-key=id]")
+    page.fill("#size-from", "2")
+    page.fill("#size-to", "3")
+    page.fill("#support-to", "20")
+    page.fill("#by-label", "N, =")
+    wanted = [
+        p.id
+        for p in result
+        if p.size in (2, 3)
+        and p.support <= 20
+        and "N" in p.graph.vertex_labels
+        and "=" in p.graph.edge_labels
+    ]
+    assert wanted
+    assert selected(page) == wanted
+    told = page.locator("#count").inner_text()
+    assert told == f"{len(wanted)} of {len(result)} patterns selected"
+    page.click("text=Show all")
+    counted(page, f"{len(result)} of")
+    page.fill("#by-id", "3-2")
+    assert selected(page) == ["3-2"]
+    page.fill("#by-id", "")
+    page.fill("#score-from", "3")
+    page.select_option("#direction", "less")
+    scores = result.score(result.db.classes, method="fisher")
+    keep = (scores.score >= 3) & (scores.rate_inside < scores.rate_outside)
+    assert keep.any()
+    assert selected(page) == scores.id[keep].tolist()
+
+
+def test_patterns_that_contain_a_smarts(open_page, molecules_page, result):
+    page = open_page(molecules_page)
+    page.click("th button[data-key=id]")
+    page.fill("#by-smarts", "[c]~[N,O]")
+    count = page.locator("#count")
+    page.wait_for_function(
+        "before => document.querySelector('#count').innerText !== before",
+        arg=count.inner_text(),
+    )
+    graphs = [p.graph for p in result]
+    wanted = [
+        p.id
+        for p, g in zip(result, graphs, strict=True)
+        if any(
+            {g.vertex_labels[a], g.vertex_labels[b]} in ({"c", "N"}, {"c", "O"})
+            for a, b in g.edges.tolist()
+        )
+    ]
+    assert wanted
+    assert selected(page) == wanted
+    page.fill("#by-smarts", "[c")
+    page.wait_for_selector("text=This is no SMARTS")
+    assert count.inner_text().startswith(f"{len(wanted)} of")
+    page.fill("#by-smarts", "")
+    counted(page, f"{len(result)} of")
+
+
+def test_every_example_is_an_embedding(molecules_page, result):
+    data = data_of(molecules_page)
+    columns = data["patterns"]
+    assert columns["id"] == [p.id for p in result]
+    checked = 0
+    for pattern, shown in zip(result, columns["examples"], strict=True):
+        assert len(shown) == min(3, pattern.support)
+        g = pattern.graph
+        for place, vertices in shown:
+            graph = data["examples"][place]
+            assert graph["tid"] in pattern.tids
+            whole = result.db[graph["tid"]]
+            own = [graph["order"][v] for v in vertices]  # vertices in the database
+            assert len(set(own)) == len(g.vertex_labels)
+            assert [whole.vertex_labels[v] for v in own] == list(g.vertex_labels)
+            edges = {
+                frozenset(ends): label
+                for ends, label in zip(
+                    whole.edges.tolist(), whole.edge_labels, strict=True
+                )
+            }
+            for (a, b), label in zip(g.edges.tolist(), g.edge_labels, strict=True):
+                assert edges[frozenset((own[a], own[b]))] == label
+            checked += 1
+    assert checked > 300
+
+
+def test_examples_are_numbered_as_rdkit_does(molecules_page, result):
+    data = data_of(molecules_page)
+    for graph in data["examples"]:
+        smiles = re.sub(r"\[[^]]*\]", lambda x: data["atoms"][x[0]], graph["smarts"])
+        molecule = Chem.MolFromSmiles(smiles, sanitize=False)
+        bonds = [
+            sorted((b.GetBeginAtomIdx(), b.GetEndAtomIdx()))
+            for b in molecule.GetBonds()
+        ]
+        ends = np.array(graph["edges"]).reshape(-1, 3)[:, :2].tolist()
+        assert ends == bonds
+        labels = [data["vertex_labels"][x] for x in graph["vertices"]]
+        atoms = [
+            a.GetSymbol().lower() if a.GetIsAromatic() else a.GetSymbol()
+            for a in molecule.GetAtoms()
+        ]
+        assert labels == atoms
+
+
+def test_marked_atoms_are_those_of_the_embedding(open_page, molecules_page, result):
+    pattern = result["4-1"]
+    page = open_page(molecules_page, "#4-1")
+    page.wait_for_selector("#examples svg ellipse, #examples svg path")
+    assert page.locator("#examples figure").count() == 3
+    for span in page.locator("#examples span[data-vertices]").all():
+        wanted = {f"atom-{v}" for v in span.get_attribute("data-vertices").split()}
+        marks = span.evaluate(
+            "e => [...e.querySelectorAll('ellipse')].map(x => x.getAttribute('class'))"
+        )
+        assert set(marks) == wanted
+        assert len(wanted) == len(pattern.graph.vertex_labels)
+
+
+def test_walk_along_the_lattice(open_page, molecules_page, result):
+    page = open_page(molecules_page, "#3-4")
+    pattern = result["3-4"]
+
+    def relatives(kind):
+        while page.locator(f"#lattice button:has-text('{kind}')").count():
+            page.click(f"#lattice button:has-text('{kind}')")
+        cards = page.locator(f"#lattice .{kind} a")
+        return {card.get_attribute("data-id") for card in cards.all()}
+
+    assert relatives("parents") == set(pattern.parents)
+    assert relatives("children") == set(pattern.children) != set()
+    page.locator("#lattice .children a").first.click()
+    child = looked_at(page, "3-4")
+    assert child in pattern.children
+    page.focus("#details")
+    page.keyboard.press("ArrowUp")
+    page.keyboard.press("Enter")
+    parent = looked_at(page, child)
+    assert parent in result[child].parents
+    page.go_back()
+    assert looked_at(page, parent) == child
+
+
+def test_the_selection_as_files(open_page, molecules_page, result):
+    page = open_page(molecules_page)
+    page.click("th button[data-key=id]")
+    page.fill("#size-from", "5")
+    wanted = [p for p in result if p.size >= 5]
+    with page.expect_download() as download:
+        page.click("#export-csv")
+    with open(download.value.path(), newline="") as file:
+        rows = list(csv.DictReader(file))
+    assert [row["id"] for row in rows] == [p.id for p in wanted]
+    assert [int(row["support"]) for row in rows] == [p.support for p in wanted]
+    odds = result.score(result.db.classes, method="odds_ratio").set_index("id")
+    for row in rows:
+        value = row["odds_ratio other"].replace("Infinity", "inf")
+        assert np.isclose(float(value), odds.score[row["id"]])
+        assert int(row["inside other"]) == odds.inside[row["id"]]
+    with page.expect_download() as download:
+        page.click("#export-smarts")
+    lines = Path(download.value.path()).read_text().splitlines()
+    assert lines == [f"{p.to_smarts()}\t{p.id}" for p in wanted]
+
+
+def test_with_the_keyboard_alone(open_page, molecules_page):
+    page = open_page(molecules_page)
+    seen = []
+    for _ in range(70):
+        page.keyboard.press("Tab")
+        seen.append(
+            page.evaluate(
+                "(e => e.id || e.dataset.key || e.dataset.id || e.innerText)"
+                "(document.activeElement)"
+            )
+        )
+        if seen[-1] == "next":
+            break
+    assert seen[-1] == "next"
+    fields = ["by-id", "size-from", "by-label", "by-smarts", "export-csv"]
+    assert [x for x in seen if x in fields] == fields
+    assert {"id", "size", "support", "score"} <= set(seen)
+    point = page.locator("#volcano [tabindex='0']")
+    first = point.get_attribute("data-id")
+    assert first in seen
+    point.focus()
+    page.keyboard.press("ArrowDown")
+    second = page.evaluate("document.activeElement.dataset.id")
+    assert second != first
+    page.keyboard.press("Enter")
+    page.wait_for_selector(f"#details-title:has-text('Pattern {second}')")
+    assert page.evaluate("document.activeElement.id") == "details"
+    page.focus("th button[data-key=size]")
+    page.keyboard.press("Space")
+    assert page.evaluate("document.activeElement.dataset.key") == "size"
+    assert page.locator("th[aria-sort]").inner_text().startswith("Edges")
+
+
+def test_points_lie_where_their_scores_are(open_page, molecules_page, result):
+    page = open_page(molecules_page)
+    points = page.locator("#volcano [data-id]")
+    assert points.count() == len(result)
+    told = dict(
+        points.evaluate_all(
+            "all => all.map(e => [e.dataset.id, e.getAttribute('aria-label')])"
+        )
+    )
+    scores = result.score(result.db.classes, method="fisher")
+    for row in scores.itertuples():
+        assert f"\u2212log10 p {row.score:.2f}," in told[row.id]
+        assert f"in {row.inside} graphs of the class, {row.outside}" in told[row.id]
+
+
+def test_labels_that_are_html_stay_text(open_page, graphs_page):
+    page = open_page(graphs_page, "#2-0")
+    assert page.title() == HOSTILE
+    assert page.locator("h1").inner_text() == HOSTILE
+    assert page.locator("img").count() == 0
+    assert HOSTILE in page.locator("#details-told code").inner_text()
+    assert COMMENT in page.locator("#details-told code").inner_text()
+    drawn = page.locator("#details text").all_text_contents()
+    assert HOSTILE[:13] + "…" in drawn
+    assert "&amp;" in drawn
+    page.fill("#by-label", COMMENT)
+    assert page.locator("#patterns tbody tr").count() == 2
+    assert page.locator("#examples rect.marked").count() == 9
+
+
+@pytest.mark.parametrize("width", [1400, 390])
+def test_axe_finds_nothing_serious(open_page, molecules_page, width):
+    page = open_page(molecules_page, "#3-4", viewport={"width": width, "height": 900})
+    page.wait_for_selector("#examples ellipse")
+    page.click("summary >> nth=0")
+    page.evaluate((ASSETS / "axe.min.js").read_text("utf-8"))
+    found = page.evaluate("axe.run()")
+    assert len(found["passes"]) > 20
+    assert [
+        (rule["id"], [node["html"][:200] for node in rule["nodes"]])
+        for rule in found["violations"]
+        if rule["impact"] in ("serious", "critical")
+    ] == []
+    wide = page.evaluate("document.documentElement.scrollWidth")
+    assert wide <= width
+
+
+def test_paper(open_page, molecules_page):
+    page = open_page(molecules_page, "#3-4")
+    page.emulate_media(media="print")
+    assert not page.locator("#filters").is_visible()
+    assert not page.locator("#export-csv").is_visible()
+    assert page.locator("#lattice .centre").is_visible()
+    printed = page.pdf(format="A4")
+    assert printed.startswith(b"%PDF")
+    assert len(re.findall(rb"/Type\s*/Page\b", printed)) > 1
+
+
+def test_without_structures(open_page, result, tmp_path):
+    path = tmp_path / "small.html"
+    result.report(path, with_structures=False, max_patterns=50, stored_drawings=5)
+    assert path.stat().st_size < 1_000_000
+    page = open_page(path)
+    assert page.locator("#by-smarts").count() == 0
+    assert "50 of" in page.locator(".note").inner_text()
+    best = result.top(50, by="fisher", y=result.db.classes)
+    assert set(selected(page)) == {p.id for p in best}
+    drawn = page.locator("#patterns .picture svg").count()
+    assert drawn == page.locator("#patterns tbody tr").count()
+
+
+def test_results_of_which_less_is_known(three, tmp_path):
+    run = kestro.mine(three, min_support=1)
+    run.write(tmp_path, tids=False, parents=False)
+    read = kestro.read_result(tmp_path / "patterns.fp")
+    text = io.StringIO()
+    read.report(text)
+    assert '"has_parents":false' in text.getvalue()
+    empty = io.StringIO()
+    run[:0].report(empty, title="Nothing")
+    assert "<title>Nothing</title>" in empty.getvalue()
+
+
+def test_wrong_arguments(three, tmp_path):
+    result = kestro.mine(three, min_support=1)
+    path = tmp_path / "page.html"
+    with pytest.raises(TypeError, match="title must be a str"):
+        result.report(path, title=3)
+    with pytest.raises(ValueError, match="max_patterns"):
+        result.report(path, max_patterns=0)
+    with pytest.raises(ValueError, match="examples"):
+        result.report(path, examples=-1)
+    with pytest.raises(kestro.KestroError, match="y has 2 entries for 3 graphs"):
+        result.report(path, classes=[0, 1])
+    assert not path.exists()
