@@ -5,9 +5,8 @@ from __future__ import annotations
 import argparse
 
 import kestro
-from kestro._errors import KestroError
 from kestro.tools import _reading, _writing
-from kestro.tools._status import Status
+from kestro.tools._status import Status, UsageError
 from kestro.tools._terminal import Terminal
 from kestro.tools.mine import jobs
 
@@ -55,6 +54,8 @@ def add_arguments(parser: argparse.ArgumentParser) -> None:
 
 def run(args: argparse.Namespace, terminal: Terminal) -> Status:
     """Write the page."""
+    if args.max_patterns < 1:
+        raise UsageError("--max-patterns is 1 or more")
     told = kestro.read_result(args.result)._patterns.summary.atom_labels
     form = _reading.format_of(args.input, args.form)
     if told is not None and form in _reading.MOLECULES:
@@ -70,10 +71,6 @@ def run(args: argparse.Namespace, terminal: Terminal) -> Status:
             max_patterns=args.max_patterns,
             with_structures=not args.without_structures,
         )
-    except KestroError:
-        raise
-    except ValueError as e:
-        raise KestroError(str(e)) from e
     finally:
         terminal.clear()
     terminal.say(f"{args.output}: a page of {min(len(result), args.max_patterns)}")

@@ -148,7 +148,7 @@ def test_a_report(found, examples, tmp_path, capsys):
     read.report(expected, title="Sixty", max_patterns=7, with_structures=False)
     assert page.read_text() == expected.getvalue()
     assert main([*argv, "-o", str(tmp_path / "no" / "page.html")]) == 4
-    assert main([*argv, "--max-patterns", "-1", "-o", str(page)]) == 3
+    assert main([*argv, "--max-patterns", "0", "-o", str(page)]) == 2
     # Graphs that were not mined.
     argv[2] = str(examples / "molecules.txt")
     assert main([*argv, "-o", str(page)]) == 3
