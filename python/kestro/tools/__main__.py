@@ -9,7 +9,7 @@ from collections.abc import Sequence
 
 import kestro
 from kestro._errors import KestroError
-from kestro.tools import check, convert, diff, match, mine, suggest
+from kestro.tools import check, completion, convert, diff, match, mine, report, suggest
 from kestro.tools._status import OutputError, Status, UsageError
 from kestro.tools._terminal import Terminal
 
@@ -26,7 +26,7 @@ exit codes:
   0 found   1 nothing found   2 wrong usage   3 bad input   4 output failed
   5 a limit was reached   130 interrupted
 """
-_COMMANDS = (mine, suggest, check, convert, match, diff)
+_COMMANDS = (mine, suggest, check, convert, report, match, diff, completion)
 
 
 def parser() -> argparse.ArgumentParser:

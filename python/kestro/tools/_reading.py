@@ -256,10 +256,10 @@ def tell_skipped(db: GraphDatabase, name: str, terminal: Terminal) -> None:
         own = [s for s in db.skipped if _kind(s.reason) == kind]
         numbers = ", ".join(str(s.record) for s in own[:_RECORDS])
         more = ", …" if count > _RECORDS else ""
-        terminal.list([f"{count} of: {own[0].reason} (record {numbers}{more})"])
+        terminal.list([f"{count}x {own[0].reason} (record {numbers}{more})"])
     if len(kinds) > _REASONS:
         rest = sum(count for _, count in kinds.most_common()[_REASONS:])
-        terminal.list([f"{rest} for other reasons"])
+        terminal.list([f"{rest}x for other reasons"])
 
 
 def _kind(reason: str) -> str:

@@ -82,7 +82,7 @@ def problems(data: bytes) -> list[Problem]:
             found += _repeated(lines, first, record, heads, graphs)
         first += len(lines)
     if has_end_mark:
-        number = len(text.splitlines()) + 1
+        number = text.count(b"\n") + 1
         found.append(
             Problem(
                 number,

@@ -13,6 +13,7 @@ from pathlib import Path
 from typing import Any
 
 from kestro._aside import write_aside
+from kestro._result import Result
 from kestro.tools._status import OutputError
 
 STDOUT = "-"
@@ -72,3 +73,15 @@ def write_parquet(target: str, table: Any) -> None:
             aside.replace(path)
         finally:
             aside.unlink(missing_ok=True)
+
+
+def write_page(result: Result, target: str, **settings: Any) -> None:
+    """Write the page on a result; standard output for "-"."""
+    path = Path(target)
+    if target == STDOUT or (path.exists() and not path.is_file()):
+        page = io.StringIO()
+        result.report(page, **settings)
+        write_lines(target, [page.getvalue()])
+        return
+    with output_errors():
+        result.report(target, **settings)

@@ -38,7 +38,9 @@ After a limit (--time-limit, --max-patterns) the sizes that are complete are
 written, and the exit code is 5.
 """
 _TO_STDOUT = ("csv", "jsonl")
-_FORMATS = ("files", "csv", "parquet", "jsonl")
+_FORMATS = ("files", "csv", "parquet", "jsonl", "html")
+# Seconds from which on a rate is told: ends of sizes come some 20 times a second.
+_MEASURED = 0.5
 _COUNT = re.compile(r"[0-9]+")
 _FRACTION = re.compile(r"[0-9]*\.[0-9]+|[0-9]+\.[0-9]*")
 
@@ -242,7 +244,7 @@ class Levels:
         # Sizes 1 and 2 are counted without candidates.
         tried = now.candidates or now.done
         candidates = f"{now.candidates} candidates, " if now.candidates else ""
-        rate = f", {tried / took:.0f}/s" if took > 0 else ""
+        rate = f", {tried / took:.0f}/s" if took >= _MEASURED else ""
         self._terminal.say(
             f"size {now.size}: {candidates}{number_of(now.done, 'pattern')}, "
             f"{elapsed:.1f} s{rate}"
@@ -260,6 +262,8 @@ def _write(result: Result, form: str, folder: str | None, name: str) -> None:
         _writing.write_lines(target, (result.to_jsonl() or "").splitlines(True))
     elif form == "parquet":
         _writing.write_parquet(target, result.to_arrow())
+    elif form == "html":
+        _writing.write_page(result, target, title=name)
     else:
         assert folder is not None
         with _writing.output_errors():

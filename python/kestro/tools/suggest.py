@@ -109,6 +109,7 @@ def answer(
     if whole.lowest is None:
         reasons = ", ".join(sorted({str(run.stopped_by) for run in ended})) or "time"
         lines.append(f"no run on all graphs came to its end (limit: {reasons})")
+        lines.append("a bound such as --max-size 5 makes runs shorter")
         return Status.LIMIT, lines
     lowest = whole.lowest
     if not ended and lowest.support == 1:

@@ -59,7 +59,7 @@ def test_what_is_skipped_is_told(smi, capsys):
     assert main(["convert", str(smi)]) == 0
     out, err = capsys.readouterr()
     assert "3 molecules read, 1 record skipped" in err
-    assert "1 of: no SMILES that can be parsed: 'C1CC' (record 1)" in err
+    assert "1x no SMILES that can be parsed: 'C1CC' (record 1)" in err
     assert "\x1b" not in err
     assert len(kestro.read_transactions(io.StringIO(out))) == 3
 

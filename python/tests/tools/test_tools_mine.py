@@ -103,13 +103,15 @@ def test_the_rate_of_a_size(monkeypatch):
     monkeypatch.setenv("TERM", "xterm")
     screen = Screen()
     monkeypatch.setattr(sys, "stderr", screen)
-    times = iter([0.0, 2.0, 2.0, 4.0, 4.0])
+    times = iter([0.0, 2.0, 2.0, 4.0, 4.0, 4.1, 4.1])
     show = mine.Levels(Terminal(), lambda: next(times))
     show(kestro.Progress(1, "complete", 8, 8, 0))
     show(kestro.Progress(3, "complete", 1, 1, 50))
+    show(kestro.Progress(4, "complete", 1, 1, 50))
     assert screen.getvalue().splitlines() == [
         "size 1: 8 patterns, 2.0 s, 4/s",
         "size 3: 50 candidates, 1 pattern, 4.0 s, 25/s",
+        "size 4: 50 candidates, 1 pattern, 4.1 s",
     ]
 
 

@@ -136,3 +136,32 @@ def test_classes_tell_apart_what_refinement_does_not():
         results.append(whole)
     assert len(classes(*results)) == 2
     assert len(classes(results[0], results[0], results[1])) == 2
+
+
+def test_a_report(found, examples, tmp_path, capsys):
+    page = tmp_path / "page.html"
+    argv = ["report", str(tmp_path / "m.jsonl"), str(examples / "molecules.smi")]
+    argv += ["--title", "Sixty", "--max-patterns", "7", "--without-structures"]
+    assert main([*argv, "-o", str(page)]) == 0
+    expected = io.StringIO()
+    read = kestro.read_result(tmp_path / "m.jsonl", found.db)
+    read.report(expected, title="Sixty", max_patterns=7, with_structures=False)
+    assert page.read_text() == expected.getvalue()
+    assert main([*argv, "-o", str(tmp_path / "no" / "page.html")]) == 4
+    assert main([*argv, "--max-patterns", "0", "-o", str(page)]) == 2
+    # Graphs that were not mined.
+    argv[2] = str(examples / "molecules.txt")
+    assert main([*argv, "-o", str(page)]) == 3
+    assert main(["report", argv[1], argv[2]]) == 2
+
+
+def test_a_report_with_classes(tmp_path, capsys):
+    file = tmp_path / "a.csv"
+    file.write_text("smiles,y\nCCO,1\nCCN,0\nCO,1\nCN,0\n")
+    argv = ["mine", str(file), "-s", "2", "--class-column", "y", "-f", "html"]
+    assert main([*argv, "-o", str(tmp_path)]) == 0
+    db = kestro.from_csv(file)
+    db.classes = db.table["y"]
+    expected = io.StringIO()
+    kestro.mine(db, min_support=2).report(expected, title="a")
+    assert (tmp_path / "a.html").read_text() == expected.getvalue()

@@ -1,0 +1,77 @@
+"""Sub-command ``report``: a result as a page to look at."""
+
+from __future__ import annotations
+
+import argparse
+
+import kestro
+from kestro.tools import _reading, _writing
+from kestro.tools._status import Status, UsageError
+from kestro.tools._terminal import Terminal
+from kestro.tools.mine import jobs
+
+HELP = "turn a result into a page of HTML"
+DESCRIPTION = """\
+Turn a result into a page of HTML that needs no network: a table that sorts and
+filters, drawings, the way from pattern to pattern, and, where the graphs have
+classes, what tells these apart.
+"""
+EPILOG = """\
+examples:
+  kestro-tools report found/molecules.fp molecules.smi -o report.html
+  kestro-tools report found/table.jsonl table.csv --class-column active \\
+      --title "Active ones" -o report.html
+
+INPUT is what was mined, read in the same way.
+"""
+
+
+def add_arguments(parser: argparse.ArgumentParser) -> None:
+    """Add what this sub-command takes."""
+    parser.add_argument("result", metavar="RESULT", help="a .fp or .jsonl file")
+    parser.add_argument("input", metavar="INPUT", help="what was mined")
+    parser.add_argument(
+        "-o", "--output", required=True, metavar="FILE", help="the page"
+    )
+    parser.add_argument("--title", metavar="TEXT", help="what stands on top")
+    parser.add_argument(
+        "--max-patterns",
+        type=int,
+        default=5000,
+        metavar="N",
+        help="patterns in the page at most, the best (5000)",
+    )
+    parser.add_argument(
+        "--without-structures",
+        action="store_true",
+        help="a smaller page, without the search by SMARTS",
+    )
+    parser.add_argument(
+        "-j", "--jobs", type=jobs, default=1, metavar="N", help="threads; -1 is all"
+    )
+    _reading.add_arguments(parser)
+
+
+def run(args: argparse.Namespace, terminal: Terminal) -> Status:
+    """Write the page."""
+    if args.max_patterns < 1:
+        raise UsageError("--max-patterns is 1 or more")
+    told = kestro.read_result(args.result)._patterns.summary.atom_labels
+    form = _reading.format_of(args.input, args.form)
+    if told is not None and form in _reading.MOLECULES:
+        args.charge, args.hydrogens = told
+    db = _reading.read(args.input, args, terminal).db
+    terminal.passing("looking for the patterns in the graphs")
+    try:
+        result = kestro.read_result(args.result, db, n_jobs=args.jobs)
+        _writing.write_page(
+            result,
+            args.output,
+            title=args.title,
+            max_patterns=args.max_patterns,
+            with_structures=not args.without_structures,
+        )
+    finally:
+        terminal.clear()
+    terminal.say(f"{args.output}: a page of {min(len(result), args.max_patterns)}")
+    return Status.FOUND if len(result) else Status.NOTHING
