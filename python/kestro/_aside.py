@@ -9,8 +9,15 @@ from pathlib import Path
 
 
 def write_aside(path: Path, lines: Iterable[str]) -> None:
-    """Write a file that appears when it is whole."""
-    write_all_aside({path: lines})
+    """Write a file that appears when it is whole.
+
+    A device or a pipe is written to: a file in its place would take its name away.
+    """
+    if path.exists() and not path.is_file():
+        with open(path, "w", encoding="utf-8", errors="surrogateescape") as f:
+            f.writelines(lines)
+    else:
+        write_all_aside({path: lines})
 
 
 def write_all_aside(

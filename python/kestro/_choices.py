@@ -33,6 +33,8 @@ def values(
     if y is None:
         raise ValueError(f"{by!r} needs y, the classes of the graphs")
     scores = _scoring.table(patterns, chosen, y, method=by, correction=None, alpha=0.5)
+    if not len(chosen):
+        return np.zeros(0)
     by_class = scores["score"].to_numpy(np.float64).reshape(-1, len(chosen))
     best: NDArray[np.float64] = np.fmax.reduce(by_class, axis=0)
     return best

@@ -197,14 +197,14 @@ def _layout(g: Graph, near: list[int]) -> Places:
         number = {v: i for i, v in enumerate(component)}
         ends = [(number[a], number[b]) for a, b in part.subgraph(component).edges]
         edges = tuple(sorted((min(e), max(e)) for e in ends))
-        placed.append(_connected_layout(len(component), edges))
+        placed.append(connected_layout(len(component), edges))
     where = dict(zip(chain(*components), np.vstack(_packed(placed)), strict=True))
     return np.array([where[v] for v in near])
 
 
 # One graph is drawn with many patterns, a shape with many labels.
-@lru_cache(maxsize=256)
-def _connected_layout(vertices: int, edges: tuple[tuple[int, int], ...]) -> Places:
+@lru_cache(maxsize=4096)
+def connected_layout(vertices: int, edges: tuple[tuple[int, int], ...]) -> Places:
     """Return places of a connected graph, wider than high, edges of a length of 1."""
     if vertices == 1:
         return np.zeros((1, 2))

@@ -383,6 +383,12 @@ def test_top(runs):
         )
 
 
+def test_top_of_nothing(runs):
+    result, _, y = runs[0]
+    for by in ("support", "chi2", []):
+        assert len(result[:0].top(3, by=by, y=y)) == 0
+
+
 def test_tops_that_make_no_sense(runs):
     result, _, _ = runs[0]
     for k in (-1, True, 1.5, None):

@@ -1,6 +1,7 @@
 """How files of results appear, and where."""
 
 import os
+import subprocess
 from concurrent.futures import ThreadPoolExecutor
 
 import kestro
@@ -76,3 +77,13 @@ def test_threads_write_one_file_at_once(result, tmp_path):
         for done in [pool.submit(result.to_jsonl, tmp_path / "p") for _ in range(64)]:
             done.result()
     assert contents(tmp_path) == {"p": result.to_jsonl().encode()}
+
+
+def test_a_pipe_is_written_to_and_stays(result, tmp_path):
+    pipe = tmp_path / "pipe"
+    os.mkfifo(pipe)
+    reader = subprocess.Popen(["cat", pipe], stdout=subprocess.PIPE)
+    result.to_jsonl(pipe)
+    if not pipe.is_fifo():
+        reader.kill()  # who waits for a writer that will not come
+    assert reader.communicate()[0].decode() == result.to_jsonl()

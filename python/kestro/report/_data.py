@@ -26,7 +26,7 @@ def page_data(
     examples: int,
 ) -> dict[str, Any]:
     """Return what the page's script reads, ready for JSON; see `Result.report`."""
-    by = "support" if classes is None or not len(result) else "fisher"
+    by = "support" if classes is None else "fisher"
     best = result.top(max_patterns, by=by, y=classes)
     shown = result[np.flatnonzero(np.isin(result.positions, best.positions))]
     patterns = shown._patterns

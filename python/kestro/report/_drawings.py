@@ -1,20 +1,19 @@
 """Patterns drawn as SVG.
 
-Molecules are drawn by RDKit, all other graphs with the layout of Kamada and
-Kawai: An algorithm for drawing general undirected graphs, Inform. Process.
-Lett. 31, 1989.  Drawings show what the labels say, no more: no hydrogens but
-those that are vertices, and aromatic bonds as such.
+Molecules are drawn by RDKit, all other graphs with the layout of pictures, but in
+small, as a page has hundreds.  Drawings show what the labels say, no more: no
+hydrogens but those that are vertices, and aromatic bonds as such.
 """
 
 from __future__ import annotations
 
 import re
-from functools import lru_cache
 from html import escape
 from typing import Any
 
-from kestro._atoms import BONDS, atom_of, import_rdkit
-from kestro._database import Graph
+from kestro._database import AtomLabels, Graph
+from kestro._graph_drawing import connected_layout
+from kestro._molecule_drawing import molecule_of
 from kestro._pattern import Pattern
 
 WIDTH, HEIGHT = 150, 110  # pixels
@@ -37,48 +36,29 @@ def pattern_svg(pattern: Pattern) -> str:
     ImportError
         For molecules, without RDKit.
     """
-    if pattern._all.summary.atom_labels is not None:
-        return _molecule_svg(pattern.graph)
+    labels = pattern._all.summary.atom_labels
+    if labels is not None:
+        return _molecule_svg(pattern.graph, labels)
     # A label that all edges have tells nothing.
     return _graph_svg(pattern.graph, len(pattern._all.edge_table) > 1)
 
 
-def _molecule_svg(g: Graph) -> str:
+def _molecule_svg(g: Graph, labels: AtomLabels) -> str:
+    molecule = molecule_of(g, labels)
+    from rdkit.Chem import rdDepictor
     from rdkit.Chem.Draw import rdMolDraw2D
 
+    rdDepictor.Compute2DCoords(molecule)
     drawer = rdMolDraw2D.MolDraw2DSVG(WIDTH, HEIGHT, -1, -1, True)
     options: Any = drawer.drawOptions()
     options.clearBackground = False
     options.fixedBondLength = _BOND_LENGTH
     options.padding = 0.06
     options.prepareMolsBeforeDrawing = False
-    drawer.DrawMolecule(_molecule(g))
+    drawer.DrawMolecule(molecule)
     drawer.FinishDrawing()
     text = _NEEDLESS.sub("", drawer.GetDrawingText())
     return " ".join(text.split())
-
-
-def _molecule(g: Graph) -> Any:
-    """Return the molecule of a pattern, with coordinates, as labels tell it."""
-    Chem = import_rdkit()
-    from rdkit.Chem import rdDepictor
-
-    bonds = {text: Chem.BondType.names[name] for name, text in BONDS.items()}
-    molecule = Chem.RWMol()
-    for label in g.vertex_labels:
-        number, aromatic, charge = atom_of(label)
-        atom = Chem.Atom(number)
-        atom.SetIsAromatic(aromatic)
-        atom.SetFormalCharge(charge)
-        atom.SetNoImplicit(True)
-        molecule.AddAtom(atom)
-    for (a, b), label in zip(g.edges.tolist(), g.edge_labels, strict=True):
-        molecule.AddBond(a, b, bonds[label])
-        molecule.GetBondBetweenAtoms(a, b).SetIsAromatic(label == ":")
-    molecule.UpdatePropertyCache(strict=False)
-    Chem.FastFindRings(molecule)
-    rdDepictor.Compute2DCoords(molecule)
-    return molecule
 
 
 def _graph_svg(g: Graph, tells_edges: bool) -> str:
@@ -108,7 +88,8 @@ def _graph_svg(g: Graph, tells_edges: bool) -> str:
 
 def _places(g: Graph) -> list[tuple[float, float]]:
     """Return where the vertices lie, in pixels."""
-    points = _layout(len(g.vertex_labels), tuple(map(tuple, g.edges.tolist())))
+    edges = tuple(sorted((min(e), max(e)) for e in g.edges.tolist()))
+    points = connected_layout(len(g.vertex_labels), edges).tolist()
     low = [min(p[k] for p in points) for k in (0, 1)]
     wide = [max(p[k] for p in points) - low[k] for k in (0, 1)]
     room = (WIDTH - 60, HEIGHT - 24)
@@ -121,20 +102,6 @@ def _places(g: Graph) -> list[tuple[float, float]]:
         for k in (0, 1)
     )
     return list(zip(x, y, strict=True))
-
-
-@lru_cache(4096)
-def _layout(
-    vertices: int, edges: tuple[tuple[int, ...], ...]
-) -> list[tuple[float, float]]:
-    """Return the layout, which does not depend on labels: many patterns share it."""
-    import networkx as nx
-
-    g = nx.Graph()
-    g.add_nodes_from(range(vertices))
-    g.add_edges_from(edges)
-    layout = nx.kamada_kawai_layout(g)
-    return [(float(layout[i][0]), float(layout[i][1])) for i in range(vertices)]
 
 
 def _text(x: float, y: float, label: str, size: int, kind: str, colour: str) -> str:

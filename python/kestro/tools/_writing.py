@@ -32,14 +32,8 @@ def output_errors() -> Iterator[None]:
 def write_lines(target: str, lines: Iterable[str]) -> None:
     """Write to standard output for "-", else to a file that appears when whole."""
     with output_errors():
-        path = Path(target)
-        if target != STDOUT and path.exists() and not path.is_file():
-            # A device or a pipe is written to, never replaced.
-            with open(path, "w", encoding="utf-8", errors="surrogateescape") as f:
-                f.writelines(lines)
-            return
         if target != STDOUT:
-            write_aside(path, lines)
+            write_aside(Path(target), lines)
             return
         out = getattr(sys.stdout, "buffer", None)
         if out is None:  # a stand-in that takes text alone
@@ -77,8 +71,7 @@ def write_parquet(target: str, table: Any) -> None:
 
 def write_page(result: Result, target: str, **settings: Any) -> None:
     """Write the page on a result; standard output for "-"."""
-    path = Path(target)
-    if target == STDOUT or (path.exists() and not path.is_file()):
+    if target == STDOUT:
         page = io.StringIO()
         result.report(page, **settings)
         write_lines(target, [page.getvalue()])
