@@ -12,7 +12,10 @@ def write_aside(path: Path, lines: Iterable[str]) -> None:
     """Write a file that appears when it is whole.
 
     A device or a pipe is written to: a file in its place would take its name away.
+    A link stays, and the file that it names is written.
     """
+    if path.is_symlink() and path.is_file():
+        path = path.resolve()
     if path.exists() and not path.is_file():
         with open(path, "w", encoding="utf-8", errors="surrogateescape") as f:
             f.writelines(lines)

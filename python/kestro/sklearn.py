@@ -495,7 +495,8 @@ def _presence(X: ArrayLike) -> scipy.sparse.csr_array:
     import scipy.sparse
 
     checked = check_array(X, accept_sparse=("csr", "csc"))
-    has = scipy.sparse.csr_array(checked)
+    has = scipy.sparse.csr_array(checked, copy=True)
+    has.sum_duplicates()
     if not np.isin(has.data, (0, 1)).all():
         raise ValueError("X must hold 0 and 1: whether a graph contains a pattern")
     return has.astype(np.int64)

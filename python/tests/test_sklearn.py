@@ -718,3 +718,9 @@ def test_selection_by_false_discovery_rate(mined, y):
     limit = ranked[ranked <= 0.01 * np.arange(1, len(p) + 1) / len(p)].max()
     assert (chosen.get_support() == (p <= limit)).all()
     assert 0 < chosen.get_support().sum() < len(p)
+
+
+def test_scores_of_entries_that_come_in_pieces():
+    X = scipy.sparse.csr_array((np.ones(3), [0, 0, 1], [0, 2, 3, 3]), shape=(3, 2))
+    with pytest.raises(ValueError, match="0 and 1"):
+        score_chi2(X, [1, 0, 0])

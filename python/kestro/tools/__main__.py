@@ -5,6 +5,7 @@ from __future__ import annotations
 import argparse
 import os
 import sys
+import traceback
 from collections.abc import Sequence
 
 import kestro
@@ -120,6 +121,10 @@ def _run(argv: Sequence[str] | None) -> int:
     except KeyboardInterrupt:
         _complain("interrupted")
         return int(Status.INTERRUPTED)
+    except Exception:
+        # By itself Python would end with 1, which says that nothing was found.
+        traceback.print_exc()
+        return os.EX_SOFTWARE
 
 
 def _complain(text: str) -> None:

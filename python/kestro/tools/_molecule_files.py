@@ -26,13 +26,19 @@ def write(source: _reading.Input, args: argparse.Namespace) -> None:
         _writing.write_lines(args.output, _FORMS[to](source, args))
 
 
-def _molfiles(source: _reading.Input) -> Iterator[tuple[str, Any]]:
-    """Yield the title and RDKit's molecule of each record of an SD file."""
+def _molfiles(source: _reading.Input, hydrogens: bool) -> Iterator[tuple[str, Any]]:
+    """Yield the title and RDKit's molecule of each record of an SD file.
+
+    With hydrogens those that are atoms of the record stay atoms.
+    """
     Chem = import_rdkit()
     records = list(_records(read_text(source.again())[0]))
     for record in source.db.source.tolist():
         title = records[record].items.get("title", "")
-        yield title, Chem.MolFromMolBlock(records[record].molfile)
+        yield (
+            title,
+            Chem.MolFromMolBlock(records[record].molfile, removeHs=not hydrogens),
+        )
 
 
 def _smiles(
@@ -41,7 +47,7 @@ def _smiles(
     """Yield the name, which may be empty, and the SMILES of each molecule."""
     if source.form == "sdf":
         Chem = import_rdkit()
-        yield from ((name, Chem.MolToSmiles(x)) for name, x in _molfiles(source))
+        yield from ((name, Chem.MolToSmiles(x)) for name, x in _molfiles(source, False))
         return
     text, _ = read_text(source.again())
     kept = source.db.source.tolist()
@@ -57,8 +63,27 @@ def _smiles(
         yield "", rows[record + 1].cells[at].strip()
 
 
-def _columns(source: _reading.Input) -> tuple[list[str], list[list[str]]]:
-    """Return the names of the columns beside the molecules, and their rows."""
+def _columns(
+    source: _reading.Input, args: argparse.Namespace
+) -> tuple[list[str], list[list[str]]]:
+    """Return the names of the columns beside the molecules, and their rows.
+
+    Of text they are the text that was read: 007 is no 7.0.
+    """
+    kept = source.db.source.tolist()
+    if source.form == "csv":
+        sign = _reading.delimiter_of(source.name, args.delimiter)
+        rows = [row.cells for row in _read_rows(read_text(source.again())[0], sign)]
+        at = rows[0].index(args.smiles_column)
+        names, *values = (
+            [*cells[:at], *cells[at + 1 :]]
+            for cells in (rows[0], *(rows[record + 1] for record in kept))
+        )
+        return names, values
+    if source.form == "sdf" and source.db.table is not None:
+        records = list(_records(read_text(source.again())[0]))
+        names = [str(x) for x in source.db.table.columns]
+        return names, [[records[i].items.get(x, "") for x in names] for i in kept]
     table = source.db.table
     if table is None:
         return [], [[] for _ in range(len(source.db))]
@@ -75,20 +100,24 @@ def _smi(source: _reading.Input, args: argparse.Namespace) -> Iterator[str]:
 
 
 def _csv(source: _reading.Input, args: argparse.Namespace) -> Iterator[str]:
-    names, rows = _columns(source)
+    names, rows = _columns(source, args)
     has_names = source.form == "smi"
-    yield from _writing.csv_lines([["smiles", *["name"][:has_names], *names]])
+    sign = _reading.delimiter_of(args.output, None)
+    yield from _writing.csv_lines([["smiles", *["name"][:has_names], *names]], sign)
     yield from _writing.csv_lines(
-        [smiles, *[name][:has_names], *row]
-        for (name, smiles), row in zip(_smiles(source, args), rows, strict=True)
+        (
+            [smiles, *[name][:has_names], *row]
+            for (name, smiles), row in zip(_smiles(source, args), rows, strict=True)
+        ),
+        sign,
     )
 
 
 def _sdf(source: _reading.Input, args: argparse.Namespace) -> Iterator[str]:
     Chem = import_rdkit()
-    names, rows = _columns(source)
+    names, rows = _columns(source, args)
     if source.form == "sdf":
-        read = _molfiles(source)
+        read = _molfiles(source, True)
     else:
         read = ((name, Chem.MolFromSmiles(x)) for name, x in _smiles(source, args))
     for (name, molecule), row in zip(read, rows, strict=True):
@@ -96,9 +125,13 @@ def _sdf(source: _reading.Input, args: argparse.Namespace) -> Iterator[str]:
         out = [Chem.MolToMolBlock(molecule, forceV3000=_is_large(molecule))]
         for key, value in zip(names, row, strict=True):
             if value and not (source.form == "sdf" and key == "title"):
-                # An empty line would end the value.
-                lines = [line for line in value.split("\n") if line.strip()]
-                out.append(f"> <{key}>\n" + "\n".join(lines) + "\n\n")
+                # An empty line would end the value, and others begin something new.
+                lines = [
+                    " " * line.startswith((">", "$$$$")) + line
+                    for line in value.splitlines()
+                    if line.strip()
+                ]
+                out.append(f"> <{' '.join(key.split())}>\n" + "\n".join(lines) + "\n\n")
         yield "".join([*out, "$$$$\n"])
 
 

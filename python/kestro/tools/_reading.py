@@ -204,7 +204,7 @@ def _read(form: str, source: Any, name: str, args: argparse.Namespace) -> GraphD
 def delimiter_of(name: str, told: str | None) -> str:
     r"""Return the sign between columns; ``\t`` is a tab, as of .tsv files."""
     if told is None:
-        return "\t" if name.removesuffix(".gz").endswith(".tsv") else ","
+        return "\t" if name.lower().removesuffix(".gz").endswith(".tsv") else ","
     sign = told.replace("\\t", "\t")
     if len(sign) != 1 or sign in '"\r\n':
         raise UsageError(f"--delimiter must be one sign, not {told!r}")

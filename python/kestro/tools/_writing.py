@@ -45,11 +45,11 @@ def write_lines(target: str, lines: Iterable[str]) -> None:
         out.flush()
 
 
-def csv_lines(rows: Iterable[Iterable[object]]) -> Iterator[str]:
+def csv_lines(rows: Iterable[Iterable[object]], delimiter: str = ",") -> Iterator[str]:
     """Yield the rows as lines of CSV."""
     for row in rows:
         line = io.StringIO()
-        csv.writer(line, lineterminator="\n").writerow(row)
+        csv.writer(line, delimiter=delimiter, lineterminator="\n").writerow(row)
         yield line.getvalue()
 
 

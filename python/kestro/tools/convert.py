@@ -88,6 +88,8 @@ def _lost(db: GraphDatabase, to: str) -> list[str]:
     """Return what of the graphs the format does not hold."""
     lost = []
     beside = [] if db.table is None else [str(name) for name in db.table.columns]
+    if to == "smi":  # which has the title as the name
+        beside = [name for name in beside if name != "title"]
     if beside and to in ("transactions", "graphml", "tu", "smi"):
         lost.append(f"columns {', '.join(map(repr, beside))}")
     if db.classes is not None and to in ("transactions", "graphml"):
@@ -161,7 +163,11 @@ def _tu(source: _reading.Input, args: argparse.Namespace) -> None:
     ]
     with _writing.output_errors():
         folder.mkdir(parents=True, exist_ok=True)
-        write_all_aside(lines)
+        # What stands there of another data set is none of this one.
+        write_all_aside(
+            lines,
+            stale=[x for x in folder.glob(f"{start.name}_*.txt") if x not in lines],
+        )
 
 
 def _adjacency(db: GraphDatabase) -> Iterator[str]:

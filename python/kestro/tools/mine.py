@@ -13,10 +13,11 @@ from typing import Any
 import kestro
 from kestro._arguments import min_support_parts
 from kestro._database import number_of
+from kestro._errors import KestroError
 from kestro._progress import Progress
 from kestro._result import Result
 from kestro.tools import _reading, _writing
-from kestro.tools._status import Status, UsageError
+from kestro.tools._status import OutputError, Status, UsageError
 from kestro.tools._terminal import Terminal
 
 HELP = "find the frequent subgraphs"
@@ -156,6 +157,9 @@ def run(args: argparse.Namespace, terminal: Terminal) -> Status:
         raise UsageError(f"{','.join(wanted)} needs --output-dir")
     if args.max_size is not None and args.max_size < max(1, args.min_size):
         raise UsageError("--max-size is less than --min-size")
+    if args.output_dir:  # before the work, not after it
+        with _writing.output_errors():
+            Path(args.output_dir).mkdir(parents=True, exist_ok=True)
     source = _reading.read(args.input, args, terminal)
     show = Levels(terminal)
     with warnings.catch_warnings():
@@ -179,9 +183,17 @@ def run(args: argparse.Namespace, terminal: Terminal) -> Status:
             raise UsageError(str(e)) from e
     terminal.clear()
     name = name_of(args.input)
-    for form in wanted:
-        _write(result, form, args.output_dir, name)
+    failed = []
+    for form in wanted:  # what one cannot hold, another may
+        try:
+            _write(result, form, args.output_dir, name)
+        except (KestroError, ImportError, OutputError) as e:
+            if isinstance(e.__cause__, BrokenPipeError):
+                raise
+            failed.append(f"{form}: {e}")
     tell(result, terminal)
+    if failed:
+        raise OutputError("; ".join(failed))
     return ending(result)
 
 
@@ -252,9 +264,6 @@ class Levels:
 
 
 def _write(result: Result, form: str, folder: str | None, name: str) -> None:
-    if folder is not None:
-        with _writing.output_errors():
-            Path(folder).mkdir(parents=True, exist_ok=True)
     target = str(Path(folder) / f"{name}.{form}") if folder else _writing.STDOUT
     if form == "csv":
         _writing.write_lines(target, csv_lines(result))
@@ -273,8 +282,12 @@ def _write(result: Result, form: str, folder: str | None, name: str) -> None:
 def csv_lines(result: Result) -> Any:
     """Return the table of a result as lines of CSV, graphs as lines in cells."""
     frame = result.to_pandas()
-    if "smarts" not in frame.columns:
-        frame["graph"] = [p.graph.lines().strip().replace("\n", "; ") for p in result]
+    names = list(frame.columns)
     frame = frame.astype(object).where(frame.notna(), "")
-    rows = frame.itertuples(index=False, name=None)
-    return _writing.csv_lines([list(frame.columns), *rows])
+    rows = list(frame.itertuples(index=False, name=None))
+    if "smarts" not in names:
+        # Not in the frame, whose texts are UTF-8, which labels need not be.
+        names.append("graph")
+        graphs = (p.graph.lines().strip().replace("\n", "; ") for p in result)
+        rows = [(*row, graph) for row, graph in zip(rows, graphs, strict=True)]
+    return _writing.csv_lines([names, *rows])

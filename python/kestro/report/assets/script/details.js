@@ -38,7 +38,13 @@ function showExamples(pattern) {
 }
 
 function followAddress(isAsked) {
-  const at = places.get(decodeURIComponent(location.hash.slice(1)));
+  let id = "";
+  try {
+    id = decodeURIComponent(location.hash.slice(1));
+  } catch {
+    // An address that names no pattern.
+  }
+  const at = places.get(id);
   if (at !== undefined) showDetails(patterns[at], isAsked);
 }
 
