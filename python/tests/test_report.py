@@ -243,6 +243,14 @@ def test_marked_atoms_are_those_of_the_embedding(open_page, molecules_page, resu
         assert len(wanted) == len(pattern.graph.vertex_labels)
 
 
+@pytest.mark.parametrize("address", ["#%", "#%E0", "#99-9"])
+def test_an_address_that_names_no_pattern(open_page, graphs_page, address):
+    page = open_page(graphs_page, address)
+    with page.expect_download() as download:
+        page.click("button:has-text('CSV')")
+    assert download.value.path().read_text().startswith("id,")
+
+
 def test_walk_along_the_lattice(open_page, molecules_page, result):
     page = open_page(molecules_page, "#3-4")
     pattern = result["3-4"]
