@@ -111,10 +111,15 @@ def add_arguments(parser: argparse.ArgumentParser) -> None:
     )
     parser.add_argument("--max-size", type=int, metavar="N", help="edges at most")
     parser.add_argument(
-        "--closed", action="store_true", help="only those without an equal larger one"
+        "--closed",
+        action="store_true",
+        help="only those without a larger one in the same graphs; "
+        "of --max-size edges, where that is open, all",
     )
     parser.add_argument(
-        "--maximal", action="store_true", help="only those that no other one contains"
+        "--maximal",
+        action="store_true",
+        help="only those that no other one contains; of --max-size edges all",
     )
     parser.add_argument(
         "-j", "--jobs", type=jobs, default=1, metavar="N", help="threads; -1 is all"
@@ -206,9 +211,9 @@ def name_of(source: str) -> str:
 
 
 def tell(result: Result, terminal: Terminal) -> None:
-    """Say what was found; that a limit was reached, always."""
+    """Say what was found; that something is open or unknown, always."""
     text = repr(result)[1:-1].removeprefix("Result: ")
-    if result.stopped_by:
+    if result.stopped_by or result.undecided:
         terminal.warn(text)
     else:
         terminal.say(text)

@@ -90,3 +90,12 @@ def test_what_was_not_foreseen_is_not_nothing_found(monkeypatch, tmp_path, capsy
     (tmp_path / "a.smi").write_text("CCO\n")
     assert main(["mine", str(tmp_path / "a.smi"), "-s", "1"]) == 70
     assert "ZeroDivisionError" in capsys.readouterr().err
+
+
+def test_that_patterns_are_undecided_is_told(examples, tmp_path, capsys):
+    source = str(examples / "molecules.txt")
+    of = ["mine", source, "-s", "20%", "--maximal", "--max-size", "4"]
+    assert main([*of, "-o", str(tmp_path), "-f", "csv"]) == 0
+    assert "undecided" in capsys.readouterr().err
+    assert main([*of[:-2], "-o", str(tmp_path), "-f", "csv"]) == 0
+    assert "undecided" not in capsys.readouterr().err
