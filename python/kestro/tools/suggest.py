@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 import argparse
+import math
 from collections.abc import Iterator
 
 from kestro._database import number_of
@@ -61,7 +62,7 @@ def add_arguments(parser: argparse.ArgumentParser) -> None:
 
 def run(args: argparse.Namespace, terminal: Terminal) -> Status:
     """Suggest."""
-    if args.patterns < 1 or not args.seconds > 0 or args.seed < 0:
+    if args.patterns < 1 or not 0 < args.seconds < math.inf or args.seed < 0:
         raise UsageError("--patterns and --seconds are above 0, --seed 0 or more")
     if args.max_size is not None and args.max_size < 1:
         raise UsageError("--max-size is 1 or more")

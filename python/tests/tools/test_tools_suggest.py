@@ -11,7 +11,7 @@ from kestro.tools.__main__ import main
 
 def test_what_is_said_is_what_mining_gives(examples, capsys):
     file = str(examples / "molecules.txt")
-    assert main(["suggest", file, "-n", "100"]) == 0
+    assert main(["suggest", file, "-n", "100", "-t", "1000000"]) == 0
     out = capsys.readouterr().out
     said = re.findall(r"--support (\d+) .*exactly (\d+) patterns", out)
     assert said
@@ -23,10 +23,10 @@ def test_what_is_said_is_what_mining_gives(examples, capsys):
 
 
 def test_samples(examples, capsys):
-    # Ten copies of each molecule: samples differ, fractions stay.
+    # Fifteen copies of each molecule: samples differ, fractions stay.
     db = kestro.read_transactions(examples / "molecules.txt")
     many = db[np.tile(np.arange(len(db)), 15)]
-    found = _estimate.estimate(many, 100, 60, None)
+    found = _estimate.estimate(many, 100, 10**6, None)
     assert len(found.samples) == len(found.fractions) == 3
     assert all(len(c.supports) >= 100 for c in found.samples)
     status, lines = suggest.answer(found, 100, len(many))
@@ -54,18 +54,27 @@ def test_a_limit_that_is_reached(explosive, tmp_path, capsys):
     # Two equal graphs have all their patterns at once, and these are too many.
     file = tmp_path / "explosive.txt"
     explosive.to_transactions(file)
-    assert main(["suggest", str(file), "-n", "1000"]) == 5
+    assert main(["suggest", str(file), "-n", "1000", "-t", "1000000"]) == 5
     assert "no run on all graphs came to its end (limit: patterns)" in (
         capsys.readouterr().out
     )
     # With a bound on the size there are few.
-    assert main(["suggest", str(file), "-n", "1000", "--max-size", "1"]) == 0
+    assert (
+        main(["suggest", str(file), "-n", "1000", "-t", "1000000", "--max-size", "1"])
+        == 0
+    )
     assert "there are 55 patterns at any support" in capsys.readouterr().out
 
 
 @pytest.mark.parametrize(
     ("argv", "code"),
-    [(["-n", "0"], 2), (["-t", "0"], 2), (["--max-size", "0"], 2), ([], 1)],
+    [
+        (["-n", "0"], 2),
+        (["-t", "0"], 2),
+        (["-t", "inf"], 2),
+        (["--max-size", "0"], 2),
+        ([], 1),
+    ],
 )
 def test_exit_codes(argv, code, tmp_path):
     file = tmp_path / "a.txt"
