@@ -4,6 +4,7 @@ import csv
 import json
 import re
 import shutil
+from importlib.resources import files
 from pathlib import Path
 
 import kestro
@@ -12,7 +13,6 @@ import pytest
 from playwright.sync_api import sync_playwright
 from rdkit import Chem
 
-ASSETS = Path(__file__).parent / "assets"
 HOSTILE = "</script><img/src=x/onerror=document.body.innerHTML=1>"
 COMMENT = "<!--<script>"
 
@@ -382,7 +382,7 @@ def test_axe_finds_nothing_serious(open_page, molecules_page, width):
     page = open_page(molecules_page, "#3-4", viewport={"width": width, "height": 900})
     page.wait_for_selector("#examples ellipse")
     page.click("summary >> nth=0")
-    page.evaluate((ASSETS / "axe.min.js").read_text("utf-8"))
+    page.evaluate((files("axe_playwright_python") / "axe.min.js").read_text("utf-8"))
     found = page.evaluate("axe.run()")
     assert len(found["passes"]) > 20
     assert [
