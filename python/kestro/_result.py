@@ -3,6 +3,8 @@
 from __future__ import annotations
 
 import os
+import warnings
+from collections.abc import Callable
 from dataclasses import replace
 from pathlib import Path
 from typing import IO, TYPE_CHECKING
@@ -19,7 +21,7 @@ from kestro import (
     _program_files,
     _scoring,
 )
-from kestro._arguments import Ids, Index, Selection, whole_number
+from kestro._arguments import Ids, Index, Selection, job_count, whole_number
 from kestro._aside import write_aside
 from kestro._database import Graph, GraphDatabase
 from kestro._errors import KestroError
@@ -176,7 +178,9 @@ class Result(PatternSequence):
         Returns
         -------
         csr_array of uint8, shape (graphs of other, patterns)
-            1 where the graph contains the pattern.
+            1 where the graph contains the pattern.  Where no label of a vertex, or
+            of an edge, is known on both sides a `UserWarning` says so, unless both
+            are of molecules, whose labels mean the same.
 
         Raises
         ------
@@ -199,10 +203,22 @@ class Result(PatternSequence):
         >>> kestro.mine(db, min_support=2).transform(other).toarray().tolist()
         [[1], [0]]
         """
+
+        def tell(text: str) -> None:
+            warnings.warn(text, UserWarning, stacklevel=5)
+
+        return self._found_in(other, n_jobs, tell)
+
+    def _found_in(
+        self, other: GraphDatabase, n_jobs: int | None, tell: Callable[[str], object]
+    ) -> scipy.sparse.csr_array:
+        """Return what `transform` does; labels that never meet are told."""
         _matching.check_database(self._patterns, other)
+        jobs = job_count(n_jobs)
+        _matching.tell_strange_labels(self._patterns, self.positions, other, tell)
         if self._lattice is None:
             self._lattice = _matching.Lattice(self._patterns, self.positions)
-        return _matching.transform(self._lattice, other, n_jobs)
+        return self._lattice.match(other._native, jobs)
 
     def embeddings(
         self,

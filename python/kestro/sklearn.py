@@ -215,7 +215,8 @@ class SubgraphVectorizer(TransformerMixin, BaseEstimator):  # type: ignore[misc]
         -------
         csr_array or ndarray of float64, shape (graphs, patterns)
             1 where the graph contains the pattern, else 0; with ``set_output`` a
-            table.
+            table.  Where no label of a vertex, or of an edge, is known on both
+            sides a `UserWarning` says so, as `~kestro.Result.transform` does.
 
         Raises
         ------
@@ -230,7 +231,12 @@ class SubgraphVectorizer(TransformerMixin, BaseEstimator):  # type: ignore[misc]
         check_is_fitted(self)
         labels = self.result_._patterns.summary.atom_labels
         records = read_records(X, self._on_unread(), labels)
-        found = self.result_.transform(records.db, n_jobs=self.n_jobs)
+
+        def tell(text: str) -> None:
+            # scikit-learn wraps this method, for set_output.
+            warnings.warn(text, UserWarning, stacklevel=6)
+
+        found = self.result_._found_in(records.db, self.n_jobs, tell)
         return self._features(records, found)
 
     def get_feature_names_out(self, input_features: object = None) -> NDArray[Any]:

@@ -291,6 +291,18 @@ def test_labels_of_molecules_are_those_of_fit():
         vectorizer.transform(kestro.from_smiles(["CN"]))
 
 
+def test_labels_that_never_meet_are_told(smiles, three):
+    graphs = [g.to_networkx() for g in kestro.from_edges([["6", "8"]], [[(0, 1, "-")]])]
+    ours = SubgraphVectorizer(max_size=2).fit(smiles)
+    words = r"a vertex in the patterns \(.*C.*\) is in the graphs \(6, 8\)"
+    with pytest.warns(UserWarning, match=words) as told:
+        assert not dense(ours.transform(graphs)).any()
+    assert [w.filename for w in told] == [__file__]
+    with warnings.catch_warnings():
+        warnings.simplefilter("error")
+        assert not dense(ours.transform(["II"])).any()
+
+
 # Records that cannot be read
 
 

@@ -11,7 +11,6 @@ import scipy.sparse
 import kestro
 from kestro._arguments import job_count
 from kestro._errors import KestroError
-from kestro._result import Result
 from kestro.tools import _reading, _writing
 from kestro.tools._status import Status
 from kestro.tools._terminal import Terminal
@@ -61,10 +60,9 @@ def run(args: argparse.Namespace, terminal: Terminal) -> Status:
     if labels is not None and form in _reading.MOLECULES:
         args.charge, args.hydrogens = labels
     source = _reading.read(args.input, args, terminal)
-    _tell_strange_labels(result, source.db, terminal)
     terminal.passing("matching")
     try:
-        found = result.transform(source.db, n_jobs=job_count(args.jobs))
+        found = result._found_in(source.db, job_count(args.jobs), terminal.warn)
     except KestroError as e:
         raise KestroError(e.text, args.input) from e
     finally:
@@ -74,19 +72,6 @@ def run(args: argparse.Namespace, terminal: Terminal) -> Status:
     _writing.write_lines(args.output, _writing.csv_lines(rows))
     terminal.say(f"{np.count_nonzero(np.diff(found.indptr))} graphs contain a pattern")
     return Status.FOUND if found.nnz else Status.NOTHING
-
-
-def _tell_strange_labels(
-    result: Result, db: kestro.GraphDatabase, terminal: Terminal
-) -> None:
-    """Warn where no label of a vertex is known on both sides."""
-    own = {label for p in result for label in p.graph.vertex_labels}
-    other = set(db._native.labels()[0])
-    if own and other and not own & other:
-        terminal.warn(
-            f"no label of a vertex in the patterns ({', '.join(sorted(own)[:5])}) is "
-            f"one of the graphs ({', '.join(sorted(other)[:5])})"
-        )
 
 
 def _rows(
