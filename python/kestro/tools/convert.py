@@ -6,11 +6,11 @@ import argparse
 from collections.abc import Callable, Iterable, Iterator
 from pathlib import Path
 from typing import Any
-from xml.sax.saxutils import escape
 
 from kestro._aside import write_all_aside
 from kestro._database import GraphDatabase
 from kestro._errors import KestroError
+from kestro._graphml import graphml_lines
 from kestro.tools import _molecule_files, _reading, _writing
 from kestro.tools._status import Status, UsageError
 from kestro.tools._terminal import Terminal
@@ -103,31 +103,7 @@ def _transactions(source: _reading.Input, args: argparse.Namespace) -> None:
 
 
 def _graphml(source: _reading.Input, args: argparse.Namespace) -> None:
-    for g in source.db:
-        for label in (*g.vertex_labels, *g.edge_labels):
-            if not label.isprintable():
-                raise KestroError(f"XML cannot hold the label {label!r}", source.name)
-    _writing.write_lines(args.output, _graphml_lines(source.db))
-
-
-def _graphml_lines(db: GraphDatabase) -> Iterator[str]:
-    yield '<?xml version="1.0" encoding="utf-8"?>\n'
-    yield '<graphml xmlns="http://graphml.graphdrawing.org/xmlns">\n'
-    for key, what in (("v", "node"), ("e", "edge")):
-        yield (
-            f'  <key id="{key}" for="{what}" attr.name="label" attr.type="string"/>\n'
-        )
-    for tid, g in enumerate(db):
-        yield f'  <graph id="g{tid}" edgedefault="undirected">\n'
-        for i, label in enumerate(g.vertex_labels):
-            yield f'    <node id="n{i}"><data key="v">{escape(label)}</data></node>\n'
-        for (a, b), label in zip(g.edges.tolist(), g.edge_labels, strict=True):
-            yield (
-                f'    <edge source="n{a}" target="n{b}">'
-                f'<data key="e">{escape(label)}</data></edge>\n'
-            )
-        yield "  </graph>\n"
-    yield "</graphml>\n"
+    _writing.write_lines(args.output, graphml_lines(source.db, source.name))
 
 
 def _parquet(source: _reading.Input, args: argparse.Namespace) -> None:
