@@ -14,7 +14,7 @@ import numpy as np
 from numpy.typing import NDArray
 
 from kestro._arguments import OnError
-from kestro._database import AtomLabels, Graph, GraphDatabase
+from kestro._database import AtomLabels, Graph, GraphDatabase, Skipped
 from kestro._molecules import from_rdkit, from_smiles
 from kestro._networkx import from_networkx
 from kestro._packing import Packer
@@ -29,6 +29,7 @@ class Records(NamedTuple):
     db: GraphDatabase
     rows: NDArray[np.int64]  # per graph, the record that it is; ascending
     total: int  # of all records, those that could not be read among them
+    skipped: tuple[Skipped, ...]  # those that could not be read
 
 
 def read_records(
@@ -59,11 +60,11 @@ def read_records(
         For an array of another dimension than 1.
     """
     if isinstance(X, GraphDatabase):
-        return Records(X, np.arange(len(X), dtype=np.int64), len(X))
+        return Records(X, np.arange(len(X), dtype=np.int64), len(X), ())
     records = _listed(X)
     read = _reader_of(records)
     db = read(records, on_error, labels or AtomLabels(charge=False, hydrogens=False))
-    return Records(db, db.source, len(records))
+    return Records(db, db.source, len(records), db.skipped)
 
 
 def _listed(X: Any) -> list[Any]:

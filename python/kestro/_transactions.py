@@ -51,13 +51,14 @@ def read_transactions(
     Returns
     -------
     GraphDatabase
-        ``source`` numbers the transactions of the file.  What is no graph by
-        the format's rules is listed in ``skipped`` whatever ``on_error`` says:
-        vertices and edges in front of the first transaction, as record -1,
-        and a line ``t # -1`` at the very end, with which some programs end
-        their files.  Elsewhere such a line begins a graph like any line with
-        a t, and without vertices that is an empty graph, which counts.  A byte
-        order mark and blank lines at the end are ignored.
+        ``source`` counts the transactions of the file from 0, whichever numbers
+        stand behind their t.  What is no graph by the format's rules is listed
+        in ``skipped`` whatever ``on_error`` says: vertices and edges in front
+        of the first transaction, as record -1, and a line ``t # -1`` at the
+        very end, with which some programs end their files.  Elsewhere such a
+        line begins a graph like any line with a t, and without vertices that
+        is an empty graph, which counts.  A byte order mark and blank lines at
+        the end are ignored.
 
     Raises
     ------

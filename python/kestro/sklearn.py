@@ -100,7 +100,8 @@ class SubgraphVectorizer(TransformerMixin, BaseEstimator):  # type: ignore[misc]
         The patterns, in the order of columns, by size and then id.  It does
         not hold the graphs, so that a model that is stored does not either.
     unreadable_ : tuple of Skipped
-        Records of `fit` that could not be read, and why.
+        Records of `fit` that could not be read, by their rows, counted from 0,
+        and why.  Of a database, whose graphs have been read, there are none.
 
     See Also
     --------
@@ -297,7 +298,7 @@ class SubgraphVectorizer(TransformerMixin, BaseEstimator):  # type: ignore[misc]
                 stacklevel=3,
             )
         self.result_ = Result(mined._patterns, None, mined.positions, mined._filters)
-        self.unreadable_ = records.db.skipped
+        self.unreadable_ = records.skipped
         return records
 
     def _on_unread(self) -> OnError:

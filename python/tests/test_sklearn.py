@@ -332,6 +332,13 @@ def test_unreadable_records_are_rows_of_zeros(smiles, expected):
     assert (ours.set_params(sparse_output=False).transform(mixed) == found).all()
 
 
+def test_what_a_reader_skipped_is_no_row():
+    db = kestro.from_smiles(["no smiles", "CCO", "CO"], on_error="skip")
+    ours = SubgraphVectorizer(min_support=1, on_error="zeros").fit(db)
+    assert len(db.skipped) == 1 and ours.unreadable_ == ()
+    assert dense(ours.transform(db)).shape[0] == 2
+
+
 @pytest.mark.parametrize("kind", ["list of molecules", "list of graphs", "NetworkX"])
 def test_missing_records_of_every_kind(smiles, kind):
     records = [None, *kinds(smiles)[kind], None]
