@@ -68,14 +68,14 @@ def read_records(
 
 
 def _listed(X: Any) -> list[Any]:
+    if isinstance(X, bytes) or _kind_of(X) is not None:
+        raise TypeError(f"X must be a list of graphs, not a single one: {X!r}")
     dimensions = getattr(X, "ndim", 1)
     if dimensions != 1:
         raise ValueError(
             f"X must have one dimension, a graph an entry, not {dimensions}: a "
             f"column of a table is X['smiles'] or X[:, 0]"
         )
-    if isinstance(X, (str, bytes)) or _is_graph_of_networkx(X):
-        raise TypeError(f"X must be a list of graphs, not a single one: {X!r}")
     # A set has no order by which rows could be told apart.
     if not isinstance(X, Iterable) or isinstance(X, (Mapping, Set)):
         raise TypeError(
@@ -87,22 +87,26 @@ def _listed(X: Any) -> list[Any]:
 def _reader_of(records: list[Any]) -> _Reader:
     """Return what reads records of the first kind that there is."""
     for record in records:
-        if isinstance(record, str):
-            return _read_smiles
-        if isinstance(record, Graph):
-            return _read_graphs
-        if _is_graph_of_networkx(record):
-            return _read_networkx
-        if _is_of("rdkit.Chem", "Mol", record):
-            return _read_rdkit
+        read = _kind_of(record)
+        if read is not None:
+            return read
     for i, record in enumerate(records):
         if not _is_missing(record):
             raise TypeError(f"X must hold {_READ}, not {record!r} as record {i}")
     return _read_graphs
 
 
-def _is_graph_of_networkx(record: object) -> bool:
-    return _is_of("networkx", "Graph", record)
+def _kind_of(record: object) -> _Reader | None:
+    """Return what reads records such as this one, None where it is none."""
+    if isinstance(record, str):
+        return _read_smiles
+    if isinstance(record, Graph):
+        return _read_graphs
+    if _is_of("networkx", "Graph", record):
+        return _read_networkx
+    if _is_of("rdkit.Chem", "Mol", record):
+        return _read_rdkit
+    return None
 
 
 def _is_of(module: str, name: str, record: object) -> bool:
@@ -143,5 +147,6 @@ def _read_graphs(
         if isinstance(g, Graph):
             packer.add(i, g.vertex_labels, g.edges.tolist(), g.edge_labels)
         else:
-            packer.refuse(i, f"no kestro.Graph: {g!r}")
+            missing = _is_missing(g)
+            packer.refuse(i, "it is missing" if missing else f"no kestro.Graph: {g!r}")
     return packer.build()

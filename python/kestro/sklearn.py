@@ -62,10 +62,12 @@ class SubgraphVectorizer(TransformerMixin, BaseEstimator):  # type: ignore[misc]
 
     Graphs are a `~kestro.GraphDatabase`, which is taken as it is, or a list, an array
     of one dimension or a Series of SMILES, of RDKit's molecules, of NetworkX's
-    graphs with labels in the attribute "label", or of `~kestro.Graph`.  Columns of a
-    data frame reach it through a ``ColumnTransformer`` that names one column
-    and not a list.  A database that scikit-learn divides, as in cross-validation,
-    becomes lists of `~kestro.Graph`: the same features, by other names.
+    graphs with labels in the attribute "label", or of `~kestro.Graph`; all are of
+    the kind of the first one, as labels of different kinds need not mean the same.
+    Columns of a data frame reach it through a ``ColumnTransformer`` that names one
+    column and not a list.  A database that scikit-learn divides, as in
+    cross-validation, becomes lists of `~kestro.Graph`: the same features, by other
+    names.
 
     Parameters
     ----------
@@ -230,6 +232,7 @@ class SubgraphVectorizer(TransformerMixin, BaseEstimator):  # type: ignore[misc]
             For records of which none is of a kind that is read.
         """
         check_is_fitted(self)
+        truth("sparse_output", self.sparse_output)
         labels = self.result_._patterns.summary.atom_labels
         records = read_records(X, self._on_unread(), labels)
 
