@@ -183,6 +183,32 @@ def test_patterns_that_contain_a_smarts(open_page, molecules_page, result):
     counted(page, f"{len(result)} of")
 
 
+def test_it_says_that_smarts_speak_of_the_fragment(open_page, molecules_page):
+    page = open_page(molecules_page)
+    hint = page.locator("#smarts-hint")
+    assert "not of the molecules" in hint.inner_text()
+    assert "smarts-hint" in page.locator("#by-smarts").get_attribute("aria-describedby")
+
+    def is_emphasised(smarts):
+        page.fill("#by-smarts", smarts)
+        # The search starts once typing has paused.
+        page.wait_for_function("text => searched === text", arg=smarts)
+        return hint.evaluate("e => e.classList.contains('note')")
+
+    page.evaluate(
+        "() => { window.searched = null; const own = document.querySelector('#by-smarts');"
+        "new MutationObserver(() => { searched = own.value; }).observe("
+        "document.querySelector('#smarts-told'), { childList: true }); }"
+    )
+    asks = ["[NX3;H2]", "[D3]", "[v4]", "[#6;r6]", "C@C"]
+    says_nothing = ["[#6]=O", "[Rh][Hg+2][H][2H][Br][Cr5][Xe]CCl"]
+    assert [x for x in asks if not is_emphasised(x)] == []
+    assert [x for x in says_nothing if is_emphasised(x)] == []
+    assert is_emphasised("[R]")
+    page.click("text=Show all")
+    page.wait_for_selector("#smarts-hint:not(.note)")
+
+
 def test_every_example_is_an_embedding(molecules_page, result):
     data = data_of(molecules_page)
     columns = data["patterns"]
