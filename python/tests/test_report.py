@@ -156,6 +156,30 @@ def test_filters(open_page, molecules_page, result):
     assert selected(page) == scores.id[keep].tolist()
 
 
+def test_kinds_are_told_where_they_are_known(open_page, molecules_page, result):
+    page = open_page(molecules_page)
+    page.click("th button[data-key=id]")
+    kinds = {p.id: p for p in result}
+    told = dict(zip(column(page, 2), column(page, 7), strict=True))
+    page.click("th button[data-key=id]")
+    told |= dict(zip(column(page, 2), column(page, 7), strict=True))
+    for name, kind in told.items():
+        p = kinds[name]
+        wanted = "maximal" if p.maximal else "closed" if p.closed else "not closed"
+        assert kind == ("" if p.closed is None else wanted)
+    assert {"", "closed", "not closed"} <= set(told.values())
+    assert "same support" in page.locator("#kinds").inner_text()
+
+
+def test_axes_of_counts_have_whole_numbers(open_page, tmp_path, result):
+    small = kestro.mine(result.db, min_support="45%", max_size=2)
+    small.report(tmp_path / "small.html", with_structures=False)
+    page = open_page(tmp_path / "small.html")
+    ticks = page.locator("#sizes .tick text, #supports .tick text").all_text_contents()
+    assert len(ticks) > 6
+    assert [x for x in ticks if not re.fullmatch(r"\d{1,3}(,\d{3})?", x)] == []
+
+
 def test_patterns_that_contain_a_smarts(open_page, molecules_page, result):
     page = open_page(molecules_page)
     page.click("th button[data-key=id]")
@@ -196,7 +220,8 @@ def test_it_says_that_smarts_speak_of_the_fragment(open_page, molecules_page):
         return hint.evaluate("e => e.classList.contains('note')")
 
     page.evaluate(
-        "() => { window.searched = null; const own = document.querySelector('#by-smarts');"
+        "() => { window.searched = null;"
+        "const own = document.querySelector('#by-smarts');"
         "new MutationObserver(() => { searched = own.value; }).observe("
         "document.querySelector('#smarts-told'), { childList: true }); }"
     )

@@ -150,7 +150,7 @@ def _scores(shown: Result, classes: ArrayLike) -> list[dict[str, Any]]:
         told.append(
             {
                 "name": str(names[code]),
-                "other": str(names[0]) if len(names) == 2 else "others",
+                "other": str(names[0]) if len(names) == 2 else None,
                 "members": int((codes == code).sum()),
                 "inside": rows["inside"].tolist(),
                 "score": [round(x, 4) for x in rows["score"].tolist()],
