@@ -469,6 +469,42 @@ def test_without_structures(open_page, result, tmp_path):
     assert drawn == page.locator("#patterns tbody tr").count()
 
 
+def shapes(page):
+    return page.evaluate(
+        "() => [...document.querySelectorAll('.picture svg, #examples svg')]"
+        ".map(svg => {"
+        "const box = e => { const r = e.getBoundingClientRect();"
+        "  return [r.left, r.top, r.right, r.bottom]; };"
+        "return [[...svg.querySelectorAll('rect')].map(box),"
+        "  [...svg.querySelectorAll('text')]"
+        "    .map(e => e.getBoundingClientRect().height),"
+        "  box(svg)]; })"
+    )
+
+
+@pytest.mark.parametrize("width", [1400, 390])
+@pytest.mark.parametrize("stored", [0, 100])
+def test_letters_of_graphs_can_be_read(open_page, tmp_path, width, stored):
+    words = ["method", "class", "isinstance", "func", "ValueError"]
+    path = [(i, i + 1, "member" if i % 2 else "call") for i in range(4)]
+    star = [(0, i, "member") for i in range(1, 5)]
+    db = kestro.from_edges([words] * 4, [path, path, star, star])
+    page_path = tmp_path / "words.html"
+    kestro.mine(db, min_support=2).report(page_path, stored_drawings=stored)
+    page = open_page(page_path, "#4-0", viewport={"width": width, "height": 900})
+    drawn = shapes(page)
+    assert len(drawn) > 12
+    for boxes, letters, (left, top, right, bottom) in drawn:
+        assert min(letters) >= 9  # pixels of a line of text
+        for i, (x, y, x2, y2) in enumerate(boxes):
+            assert left - 1 <= x
+            assert x2 <= right + 1
+            assert top - 1 <= y
+            assert y2 <= bottom + 1
+            for a, b, a2, b2 in boxes[:i]:
+                assert x >= a2 or a >= x2 or y >= b2 or b >= y2
+
+
 def test_results_of_which_less_is_known(open_page, three, tmp_path):
     three.classes = [0, 1, 1]
     run = kestro.mine(three, min_support=1)

@@ -22,8 +22,8 @@ if TYPE_CHECKING:
 
 # In the order in which they build upon each other.
 _SCRIPTS = (
-    *("data", "elements", "structures", "drawings", "selection", "table"),
-    *("charts", "volcano", "lattice", "details", "export", "main"),
+    *("data", "elements", "structures", "graphs", "drawings", "selection"),
+    *("table", "charts", "volcano", "lattice", "details", "export", "main"),
 )
 _ENDINGS: dict[Ending, str] = {
     "complete": "all patterns were found",

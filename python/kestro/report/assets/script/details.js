@@ -36,7 +36,8 @@ function showExamples(pattern) {
     let caption = `Graph ${graph.tid}`;
     if (graph.record !== graph.tid) caption += `, record ${graph.record}`;
     if (data.class_of) caption += `, class ${data.class_of[place]}`;
-    return make("figure", {}, examplePicture(pattern, graph, vertices),
+    const kind = ofMolecules ? null : "graph";
+    return make("figure", { class: kind }, examplePicture(pattern, graph, vertices),
       make("figcaption", {}, caption));
   }));
 }

@@ -1,7 +1,7 @@
 // A pattern between its parents and its children, as a picture that one can walk:
 // by links, or by arrows among them.
 
-const FEW = 9; // relatives shown before all are asked for
+const FEW = 6; // relatives shown before all are asked for
 
 function showLattice(pattern) {
   const box = byId("lattice");

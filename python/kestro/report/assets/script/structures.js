@@ -40,7 +40,7 @@ function moleculeSvg(rdkit, smarts, size, atoms = [], bonds = []) {
       width: size[0], height: size[1], atoms, bonds,
       highlightColour: HIGHLIGHT, kekulize: false, addChiralHs: false,
       wedgeBonds: false, noFreetype: true, clearBackground: false, padding: 0.06,
-      fixedBondLength: 26, fillHighlights: true, highlightBondWidthMultiplier: 14,
+      fixedBondLength: 26, minFontSize: 11, fillHighlights: true, highlightBondWidthMultiplier: 14,
     })));
   } finally {
     molecule.delete();
