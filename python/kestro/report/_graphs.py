@@ -117,9 +117,10 @@ def _costs(
     weight[:n, :n] = _BOXES
     costs = (meet * np.tril(weight, -1)).sum(axis=(1, 2))
     on = a[:, :, None] + _ON_EDGE[:, None] * (b - a)[:, :, None]
-    inside = (np.abs(on[:, :, :, None] - places[:, None, None]) < half[:n]).all(axis=4)
-    own = np.equal(edges[:, :, None], np.arange(n)).any(axis=1)
-    costs += _CROSSED * (inside.any(axis=2) & ~own).sum(axis=(1, 2))
+    away = np.abs(on[:, :, :, None] - places[:, None, None])
+    inside: NDArray[np.bool_] = np.all(away < half[:n], axis=4)
+    own: NDArray[np.bool_] = edges[:, :, None] == np.arange(n)
+    costs += _CROSSED * (inside.any(axis=2) & ~own.any(axis=1)).sum(axis=(1, 2))
     total: Places = costs + np.ptp(places[..., 1], axis=1) / 60
     return total
 
