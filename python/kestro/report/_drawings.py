@@ -11,7 +11,7 @@ import re
 from typing import Any
 
 from kestro._database import AtomLabels, Graph
-from kestro._molecule_drawing import molecule_of
+from kestro._molecule_drawing import COLOURS, molecule_of
 from kestro._pattern import Pattern
 from kestro.report._graphs import WIDTH, graph_svg
 
@@ -52,6 +52,7 @@ def _molecule_svg(g: Graph, labels: AtomLabels) -> str:
     options.fixedBondLength = _BOND_LENGTH
     options.minFontSize = _LETTERS
     options.padding = 0.06
+    options.updateAtomPalette(COLOURS)
     options.prepareMolsBeforeDrawing = False
     drawer.DrawMolecule(molecule)
     drawer.FinishDrawing()

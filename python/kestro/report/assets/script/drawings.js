@@ -2,7 +2,7 @@
 // them about as large, so that letters can be read; graphs are lower if they can.
 
 const PATTERN_SIZE = ofMolecules ? [180, 115] : [180, 170];
-const GRAPH_SIZE = ofMolecules ? [300, 230] : [340, 300];
+const GRAPH_SIZE = ofMolecules ? [240, 185] : [340, 300];
 
 // A span that holds the drawing of a pattern at once or soon.
 function picture(pattern, isTold = false) {
