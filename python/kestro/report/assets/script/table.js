@@ -83,7 +83,7 @@ function rowOf(pattern) {
   }
   if (tellsKinds) {
     const kind = kindOf(pattern);
-    cells.push(make("td", { role: "cell", class: "kind", "data-name": kind ? "Kind" : null }, kind));
+    cells.push(make("td", { role: "cell", "data-name": kind ? "Kind" : null }, kind));
   }
   cells.push(make("td", { role: "cell", class: "text" }, textOf(pattern)));
   const isChosen = table.chosen === pattern;
