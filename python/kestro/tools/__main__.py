@@ -11,7 +11,7 @@ from collections.abc import Sequence
 import kestro
 from kestro._errors import KestroError
 from kestro.tools import check, completion, convert, diff, match, mine, report, suggest
-from kestro.tools._status import OutputError, Status, UsageError
+from kestro.tools._status import OutputError, Status, UsageError, told
 from kestro.tools._terminal import Terminal
 
 _EPILOG = """\
@@ -87,7 +87,7 @@ def main(argv: Sequence[str] | None = None) -> int:
     except BrokenPipeError:
         return _lost_output()
     except OSError as e:
-        _complain(f"cannot write: {e.strerror or e}")
+        _complain(told("cannot write", e))
         return _lost_output()
     return status
 
@@ -112,8 +112,11 @@ def _run(argv: Sequence[str] | None) -> int:
         return int(Status.OUTPUT)
     except BrokenPipeError:
         raise
-    except (KestroError, OSError) as e:
+    except KestroError as e:
         _complain(str(e))
+        return int(Status.INPUT)
+    except OSError as e:
+        _complain(told("cannot read", e))
         return int(Status.INPUT)
     except MemoryError:
         _complain("memory has run out")

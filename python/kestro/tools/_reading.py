@@ -1,18 +1,13 @@
 """Reading whatever a command is given, by the package's own readers.
 
 What a file is, its extension tells; ``--from`` does where there is none.
-Standard input is read once and kept, so that molecules can be read again in full
-where another format of molecules is written.
 """
 
 from __future__ import annotations
 
 import argparse
-import io
-import sys
 import warnings
 from collections import Counter
-from collections.abc import Callable
 from pathlib import Path
 from typing import Any, NamedTuple
 
@@ -21,10 +16,12 @@ import numpy as np
 import kestro
 from kestro._database import AtomLabels, GraphDatabase, Skipped, number_of
 from kestro._errors import KestroError
+from kestro._files import Source, read_bytes
+from kestro._result import Result
+from kestro.tools._source import STDIN, Again, called, kept
 from kestro.tools._status import UsageError
 from kestro.tools._terminal import Terminal
 
-STDIN = "-"
 MOLECULES = ("smi", "sdf", "csv")
 FORMATS = (*MOLECULES, "tu", "graphml", "parquet", "transactions")
 _SUFFIXES = {
@@ -59,7 +56,7 @@ class Input(NamedTuple):
 
     db: GraphDatabase
     form: str
-    again: Callable[[], Any]
+    again: Again
     name: str
 
 
@@ -129,8 +126,15 @@ def format_of(name: str, told: str | None) -> str:
     return _SUFFIXES.get(plain.suffix.lower(), "transactions")
 
 
-def read(name: str, args: argparse.Namespace, terminal: Terminal) -> Input:
+def read(
+    name: str,
+    args: argparse.Namespace,
+    terminal: Terminal,
+    like: Result | None = None,
+) -> Input:
     """Return the graphs of a file, a folder or standard input; tell what is skipped.
+
+    With a result that tells it, labels of atoms are like those of its patterns.
 
     Raises
     ------
@@ -140,38 +144,35 @@ def read(name: str, args: argparse.Namespace, terminal: Terminal) -> Input:
         For options that do not fit the format.
     """
     form = format_of(name, args.form)
-    again = _again(name, form)
+    if form == "tu" and name == STDIN:
+        raise UsageError("a TU data set is a folder, not standard input")
     labels = AtomLabels(args.charge, args.hydrogens)
     if form not in MOLECULES and any(labels):
         raise UsageError(f"--charge and --hydrogens are for molecules, not for {form}")
-    terminal.passing(f"reading {name}")
+    if like is not None and form in MOLECULES:
+        labels = like._patterns.summary.atom_labels or labels
+    terminal.passing(f"reading {called(name)}")
     try:
+        again = kept(name)
         with warnings.catch_warnings():
             # That all records were skipped is told below.
             warnings.simplefilter("ignore", UserWarning)
-            db = _read(form, again(), name, args)
+            db = _read(form, again(), name, labels, args)
     finally:
         terminal.clear()
     if args.class_column is not None:
         db = _with_classes(db, args.class_column)
     tell_skipped(db, name, terminal)
     if db.skipped and not len(db):
-        raise KestroError("not one of the records can be read", name)
-    return Input(db, form, again, name)
+        raise KestroError("not one of the records can be read", called(name))
+    return Input(db, form, again, called(name))
 
 
-def _again(name: str, form: str) -> Callable[[], Any]:
-    if name != STDIN:
-        return lambda: name
-    if form == "tu":
-        raise UsageError("a TU data set is a folder, not standard input")
-    data = sys.stdin.buffer.read()
-    return lambda: io.BytesIO(data)
-
-
-def _read(form: str, source: Any, name: str, args: argparse.Namespace) -> GraphDatabase:
+def _read(
+    form: str, source: Any, name: str, labels: AtomLabels, args: argparse.Namespace
+) -> GraphDatabase:
     on_error: Any = "raise" if args.strict else "skip"
-    of_atoms = {"charge": args.charge, "hydrogens": args.hydrogens}
+    of_atoms = labels._asdict()
     of_labels = {
         key: value
         for key, value in (
@@ -197,7 +198,7 @@ def _read(form: str, source: Any, name: str, args: argparse.Namespace) -> GraphD
     if form == "graphml":
         return kestro.from_graphml(source, **of_labels, on_error=on_error)
     if form == "parquet":
-        return kestro.from_arrow(_parquet(source, name), on_error=on_error)
+        return kestro.from_arrow(_parquet(source), on_error=on_error)
     return kestro.read_transactions(source, on_error=on_error)
 
 
@@ -211,14 +212,15 @@ def delimiter_of(name: str, told: str | None) -> str:
     return sign
 
 
-def _parquet(source: Any, name: str) -> Any:
+def _parquet(source: Source) -> Any:
     from kestro._arrow import import_pyarrow
 
     pa = import_pyarrow()
     import pyarrow.parquet
 
+    data, name = read_bytes(source)
     try:
-        return pyarrow.parquet.read_table(source)
+        return pyarrow.parquet.read_table(pa.BufferReader(data))
     except pa.ArrowInvalid as e:
         raise KestroError(f"no Parquet file: {e}", name) from e
 
@@ -245,6 +247,7 @@ def _with_classes(db: GraphDatabase, column: str) -> GraphDatabase:
 
 def tell_skipped(db: GraphDatabase, name: str, terminal: Terminal) -> None:
     """Tell how many records were left out, and why, like reasons together."""
+    name = called(name)
     if not db.skipped:
         terminal.say(f"{name}: {number_of(len(db), db.kind.removesuffix('s'))}")
         return

@@ -13,7 +13,7 @@ import numpy as np
 import kestro
 from kestro._database import GraphDatabase, number_of
 from kestro._files import read_bytes
-from kestro.tools import _reading, _writing
+from kestro.tools import _source, _writing
 from kestro.tools._status import Status
 from kestro.tools._terminal import Terminal, shown, styled, table
 from kestro.tools._transaction_check import Problem, problems
@@ -39,7 +39,9 @@ _LABELS = 20  # rows of the table of labels
 
 def add_arguments(parser: argparse.ArgumentParser) -> None:
     """Add what this sub-command takes."""
-    parser.add_argument("input", metavar="FILE", help="a transaction file, or -")
+    parser.add_argument(
+        "input", type=_source.file_name, metavar="FILE", help="a transaction file, or -"
+    )
     parser.add_argument(
         "--max-problems",
         type=int,
@@ -58,18 +60,16 @@ def add_arguments(parser: argparse.ArgumentParser) -> None:
 
 def run(args: argparse.Namespace, terminal: Terminal) -> Status:
     """Check."""
-    if args.input == _reading.STDIN:
-        data, _ = read_bytes(sys.stdin.buffer)
-    else:
-        data, _ = read_bytes(args.input)
-    terminal.passing(f"checking {args.input}")
+    name = _source.called(args.input)
+    terminal.passing(f"checking {name}")
+    data, _ = read_bytes(_source.kept(args.input)())
     found = problems(data)
     with warnings.catch_warnings():
         warnings.simplefilter("ignore", UserWarning)
         db = kestro.read_transactions(io.BytesIO(data), on_error="skip")
     terminal.clear()
     lines = [
-        *_problem_lines(found, args.input, args.max_problems),
+        *_problem_lines(found, name, args.max_problems),
         *_contents(db, args.labels),
     ]
     _writing.write_lines(_writing.STDOUT, (f"{line}\n" for line in lines))

@@ -11,7 +11,7 @@ from xml.sax.saxutils import escape
 from kestro._aside import write_all_aside
 from kestro._database import GraphDatabase
 from kestro._errors import KestroError
-from kestro.tools import _molecule_files, _reading, _writing
+from kestro.tools import _molecule_files, _reading, _source, _writing
 from kestro.tools._status import Status, UsageError
 from kestro.tools._terminal import Terminal
 
@@ -38,10 +38,16 @@ _TO = (*_reading.MOLECULES, "tu", "graphml", "parquet", "transactions")
 
 def add_arguments(parser: argparse.ArgumentParser) -> None:
     """Add what this sub-command takes."""
-    parser.add_argument("input", metavar="INPUT", help="a file, a TU folder, or -")
+    parser.add_argument(
+        "input",
+        type=_source.file_name,
+        metavar="INPUT",
+        help="a file, a TU folder, or -",
+    )
     parser.add_argument(
         "-o",
         "--output",
+        type=_source.file_name,
         default=_writing.STDOUT,
         metavar="FILE",
         help="where to; standard output when not given, a folder for tu",

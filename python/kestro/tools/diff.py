@@ -5,10 +5,9 @@ from __future__ import annotations
 import argparse
 from collections.abc import Iterator
 
-import kestro
 from kestro._database import number_of
 from kestro._pattern import Pattern
-from kestro.tools import _isomorphism, _writing
+from kestro.tools import _isomorphism, _results, _source, _writing
 from kestro.tools._status import Status
 from kestro.tools._terminal import Terminal, shown
 
@@ -31,8 +30,12 @@ _SHOWN = 20  # patterns listed of each kind
 
 def add_arguments(parser: argparse.ArgumentParser) -> None:
     """Add what this sub-command takes."""
-    parser.add_argument("first", metavar="FIRST", help="a .fp or .jsonl file")
-    parser.add_argument("second", metavar="SECOND", help="another one")
+    parser.add_argument(
+        "first", type=_source.file_name, metavar="FIRST", help=_results.HELP
+    )
+    parser.add_argument(
+        "second", type=_source.file_name, metavar="SECOND", help="another one"
+    )
     parser.add_argument(
         "--csv",
         action="store_true",
@@ -50,7 +53,9 @@ def add_arguments(parser: argparse.ArgumentParser) -> None:
 def run(args: argparse.Namespace, terminal: Terminal) -> Status:
     """Compare."""
     terminal.passing("reading")
-    results = [kestro.read_result(name) for name in (args.first, args.second)]
+    names = (args.first, args.second)
+    _source.check_names(*names)
+    results = [_results.read(_source.kept(name)) for name in names]
     terminal.passing("comparing")
     found = _isomorphism.classes(*results)
     terminal.clear()
@@ -61,14 +66,14 @@ def run(args: argparse.Namespace, terminal: Terminal) -> Status:
                 *(" ".join(p.id for p in own) for own in c.members),
                 *(" ".join(str(p.support) for p in own) for own in c.members),
                 c.any.size,
-                _graph(c.any),
+                _results.line_of(c.any.graph),
             ]
             for c in found
         ]
         head = ["first", "second", "first_support", "second_support", "size", "graph"]
         _writing.write_lines(_writing.STDOUT, _writing.csv_lines([head, *rows]))
     else:
-        lines = _summary(found, (args.first, args.second), max(0, args.show))
+        lines = _summary(found, names, max(0, args.show))
         _writing.write_lines(_writing.STDOUT, (f"{line}\n" for line in lines))
     return Status.FOUND if changed else Status.NOTHING
 
@@ -85,7 +90,7 @@ def _summary(
         listed = sum(len(c.members[place]) for c in found)
         distinct = sum(bool(c.members[place]) for c in found)
         yield (
-            f"{shown(name)}: {number_of(listed, 'pattern')}, "
+            f"{shown(_source.called(name))}: {number_of(listed, 'pattern')}, "
             f"{distinct} up to isomorphism"
         )
     shared = [c for c in found if all(c.members)]
@@ -98,11 +103,15 @@ def _summary(
     )
     for place, name in enumerate(names):
         own = [c.members[place] for c in found if not c.members[1 - place]]
-        yield from _listed(f"only in {shown(name)}", list(map(_told, own)), most)
+        yield from _listed(
+            f"only in {shown(_source.called(name))}", list(map(_told, own)), most
+        )
     for place, name in enumerate(names):
         twice = _isomorphism.doubled(found, place)
         yield from _listed(
-            f"more than once in {shown(name)}", list(map(_told, twice)), most
+            f"more than once in {shown(_source.called(name))}",
+            list(map(_told, twice)),
+            most,
         )
 
 
@@ -112,11 +121,7 @@ def _supports(c: _isomorphism.PatternClass, place: int) -> set[int]:
 
 def _told(patterns: list[Pattern]) -> str:
     ids = ", ".join(f"{p.id} (support {p.support})" for p in patterns)
-    return f"{ids}: {shown(_graph(patterns[0]))}"
-
-
-def _graph(pattern: Pattern) -> str:
-    return pattern.graph.lines().strip().replace("\n", "; ")
+    return f"{ids}: {shown(_results.line_of(patterns[0].graph))}"
 
 
 def _listed(what: str, texts: list[str], most: int) -> Iterator[str]:

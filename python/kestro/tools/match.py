@@ -12,7 +12,7 @@ import kestro
 from kestro._arguments import job_count
 from kestro._errors import KestroError
 from kestro._result import Result
-from kestro.tools import _reading, _writing
+from kestro.tools import _reading, _results, _source, _writing
 from kestro.tools._status import Status
 from kestro.tools._terminal import Terminal
 from kestro.tools.mine import jobs
@@ -35,8 +35,15 @@ the result tells: a .jsonl file does, a .fp file does not.
 
 def add_arguments(parser: argparse.ArgumentParser) -> None:
     """Add what this sub-command takes."""
-    parser.add_argument("result", metavar="RESULT", help="a .fp or .jsonl file")
-    parser.add_argument("input", metavar="INPUT", help="a file, a TU folder, or -")
+    parser.add_argument(
+        "result", type=_source.file_name, metavar="RESULT", help=_results.HELP
+    )
+    parser.add_argument(
+        "input",
+        type=_source.file_name,
+        metavar="INPUT",
+        help="a file, a TU folder, or -",
+    )
     columns = parser.add_mutually_exclusive_group()
     columns.add_argument(
         "--ids", action="store_true", help="the ids of the patterns in each graph"
@@ -48,25 +55,27 @@ def add_arguments(parser: argparse.ArgumentParser) -> None:
         "-j", "--jobs", type=jobs, default=1, metavar="N", help="threads; -1 is all"
     )
     parser.add_argument(
-        "-o", "--output", default=_writing.STDOUT, metavar="FILE", help="where to"
+        "-o",
+        "--output",
+        type=_source.file_name,
+        default=_writing.STDOUT,
+        metavar="FILE",
+        help="where to",
     )
     _reading.add_arguments(parser)
 
 
 def run(args: argparse.Namespace, terminal: Terminal) -> Status:
     """Match."""
-    result = kestro.read_result(args.result)
-    labels = result._patterns.summary.atom_labels
-    form = _reading.format_of(args.input, args.form)
-    if labels is not None and form in _reading.MOLECULES:
-        args.charge, args.hydrogens = labels
-    source = _reading.read(args.input, args, terminal)
+    _source.check_names(args.result, args.input)
+    result = _results.read(_source.kept(args.result))
+    source = _reading.read(args.input, args, terminal, like=result)
     _tell_strange_labels(result, source.db, terminal)
     terminal.passing("matching")
     try:
         found = result.transform(source.db, n_jobs=job_count(args.jobs))
     except KestroError as e:
-        raise KestroError(e.text, args.input) from e
+        raise KestroError(e.text, source.name) from e
     finally:
         terminal.clear()
     names = [p.id for p in result]

@@ -16,7 +16,7 @@ from kestro._database import number_of
 from kestro._errors import KestroError
 from kestro._progress import Progress
 from kestro._result import Result
-from kestro.tools import _reading, _writing
+from kestro.tools import _reading, _results, _source, _writing
 from kestro.tools._status import OutputError, Status, UsageError
 from kestro.tools._terminal import Terminal
 
@@ -96,7 +96,12 @@ def jobs(text: str) -> int:
 
 def add_arguments(parser: argparse.ArgumentParser) -> None:
     """Add what this sub-command takes."""
-    parser.add_argument("input", metavar="INPUT", help="a file, a TU folder, or -")
+    parser.add_argument(
+        "input",
+        type=_source.file_name,
+        metavar="INPUT",
+        help="a file, a TU folder, or -",
+    )
     parser.add_argument(
         "-s",
         "--support",
@@ -142,7 +147,11 @@ def add_arguments(parser: argparse.ArgumentParser) -> None:
         "kestro writes",
     )
     parser.add_argument(
-        "-o", "--output-dir", metavar="FOLDER", help="where files go; made if missing"
+        "-o",
+        "--output-dir",
+        type=_source.file_name,
+        metavar="FOLDER",
+        help="where files go; made if missing",
     )
     parser.add_argument(
         "-f",
@@ -204,7 +213,7 @@ def run(args: argparse.Namespace, terminal: Terminal) -> Status:
 
 def name_of(source: str) -> str:
     """Return the name of files that are made of an input."""
-    if source == _reading.STDIN:
+    if source == _source.STDIN:
         return "patterns"
     plain = Path(source).resolve().name.removesuffix(".gz")
     return Path(plain).stem or plain
@@ -293,6 +302,6 @@ def csv_lines(result: Result) -> Any:
     if "smarts" not in names:
         # Not in the frame, whose texts are UTF-8, which labels need not be.
         names.append("graph")
-        graphs = (p.graph.lines().strip().replace("\n", "; ") for p in result)
+        graphs = (_results.line_of(p.graph) for p in result)
         rows = [(*row, graph) for row, graph in zip(rows, graphs, strict=True)]
     return _writing.csv_lines([names, *rows])

@@ -7,7 +7,7 @@ import math
 from collections.abc import Iterator
 
 from kestro._database import number_of
-from kestro.tools import _estimate, _reading, _writing
+from kestro.tools import _estimate, _reading, _source, _writing
 from kestro.tools._status import Status, UsageError
 from kestro.tools._terminal import Terminal
 from kestro.tools.mine import jobs
@@ -33,7 +33,12 @@ was reached first: the lowest support is told that can be had within it
 
 def add_arguments(parser: argparse.ArgumentParser) -> None:
     """Add what this sub-command takes."""
-    parser.add_argument("input", metavar="INPUT", help="a file, a TU folder, or -")
+    parser.add_argument(
+        "input",
+        type=_source.file_name,
+        metavar="INPUT",
+        help="a file, a TU folder, or -",
+    )
     parser.add_argument(
         "-n",
         "--patterns",

@@ -121,7 +121,9 @@ def test_colours(monkeypatch):
     screen = Screen()
     monkeypatch.setattr(sys, "stderr", screen)
     assert main(["mine", "nowhere", "-s", "1"]) == 3
-    assert "\x1b[31merror\x1b[0m: [Errno 2]" in screen.getvalue()
+    assert (
+        "\x1b[31merror\x1b[0m: cannot read nowhere: no such file" in screen.getvalue()
+    )
 
 
 def test_interrupted(examples, monkeypatch, capsys):
