@@ -7,10 +7,21 @@ import os
 import sys
 import traceback
 from collections.abc import Sequence
+from typing import Any
 
 import kestro
 from kestro._errors import KestroError
-from kestro.tools import check, completion, convert, diff, match, mine, report, suggest
+from kestro.tools import (
+    _writing,
+    check,
+    completion,
+    convert,
+    diff,
+    match,
+    mine,
+    report,
+    suggest,
+)
 from kestro.tools._status import OutputError, Status, UsageError, told
 from kestro.tools._terminal import Terminal
 
@@ -30,16 +41,33 @@ exit codes:
 _COMMANDS = (mine, suggest, check, convert, report, match, diff, completion)
 
 
+class _Parser(argparse.ArgumentParser):
+    """Tells what cannot be written, which argparse leaves out."""
+
+    def print_help(self, file: Any = None) -> None:
+        _writing.write_lines(_writing.STDOUT, [self.format_help()])
+
+    def print_usage(self, file: Any = None) -> None:
+        if file is not None:  # else standard error is closed
+            super().print_usage(file)
+
+
+class _Version(argparse.Action):
+    def __call__(self, parser: argparse.ArgumentParser, *_: object) -> None:
+        _writing.write_lines(_writing.STDOUT, [f"kestro-tools {_version()}\n"])
+        parser.exit()
+
+
 def parser() -> argparse.ArgumentParser:
     """Return the parser of the command line."""
-    top = argparse.ArgumentParser(
+    top = _Parser(
         prog="kestro-tools",
         description="Frequent subgraphs of molecules and other labelled graphs.",
         epilog=_EPILOG,
         formatter_class=argparse.RawDescriptionHelpFormatter,
     )
     top.add_argument(
-        "--version", action="version", version=f"kestro-tools {_version()}"
+        "--version", action=_Version, nargs=0, help="show the version and exit"
     )
     commands = top.add_subparsers(dest="command", metavar="COMMAND", required=True)
     for module in _COMMANDS:
@@ -81,9 +109,11 @@ def main(argv: Sequence[str] | None = None) -> int:
     >>> main(["convert", "examples/molecules.smi", "-q", "-o", "/dev/null"])
     0
     """
+    _hold_closed_streams()
     try:
         status = _run(argv)
-        sys.stdout.flush()
+        if sys.stdout is not None:
+            sys.stdout.flush()
     except BrokenPipeError:
         return _lost_output()
     except OSError as e:
@@ -130,6 +160,19 @@ def _run(argv: Sequence[str] | None) -> int:
         return os.EX_SOFTWARE
 
 
+def _hold_closed_streams() -> None:
+    """Keep files from taking the place of a closed standard stream.
+
+    What libraries tell there would be written into them.
+    """
+    for number, stream in enumerate((sys.stdin, sys.stdout, sys.stderr)):
+        if stream is None:
+            try:
+                os.fstat(number)
+            except OSError:
+                os.open(os.devnull, os.O_RDWR)
+
+
 def _complain(text: str) -> None:
     Terminal().warn(text, "error")
 
@@ -137,7 +180,8 @@ def _complain(text: str) -> None:
 def _lost_output() -> int:
     """Return the code; nobody is left to read, so nothing more may be flushed."""
     try:
-        os.dup2(os.open(os.devnull, os.O_WRONLY), sys.stdout.fileno())
+        if sys.stdout is not None:
+            os.dup2(os.open(os.devnull, os.O_WRONLY), sys.stdout.fileno())
     except (OSError, ValueError):
         pass
     return int(Status.OUTPUT)

@@ -33,6 +33,8 @@ def write_lines(target: str, lines: Iterable[str]) -> None:
         if target != STDOUT:
             write_aside(Path(target), lines)
             return
+        if sys.stdout is None:
+            raise OutputError("cannot write: standard output is closed")
         out = getattr(sys.stdout, "buffer", None)
         if out is None:  # a stand-in that takes text alone
             sys.stdout.writelines(lines)

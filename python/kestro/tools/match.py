@@ -13,9 +13,9 @@ from kestro._arguments import job_count
 from kestro._errors import KestroError
 from kestro._result import Result
 from kestro.tools import _reading, _results, _source, _writing
+from kestro.tools._options import jobs
 from kestro.tools._status import Status
 from kestro.tools._terminal import Terminal
-from kestro.tools.mine import jobs
 
 HELP = "look for the patterns of a result in other graphs"
 DESCRIPTION = """\

@@ -17,6 +17,7 @@ from kestro._errors import KestroError
 from kestro._progress import Progress
 from kestro._result import Result
 from kestro.tools import _reading, _results, _source, _writing
+from kestro.tools._options import INT_MAX, jobs, whole
 from kestro.tools._status import OutputError, Status, UsageError
 from kestro.tools._terminal import Terminal
 
@@ -86,14 +87,6 @@ def formats(text: str) -> list[str]:
     return names
 
 
-def jobs(text: str) -> int:
-    """Return a number of threads, -1 for all cores."""
-    number = int(text)
-    if number != -1 and number < 1:
-        raise argparse.ArgumentTypeError("threads are 1 or more, or -1 for all cores")
-    return number
-
-
 def add_arguments(parser: argparse.ArgumentParser) -> None:
     """Add what this sub-command takes."""
     parser.add_argument(
@@ -112,9 +105,15 @@ def add_arguments(parser: argparse.ArgumentParser) -> None:
         help="in how many graphs a pattern must occur",
     )
     parser.add_argument(
-        "--min-size", type=int, default=1, metavar="N", help="edges at least (1)"
+        "--min-size",
+        type=whole(0, INT_MAX),
+        default=1,
+        metavar="N",
+        help="edges at least (1)",
     )
-    parser.add_argument("--max-size", type=int, metavar="N", help="edges at most")
+    parser.add_argument(
+        "--max-size", type=whole(1, INT_MAX), metavar="N", help="edges at most"
+    )
     parser.add_argument(
         "--closed",
         action="store_true",
@@ -134,7 +133,7 @@ def add_arguments(parser: argparse.ArgumentParser) -> None:
     )
     parser.add_argument(
         "--max-patterns",
-        type=int,
+        type=whole(0),
         metavar="N",
         help="end after the size with which there are more than N patterns",
     )

@@ -5,9 +5,9 @@ from __future__ import annotations
 import argparse
 
 from kestro.tools import _reading, _results, _source, _writing
-from kestro.tools._status import Status, UsageError
+from kestro.tools._options import jobs, whole
+from kestro.tools._status import Status
 from kestro.tools._terminal import Terminal
-from kestro.tools.mine import jobs
 
 HELP = "turn a result into a page of HTML"
 DESCRIPTION = """\
@@ -44,7 +44,7 @@ def add_arguments(parser: argparse.ArgumentParser) -> None:
     parser.add_argument("--title", metavar="TEXT", help="what stands on top")
     parser.add_argument(
         "--max-patterns",
-        type=int,
+        type=whole(1),
         default=5000,
         metavar="N",
         help="patterns in the page at most, the best (5000)",
@@ -62,8 +62,6 @@ def add_arguments(parser: argparse.ArgumentParser) -> None:
 
 def run(args: argparse.Namespace, terminal: Terminal) -> Status:
     """Write the page."""
-    if args.max_patterns < 1:
-        raise UsageError("--max-patterns is 1 or more")
     _source.check_names(args.result, args.input)
     again = _source.kept(args.result)
     db = _reading.read(args.input, args, terminal, like=_results.read(again)).db

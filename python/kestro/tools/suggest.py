@@ -8,9 +8,9 @@ from collections.abc import Iterator
 
 from kestro._database import number_of
 from kestro.tools import _estimate, _reading, _source, _writing
+from kestro.tools._options import INT_MAX, jobs, whole
 from kestro.tools._status import Status, UsageError
 from kestro.tools._terminal import Terminal
-from kestro.tools.mine import jobs
 
 HELP = "tell which support gives about N patterns in T seconds"
 DESCRIPTION = """\
@@ -42,7 +42,7 @@ def add_arguments(parser: argparse.ArgumentParser) -> None:
     parser.add_argument(
         "-n",
         "--patterns",
-        type=int,
+        type=whole(1),
         default=1000,
         metavar="N",
         help="how many patterns there should be (1000)",
@@ -55,9 +55,11 @@ def add_arguments(parser: argparse.ArgumentParser) -> None:
         metavar="T",
         help="how long mining them may take (30)",
     )
-    parser.add_argument("--max-size", type=int, metavar="N", help="edges at most")
     parser.add_argument(
-        "--seed", type=int, default=0, metavar="N", help="of the samples (0)"
+        "--max-size", type=whole(1, INT_MAX), metavar="N", help="edges at most"
+    )
+    parser.add_argument(
+        "--seed", type=whole(0), default=0, metavar="N", help="of the samples (0)"
     )
     parser.add_argument(
         "-j", "--jobs", type=jobs, default=1, metavar="N", help="threads; -1 is all"
@@ -67,10 +69,8 @@ def add_arguments(parser: argparse.ArgumentParser) -> None:
 
 def run(args: argparse.Namespace, terminal: Terminal) -> Status:
     """Suggest."""
-    if args.patterns < 1 or not 0 < args.seconds < math.inf or args.seed < 0:
-        raise UsageError("--patterns and --seconds are above 0, --seed 0 or more")
-    if args.max_size is not None and args.max_size < 1:
-        raise UsageError("--max-size is 1 or more")
+    if not 0 < args.seconds < math.inf:
+        raise UsageError("--seconds is above 0")
     db = _reading.read(args.input, args, terminal).db
     if not len(db):
         terminal.warn("there are no graphs")
