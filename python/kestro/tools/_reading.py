@@ -14,6 +14,7 @@ from typing import Any, NamedTuple
 import numpy as np
 
 import kestro
+from kestro._classes import classes
 from kestro._database import AtomLabels, GraphDatabase, Skipped, number_of
 from kestro._errors import KestroError
 from kestro._files import Source, read_bytes
@@ -233,16 +234,50 @@ def _with_classes(db: GraphDatabase, column: str) -> GraphDatabase:
             f"there is no column {column!r} beside the molecules; "
             f"there are: {', '.join(map(repr, names)) or 'none'}"
         )
-    classes = db.table[column]
-    missing = classes.isna().to_numpy()
+    values = db.table[column]
+    missing = values.isna().to_numpy()
     skipped = [
         Skipped(record, f"its class is missing in column {column!r}")
         for record in db.source[missing].tolist()
     ]
     chosen = db[np.flatnonzero(~missing)]
-    chosen.classes = classes[~missing].to_numpy()
+    chosen.classes = values[~missing].to_numpy()
     chosen.skipped = tuple(sorted((*db.skipped, *skipped)))
     return chosen
+
+
+def check_classes(
+    db: GraphDatabase, args: argparse.Namespace, terminal: Terminal
+) -> None:
+    """Take classes away that cannot be compared, as measurements; tell of it.
+
+    Raises
+    ------
+    KestroError
+        Where they were asked for.
+    """
+    if db.classes is None or len(set(db.classes.tolist())) < 2:
+        return  # one class is nothing to compare
+    reason = _no_classes(db)
+    if not reason:
+        return
+    if args.class_column is not None:
+        raise KestroError(f"column {args.class_column!r} holds no classes: {reason}")
+    terminal.warn(f"the graphs are taken without classes: {reason}")
+    db.classes = None
+
+
+def _no_classes(db: GraphDatabase) -> str:
+    values = np.asarray(db.classes)
+    if np.issubdtype(values.dtype, np.inexact):
+        broken = values[~np.isnan(values) & (values % 1 != 0)]
+        if len(broken):
+            return f"these are measurements, such as {broken[0]}"
+    try:
+        classes(values, len(db))
+    except KestroError as e:
+        return e.text
+    return ""
 
 
 def tell_skipped(db: GraphDatabase, name: str, terminal: Terminal) -> None:

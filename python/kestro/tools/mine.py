@@ -174,6 +174,8 @@ def run(args: argparse.Namespace, terminal: Terminal) -> Status:
         with _writing.output_errors():
             Path(args.output_dir).mkdir(parents=True, exist_ok=True)
     source = _reading.read(args.input, args, terminal)
+    if "html" in wanted:  # before the work, too
+        _reading.check_classes(source.db, args, terminal)
     show = Levels(terminal)
     with warnings.catch_warnings():
         # That it was interrupted is told below.

@@ -65,6 +65,7 @@ def run(args: argparse.Namespace, terminal: Terminal) -> Status:
     _source.check_names(args.result, args.input)
     again = _source.kept(args.result)
     db = _reading.read(args.input, args, terminal, like=_results.read(again)).db
+    _reading.check_classes(db, args, terminal)
     terminal.passing("looking for the patterns in the graphs")
     try:
         result = _results.read(again, db, n_jobs=args.jobs)
