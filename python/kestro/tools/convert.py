@@ -70,7 +70,7 @@ def run(args: argparse.Namespace, terminal: Terminal) -> Status:
         raise UsageError(f"--output must name the file or folder for {to}")
     source = _reading.read(args.input, args, terminal)
     db = source.db
-    lost = _lost(db, to)
+    lost = _lost(db, to, args.class_column)
     if lost:
         terminal.warn(f"{to} has no place for {' and '.join(lost)}")
     _WRITERS[to](source, args)
@@ -90,15 +90,16 @@ def _format_of(output: str, told: str | None) -> str:
     return _reading.format_of(output, None)
 
 
-def _lost(db: GraphDatabase, to: str) -> list[str]:
+def _lost(db: GraphDatabase, to: str, class_column: str | None) -> list[str]:
     """Return what of the graphs the format does not hold."""
     lost = []
     beside = [] if db.table is None else [str(name) for name in db.table.columns]
     if to == "smi":  # which has the title as the name
         beside = [name for name in beside if name != "title"]
+    beside = [name for name in beside if name != class_column]
     if beside and to in ("transactions", "graphml", "tu", "smi"):
         lost.append(f"columns {', '.join(map(repr, beside))}")
-    if db.classes is not None and to in ("transactions", "graphml"):
+    if db.classes is not None and to in ("transactions", "graphml", "smi"):
         lost.append("classes")
     return lost
 
@@ -137,7 +138,15 @@ def _graphml_lines(db: GraphDatabase) -> Iterator[str]:
 
 
 def _parquet(source: _reading.Input, args: argparse.Namespace) -> None:
-    _writing.write_parquet(args.output, source.db.to_arrow())
+    db = source.db
+    if db.table is not None and args.class_column is not None:
+        # The classes are a column of their own.
+        db.table = db.table.drop(columns=args.class_column)
+    try:
+        table = db.to_arrow()
+    except ValueError as e:
+        raise KestroError(str(e), source.name) from e
+    _writing.write_parquet(args.output, table)
 
 
 def _tu(source: _reading.Input, args: argparse.Namespace) -> None:

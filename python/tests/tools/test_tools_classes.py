@@ -57,3 +57,36 @@ def test_measurements_that_were_asked_for_end_it(tmp_path, capsys):
     assert main(["report", f"{tmp_path}/a.fp", *of, "-o", f"{tmp_path}/p.html"]) == 3
     err = capsys.readouterr().err
     assert "column 'logp' holds no classes" in err and " y " not in err
+
+
+@pytest.mark.parametrize(
+    ("to", "told"),
+    [
+        ("tu", ""),
+        ("parquet", ""),
+        ("csv", ""),
+        ("smi", "warning: smi has no place for classes\n"),
+        ("graphml", "warning: graphml has no place for classes\n"),
+    ],
+)
+def test_what_becomes_of_a_class_column(to, told, tmp_path, capsys):
+    file, target = tmp_path / "a.csv", str(tmp_path / "out")
+    file.write_text("smiles,class\nCCO,1\nCCN,0\n")
+    argv = ["convert", str(file), "--class-column", "class", "--to", to]
+    assert main([*argv, "-o", target]) == 0
+    assert capsys.readouterr().err == told
+    if to == "tu":
+        assert kestro.from_tu(target).classes.tolist() == [1, 0]
+    if to == "parquet":
+        back = f"{tmp_path}/back/"
+        assert main(["convert", target, "--from", "parquet", "-o", back]) == 0
+        assert kestro.from_tu(back).classes.tolist() == [1, 0]
+    if to == "csv":
+        assert (tmp_path / "out").read_text() == file.read_text()
+
+
+def test_a_column_whose_name_parquet_needs(tmp_path, capsys):
+    file = tmp_path / "a.csv"
+    file.write_text("smiles,edges\nCCO,1\n")
+    assert main(["convert", str(file), "-o", str(tmp_path / "a.parquet")]) == 3
+    assert "columns with names in use: ['edges']" in capsys.readouterr().err
