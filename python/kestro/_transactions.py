@@ -6,7 +6,6 @@ import io
 import os
 import re
 import stat
-import textwrap
 from collections.abc import Iterable
 from itertools import pairwise
 from typing import IO
@@ -29,7 +28,6 @@ _END_MARK = re.compile(rb"(?:^|\n)[ \t]*t[ \t]*#[ \t]*-1\s*\Z")
 _CUT_LABEL = re.compile(rb"^[ \t\v\f\r]*[vudeVUDE][^\n\0]*\0", re.MULTILINE)
 _TAIL = 256  # bytes in which it is looked for
 _BLOCK = 1 << 20  # bytes of a file that are looked at together
-_SHOWN = 200  # signs of the library's text behind our own
 
 
 def read_transactions(
@@ -169,7 +167,7 @@ def _parse(text: bytes, name: str) -> _core.Database:
 
 
 def _explained(e: KestroError, text: bytes) -> KestroError:
-    """Return the error in words, with the library's own behind them."""
+    """Return the error in words, where they are known: the library's are for it."""
     lines = text.split(b"\n")
     if not lines[-1]:
         lines.pop()
@@ -181,8 +179,7 @@ def _explained(e: KestroError, text: bytes) -> KestroError:
     reason = found.get(at - first)
     if reason is None:
         return e
-    own = textwrap.shorten(e.text, _SHOWN, placeholder="…")
-    return KestroError(f"{reason} [{own}]" if own else reason, e.path, e.line)
+    return KestroError(reason, e.path, e.line)
 
 
 def _parse_records(

@@ -1,43 +1,31 @@
-"""Reading whatever a command is given, by the package's own readers.
-
-What a file is, its extension tells; ``--from`` does where there is none.
-"""
+"""Reading whatever a command is given, by the package's own readers."""
 
 from __future__ import annotations
 
 import argparse
 import warnings
-from collections import Counter
-from pathlib import Path
 from typing import Any, NamedTuple
 
 import numpy as np
 
 import kestro
 from kestro._classes import classes
-from kestro._database import AtomLabels, GraphDatabase, Skipped, number_of
+from kestro._database import AtomLabels, GraphDatabase, Skipped
 from kestro._errors import KestroError
 from kestro._files import Source, read_bytes
 from kestro._result import Result
+from kestro.tools import _skipped
+from kestro.tools._formats import (
+    FORMATS,
+    MOLECULES,
+    check_column,
+    check_transactions,
+    delimiter_of,
+    format_of,
+)
 from kestro.tools._source import STDIN, Again, called, kept
 from kestro.tools._status import UsageError
 from kestro.tools._terminal import Terminal
-
-MOLECULES = ("smi", "sdf", "csv")
-FORMATS = (*MOLECULES, "tu", "graphml", "parquet", "transactions")
-_SUFFIXES = {
-    ".smi": "smi",
-    ".smiles": "smi",
-    ".sdf": "sdf",
-    ".sd": "sdf",
-    ".csv": "csv",
-    ".tsv": "csv",
-    ".graphml": "graphml",
-    ".parquet": "parquet",
-}
-_REASONS = 5  # kinds of reasons that are listed
-_RECORDS = 5  # records named for each
-_KIND = 40  # signs by which reasons are told apart
 
 
 class Input(NamedTuple):
@@ -108,25 +96,6 @@ def add_arguments(parser: argparse.ArgumentParser, what: str = "input") -> None:
     )
 
 
-def format_of(name: str, told: str | None) -> str:
-    """Return the format of a file.
-
-    Raises
-    ------
-    UsageError
-        Where nothing tells it.
-    """
-    if told:
-        return told
-    if name == STDIN:
-        raise UsageError("--from must tell the format of standard input")
-    path = Path(name)
-    if path.is_dir():
-        return "tu"
-    plain = path.with_suffix("") if path.suffix == ".gz" else path
-    return _SUFFIXES.get(plain.suffix.lower(), "transactions")
-
-
 def read(
     name: str,
     args: argparse.Namespace,
@@ -158,15 +127,30 @@ def read(
         with warnings.catch_warnings():
             # That all records were skipped is told below.
             warnings.simplefilter("ignore", UserWarning)
-            db = _read(form, again(), name, labels, args)
+            try:
+                db = _read(form, again(), name, labels, args)
+            except KestroError:
+                _check_form(form, again, name, args)
+                raise
+            if db.skipped:
+                _check_form(form, again, name, args)
     finally:
         terminal.clear()
     if args.class_column is not None:
         db = _with_classes(db, args.class_column)
-    tell_skipped(db, name, terminal)
+    _skipped.tell(db, called(name), terminal)
     if db.skipped and not len(db):
         raise KestroError("not one of the records can be read", called(name))
     return Input(db, form, again, called(name))
+
+
+def _check_form(form: str, again: Again, name: str, args: argparse.Namespace) -> None:
+    """Raise where what goes wrong is that the file has another format."""
+    if form == "transactions":
+        check_transactions(again, name, args.form)
+    if form == "csv":
+        sign = delimiter_of(name, args.delimiter)
+        check_column(again, called(name), args.smiles_column, sign)
 
 
 def _read(
@@ -201,16 +185,6 @@ def _read(
     if form == "parquet":
         return kestro.from_arrow(_parquet(source), on_error=on_error)
     return kestro.read_transactions(source, on_error=on_error)
-
-
-def delimiter_of(name: str, told: str | None) -> str:
-    r"""Return the sign between columns; ``\t`` is a tab, as of .tsv files."""
-    if told is None:
-        return "\t" if name.lower().removesuffix(".gz").endswith(".tsv") else ","
-    sign = told.replace("\\t", "\t")
-    if len(sign) != 1 or sign in '"\r\n':
-        raise UsageError(f"--delimiter must be one sign, not {told!r}")
-    return sign
 
 
 def _parquet(source: Source) -> Any:
@@ -278,29 +252,3 @@ def _no_classes(db: GraphDatabase) -> str:
     except KestroError as e:
         return e.text
     return ""
-
-
-def tell_skipped(db: GraphDatabase, name: str, terminal: Terminal) -> None:
-    """Tell how many records were left out, and why, like reasons together."""
-    name = called(name)
-    if not db.skipped:
-        terminal.say(f"{name}: {number_of(len(db), db.kind.removesuffix('s'))}")
-        return
-    what = number_of(len(db), db.kind.removesuffix("s"))
-    records = number_of(len(db.skipped), "record")
-    terminal.warn(f"{name}: {what} read, {records} skipped")
-    kinds = Counter(_kind(s.reason) for s in db.skipped)
-    for kind, count in kinds.most_common(_REASONS):
-        own = [s for s in db.skipped if _kind(s.reason) == kind]
-        numbers = ", ".join(str(s.record) for s in own[:_RECORDS])
-        more = ", …" if count > _RECORDS else ""
-        terminal.list([f"{count}x {own[0].reason} (record {numbers}{more})"])
-    if len(kinds) > _REASONS:
-        rest = sum(count for _, count in kinds.most_common()[_REASONS:])
-        terminal.list([f"{rest}x for other reasons"])
-
-
-def _kind(reason: str) -> str:
-    """Return what is alike in reasons that name other atoms or texts."""
-    without = "".join("0" if c.isdecimal() else c for c in reason.partition("'")[0])
-    return " ".join(without.split())[:_KIND]

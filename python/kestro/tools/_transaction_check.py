@@ -23,8 +23,10 @@ from kestro._transactions import (
     _without_end,
 )
 
-_HEAD_NUMBER = re.compile(rb"[ \t\v\f\r]*[tT][ \t\v\f\r]*#?[ \t\v\f\r]*([+-]?[0-9]+)")
-_LONE_RETURN = re.compile(rb"\r(?!\r*\Z)")
+# Possessive, as blanks that could be shared out would be so in all ways.
+_HEAD_NUMBER = re.compile(
+    rb"[ \t\v\f\r]*+[tT][ \t\v\f\r]*+#?[ \t\v\f\r]*+([+-]?[0-9]++)"
+)
 _TRAILING = re.compile(rb"[ \t\v\f\r]*(\S.*)")
 _SHOWN = 60  # signs of a label that are shown
 
@@ -181,10 +183,10 @@ def _warnings(lines: list[bytes], first: int, record: int) -> Iterator[Problem]:
         def problem(column: int, text: str, hint: str, at: int = i) -> Problem:
             return Problem(first + at, column, "warning", text, hint, record)
 
-        lone = _LONE_RETURN.search(line)
-        if lone:
+        lone = line.rstrip(b"\r").find(b"\r")
+        if lone >= 0:
             yield problem(
-                lone.start() + 1,
+                lone + 1,
                 "a carriage return that ends no line",
                 "lines end with a line feed; what stands behind it is not a line "
                 "of its own",

@@ -4,6 +4,7 @@ from __future__ import annotations
 
 import argparse
 import io
+import shlex
 import sys
 import warnings
 from collections import Counter
@@ -12,8 +13,10 @@ import numpy as np
 
 import kestro
 from kestro._database import GraphDatabase, number_of
+from kestro._errors import KestroError
 from kestro._files import read_bytes
 from kestro.tools import _source, _writing
+from kestro.tools._formats import NO_TRANSACTIONS, format_of, is_transactions
 from kestro.tools._status import Status
 from kestro.tools._terminal import Terminal, shown, styled, table
 from kestro.tools._transaction_check import Problem, problems
@@ -64,6 +67,8 @@ def run(args: argparse.Namespace, terminal: Terminal) -> Status:
     terminal.passing(f"checking {name}")
     data, _ = read_bytes(_source.kept(args.input)())
     found = problems(data)
+    if any(p.kind == "error" for p in found) and not is_transactions(data):
+        raise KestroError(f"{NO_TRANSACTIONS}; {_hint(args.input)}", name)
     with warnings.catch_warnings():
         warnings.simplefilter("ignore", UserWarning)
         db = kestro.read_transactions(io.BytesIO(data), on_error="skip")
@@ -76,6 +81,16 @@ def run(args: argparse.Namespace, terminal: Terminal) -> Status:
     if any(p.kind == "error" for p in found):
         return Status.INPUT
     return Status.FOUND if highest_support(db) else Status.NOTHING
+
+
+def _hint(name: str) -> str:
+    """Return how transactions are made of a file of another format."""
+    form = format_of(name, "FORMAT" if name == _source.STDIN else None)
+    told = f" --from {'FORMAT' if form in ('transactions', 'FORMAT') else form}"
+    return (
+        f"of another format this makes one: "
+        f"kestro-tools convert{told} {shlex.quote(name)} -o graphs.txt"
+    )
 
 
 def highest_support(db: GraphDatabase) -> int:

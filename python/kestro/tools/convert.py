@@ -11,7 +11,9 @@ from xml.sax.saxutils import escape
 from kestro._aside import write_all_aside
 from kestro._database import GraphDatabase
 from kestro._errors import KestroError
+from kestro._files import plain_name
 from kestro.tools import _molecule_files, _reading, _source, _writing
+from kestro.tools._formats import MOLECULES, format_of
 from kestro.tools._status import Status, UsageError
 from kestro.tools._terminal import Terminal
 
@@ -33,7 +35,7 @@ examples:
 Records that cannot be read are left out; what they are and why stands on
 standard error.
 """
-_TO = (*_reading.MOLECULES, "tu", "graphml", "parquet", "transactions")
+_TO = (*MOLECULES, "tu", "graphml", "parquet", "transactions")
 
 
 def add_arguments(parser: argparse.ArgumentParser) -> None:
@@ -63,8 +65,8 @@ def add_arguments(parser: argparse.ArgumentParser) -> None:
 def run(args: argparse.Namespace, terminal: Terminal) -> Status:
     """Convert."""
     to = _format_of(args.output, args.to)
-    form = _reading.format_of(args.input, args.form)
-    if to in _reading.MOLECULES and form not in _reading.MOLECULES:
+    form = format_of(args.input, args.form)
+    if to in MOLECULES and form not in MOLECULES:
         raise UsageError(f"{form} holds no molecules, so it cannot become {to}")
     if to in ("tu", "parquet") and args.output == _writing.STDOUT:
         raise UsageError(f"--output must name the file or folder for {to}")
@@ -85,9 +87,9 @@ def _format_of(output: str, told: str | None) -> str:
         return "transactions"
     if output.endswith("/") or Path(output).is_dir():
         return "tu"
-    if output.endswith(".gz"):
+    if plain_name(output) != output:
         raise UsageError("outputs are not compressed; pipe them through gzip")
-    return _reading.format_of(output, None)
+    return format_of(output, None)
 
 
 def _lost(db: GraphDatabase, to: str, class_column: str | None) -> list[str]:
@@ -212,5 +214,5 @@ _WRITERS: dict[str, Callable[[_reading.Input, argparse.Namespace], Any]] = {
     "graphml": _graphml,
     "parquet": _parquet,
     "tu": _tu,
-    **{form: _molecule_files.write for form in _reading.MOLECULES},
+    **{form: _molecule_files.write for form in MOLECULES},
 }

@@ -14,6 +14,7 @@ import kestro
 from kestro._arguments import min_support_parts
 from kestro._database import number_of
 from kestro._errors import KestroError
+from kestro._files import plain_name
 from kestro._progress import Progress
 from kestro._result import Result
 from kestro.tools import _reading, _results, _source, _writing
@@ -216,7 +217,7 @@ def name_of(source: str) -> str:
     """Return the name of files that are made of an input."""
     if source == _source.STDIN:
         return "patterns"
-    plain = Path(source).resolve().name.removesuffix(".gz")
+    plain = plain_name(Path(source).resolve().name)
     return Path(plain).stem or plain
 
 
