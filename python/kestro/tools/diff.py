@@ -16,7 +16,8 @@ DESCRIPTION = """\
 Tell what two results share, and what only one of them has.
 
 Patterns are compared as graphs, whatever their ids and the order of their
-vertices.  Patterns that one result lists twice are named.
+vertices.  Patterns that one result lists more than once are named; where the other
+lists them as often, with the same supports, this is no difference.
 """
 EPILOG = """\
 examples:
@@ -79,8 +80,9 @@ def run(args: argparse.Namespace, terminal: Terminal) -> Status:
 
 
 def _differs(c: _isomorphism.PatternClass) -> bool:
-    supports = [[p.support for p in own] for own in c.members]
-    return any(len(own) != 1 for own in supports) or supports[0] != supports[1]
+    """Whether one result lists it otherwise than the other, whatever the ids."""
+    first, second = (sorted(p.support for p in own) for own in c.members)
+    return first != second
 
 
 def _summary(
