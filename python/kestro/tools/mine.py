@@ -68,12 +68,16 @@ def support(text: str) -> int | float | str:
     elif _FRACTION.fullmatch(text):
         value = float(text)
     try:
-        min_support_parts(value)
+        # 0%, which the program kestro takes for one graph, is hardly meant so here.
+        is_some = min_support_parts(value)[1] > 0
     except ValueError:
+        is_some = False
+    if not is_some:
         raise argparse.ArgumentTypeError(
-            f"{text!r} is none; write 5%, a fraction above 0 and up to 1.0 such as "
-            f"0.05, or a number of graphs such as 17"
-        ) from None
+            f"{text!r} is none; write a percentage above 0 such as 5%, a fraction "
+            f"above 0 and up to 1.0 such as 0.05, or a number of graphs such as 17 "
+            f"(1 finds what any graph has)"
+        )
     return value
 
 

@@ -105,12 +105,12 @@ def answer(
     nth = whole.nth(patterns)
     lines = list(_sample_lines(found, patterns))
     if nth is not None:
-        assert whole.lowest is not None
-        lines += [_known(whole, nth, graphs)]
+        told = [nth]
         above = whole.supports[whole.supports > nth]
         if len(above) and whole.count(nth) > patterns:
-            lines += [_known(whole, int(above[-1]), graphs)]
-        return Status.FOUND, [*lines, _time(whole)]
+            told.append(int(above[-1]))
+        lines += [_known(whole, support, graphs) for support in told]
+        return Status.FOUND, [*lines, _time(whole, *told)]
     ended = [run for run in whole.runs if run.stopped_by]
     if whole.lowest is None:
         reasons = ", ".join(sorted({str(run.stopped_by) for run in ended})) or "time"
@@ -124,7 +124,7 @@ def answer(
             f"support 1 all are found"
         )
         status = Status.FOUND if lowest.patterns else Status.NOTHING
-        return status, [*lines, _time(whole)]
+        return status, [*lines, _time(whole, 1)]
     lines.append(_known(whole, lowest.support, graphs))
     if ended:
         last = max(ended, key=lambda run: run.support)
@@ -134,7 +134,7 @@ def answer(
         )
     else:
         lines.append("below, the limit of time was reached")
-    return Status.LIMIT, [*lines, _time(whole)]
+    return Status.LIMIT, [*lines, _time(whole, lowest.support)]
 
 
 def _sample_lines(found: _estimate.Estimate, patterns: int) -> Iterator[str]:
@@ -163,9 +163,12 @@ def _share(support: int, graphs: int) -> str:
     return f"{100 * support / graphs:.4g}% of {graphs}"
 
 
-def _time(whole: _estimate.Curve) -> str:
+def _time(whole: _estimate.Curve, *told: int) -> str:
+    """Return how long mining takes at the supports that are told."""
     assert whole.lowest is not None
-    return (
-        f"time: {whole.lowest.seconds:.1f} s for support {whole.lowest.support} "
-        f"here; a larger one takes less"
-    )
+    what = "this support" if len(told) == 1 else "these supports"
+    where = ""
+    if whole.lowest.support not in told:
+        where = f" (measured at {whole.lowest.support})"
+    seconds = math.ceil(10 * whole.lowest.seconds) / 10
+    return f"time: mining at {what} takes {seconds:.1f} s at most here{where}"
