@@ -32,7 +32,8 @@ examples:
   kestro-tools convert molecules.smi -o molecules.txt
   kestro-tools COMMAND --help
 
-A file named - is standard input.  What is read may be compressed by gzip.
+The extension of a file tells its format, else --from does.  A file named - is
+standard input.  What is read may be compressed by gzip.
 
 exit codes:
   0 found   1 nothing found   2 wrong usage   3 bad input   4 output failed

@@ -50,6 +50,13 @@ def jobs(text: str) -> int:
     return number
 
 
+def add_jobs(parser: argparse.ArgumentParser) -> None:
+    """Add the option with the number of threads."""
+    parser.add_argument(
+        "-j", "--jobs", type=jobs, default=1, metavar="N", help="threads; -1 is all"
+    )
+
+
 def _int(text: str) -> int:
     try:
         return int(text)

@@ -23,7 +23,7 @@ from kestro.tools._formats import (
     delimiter_of,
     format_of,
 )
-from kestro.tools._source import STDIN, Again, called, kept
+from kestro.tools._source import STDIN, Again, called, file_name, kept
 from kestro.tools._status import UsageError
 from kestro.tools._terminal import Terminal
 
@@ -49,6 +49,13 @@ class Input(NamedTuple):
     name: str
 
 
+def add_input(
+    parser: argparse.ArgumentParser, what: str = "a file, a TU folder, or -"
+) -> None:
+    """Add the argument that names an input."""
+    parser.add_argument("input", type=file_name, metavar="INPUT", help=what)
+
+
 def add_arguments(parser: argparse.ArgumentParser, what: str = "input") -> None:
     """Add the options that say how an input is read."""
     group = parser.add_argument_group(f"how the {what} is read")
@@ -56,7 +63,8 @@ def add_arguments(parser: argparse.ArgumentParser, what: str = "input") -> None:
         "--from",
         dest="form",
         choices=FORMATS,
-        help="the format, where the extension does not tell it",
+        help="the format, where the extension does not tell it; transactions where "
+        "nothing does",
     )
     group.add_argument(
         "--smiles-column",

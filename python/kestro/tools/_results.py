@@ -2,16 +2,27 @@
 
 from __future__ import annotations
 
+import argparse
+
 import kestro
 from kestro._database import Graph, GraphDatabase
 from kestro._errors import KestroError
 from kestro._files import read_bytes
 from kestro._result import Result
-from kestro.tools._source import Again
+from kestro.tools._source import Again, file_name
 
-HELP = "a .fp or .jsonl file of a run, or -"
 _BEGINNINGS = (b"{", b"# ***")
 _READABLE = "of the files of a run the .fp and the .jsonl one can be read"
+
+
+def add_argument(parser: argparse.ArgumentParser, name: str) -> None:
+    """Add an argument that names a result."""
+    parser.add_argument(
+        name,
+        type=file_name,
+        metavar=name.upper(),
+        help="a .fp or .jsonl file of a run, or -",
+    )
 
 
 def read(

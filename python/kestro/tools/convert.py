@@ -40,12 +40,7 @@ _TO = (*MOLECULES, "tu", "graphml", "parquet", "transactions")
 
 def add_arguments(parser: argparse.ArgumentParser) -> None:
     """Add what this sub-command takes."""
-    parser.add_argument(
-        "input",
-        type=_source.file_name,
-        metavar="INPUT",
-        help="a file, a TU folder, or -",
-    )
+    _reading.add_input(parser)
     parser.add_argument(
         "-o",
         "--output",

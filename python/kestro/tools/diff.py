@@ -31,12 +31,8 @@ _SHOWN = 20  # patterns listed of each kind
 
 def add_arguments(parser: argparse.ArgumentParser) -> None:
     """Add what this sub-command takes."""
-    parser.add_argument(
-        "first", type=_source.file_name, metavar="FIRST", help=_results.HELP
-    )
-    parser.add_argument(
-        "second", type=_source.file_name, metavar="SECOND", help="another one"
-    )
+    _results.add_argument(parser, "first")
+    _results.add_argument(parser, "second")
     parser.add_argument(
         "--csv",
         action="store_true",

@@ -13,7 +13,7 @@ from kestro._arguments import job_count
 from kestro._errors import KestroError
 from kestro._result import Result
 from kestro.tools import _reading, _results, _source, _writing
-from kestro.tools._options import jobs
+from kestro.tools._options import add_jobs
 from kestro.tools._status import Status
 from kestro.tools._terminal import Terminal
 
@@ -35,15 +35,8 @@ the result tells: a .jsonl file does, a .fp file does not.
 
 def add_arguments(parser: argparse.ArgumentParser) -> None:
     """Add what this sub-command takes."""
-    parser.add_argument(
-        "result", type=_source.file_name, metavar="RESULT", help=_results.HELP
-    )
-    parser.add_argument(
-        "input",
-        type=_source.file_name,
-        metavar="INPUT",
-        help="a file, a TU folder, or -",
-    )
+    _results.add_argument(parser, "result")
+    _reading.add_input(parser)
     columns = parser.add_mutually_exclusive_group()
     columns.add_argument(
         "--ids", action="store_true", help="the ids of the patterns in each graph"
@@ -51,9 +44,7 @@ def add_arguments(parser: argparse.ArgumentParser) -> None:
     columns.add_argument(
         "--matrix", action="store_true", help="a column of 0 and 1 per pattern"
     )
-    parser.add_argument(
-        "-j", "--jobs", type=jobs, default=1, metavar="N", help="threads; -1 is all"
-    )
+    add_jobs(parser)
     parser.add_argument(
         "-o",
         "--output",

@@ -18,7 +18,7 @@ from kestro._files import plain_name
 from kestro._progress import Progress
 from kestro._result import Result
 from kestro.tools import _reading, _results, _source, _writing
-from kestro.tools._options import INT_MAX, jobs, whole
+from kestro.tools._options import INT_MAX, add_jobs, whole
 from kestro.tools._status import OutputError, Status, UsageError
 from kestro.tools._terminal import Terminal
 
@@ -94,12 +94,7 @@ def formats(text: str) -> list[str]:
 
 def add_arguments(parser: argparse.ArgumentParser) -> None:
     """Add what this sub-command takes."""
-    parser.add_argument(
-        "input",
-        type=_source.file_name,
-        metavar="INPUT",
-        help="a file, a TU folder, or -",
-    )
+    _reading.add_input(parser)
     parser.add_argument(
         "-s",
         "--support",
@@ -130,9 +125,7 @@ def add_arguments(parser: argparse.ArgumentParser) -> None:
         action="store_true",
         help="only those that no other one contains; of --max-size edges all",
     )
-    parser.add_argument(
-        "-j", "--jobs", type=jobs, default=1, metavar="N", help="threads; -1 is all"
-    )
+    add_jobs(parser)
     parser.add_argument(
         "--time-limit", type=float, metavar="S", help="end after S seconds"
     )
@@ -219,9 +212,10 @@ def run(args: argparse.Namespace, terminal: Terminal) -> Status:
 
 def name_of(source: str) -> str:
     """Return the name of files that are made of an input."""
-    if source == _source.STDIN:
-        return "patterns"
-    plain = plain_name(Path(source).resolve().name)
+    path = Path(source).resolve()
+    if source == _source.STDIN or not (path.is_file() or path.is_dir()):
+        return "patterns"  # a pipe has no name of its own
+    plain = plain_name(path.name)
     return Path(plain).stem or plain
 
 

@@ -5,7 +5,7 @@ from __future__ import annotations
 import argparse
 
 from kestro.tools import _reading, _results, _source, _writing
-from kestro.tools._options import jobs, whole
+from kestro.tools._options import INT_MAX, add_jobs, whole
 from kestro.tools._status import Status
 from kestro.tools._terminal import Terminal
 
@@ -27,12 +27,8 @@ INPUT is what was mined, read in the same way.
 
 def add_arguments(parser: argparse.ArgumentParser) -> None:
     """Add what this sub-command takes."""
-    parser.add_argument(
-        "result", type=_source.file_name, metavar="RESULT", help=_results.HELP
-    )
-    parser.add_argument(
-        "input", type=_source.file_name, metavar="INPUT", help="what was mined"
-    )
+    _results.add_argument(parser, "result")
+    _reading.add_input(parser, "what was mined, or -")
     parser.add_argument(
         "-o",
         "--output",
@@ -44,7 +40,7 @@ def add_arguments(parser: argparse.ArgumentParser) -> None:
     parser.add_argument("--title", metavar="TEXT", help="what stands on top")
     parser.add_argument(
         "--max-patterns",
-        type=whole(1),
+        type=whole(1, INT_MAX),
         default=5000,
         metavar="N",
         help="patterns in the page at most, the best (5000)",
@@ -54,9 +50,7 @@ def add_arguments(parser: argparse.ArgumentParser) -> None:
         action="store_true",
         help="a smaller page, without the search by SMARTS",
     )
-    parser.add_argument(
-        "-j", "--jobs", type=jobs, default=1, metavar="N", help="threads; -1 is all"
-    )
+    add_jobs(parser)
     _reading.add_arguments(parser)
 
 

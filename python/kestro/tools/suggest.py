@@ -7,8 +7,8 @@ import math
 from collections.abc import Iterator
 
 from kestro._database import number_of
-from kestro.tools import _estimate, _reading, _source, _writing
-from kestro.tools._options import INT_MAX, jobs, whole
+from kestro.tools import _estimate, _reading, _writing
+from kestro.tools._options import INT_MAX, add_jobs, whole
 from kestro.tools._status import Status, UsageError
 from kestro.tools._terminal import Terminal
 
@@ -33,12 +33,7 @@ was reached first: the lowest support is told that can be had within it
 
 def add_arguments(parser: argparse.ArgumentParser) -> None:
     """Add what this sub-command takes."""
-    parser.add_argument(
-        "input",
-        type=_source.file_name,
-        metavar="INPUT",
-        help="a file, a TU folder, or -",
-    )
+    _reading.add_input(parser)
     parser.add_argument(
         "-n",
         "--patterns",
@@ -61,9 +56,7 @@ def add_arguments(parser: argparse.ArgumentParser) -> None:
     parser.add_argument(
         "--seed", type=whole(0), default=0, metavar="N", help="of the samples (0)"
     )
-    parser.add_argument(
-        "-j", "--jobs", type=jobs, default=1, metavar="N", help="threads; -1 is all"
-    )
+    add_jobs(parser)
     _reading.add_arguments(parser)
 
 

@@ -56,6 +56,13 @@ def test_results_and_graphs_are_read_from_pipes(words, folder):
     assert matched.stdout.startswith("graph,record,patterns\n0,0,1\n")
 
 
+def test_files_made_of_a_pipe_have_a_name(folder):
+    done = bash("$KT mine <(cat a.smi) --from smi -s 2 -o out", folder)
+    assert (done.returncode, done.stderr) == (0, "")
+    names = {file.name for file in (folder / "out").iterdir()}
+    assert names == {"patterns.fp", "patterns.tid", "patterns.pc"}
+
+
 def test_diff_with_standard_input(folder):
     done = bash("$KT diff - a.fp < a.jsonl", folder)
     assert done.returncode == 1
