@@ -82,7 +82,7 @@ def read_transactions(
     data, name = read_bytes(source)
     text, has_end_mark = _without_end(data.removeprefix(BYTE_ORDER_MARK))
     try:
-        native = _parse(text, name)
+        native = parse(text, name)
         records = np.arange(len(native), dtype=np.int64)
         skipped = _skipped_in_front(text)
     except KestroError:
@@ -154,7 +154,7 @@ def _skipped_in_front(text: bytes) -> list[Skipped]:
     return [Skipped(-1, reason)] if line else []
 
 
-def _parse(text: bytes, name: str) -> _core.Database:
+def parse(text: bytes, name: str) -> _core.Database:
     """Parse transactions; raise for labels that a NUL byte would end."""
     cut = _CUT_LABEL.search(text) if b"\0" in text else None
     if cut:
@@ -193,7 +193,7 @@ def _parse_records(
     for record, (start, end) in enumerate(pairwise(cuts), -1):
         piece = text[start:end]
         try:
-            _parse(piece, "")
+            parse(piece, "")
         except KestroError as e:
             reason = e.text if e.line is None else f"{e.text} (line {e.line} of it)"
             skipped.append(Skipped(record, printable(reason)))

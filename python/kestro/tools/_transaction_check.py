@@ -19,8 +19,8 @@ from kestro._transaction_faults import _EDGE, _VERTEX, _id, faults
 from kestro._transactions import (
     _HEAD,
     _line_in_front,
-    _parse,
     _without_end,
+    parse,
 )
 
 # Possessive, as blanks that could be shared out would be so in all ways.
@@ -115,7 +115,7 @@ def _errors(
     piece: bytes, lines: list[bytes], first: int, record: int
 ) -> Iterator[Problem]:
     try:
-        _parse(piece, "")
+        parse(piece, "")
     except KestroError as e:
         wrong = faults(lines)
         if not wrong:
