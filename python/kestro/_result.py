@@ -21,7 +21,7 @@ from kestro import (
     _program_files,
     _scoring,
 )
-from kestro._arguments import Ids, Index, Selection, job_count, whole_number
+from kestro._arguments import Ids, Index, Selection, job_count
 from kestro._aside import write_aside
 from kestro._database import Graph, GraphDatabase
 from kestro._errors import KestroError
