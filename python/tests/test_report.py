@@ -505,6 +505,19 @@ def test_letters_of_graphs_can_be_read(open_page, tmp_path, width, stored):
                 assert x >= a2 or a >= x2 or y >= b2 or b >= y2
 
 
+@pytest.mark.parametrize("stored", [0, 10])
+def test_large_graphs_are_dots(open_page, tmp_path, stored):
+    path = [(i, i + 1, "call") for i in range(29)]
+    db = kestro.from_edges([[f"function{i}" for i in range(30)]] * 2, [path] * 2)
+    run = kestro.mine(db, min_support=2)
+    run[run.size == 29].report(tmp_path / "path.html", stored_drawings=stored)
+    page = open_page(tmp_path / "path.html")
+    drawing = page.locator("#patterns .picture svg")
+    assert drawing.locator("rect").count() == 30
+    assert drawing.locator("line").count() == 29
+    assert drawing.locator("text").count() == 0
+
+
 def test_results_of_which_less_is_known(open_page, three, tmp_path):
     three.classes = [0, 1, 1]
     run = kestro.mine(three, min_support=1)

@@ -3,8 +3,9 @@
 They are drawn in the size in which the page shows them, so that letters can be
 read.  So little room wants a place for every box: the layout is turned and
 stretched in some ways, and the one is taken in which least lies on top of each
-other.  Labels of edges that find no room are left out, as a text beside the drawing
-has them all.  ``graphs.js`` does the same in the page.
+other.  Labels of edges that find no room are left out, and of large graphs all
+labels, as a text beside the drawing has them.  ``graphs.js`` does the same in the
+page.
 """
 
 from __future__ import annotations
@@ -21,8 +22,9 @@ from kestro._graph_drawing import connected_layout
 WIDTH = 180  # pixels
 MOST_HIGH = 170
 LONGEST = 14  # characters shown of a label
+LARGE = 25  # vertices, above which they are dots
 _LETTERS, _EDGE_LETTERS = 11, 10  # pixels
-_BOX = 17  # pixels that a box is high
+_BOX, _DOT = 17, 6  # pixels that boxes and dots are high
 _MARGIN = 2
 _LONGEST_EDGE = 110
 _STRETCH = 2.5
@@ -41,7 +43,12 @@ Places = NDArray[np.float64]
 def graph_svg(g: Graph, tells_edges: bool) -> str:
     """Return the drawing of a connected graph, an ``svg`` element."""
     edges = g.edges.astype(np.int64).reshape(-1, 2)
-    boxes = np.array([_wide(x, _LETTERS) + 9 for x in g.vertex_labels])
+    is_large = len(g.vertex_labels) > LARGE
+    tells_edges = tells_edges and not is_large
+    box = _DOT if is_large else _BOX
+    boxes = np.array(
+        [_DOT if is_large else _wide(x, _LETTERS) + 9 for x in g.vertex_labels]
+    )
     labels = np.array(
         [_wide(x, _EDGE_LETTERS) if tells_edges else 0.0 for x in g.edge_labels]
     )
@@ -62,10 +69,11 @@ def graph_svg(g: Graph, tells_edges: bool) -> str:
             texts.append(_text(own[0], own[1], label, _EDGE_LETTERS, "edge"))
     for (x, y), w, label in zip(places, boxes, g.vertex_labels, strict=True):
         texts.append(
-            f"<rect x='{x - w / 2:.1f}' y='{y - _BOX / 2:.1f}' width='{w:.1f}' "
-            f"height='{_BOX}' rx='{_BOX / 2}' fill='#fff' stroke='#333'/>"
-            + _text(x, y, label, _LETTERS, "vertex")
+            f"<rect x='{x - w / 2:.1f}' y='{y - box / 2:.1f}' width='{w:.1f}' "
+            f"height='{box}' rx='{box / 2}' fill='#fff' stroke='#333'/>"
         )
+        if not is_large:
+            texts.append(_text(x, y, label, _LETTERS, "vertex"))
     return (
         f"<svg xmlns='http://www.w3.org/2000/svg' viewBox='0 0 {WIDTH} {high}'>"
         f"{''.join(lines)}{''.join(texts)}</svg>"
@@ -85,15 +93,20 @@ def arranged(edges: NDArray[np.int64], boxes: Places, labels: Places) -> Places:
     """
     key = tuple(sorted((min(e), max(e)) for e in edges.tolist()))
     places = connected_layout(len(boxes), key)
-    cos, sin = np.cos(_ANGLES), np.sin(_ANGLES)
+    # Dots can do with the layout as it is.
+    is_large = len(boxes) > LARGE
+    angles, high = (_ANGLES[:1], _ROOMS[-1:]) if is_large else (_ANGLES, _ROOMS)
+    cos, sin = np.cos(angles), np.sin(angles)
     turned = places @ np.moveaxis(np.array([[cos, sin], [-sin, cos]]), 2, 0)
     turned -= (turned.min(axis=1) + turned.max(axis=1))[:, None] / 2
-    across = np.full(len(_ROOMS), max(WIDTH - boxes.max() - 2 * _MARGIN, 1.0))
-    rooms = np.stack([across, _ROOMS], axis=1)
+    across = np.full(len(high), max(WIDTH - boxes.max() - 2 * _MARGIN, 1.0))
+    rooms = np.stack([across, high], axis=1)
     scale = rooms / np.maximum(np.ptp(turned, axis=1), 1e-3)[:, None]
     scale = np.minimum(np.minimum(scale, _LONGEST_EDGE), _STRETCH * scale[..., ::-1])
     every = turned[:, None] * scale[:, :, None]
     every = every.reshape(-1, len(boxes), 2)
+    if is_large:
+        return np.asarray(every[0])
     best: Places = every[int(_costs(every, edges, boxes, labels).argmin())]
     return best
 
