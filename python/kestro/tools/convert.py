@@ -12,9 +12,9 @@ from kestro._database import GraphDatabase
 from kestro._errors import KestroError
 from kestro._files import plain_name
 from kestro._graphml import graphml_lines
-from kestro.tools import _molecule_files, _reading, _source, _writing
+from kestro.tools import _molecule_files, _reading, _source, _tu_files, _writing
 from kestro.tools._formats import MOLECULES, format_of
-from kestro.tools._status import Status, UsageError
+from kestro.tools._status import OutputError, Status, UsageError
 from kestro.tools._terminal import Terminal
 
 HELP = "turn graphs from one format into another"
@@ -143,19 +143,21 @@ def _tu(source: _reading.Input, args: argparse.Namespace) -> None:
     if db.classes is not None:
         files["graph_labels"] = (f"{x}\n" for x in db.classes.tolist())
     lines = {Path(f"{start}_{kind}.txt"): text for kind, text in files.items()}
-    lines[folder / "README.txt"] = [
-        "Labels of vertices:\n",
+    lines[folder / _tu_files.README] = [
+        f"{_tu_files.VERTICES}\n",
         *vertex_names.lines(),
-        "Labels of edges:\n",
+        f"{_tu_files.EDGES}\n",
         *edge_names.lines(),
     ]
     with _writing.output_errors():
         folder.mkdir(parents=True, exist_ok=True)
-        # What stands there of another data set is none of this one.
-        write_all_aside(
-            lines,
-            stale=[x for x in folder.glob(f"{start.name}_*.txt") if x not in lines],
-        )
+        in_the_way = _tu_files.in_the_way(folder, start.name, set(lines))
+        if in_the_way:
+            raise OutputError(
+                f"cannot write {args.output}: what is there is no data set of the "
+                f"same files that convert wrote: {', '.join(in_the_way)}"
+            )
+        write_all_aside(lines)
 
 
 def _adjacency(db: GraphDatabase) -> Iterator[str]:

@@ -139,3 +139,46 @@ def test_a_device_is_written_to_and_stays(smi, tmp_path):
     if not pipe.is_fifo():
         reader.kill()  # who waits for a writer that will not come
     assert reader.communicate()[0].startswith(b"t # 0")
+
+
+def held(folder):
+    return {path.name: path.read_text() for path in folder.iterdir()}
+
+
+@pytest.mark.parametrize(
+    ("files", "named"),
+    [
+        ({"data_notes.txt": "mine", "README.txt": "precious"}, "README.txt"),
+        ({"data_A.txt": "1, 2"}, "data_A.txt"),
+        ({"data_node_attributes.txt": "0.5"}, "data_node_attributes.txt"),
+        ({"data_graph_labels.txt.gz": "1"}, "data_graph_labels.txt.gz"),
+        ({"other_A.txt": "1, 2"}, "other_A.txt"),
+    ],
+)
+def test_a_folder_with_files_of_others_stays(files, named, smi, tmp_path, capsys):
+    folder = tmp_path / "data"
+    folder.mkdir()
+    for name, text in files.items():
+        (folder / name).write_text(text)
+    assert main(["convert", str(smi), "-o", str(folder)]) == 4
+    assert f"convert wrote: {named}\n" in capsys.readouterr().err
+    assert held(folder) == files
+
+
+def test_a_folder_is_written_once_more(smi, tmp_path, capsys):
+    folder, table = tmp_path / "[data]", tmp_path / "a.csv"
+    table.write_text("smiles,y\nCCO,1\nCO,0\n")
+    folder.mkdir()
+    (folder / "[data]_notes.txt").write_text("mine")
+    assert main(["convert", str(smi), "-o", str(folder)]) == 0
+    first = held(folder)
+    assert len(first) == 6 and first["[data]_notes.txt"] == "mine"
+    of_table = ["convert", str(table), "-o", str(folder), "--class-column", "y"]
+    assert main(of_table) == 0
+    second = held(folder)
+    assert second["[data]_graph_labels.txt"] == "1\n0\n"
+    assert second["[data]_notes.txt"] == "mine"
+    # Without classes it would be read with those of before.
+    assert main(["convert", str(smi), "-o", str(folder)]) == 4
+    assert "[data]_graph_labels.txt" in capsys.readouterr().err
+    assert held(folder) == second
