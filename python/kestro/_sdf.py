@@ -74,7 +74,10 @@ def from_sdf(
     convert(convert_molfiles, [r.molfile for r in records], labels, n_jobs, packer)
 
     def table(source: NDArray[np.int64]) -> pd.DataFrame:
-        kept = [records[record].items for record in source.tolist()]
+        kept = [
+            {"title": records[record].title, **records[record].items}
+            for record in source.tolist()
+        ]
         return pd.DataFrame(kept, index=range(len(kept)))
 
     return packer.build(labels, table)
@@ -83,6 +86,7 @@ def from_sdf(
 class _Record(NamedTuple):
     line: int  # where it begins
     molfile: Text
+    title: str
     items: dict[str, str]
 
 
@@ -101,22 +105,21 @@ def _records(text: str) -> Iterator[_Record]:
 def _record(number: int, lines: list[str]) -> _Record:
     ends = [i for i, line in enumerate(lines) if line.startswith(_MOLFILE_END)]
     if not ends:
-        return _Record(number, Unread(f"the record has no line {_MOLFILE_END!r}"), {})
+        return _Record(
+            number, Unread(f"the record has no line {_MOLFILE_END!r}"), "", {}
+        )
     if len(ends) > 1:
         reason = f"{len(ends)} molfiles in a record: a line {_RECORD_END!r} is missing"
-        return _Record(number, Unread(reason), {})
-    found = {"title": [lines[0].strip()]}
+        return _Record(number, Unread(reason), "", {})
     own: dict[str, list[str]] = {}
     for name, value in _data_items(lines[ends[0] + 1 :]):
         if name is None:
             reason = f"a line that belongs to no data item: {value!r}"
-            return _Record(number, Unread(reason), {})
+            return _Record(number, Unread(reason), "", {})
         own.setdefault(name, []).append(value)
-    items = {
-        printable(name): printable("\n".join(values))
-        for name, values in {**found, **own}.items()
-    }
-    return _Record(number, printable("\n".join(lines[: ends[0] + 1]) + "\n"), items)
+    molfile = printable("\n".join(lines[: ends[0] + 1]) + "\n")
+    items = {printable(name): printable("\n".join(own[name])) for name in own}
+    return _Record(number, molfile, printable(lines[0].strip()), items)
 
 
 def _data_items(lines: list[str]) -> Iterator[tuple[str | None, str]]:

@@ -13,7 +13,7 @@ from typing import Any
 from kestro._atoms import import_rdkit
 from kestro._csv import _read_rows
 from kestro._files import lines_of, read_text
-from kestro._sdf import _records
+from kestro._sdf import _Record, _records
 from kestro.tools import _reading, _writing
 from kestro.tools._formats import delimiter_of, format_of
 
@@ -35,9 +35,8 @@ def _molfiles(source: _reading.Input, hydrogens: bool) -> Iterator[tuple[str, An
     Chem = import_rdkit()
     records = list(_records(read_text(source.again())[0]))
     for record in source.db.source.tolist():
-        title = records[record].items.get("title", "")
         yield (
-            title,
+            records[record].title,
             Chem.MolFromMolBlock(records[record].molfile, removeHs=not hydrogens),
         )
 
@@ -65,11 +64,12 @@ def _smiles(
 
 
 def _columns(
-    source: _reading.Input, args: argparse.Namespace
+    source: _reading.Input, args: argparse.Namespace, with_titles: bool = True
 ) -> tuple[list[str], list[list[str]]]:
     """Return the names of the columns beside the molecules, and their rows.
 
-    Of text they are the text that was read: 007 is no 7.0.
+    Of text they are the text that was read: 007 is no 7.0.  Titles of an SD file
+    are one, as in its table, where they do not go to a place of their own.
     """
     kept = source.db.source.tolist()
     if source.form == "csv":
@@ -84,7 +84,7 @@ def _columns(
     if source.form == "sdf" and source.db.table is not None:
         records = list(_records(read_text(source.again())[0]))
         names = [str(x) for x in source.db.table.columns]
-        return names, [[records[i].items.get(x, "") for x in names] for i in kept]
+        return names, [[_item(records[i], x, with_titles) for x in names] for i in kept]
     table = source.db.table
     if table is None:
         return [], [[] for _ in range(len(source.db))]
@@ -92,6 +92,11 @@ def _columns(
     return [str(x) for x in table.columns], [
         [str(cell) for cell in row] for row in texts.itertuples(index=False, name=None)
     ]
+
+
+def _item(record: _Record, name: str, with_titles: bool) -> str:
+    title = record.title if with_titles and name == "title" else ""
+    return record.items.get(name, title)
 
 
 def _smi(source: _reading.Input, args: argparse.Namespace) -> Iterator[str]:
@@ -116,7 +121,7 @@ def _csv(source: _reading.Input, args: argparse.Namespace) -> Iterator[str]:
 
 def _sdf(source: _reading.Input, args: argparse.Namespace) -> Iterator[str]:
     Chem = import_rdkit()
-    names, rows = _columns(source, args)
+    names, rows = _columns(source, args, with_titles=False)
     if source.form == "sdf":
         read = _molfiles(source, True)
     else:
@@ -125,7 +130,7 @@ def _sdf(source: _reading.Input, args: argparse.Namespace) -> Iterator[str]:
         molecule.SetProp("_Name", " ".join(name.split()))
         out = [Chem.MolToMolBlock(molecule, forceV3000=_is_large(molecule))]
         for key, value in zip(names, row, strict=True):
-            if value and not (source.form == "sdf" and key == "title"):
+            if value:
                 # An empty line would end the value, and others begin something new.
                 lines = [
                     " " * line.startswith((">", "$$$$")) + line

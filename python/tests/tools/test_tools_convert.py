@@ -9,6 +9,7 @@ import sys
 import kestro
 import pytest
 from kestro.tools.__main__ import main
+from rdkit import Chem
 
 COMMAND = (sys.executable, "-m", "kestro.tools")
 SMILES = "CCO ethanol\nC1CC\nC[N+](C)(C)C\tcholine part\n[nH]1cccc1\n"
@@ -182,3 +183,23 @@ def test_a_folder_is_written_once_more(smi, tmp_path, capsys):
     assert main(["convert", str(smi), "-o", str(folder)]) == 4
     assert "[data]_graph_labels.txt" in capsys.readouterr().err
     assert held(folder) == second
+
+
+def record(title, items):
+    molecule = Chem.MolFromSmiles("CCO")
+    molecule.SetProp("_Name", title)
+    data = "".join(f"> <{name}>\n{value}\n\n" for name, value in items.items())
+    return f"{Chem.MolToMolBlock(molecule)}{data}$$$$\n"
+
+
+def test_a_data_item_called_title_is_no_name(tmp_path):
+    file, other, names = (tmp_path / x for x in ("a.sdf", "b.sdf", "b.smi"))
+    file.write_text(record("ethanol", {"title": "a paper"}) + record("spirit", {}))
+    assert main(["convert", str(file), "-o", str(other)]) == 0
+    molfiles = [x.split("\n") for x in other.read_text().split("$$$$\n")]
+    assert [x[0] for x in molfiles[:-1]] == ["ethanol", "spirit"]
+    assert other.read_text().count("> <title>\na paper\n\n") == 1
+    assert other.read_text().count("title") == 1
+    assert main(["convert", str(file), "-o", str(names)]) == 0
+    assert names.read_text() == "CCO\tethanol\nCCO\tspirit\n"
+    assert kestro.from_sdf(file).table["title"].tolist() == ["a paper", "spirit"]
