@@ -7,11 +7,12 @@ the text of its record once more.  SMILES stay as they are written.
 from __future__ import annotations
 
 import argparse
-from collections.abc import Iterator
+from collections.abc import Iterator, Sequence
 from typing import Any
 
 from kestro._atoms import import_rdkit
 from kestro._csv import _read_rows
+from kestro._errors import KestroError
 from kestro._files import lines_of, read_text
 from kestro._sdf import _Record, _records
 from kestro.tools import _reading, _writing
@@ -33,12 +34,9 @@ def _molfiles(source: _reading.Input, hydrogens: bool) -> Iterator[tuple[str, An
     With hydrogens those that are atoms of the record stay atoms.
     """
     Chem = import_rdkit()
-    records = list(_records(read_text(source.again())[0]))
-    for record in source.db.source.tolist():
-        yield (
-            records[record].title,
-            Chem.MolFromMolBlock(records[record].molfile, removeHs=not hydrogens),
-        )
+    for record in _kept_records(source):
+        molecule = Chem.MolFromMolBlock(record.molfile, removeHs=not hydrogens)
+        yield record.title, molecule
 
 
 def _smiles(
@@ -58,9 +56,34 @@ def _smiles(
             yield " ".join(name).strip(), smiles
         return
     rows = _read_rows(text, delimiter_of(source.name, args.delimiter))
-    at = rows[0].cells.index(args.smiles_column)
+    head = rows[0].cells
+    at = head.index(args.smiles_column)
+    column = name_column([*head[:at], *head[at + 1 :]])
     for record in kept:
-        yield "", rows[record + 1].cells[at].strip()
+        cells = rows[record + 1].cells
+        yield cells[head.index(column)] if column else "", cells[at].strip()
+
+
+def name_column(names: Sequence[str]) -> str | None:
+    """Return which column beside the SMILES has the names of molecules."""
+    return next((name for name in ("name", "title") if name in names), None)
+
+
+def has_names(source: _reading.Input) -> bool:
+    """Whether molecules have names that are in no column."""
+    kept = source.db.source.tolist()
+    if source.form == "smi":
+        lines = lines_of(read_text(source.again())[0])
+        return any(len(lines[record].split(maxsplit=1)) > 1 for record in kept)
+    return source.form == "sdf" and any(
+        record.title not in ("", record.items.get("title", record.title))
+        for record in _kept_records(source)
+    )
+
+
+def _kept_records(source: _reading.Input) -> list[_Record]:
+    records = list(_records(read_text(source.again())[0]))
+    return [records[record] for record in source.db.source.tolist()]
 
 
 def _columns(
@@ -107,12 +130,16 @@ def _smi(source: _reading.Input, args: argparse.Namespace) -> Iterator[str]:
 
 def _csv(source: _reading.Input, args: argparse.Namespace) -> Iterator[str]:
     names, rows = _columns(source, args)
-    has_names = source.form == "smi"
+    with_names = source.form == "smi"
     sign = delimiter_of(args.output, None)
-    yield from _writing.csv_lines([["smiles", *["name"][:has_names], *names]], sign)
+    own = ["smiles", *["name"][:with_names]]
+    taken = [name for name in names if name in own]
+    if taken:
+        raise KestroError(f"a column has a name in use: {taken[0]!r}", source.name)
+    yield from _writing.csv_lines([[*own, *names]], sign)
     yield from _writing.csv_lines(
         (
-            [smiles, *[name][:has_names], *row]
+            [smiles, *[name][:with_names], *row]
             for (name, smiles), row in zip(_smiles(source, args), rows, strict=True)
         ),
         sign,

@@ -67,7 +67,7 @@ def run(args: argparse.Namespace, terminal: Terminal) -> Status:
         raise UsageError(f"--output must name the file or folder for {to}")
     source = _reading.read(args.input, args, terminal)
     db = source.db
-    lost = _lost(db, to, args.class_column)
+    lost = _lost(source, to, args.class_column)
     if lost:
         terminal.warn(f"{to} has no place for {' and '.join(lost)}")
     _WRITERS[to](source, args)
@@ -87,13 +87,21 @@ def _format_of(output: str, told: str | None) -> str:
     return format_of(output, None)
 
 
-def _lost(db: GraphDatabase, to: str, class_column: str | None) -> list[str]:
+def _lost(source: _reading.Input, to: str, class_column: str | None) -> list[str]:
     """Return what of the graphs the format does not hold."""
-    lost = []
+    db, lost = source.db, []
     beside = [] if db.table is None else [str(name) for name in db.table.columns]
-    if to == "smi":  # which has the title as the name
+    names_are_told = source.form in MOLECULES and _molecule_files.has_names(source)
+    if to == "smi" and source.form == "csv":
+        taken = _molecule_files.name_column(beside)
+        beside = [name for name in beside if name != taken]
+    elif to == "smi" and not names_are_told:  # titles are no items of records
         beside = [name for name in beside if name != "title"]
     beside = [name for name in beside if name != class_column]
+    # A table has names of its own for those of SMILES.
+    holds_names = to in ("smi", "sdf") or (to == "csv" and source.form == "smi")
+    if names_are_told and not holds_names:
+        lost.append("names")
     if beside and to in ("transactions", "graphml", "tu", "smi"):
         lost.append(f"columns {', '.join(map(repr, beside))}")
     if db.classes is not None and to in ("transactions", "graphml", "smi"):

@@ -203,3 +203,70 @@ def test_a_data_item_called_title_is_no_name(tmp_path):
     assert main(["convert", str(file), "-o", str(names)]) == 0
     assert names.read_text() == "CCO\tethanol\nCCO\tspirit\n"
     assert kestro.from_sdf(file).table["title"].tolist() == ["a paper", "spirit"]
+
+
+def convert(source, text, *argv):
+    source.write_text(text)
+    return main(["convert", str(source), *map(str, argv)])
+
+
+@pytest.mark.parametrize(
+    ("table", "smiles", "warning"),
+    [
+        ("smiles,title\nCCO,pure  ethanol\nCO,\n", "CCO\tpure ethanol\nCO\n", ""),
+        ("name,smiles\nethanol,CCO\n", "CCO\tethanol\n", ""),
+        ("smiles,title,name\nCCO,b,a\n", "CCO\ta\n", "columns 'title'"),
+        ("smiles,id\nCCO,7\n", "CCO\n", "columns 'id'"),
+    ],
+)
+def test_names_in_a_table(table, smiles, warning, tmp_path, capsys):
+    to = tmp_path / "a.smi"
+    assert convert(tmp_path / "a.csv", table, "-o", to) == 0
+    told = f"warning: smi has no place for {warning}\n" if warning else ""
+    assert (to.read_text(), capsys.readouterr().err) == (smiles, told)
+    to = tmp_path / "a.sdf"
+    assert convert(tmp_path / "a.csv", table, "-o", to) == 0
+    name = smiles.split("\n")[0].partition("\t")[2]
+    assert to.read_text().startswith(f"{name}\n")
+
+
+@pytest.mark.parametrize("name", ["a.txt", "a.graphml", "a.parquet", "tu/"])
+def test_names_that_are_lost_are_told(name, tmp_path, capsys):
+    to = f"{tmp_path}/{name}"
+    assert convert(tmp_path / "a.smi", "CCO ethanol\nCO\n", "-o", to) == 0
+    assert "has no place for names\n" in capsys.readouterr().err
+    assert convert(tmp_path / "b.smi", "CCO\nCO \n? x\n", "-o", to) == 0
+    assert "no place" not in capsys.readouterr().err
+
+
+@pytest.mark.parametrize("name", ["b.csv", "b.sdf"])
+def test_names_that_are_kept_are_not_told(name, tmp_path, capsys):
+    to = tmp_path / name
+    assert convert(tmp_path / "a.smi", "CCO ethanol\nCO\n", "-o", to) == 0
+    assert "ethanol" in to.read_text()
+    assert capsys.readouterr().err == ""
+
+
+def test_titles_and_items_that_are_lost_are_told(tmp_path, capsys):
+    text = record("ethanol", {"title": "a paper"})
+    for name, told in (
+        ("b.smi", "columns 'title'"),
+        ("b.csv", "names"),
+        ("b.txt", "names and columns 'title'"),
+    ):
+        assert convert(tmp_path / "a.sdf", text, "-o", tmp_path / name) == 0
+        assert f"no place for {told}\n" in capsys.readouterr().err
+
+
+@pytest.mark.parametrize(
+    ("name", "text", "argv"),
+    [
+        ("a.csv", "s,smiles\nCCO,CO\n", ["--smiles-column", "s"]),
+        ("a.sdf", record("ethanol", {"smiles": "OCC"}), []),
+    ],
+)
+def test_a_column_with_a_name_in_use(name, text, argv, tmp_path, capsys):
+    to = tmp_path / "b.csv"
+    assert convert(tmp_path / name, text, *argv, "-o", to) == 3
+    assert "a column has a name in use: 'smiles'" in capsys.readouterr().err
+    assert not to.exists()
