@@ -14,6 +14,7 @@ VLDB 1996.
 from __future__ import annotations
 
 import time
+import warnings
 from collections.abc import Callable
 from typing import NamedTuple
 
@@ -144,14 +145,17 @@ def bounded_run(
     """Return a run that ends by itself, and the supports that it found, falling."""
     guard = _Guard(_TOO_MANY * patterns, memory)
     start = time.monotonic()
-    result = kestro.mine(
-        db,
-        min_support=support,
-        max_size=max_size,
-        n_jobs=n_jobs,
-        time_limit=max(0.0, seconds),
-        progress=guard,
-    )
+    with warnings.catch_warnings():
+        # That it was interrupted is raised below.
+        warnings.simplefilter("ignore", RuntimeWarning)
+        result = kestro.mine(
+            db,
+            min_support=support,
+            max_size=max_size,
+            n_jobs=n_jobs,
+            time_limit=max(0.0, seconds),
+            progress=guard,
+        )
     took = time.monotonic() - start
     reason: str | None = guard.reason or None
     if result.stopped_by == "interrupt":

@@ -1,6 +1,7 @@
 """Sub-command suggest."""
 
 import re
+import signal
 
 import kestro
 import numpy as np
@@ -91,3 +92,18 @@ def test_the_curve_is_that_of_the_lowest_complete_run(examples):
     assert len(curve.supports) == len(kestro.mine(db, min_support=1, max_size=2))
     assert np.all(np.diff(curve.supports) <= 0)
     assert curve.nth(10**6) is None
+
+
+def test_ctrl_c(explosive, tmp_path, monkeypatch, capsys, recwarn):
+    file = tmp_path / "explosive.txt"
+    explosive.to_transactions(file)
+    mine = kestro.mine
+
+    def interrupted(db, **arguments):
+        arguments["progress"] = lambda now: signal.raise_signal(signal.SIGINT)
+        return mine(db, **arguments)
+
+    monkeypatch.setattr(kestro, "mine", interrupted)
+    assert main(["suggest", str(file), "-t", "1000000"]) == 130
+    assert capsys.readouterr() == ("", "error: interrupted\n")
+    assert not recwarn.list
