@@ -27,6 +27,38 @@ def output_errors() -> Iterator[None]:
         raise OutputError(told("cannot write", e)) from e
 
 
+def is_folder(target: str) -> bool:
+    """Whether what is to be written is a folder that is there.
+
+    Raises
+    ------
+    OutputError
+        For what can be no name of a file.
+    """
+    with output_errors():
+        return Path(target).is_dir()
+
+
+def check_file(target: str) -> None:
+    """Raise where a file cannot be written, before the work and not after it.
+
+    Raises
+    ------
+    OutputError
+        Where it is a folder, or its own folder is missing.
+    """
+    if target == STDOUT:
+        return
+    path = Path(target)
+    with output_errors():
+        try:
+            path.lstat()
+        except FileNotFoundError:
+            path.parent.stat()
+    if is_folder(target):
+        raise OutputError(f"cannot write {target}: it is a folder")
+
+
 def write_lines(target: str, lines: Iterable[str]) -> None:
     """Write to standard output for "-", else to a file that appears when whole."""
     with output_errors():
@@ -58,10 +90,10 @@ def write_parquet(target: str, table: Any) -> None:
     import pyarrow.parquet
 
     path = Path(target)
-    if path.exists() and not path.is_file():
-        raise OutputError(f"cannot write {target}: it is no file")
     aside = path.with_name(f".{path.name}.{uuid.uuid4().hex}")
     with output_errors():
+        if path.exists() and not path.is_file():
+            raise OutputError(f"cannot write {target}: it is no file")
         try:
             pyarrow.parquet.write_table(table, aside)
             aside.replace(path)

@@ -65,6 +65,8 @@ def run(args: argparse.Namespace, terminal: Terminal) -> Status:
         raise UsageError(f"{form} holds no molecules, so it cannot become {to}")
     if to in ("tu", "parquet") and args.output == _writing.STDOUT:
         raise UsageError(f"--output must name the file or folder for {to}")
+    if to != "tu":
+        _writing.check_file(args.output)
     source = _reading.read(args.input, args, terminal)
     db = source.db
     lost = _lost(source, to, args.class_column)
@@ -80,7 +82,7 @@ def _format_of(output: str, told: str | None) -> str:
         return told
     if output == _writing.STDOUT:
         return "transactions"
-    if output.endswith("/") or Path(output).is_dir():
+    if output.endswith("/") or _writing.is_folder(output):
         return "tu"
     if plain_name(output) != output:
         raise UsageError("outputs are not compressed; pipe them through gzip")

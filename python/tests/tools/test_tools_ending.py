@@ -67,3 +67,33 @@ def test_streams(line, code, told, tmp_path):
     assert told in done.stderr and "Traceback" not in done.stderr
     if "-o" in line:
         assert (tmp_path / "a.txt").read_text().startswith("t # 0\nv 0 C\n")
+
+
+LONG = "x" * 300
+
+
+@pytest.mark.parametrize(
+    ("argv", "told"),
+    [
+        (["convert", "a.smi", "-o", f"{LONG}.parquet"], "file name too long"),
+        (["convert", "a.smi", "-o", LONG, "--to", "tu"], "file name too long"),
+        (["convert", "a.smi", "-o", LONG, "--to", "parquet"], "file name too long"),
+        (["convert", "a.smi", "-o", LONG], "file name too long"),
+        (["convert", "a.smi", "-o", "a.d", "--to", "csv"], "a.d: it is a folder"),
+        (["convert", "no.smi", "-o", "no/a.txt"], "no: no such file or folder"),
+        (["convert", "no.smi", "-o", "a.smi/a.txt"], "a.smi/a.txt: a part of its"),
+        (["match", "no.fp", "no.smi", "-o", "no/a.csv"], "no: no such file or folder"),
+        (["report", "no.fp", "no.smi", "-o", "no/a.html"], "no: no such file"),
+        (["report", "no.fp", "no.smi", "-o", "a.d"], "a.d: it is a folder"),
+        (["report", "no.fp", "no.smi", "-o", LONG], "file name too long"),
+    ],
+)
+def test_outputs_that_cannot_be(argv, told, tmp_path, monkeypatch, capsys):
+    # Where inputs are missing, too, the output was looked at before the work.
+    monkeypatch.chdir(tmp_path)
+    (tmp_path / "a.smi").write_text("CCO\nCCO\n")
+    (tmp_path / "a.d").mkdir()
+    assert main(argv) == 4
+    err = capsys.readouterr().err
+    assert err.startswith("error: cannot write ") and told in err
+    assert sorted(x.name for x in tmp_path.iterdir()) == ["a.d", "a.smi"]
