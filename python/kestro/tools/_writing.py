@@ -12,8 +12,9 @@ from pathlib import Path
 from typing import Any
 
 from kestro._aside import write_aside
+from kestro._files import plain_name
 from kestro._result import Result
-from kestro.tools._status import OutputError, told
+from kestro.tools._status import OutputError, UsageError, told
 
 STDOUT = "-"
 
@@ -46,6 +47,8 @@ def check_file(target: str) -> None:
     ------
     OutputError
         Where it is a folder, or its own folder is missing.
+    UsageError
+        Where its name is one of a compressed file.
     """
     if target == STDOUT:
         return
@@ -57,6 +60,19 @@ def check_file(target: str) -> None:
             path.parent.stat()
     if is_folder(target):
         raise OutputError(f"cannot write {target}: it is a folder")
+    check_plain(target)
+
+
+def check_plain(target: str) -> None:
+    """Raise where the name is one of a compressed file, which would not be one.
+
+    Raises
+    ------
+    UsageError
+        With what can be done.
+    """
+    if plain_name(target) != target:
+        raise UsageError("outputs are not compressed; pipe them through gzip")
 
 
 def write_lines(target: str, lines: Iterable[str]) -> None:

@@ -10,7 +10,6 @@ from typing import Any
 from kestro._aside import write_all_aside
 from kestro._database import GraphDatabase
 from kestro._errors import KestroError
-from kestro._files import plain_name
 from kestro._graphml import graphml_lines
 from kestro.tools import _molecule_files, _reading, _source, _tu_files, _writing
 from kestro.tools._formats import MOLECULES, format_of
@@ -78,15 +77,13 @@ def run(args: argparse.Namespace, terminal: Terminal) -> Status:
 
 
 def _format_of(output: str, told: str | None) -> str:
-    if told:
-        return told
     if output == _writing.STDOUT:
-        return "transactions"
+        return told or "transactions"
     if output.endswith("/") or _writing.is_folder(output):
-        return "tu"
-    if plain_name(output) != output:
-        raise UsageError("outputs are not compressed; pipe them through gzip")
-    return format_of(output, None)
+        return told or "tu"
+    if told != "tu":
+        _writing.check_plain(output)
+    return format_of(output, told)
 
 
 def _lost(source: _reading.Input, to: str, class_column: str | None) -> list[str]:

@@ -97,3 +97,28 @@ def test_outputs_that_cannot_be(argv, told, tmp_path, monkeypatch, capsys):
     err = capsys.readouterr().err
     assert err.startswith("error: cannot write ") and told in err
     assert sorted(x.name for x in tmp_path.iterdir()) == ["a.d", "a.smi"]
+
+
+@pytest.mark.parametrize(
+    "argv",
+    [
+        ["convert", "a.smi", "-o", "b.txt.gz"],
+        ["convert", "a.smi", "--to", "transactions", "-o", "b.txt.GZ"],
+        ["convert", "a.smi", "--to", "parquet", "-o", "b.gz"],
+        ["match", "no.fp", "a.smi", "-o", "b.csv.gz"],
+        ["report", "no.fp", "a.smi", "-o", "b.html.gz"],
+    ],
+)
+def test_names_of_compressed_files_are_refused(argv, tmp_path, monkeypatch, capsys):
+    monkeypatch.chdir(tmp_path)
+    (tmp_path / "a.smi").write_text("CCO\n")
+    assert main(argv) == 2
+    assert "outputs are not compressed" in capsys.readouterr().err
+    assert [x.name for x in tmp_path.iterdir()] == ["a.smi"]
+
+
+def test_a_folder_may_be_called_so(tmp_path):
+    (tmp_path / "a.smi").write_text("CCO\n")
+    argv = ["convert", str(tmp_path / "a.smi"), "-o", str(tmp_path / "b.gz")]
+    assert main([*argv, "--to", "tu"]) == main(argv) == 0
+    assert len(kestro.from_tu(tmp_path / "b.gz")) == 1
