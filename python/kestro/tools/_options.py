@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 import argparse
+import math
 from collections.abc import Callable
 
 INT_MAX = 2**31 - 1
@@ -34,6 +35,42 @@ def whole(least: int, most: int = COUNT_MAX) -> Callable[[str], int]:
     return number
 
 
+def seconds(text: str) -> float:
+    """Return a number of seconds, 0 or more; infinity is none.
+
+    Raises
+    ------
+    argparse.ArgumentTypeError
+        For what is none.
+
+    Examples
+    --------
+    >>> from kestro.tools._options import seconds
+    >>> seconds("0.5")
+    0.5
+    """
+    value = float(_number(text, float))
+    if not 0 <= value < math.inf:
+        raise argparse.ArgumentTypeError(
+            f"it must be a number of seconds, 0 or more, not {text}"
+        )
+    return value
+
+
+def some_seconds(text: str) -> float:
+    """Return a number of seconds above 0.
+
+    Raises
+    ------
+    argparse.ArgumentTypeError
+        For what is none.
+    """
+    value = seconds(text)
+    if not value:
+        raise argparse.ArgumentTypeError(f"it must be above 0, not {text}")
+    return value
+
+
 def jobs(text: str) -> int:
     """Return a number of threads, -1 for all cores.
 
@@ -58,7 +95,11 @@ def add_jobs(parser: argparse.ArgumentParser) -> None:
 
 
 def _int(text: str) -> int:
+    return int(_number(text, int))
+
+
+def _number(text: str, of: type[int] | type[float]) -> float:
     try:
-        return int(text)
+        return of(text)
     except ValueError:
         raise argparse.ArgumentTypeError(f"{text[:40]!r} is no number") from None

@@ -57,7 +57,8 @@ def check_file(target: str) -> None:
         try:
             path.lstat()
         except FileNotFoundError:
-            path.parent.stat()
+            if not path.parent.exists():
+                raise
     if is_folder(target):
         raise OutputError(f"cannot write {target}: it is a folder")
     check_plain(target)

@@ -17,6 +17,7 @@ from kestro._errors import KestroError
 from kestro._files import read_bytes
 from kestro.tools import _source, _writing
 from kestro.tools._formats import NO_TRANSACTIONS, format_of, is_transactions
+from kestro.tools._options import whole
 from kestro.tools._status import Status
 from kestro.tools._terminal import Terminal, shown, styled, table
 from kestro.tools._transaction_check import Problem, problems
@@ -47,14 +48,14 @@ def add_arguments(parser: argparse.ArgumentParser) -> None:
     )
     parser.add_argument(
         "--max-problems",
-        type=int,
+        type=whole(0),
         default=100,
         metavar="N",
         help="lines of problems that are shown (100); all are counted",
     )
     parser.add_argument(
         "--labels",
-        type=int,
+        type=whole(0),
         default=_LABELS,
         metavar="N",
         help=f"labels that are shown, the most frequent ones ({_LABELS})",
@@ -106,13 +107,13 @@ def highest_support(db: GraphDatabase) -> int:
 
 def _problem_lines(found: list[Problem], name: str, most: int) -> list[str]:
     lines = []
-    for p in found[: max(0, most)]:
+    for p in found[:most]:
         kind = styled(p.kind, p.kind, sys.stdout)
         lines.append(f"{shown(name)}:{p.line}:{p.column}: {kind}: {shown(p.text)}")
         if p.hint:
             lines.append(f"    {p.hint}")
     if len(found) > most:
-        lines.append(f"… and {number_of(len(found) - max(0, most), 'problem')} more")
+        lines.append(f"… and {number_of(len(found) - most, 'problem')} more")
     counts = Counter(p.kind for p in found)
     summary = ", ".join(number_of(counts[kind], kind) for kind in ("error", "warning"))
     return [*lines, summary]
@@ -152,7 +153,7 @@ def _label_lines(db: GraphDatabase, what: str, most: int) -> list[str]:
     order = [
         i for i in np.lexsort((np.arange(len(names)), -counts)).tolist() if counts[i]
     ]
-    rows = [(names[i], counts[i], graphs[i]) for i in order[: max(0, most)]]
+    rows = [(names[i], counts[i], graphs[i]) for i in order[:most]]
     if not rows:
         return []
     lines = table([(f"{what} label", "times", "graphs"), *rows])

@@ -8,6 +8,7 @@ from collections.abc import Iterator
 from kestro._database import number_of
 from kestro._pattern import Pattern
 from kestro.tools import _isomorphism, _results, _source, _writing
+from kestro.tools._options import whole
 from kestro.tools._status import Status
 from kestro.tools._terminal import Terminal, shown
 
@@ -40,7 +41,7 @@ def add_arguments(parser: argparse.ArgumentParser) -> None:
     )
     parser.add_argument(
         "--show",
-        type=int,
+        type=whole(0),
         default=_SHOWN,
         metavar="N",
         help=f"patterns listed of each kind of difference ({_SHOWN})",
@@ -70,7 +71,7 @@ def run(args: argparse.Namespace, terminal: Terminal) -> Status:
         head = ["first", "second", "first_support", "second_support", "size", "graph"]
         _writing.write_lines(_writing.STDOUT, _writing.csv_lines([head, *rows]))
     else:
-        lines = _summary(found, names, max(0, args.show))
+        lines = _summary(found, names, args.show)
         _writing.write_lines(_writing.STDOUT, (f"{line}\n" for line in lines))
     return Status.FOUND if changed else Status.NOTHING
 

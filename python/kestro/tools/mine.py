@@ -18,7 +18,7 @@ from kestro._files import plain_name
 from kestro._progress import Progress
 from kestro._result import Result
 from kestro.tools import _reading, _results, _source, _writing
-from kestro.tools._options import INT_MAX, add_jobs, whole
+from kestro.tools._options import INT_MAX, add_jobs, seconds, whole
 from kestro.tools._status import OutputError, Status, UsageError
 from kestro.tools._terminal import Terminal
 
@@ -127,7 +127,7 @@ def add_arguments(parser: argparse.ArgumentParser) -> None:
     )
     add_jobs(parser)
     parser.add_argument(
-        "--time-limit", type=float, metavar="S", help="end after S seconds"
+        "--time-limit", type=seconds, metavar="S", help="end after S seconds"
     )
     parser.add_argument(
         "--max-patterns",

@@ -8,8 +8,8 @@ from collections.abc import Iterator
 
 from kestro._database import number_of
 from kestro.tools import _estimate, _reading, _writing
-from kestro.tools._options import INT_MAX, add_jobs, whole
-from kestro.tools._status import Status, UsageError
+from kestro.tools._options import INT_MAX, add_jobs, some_seconds, whole
+from kestro.tools._status import Status
 from kestro.tools._terminal import Terminal
 
 HELP = "tell which support gives about N patterns in T seconds"
@@ -45,7 +45,7 @@ def add_arguments(parser: argparse.ArgumentParser) -> None:
     parser.add_argument(
         "-t",
         "--seconds",
-        type=float,
+        type=some_seconds,
         default=30.0,
         metavar="T",
         help="how long mining them may take (30)",
@@ -62,8 +62,6 @@ def add_arguments(parser: argparse.ArgumentParser) -> None:
 
 def run(args: argparse.Namespace, terminal: Terminal) -> Status:
     """Suggest."""
-    if not 0 < args.seconds < math.inf:
-        raise UsageError("--seconds is above 0")
     db = _reading.read(args.input, args, terminal).db
     if not len(db):
         terminal.warn("there are no graphs")

@@ -28,6 +28,16 @@ HUGE = str(10**30)
         ["suggest", "a.smi", "-t", "nan"],
         ["suggest", "a.smi", "--seed", "-1"],
         ["report", "a.fp", "a.smi", "-o", "a.html", "--max-patterns", f"{2**40}"],
+        # Inputs are missing: what was told wrongly is seen before they are read.
+        ["mine", "no.smi", "-s", "1", "--time-limit", "nan"],
+        ["mine", "no.smi", "-s", "1", "--time-limit", "inf"],
+        ["mine", "no.smi", "-s", "1", "--time-limit", "-0.1"],
+        ["mine", "no.smi", "-s", "1", "--time-limit", "soon"],
+        ["suggest", "no.smi", "-t", "0"],
+        ["suggest", "no.smi", "-t", "-1"],
+        ["check", "no.txt", "--max-problems", "-1"],
+        ["check", "no.txt", "--labels", "-1"],
+        ["diff", "no.fp", "no.fp", "--show", "-1"],
     ],
 )
 def test_numbers_out_of_range_are_usage_errors(argv, tmp_path, monkeypatch, capsys):
@@ -80,10 +90,13 @@ LONG = "x" * 300
         (["convert", "a.smi", "-o", LONG, "--to", "parquet"], "file name too long"),
         (["convert", "a.smi", "-o", LONG], "file name too long"),
         (["convert", "a.smi", "-o", "a.d", "--to", "csv"], "a.d: it is a folder"),
-        (["convert", "no.smi", "-o", "no/a.txt"], "no: no such file or folder"),
+        (["convert", "no.smi", "-o", "no/a.txt"], "no/a.txt: no such file or folder"),
         (["convert", "no.smi", "-o", "a.smi/a.txt"], "a.smi/a.txt: a part of its"),
-        (["match", "no.fp", "no.smi", "-o", "no/a.csv"], "no: no such file or folder"),
-        (["report", "no.fp", "no.smi", "-o", "no/a.html"], "no: no such file"),
+        (
+            ["match", "no.fp", "no.smi", "-o", "no/a.csv"],
+            "no/a.csv: no such file or folder",
+        ),
+        (["report", "no.fp", "no.smi", "-o", "no/a.html"], "no/a.html: no such"),
         (["report", "no.fp", "no.smi", "-o", "a.d"], "a.d: it is a folder"),
         (["report", "no.fp", "no.smi", "-o", LONG], "file name too long"),
     ],

@@ -36,7 +36,7 @@ def test_hydrogens_of_a_record_stay(tmp_path):
     assert again.GetNumAtoms() == 6
 
 
-def test_of_another_data_set_nothing_is_left(tmp_path):
+def test_no_data_set_is_mixed_of_two(tmp_path, capsys):
     with_classes, without = tmp_path / "a.csv", tmp_path / "b.csv"
     with_classes.write_text("smiles,y\nCCO,1\nCCN,2\nCCC,1\n")
     without.write_text("smiles\nCCO\nCCN\n")
@@ -44,9 +44,12 @@ def test_of_another_data_set_nothing_is_left(tmp_path):
     convert = ["convert", "-q", "--to", "tu", "-o", folder]
     assert main([*convert, str(with_classes), "--class-column", "y"]) == 0
     assert kestro.from_tu(folder).classes.tolist() == [1, 2, 1]
+    assert main([*convert, str(without)]) == 4
+    assert "tu_graph_labels.txt" in capsys.readouterr().err
+    assert kestro.from_tu(folder).classes.tolist() == [1, 2, 1]
+    (tmp_path / "tu" / "tu_graph_labels.txt").unlink()
     assert main([*convert, str(without)]) == 0
-    db = kestro.from_tu(folder)
-    assert len(db) == 2 and db.classes is None
+    assert len(kestro.from_tu(folder)) == 2 and kestro.from_tu(folder).classes is None
 
 
 def test_a_link_stays_one(tmp_path):
