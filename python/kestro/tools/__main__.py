@@ -37,7 +37,7 @@ standard input.  What is read may be compressed by gzip.
 
 exit codes:
   0 found   1 nothing found   2 wrong usage   3 bad input   4 output failed
-  5 a limit was reached   130 interrupted
+  5 a limit was reached   70 a fault of the command itself   130 interrupted
 """
 _COMMANDS = (mine, suggest, check, convert, report, match, diff, completion)
 
@@ -102,7 +102,8 @@ def main(argv: Sequence[str] | None = None) -> int:
     -------
     int
         The exit code: 0 found, 1 nothing found, 2 wrong usage, 3 bad input,
-        4 output failed, 5 a limit was reached, 130 interrupted.
+        4 output failed, 5 a limit was reached, 70 a fault of the command itself,
+        130 interrupted.
 
     Examples
     --------
@@ -158,7 +159,7 @@ def _run(argv: Sequence[str] | None) -> int:
     except Exception:
         # By itself Python would end with 1, which says that nothing was found.
         traceback.print_exc()
-        return os.EX_SOFTWARE
+        return int(Status.FAULT)
 
 
 def _hold_closed_streams() -> None:

@@ -13,6 +13,7 @@ VLDB 1996.
 
 from __future__ import annotations
 
+import os
 import time
 import warnings
 from collections.abc import Callable
@@ -130,7 +131,7 @@ class _Guard:
 def resident() -> int:
     """Return the bytes of memory that the process has."""
     with open("/proc/self/statm") as f:
-        return int(f.read().split()[1]) * 4096
+        return int(f.read().split()[1]) * os.sysconf("SC_PAGE_SIZE")
 
 
 def bounded_run(

@@ -23,6 +23,7 @@ class Status(IntEnum):
     INPUT = 3
     OUTPUT = 4
     LIMIT = 5
+    FAULT = os.EX_SOFTWARE  # 70, of the command itself
     INTERRUPTED = 130  # as a shell tells of what Ctrl-C has ended
 
 

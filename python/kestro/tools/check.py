@@ -74,14 +74,15 @@ def run(args: argparse.Namespace, terminal: Terminal) -> Status:
         warnings.simplefilter("ignore", UserWarning)
         db = kestro.read_transactions(io.BytesIO(data), on_error="skip")
     terminal.clear()
+    highest = highest_support(db)
     lines = [
         *_problem_lines(found, name, args.max_problems),
-        *_contents(db, args.labels),
+        *_contents(db, args.labels, highest),
     ]
     _writing.write_lines(_writing.STDOUT, (f"{line}\n" for line in lines))
     if any(p.kind == "error" for p in found):
         return Status.INPUT
-    return Status.FOUND if highest_support(db) else Status.NOTHING
+    return Status.FOUND if highest else Status.NOTHING
 
 
 def _hint(name: str) -> str:
@@ -119,7 +120,7 @@ def _problem_lines(found: list[Problem], name: str, most: int) -> list[str]:
     return [*lines, summary]
 
 
-def _contents(db: GraphDatabase, most: int) -> list[str]:
+def _contents(db: GraphDatabase, most: int, highest: int) -> list[str]:
     packed = db._native.to_arrays()
     vertices, edges = (
         int(packed[name].sum()) for name in ("vertex_counts", "edge_counts")
@@ -131,7 +132,6 @@ def _contents(db: GraphDatabase, most: int) -> list[str]:
     ]
     for what in ("vertex", "edge"):
         lines += _label_lines(db, what, most)
-    highest = highest_support(db)
     if highest:
         lines.append(
             f"highest support at which anything is found: {highest} of "

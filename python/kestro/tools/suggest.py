@@ -110,9 +110,10 @@ def answer(
         return Status.LIMIT, lines
     lowest = whole.lowest
     if not ended and lowest.support == 1:
+        verb = "is" if lowest.patterns == 1 else "are"
         lines.append(
-            f"there are {number_of(lowest.patterns, 'pattern')} at any support: with "
-            f"support 1 all are found"
+            f"there {verb} {number_of(lowest.patterns, 'pattern')} at any support: "
+            f"support 1 finds all"
         )
         status = Status.FOUND if lowest.patterns else Status.NOTHING
         return status, [*lines, _time(whole, 1)]

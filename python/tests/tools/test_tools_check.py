@@ -169,3 +169,13 @@ def test_errors_are_what_the_reader_refuses_or_skips(data):
         assert caught.value.line in lines
     else:
         kestro.read_transactions(io.BytesIO(data))
+
+
+def test_the_highest_support_is_mined_once(three_text, tmp_path, monkeypatch, capsys):
+    file = tmp_path / "three.txt"
+    file.write_text(three_text)
+    runs = []
+    mine = kestro.mine
+    monkeypatch.setattr(kestro, "mine", lambda *a, **b: runs.append(b) or mine(*a, **b))
+    assert main(["check", str(file)]) == 0
+    assert len(runs) == 1

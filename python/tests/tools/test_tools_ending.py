@@ -1,12 +1,15 @@
 """Arguments and streams that cannot be used end the commands in order."""
 
 import os
+import re
 import subprocess
 import sys
+from pathlib import Path
 
 import kestro
 import pytest
 from kestro.tools.__main__ import main
+from kestro.tools._status import Status
 
 HUGE = str(10**30)
 
@@ -135,3 +138,21 @@ def test_a_folder_may_be_called_so(tmp_path):
     argv = ["convert", str(tmp_path / "a.smi"), "-o", str(tmp_path / "b.gz")]
     assert main([*argv, "--to", "tu"]) == main(argv) == 0
     assert len(kestro.from_tu(tmp_path / "b.gz")) == 1
+
+
+def test_a_fault_of_the_command_itself(monkeypatch, capsys):
+    def broken(*_):
+        raise ZeroDivisionError
+
+    monkeypatch.setattr("kestro.tools._source.check_names", broken)
+    assert main(["diff", "a.fp", "b.fp"]) == 70
+    assert "ZeroDivisionError" in capsys.readouterr().err
+
+
+def test_all_exit_codes_are_told(capsys):
+    page = Path(__file__).parents[2] / "docs" / "tools.rst"
+    rows = re.findall(r"^(\d+)  ", page.read_text(), re.MULTILINE)
+    assert main(["--help"]) == 0
+    told = capsys.readouterr().out.partition("exit codes:\n")[2]
+    codes = [str(int(x)) for x in Status]
+    assert rows == re.findall(r"\d+", told) == codes

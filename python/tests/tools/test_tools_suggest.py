@@ -1,5 +1,6 @@
 """Sub-command suggest."""
 
+import os
 import re
 import signal
 
@@ -107,3 +108,19 @@ def test_ctrl_c(explosive, tmp_path, monkeypatch, capsys, recwarn):
     assert main(["suggest", str(file), "-t", "1000000"]) == 130
     assert capsys.readouterr() == ("", "error: interrupted\n")
     assert not recwarn.list
+
+
+def test_a_single_pattern(tmp_path, capsys):
+    file = tmp_path / "a.smi"
+    file.write_text("CC\n")
+    assert main(["suggest", str(file)]) == 0
+    assert (
+        "there is 1 pattern at any support: support 1 finds" in capsys.readouterr().out
+    )
+
+
+def test_memory_is_counted_in_pages_of_the_machine(monkeypatch):
+    size = os.sysconf("SC_PAGE_SIZE")
+    assert _estimate.resident() % size == 0
+    monkeypatch.setattr(os, "sysconf", {"SC_PAGE_SIZE": 1 << 40}.__getitem__)
+    assert _estimate.resident() >= 1 << 40
