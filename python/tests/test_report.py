@@ -491,6 +491,34 @@ def test_paper(open_page, molecules_page):
     assert len(re.findall(rb"/Type\s*/Page\b", printed)) > 1
 
 
+def test_after_printing_the_same_page_is_open(open_page, molecules_page):
+    page = open_page(molecules_page)
+    page.click("#next")
+    page.click("#next")
+    page.evaluate(
+        "() => { window.printed = null; addEventListener('beforeprint', () => {"
+        "printed = document.querySelectorAll('#patterns tbody tr').length; }); }"
+    )
+    before, ids = page.locator("#page-told").inner_text(), column(page, 2)
+    assert before.startswith("Page 3 of")
+    page.pdf(format="A4")
+    page.wait_for_function("() => printed !== null")
+    assert page.evaluate("printed") == 100
+    told = page.locator("#page-told")
+    page.wait_for_function(
+        "before => document.querySelector('#page-told').innerText === before",
+        arg=before,
+    )
+    assert told.inner_text() == before
+    assert column(page, 2) == ids
+    # As a browser may tell it twice.
+    page.evaluate(
+        "() => ['beforeprint', 'beforeprint', 'afterprint', 'afterprint']"
+        ".forEach(name => dispatchEvent(new Event(name)))"
+    )
+    assert told.inner_text() == before
+
+
 def test_without_structures(open_page, result, tmp_path):
     path = tmp_path / "small.html"
     result.report(path, with_structures=False, max_patterns=50, stored_drawings=5)
