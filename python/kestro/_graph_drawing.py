@@ -9,7 +9,7 @@ highlighted.
 from __future__ import annotations
 
 import unicodedata
-from collections.abc import Sequence
+from collections.abc import Mapping, Sequence
 from functools import lru_cache
 from itertools import chain
 
@@ -28,6 +28,7 @@ _LINE = "#555"
 _HIGHLIGHT = "#fc6"
 
 Places = NDArray[np.float64]
+Start = Mapping[int, NDArray[np.float64]]
 Ends = NDArray[np.int64]  # shape (edges, 2), positions among the places
 
 
@@ -230,20 +231,25 @@ def _least_crossed(vertices: int, ends: Ends) -> Places:
     The layout goes to a minimum near its start, which may be a hexagon twisted
     into an eight.  So it starts from a circle in the order of a walk, and from a
     drawing without crossings where there is one; the first of the best is taken.
+    The second start is left out where the first could not be bettered.
     """
     import networkx as nx
 
     g = nx.Graph()
     g.add_nodes_from(range(vertices))
     g.add_edges_from(ends.tolist())
-    starts = [nx.circular_layout(list(nx.dfs_preorder_nodes(g, 0)))]
-    if nx.is_planar(g):
-        starts.append(nx.planar_layout(g))
-    found = []
-    for start in starts:
+
+    def laid_out(start: Start) -> tuple[Places, int]:
         at = nx.kamada_kawai_layout(g, pos=start)
-        found.append(np.array([at[v] for v in range(vertices)]))
-    return min(found, key=lambda places: _crossings(places, ends))
+        places = np.array([at[v] for v in range(vertices)])
+        return places, _crossings(places, ends)
+
+    first, crossings = laid_out(nx.circular_layout(list(nx.dfs_preorder_nodes(g, 0))))
+    if crossings and nx.is_planar(g):
+        second, fewer = laid_out(nx.planar_layout(g))
+        if fewer < crossings:
+            return second
+    return first
 
 
 def _crossings(places: Places, ends: Ends) -> int:

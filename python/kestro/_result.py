@@ -675,7 +675,8 @@ class Result(PatternSequence):
             Without Jinja2, which ``pip install kestro[report]`` brings, and,
             for molecules, without RDKit.
         KestroError
-            As `score` does, for the classes.
+            As `score` does, for the classes, and when a pattern is not in a graph
+            that is shown, as of a database in another order than what was mined.
         OSError
             When the file cannot be written.
         TypeError, ValueError

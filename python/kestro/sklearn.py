@@ -163,8 +163,8 @@ class SubgraphVectorizer(TransformerMixin, BaseEstimator):  # type: ignore[misc]
         Returns
         -------
         SubgraphVectorizer
-            This one.  Where no pattern is frequent a `UserWarning` says so, and
-            `transform` returns no columns.
+            This one.  Where no pattern is frequent, or no record could be read, a
+            `UserWarning` says so, and `transform` returns no columns.
 
         Raises
         ------
@@ -174,7 +174,7 @@ class SubgraphVectorizer(TransformerMixin, BaseEstimator):  # type: ignore[misc]
             For parameters that make no sense, for records of which none is of
             a kind that is read, and where there is none at all.
         """
-        self._fit(X)
+        self._fit(X, stacklevel=3)
         return self
 
     def fit_transform(self, X: object, y: object = None, **params: object) -> Features:
@@ -202,7 +202,8 @@ class SubgraphVectorizer(TransformerMixin, BaseEstimator):  # type: ignore[misc]
         KestroError, TypeError, ValueError
             As `fit` does.
         """
-        records = self._fit(X)
+        # scikit-learn wraps this method, for set_output.
+        records = self._fit(X, stacklevel=4)
         return self._features(records, self.result_.incidence())
 
     def transform(self, X: object) -> Features:
@@ -276,7 +277,8 @@ class SubgraphVectorizer(TransformerMixin, BaseEstimator):  # type: ignore[misc]
         """The number of columns, where scikit-learn looks for it."""
         return len(self.result_)
 
-    def _fit(self, X: object) -> Records:
+    def _fit(self, X: object, stacklevel: int) -> Records:
+        """Find the patterns; warnings point so many calls up."""
         most = optional_number("max_features", self.max_features, 1, 2**63 - 1)
         truth("sparse_output", self.sparse_output)
         records = read_records(X, self._on_unread())
@@ -294,12 +296,11 @@ class SubgraphVectorizer(TransformerMixin, BaseEstimator):  # type: ignore[misc]
         if most is not None:
             mined = mined[np.sort(largest(mined.support.astype(np.float64), most))]
         if not len(mined):
-            warnings.warn(
-                f"no pattern is in {mined.min_support} of {mined.graphs} graphs: there "
-                f"are no features",
-                UserWarning,
-                stacklevel=3,
-            )
+            why = f"no pattern is in {mined.min_support} of {mined.graphs} graphs"
+            if not mined.graphs:
+                why = "no record could be read"
+            text = f"{why}: there are no features"
+            warnings.warn(text, UserWarning, stacklevel=stacklevel)
         self.result_ = Result(mined._patterns, None, mined.positions, mined._filters)
         self.unreadable_ = records.skipped
         return records

@@ -10,6 +10,7 @@ import matplotlib
 import networkx as nx
 import numpy as np
 import pytest
+from kestro._graph_drawing import connected_layout
 from rdkit import Chem
 
 matplotlib.use("Agg")
@@ -536,6 +537,37 @@ def test_planar_patterns_are_drawn_without_crossings(molecules):
             for c, d, *second in lines[:i]:
                 if {a, b}.isdisjoint({c, d}):
                     assert not cross(*map(float, first), *map(float, second))
+
+
+def test_a_second_start_only_where_the_first_one_crosses(monkeypatch):
+    """Started from the circle, a cube's edges cross, and those of a ring do not."""
+    found = []
+
+    def layout(g, pos):
+        found.append(layout_of(g, pos=pos))
+        return found[-1]
+
+    layout_of = nx.kamada_kawai_layout
+    monkeypatch.setattr(nx, "kamada_kawai_layout", layout)
+    for g, starts in ((nx.cycle_graph(6), 1), (nx.cubical_graph(), 2)):
+        found.clear()
+        ends = np.array(g.edges)
+        edges = tuple(map(tuple, ends.tolist()))
+        places = connected_layout.__wrapped__(len(g), edges)  # none that is kept
+        assert len(found) == starts
+        layouts = [np.array([at[v] for v in range(len(g))]) for at in found]
+        counts = [crossings(x, ends) for x in layouts]
+        assert (counts[0] == 0) == (starts == 1)
+        assert crossings(places, ends) == min(counts)
+
+
+def crossings(places, ends):
+    return sum(
+        {a, b}.isdisjoint({c, d})
+        and cross(*places[a], *places[b], *places[c], *places[d])
+        for i, (a, b) in enumerate(ends.tolist())
+        for c, d in ends[:i].tolist()
+    )
 
 
 def cross(x1, y1, x2, y2, x3, y3, x4, y4):

@@ -207,10 +207,25 @@ def test_patterns_that_contain_a_smarts(open_page, molecules_page, result):
     counted(page, f"{len(result)} of")
 
 
-def test_it_says_that_smarts_speak_of_the_fragment(open_page, molecules_page):
-    page = open_page(molecules_page)
+@pytest.fixture(scope="module")
+def charged(examples):
+    """A result whose labels tell charges."""
+    db = kestro.from_smiles(examples / "molecules.smi", on_error="skip", charge=True)
+    return kestro.mine(db, min_support=1, max_size=2)
+
+
+@pytest.mark.parametrize("tells_charges", [False, True])
+def test_it_says_that_smarts_speak_of_the_fragment(
+    open_page, molecules_page, charged, tmp_path, tells_charges
+):
+    path = tmp_path / "charged.html" if tells_charges else molecules_page
+    if tells_charges:
+        charged.report(path, max_patterns=20)
+    page = open_page(path)
     hint = page.locator("#smarts-hint")
     assert "not of the molecules" in hint.inner_text()
+    assert "isotopes" in hint.inner_text()
+    assert ("charges" in hint.inner_text()) == (not tells_charges)
     assert "smarts-hint" in page.locator("#by-smarts").get_attribute("aria-describedby")
 
     def is_emphasised(smarts):
@@ -226,12 +241,32 @@ def test_it_says_that_smarts_speak_of_the_fragment(open_page, molecules_page):
         "document.querySelector('#smarts-told'), { childList: true }); }"
     )
     asks = ["[NX3;H2]", "[D3]", "[v4]", "[#6;r6]", "C@C"]
-    says_nothing = ["[#6]=O", "[Rh][Hg+2][H][2H][Br][Cr5][Xe]CCl"]
+    asks += ["[2H]", "[13C]", "[C;!13c]", "[$(C-[15N])]"]
+    says_nothing = ["[#6]-O", "[Rh][Hg][H][Br][Cr][Xe]CCl", "[$(C-N)]", "[#7,#8]"]
+    charges = ["[N+](=O)[O-]", "[Hg+2]", "[Fe++]", "[H+]", "[#7&-1]", "[$(C-[N+])]"]
+    (says_nothing if tells_charges else asks).extend(charges)
     assert [x for x in asks if not is_emphasised(x)] == []
     assert [x for x in says_nothing if is_emphasised(x)] == []
     assert is_emphasised("[R]")
     page.click("text=Show all")
     page.wait_for_selector("#smarts-hint:not(.note)")
+
+
+def test_charges_are_found_where_labels_tell_them(open_page, charged, tmp_path):
+    charged.report(tmp_path / "charged.html")
+    page = open_page(tmp_path / "charged.html")
+    page.click("th button[data-key=id]")
+    page.fill("#by-smarts", "[N+](=O)[O-]")
+    wanted = [
+        p.id
+        for p in charged
+        if p.size == 2
+        and set(p.graph.vertex_labels) == {"N+1", "O", "O-1"}
+        and p.graph.vertex_labels[np.bincount(p.graph.edges.ravel()).argmax()] == "N+1"
+    ]
+    assert len(wanted) == 1
+    counted(page, "1 of")
+    assert selected(page) == wanted
 
 
 def test_every_example_is_an_embedding(molecules_page, result):
@@ -454,6 +489,34 @@ def test_paper(open_page, molecules_page):
     printed = page.pdf(format="A4")
     assert printed.startswith(b"%PDF")
     assert len(re.findall(rb"/Type\s*/Page\b", printed)) > 1
+
+
+def test_after_printing_the_same_page_is_open(open_page, molecules_page):
+    page = open_page(molecules_page)
+    page.click("#next")
+    page.click("#next")
+    page.evaluate(
+        "() => { window.printed = null; addEventListener('beforeprint', () => {"
+        "printed = document.querySelectorAll('#patterns tbody tr').length; }); }"
+    )
+    before, ids = page.locator("#page-told").inner_text(), column(page, 2)
+    assert before.startswith("Page 3 of")
+    page.pdf(format="A4")
+    page.wait_for_function("() => printed !== null")
+    assert page.evaluate("printed") == 100
+    told = page.locator("#page-told")
+    page.wait_for_function(
+        "before => document.querySelector('#page-told').innerText === before",
+        arg=before,
+    )
+    assert told.inner_text() == before
+    assert column(page, 2) == ids
+    # As a browser may tell it twice.
+    page.evaluate(
+        "() => ['beforeprint', 'beforeprint', 'afterprint', 'afterprint']"
+        ".forEach(name => dispatchEvent(new Event(name)))"
+    )
+    assert told.inner_text() == before
 
 
 def test_without_structures(open_page, result, tmp_path):

@@ -367,7 +367,9 @@ def test_only_unreadable_records(smiles):
     assert found.shape == (2, len(ours.result_)) and not found.any()
     with pytest.warns(UserWarning) as told:
         found = dense(ours.fit_transform(["x", None]))
-    assert any("no pattern is in" in str(w.message) for w in told)
+    texts = [str(w.message) for w in told]
+    assert "no record could be read: there are no features" in texts
+    assert not any("no pattern is in" in text for text in texts)
     assert found.shape == (2, 0)
 
 
@@ -457,6 +459,16 @@ def test_nothing_frequent_gives_no_columns(three):
         pytest.raises(ValueError, match=r"0 feature\(s\)"),
     ):
         model.fit(three, [0, 1, 1])
+
+
+@pytest.mark.parametrize("output", ["default", "pandas"])
+def test_no_features_are_told_at_the_callers_line(three, output):
+    ours = SubgraphVectorizer(min_support=4, sparse_output=False)
+    ours.set_output(transform=output)
+    for call in (ours.fit, ours.fit_transform):
+        with pytest.warns(UserWarning, match="no pattern is in 4 of 3") as told:
+            call(three)
+        assert [w.filename for w in told] == [__file__]
 
 
 def test_graphs_that_come_twice(smiles):

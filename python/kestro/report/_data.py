@@ -83,10 +83,12 @@ def page_data(
         "scores": None if classes is None else _scores(shown, classes),
         "class_of": _class_of(shown, classes, shown_in),
         "atoms": None,
+        "tells_charges": False,  # whether labels of atoms do
         "colours": COLOURS,  # of elements
     }
     if patterns.summary.atom_labels is not None:
         data["atoms"] = atoms_by_smarts(tables[0], patterns.summary.atom_labels)
+        data["tells_charges"] = patterns.summary.atom_labels.charge
     return data
 
 

@@ -9,6 +9,7 @@ import numpy as np
 
 from kestro._atoms import atom_of, atom_smarts, graph_smarts, import_rdkit
 from kestro._database import AtomLabels, Graph
+from kestro._errors import KestroError
 from kestro._pattern import Pattern
 from kestro._result import Result
 
@@ -52,14 +53,25 @@ class Examples:
 
         Each is its place in ``graphs``, and for each vertex of the pattern the
         vertex of that graph.
+
+        Raises
+        ------
+        KestroError
+            When a graph does not contain the pattern, as where the database is in
+            another order than what was mined.
         """
         tids = pattern.tids
         order = np.argsort(self._sizes[tids], kind="stable")[: self._most]
         found = []
         for tid in tids[order].tolist():
             at = self._place(tid)
-            [embedding] = self._result.embeddings(pattern, tid, limit=1).tolist()
-            found.append([at, [self._vertex[at][v] for v in embedding]])
+            embeddings = self._result.embeddings(pattern, tid, limit=1).tolist()
+            if not embeddings:
+                raise KestroError(
+                    f"the graphs of db are not those that were mined: {pattern.id} is "
+                    f"not in graph {tid}"
+                )
+            found.append([at, [self._vertex[at][v] for v in embeddings[0]]])
         return found
 
     def _place(self, tid: int) -> int:

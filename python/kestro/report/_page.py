@@ -82,6 +82,7 @@ def page(
         scores=data["scores"],
         molecules=molecules,
         structures=molecules and with_structures,
+        tells_charges=data["tells_charges"],
         has_examples=bool(data["examples"]),
         shown=len(data["patterns"]["id"]),
         found=len(result),

@@ -2,6 +2,7 @@
 
 import csv
 import io
+import re
 
 import kestro
 import pytest
@@ -157,6 +158,26 @@ def test_a_report(found, examples, tmp_path, capsys):
     argv[2] = str(examples / "molecules.txt")
     assert main([*argv, "-o", str(page)]) == 3
     assert main(["report", argv[1], argv[2]]) == 2
+
+
+def test_a_report_of_other_graphs(examples, tmp_path, capsys):
+    """Reading looks for ten patterns, which two graphs in other places may pass."""
+    lines = (examples / "molecules.smi").read_text().splitlines(keepends=True)
+    first = next(i for i, line in enumerate(lines) if not line.startswith("#"))
+    lines[first : first + 2] = reversed(lines[first : first + 2])
+    other = tmp_path / "other.smi"
+    other.write_text("".join(lines))
+    db = kestro.from_smiles(examples / "molecules.smi", on_error="skip")
+    kestro.mine(db, min_support="10%", max_size=6).write(tmp_path, name="m")
+    swapped = kestro.from_smiles(other, on_error="skip")
+    read = kestro.read_result(tmp_path / "m.fp", swapped)
+    page = tmp_path / "page.html"
+    words = r"are not those that were mined: 2-3 is not in graph \d+"
+    with pytest.raises(kestro.KestroError, match=words):
+        read.report(page, with_structures=False)
+    assert main(["report", f"{tmp_path}/m.fp", str(other), "-o", str(page)]) == 3
+    assert re.search(words, capsys.readouterr().err)
+    assert not page.exists()
 
 
 def test_a_report_with_classes(tmp_path, capsys):

@@ -83,12 +83,20 @@ function labelTest(word) {
 }
 
 // Whether a SMARTS asks for hydrogens, neighbours, valence or rings, which a fragment
-// has otherwise than the molecules around it.  Of letters in brackets, those of
-// symbols of elements are none of these, nor is an H that is the atom.
+// has otherwise than the molecules around it, or for what its labels do not tell.  Of
+// letters in brackets, those of symbols of elements are none of these, nor is an H
+// that is the atom.
 function asksOfFragment(smarts) {
   return (smarts.match(/\[[^\]]*\]|@/g) ?? []).some((part) =>
-    part === "@" || (!/^\[\d*H[+-]?\d*\]$/.test(part) &&
+    part === "@" || asksOfLabels(part) || (!/^\[H[+-]*\d*\]$/.test(part) &&
       /(H(?![efgos])|X(?!e)|D(?![bsy])|R(?![abefghnu])|v|(?<![A-Z])[hrx])/.test(part)));
+}
+
+// Whether an atom in brackets has an isotope, or a charge where labels tell none.
+// Bonds stand in brackets, too, where a neighbourhood is asked for: [$(C-N)].
+function asksOfLabels(part) {
+  const atom = part.slice(part.lastIndexOf("[")).replace(/\(.*\)/, "");
+  return /[[,;&!]\d/.test(atom) || (!data.tells_charges && /[+-]/.test(atom));
 }
 
 let asked = 0; // searches for a SMARTS; the last one counts

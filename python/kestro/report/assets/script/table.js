@@ -127,15 +127,25 @@ function startTable() {
   byId("previous").addEventListener("click", () => turnPage(-1));
   byId("next").addEventListener("click", () => turnPage(1));
   selection.changed.push(showSelection);
-  const rows = table.rows;
   byId("kinds").hidden = !tellsKinds;
-  addEventListener("beforeprint", () => showMany(PRINTED_ROWS));
-  addEventListener("afterprint", () => showMany(rows));
+  addEventListener("beforeprint", showMany);
+  addEventListener("afterprint", showAsBefore);
 }
 
+let onScreen = null; // page and rows, while more are shown
+
 // Paper has room for more rows.
-function showMany(rows) {
-  table.page = Math.floor((table.page * table.rows) / rows);
-  table.rows = rows;
+function showMany() {
+  onScreen ??= [table.page, table.rows];
+  const [page, rows] = onScreen;
+  table.page = Math.floor((page * rows) / PRINTED_ROWS);
+  table.rows = PRINTED_ROWS;
+  showRows();
+}
+
+function showAsBefore() {
+  if (!onScreen) return;
+  [table.page, table.rows] = onScreen;
+  onScreen = null;
   showRows();
 }
