@@ -168,7 +168,10 @@ def run(args: argparse.Namespace, terminal: Terminal) -> Status:
         raise UsageError(f"{','.join(wanted)} needs --output-dir")
     if args.max_size is not None and args.max_size < max(1, args.min_size):
         raise UsageError("--max-size is less than --min-size")
+    name = name_of(args.input)
     if args.output_dir:  # before the work, not after it
+        written = [x for form in wanted for x in _targets(form, args.output_dir, name)]
+        _source.check_outputs(written, args.input)
         with _writing.output_errors():
             Path(args.output_dir).mkdir(parents=True, exist_ok=True)
     source = _reading.read(args.input, args, terminal)
@@ -195,7 +198,6 @@ def run(args: argparse.Namespace, terminal: Terminal) -> Status:
         except ValueError as e:
             raise UsageError(str(e)) from e
     terminal.clear()
-    name = name_of(args.input)
     failed = []
     for form in wanted:  # what one cannot hold, another may
         try:
@@ -277,8 +279,16 @@ class Levels:
         )
 
 
+def _targets(form: str, folder: str | None, name: str) -> list[str]:
+    """Return the files that are written in a format."""
+    if not folder:
+        return [_writing.STDOUT]
+    extensions = ("fp", "tid", "pc") if form == "files" else (form,)
+    return [str(Path(folder) / f"{name}.{extension}") for extension in extensions]
+
+
 def _write(result: Result, form: str, folder: str | None, name: str) -> None:
-    target = str(Path(folder) / f"{name}.{form}") if folder else _writing.STDOUT
+    target = _targets(form, folder, name)[0]
     if form == "csv":
         _writing.write_lines(target, csv_lines(result))
     elif form == "jsonl":
