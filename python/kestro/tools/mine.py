@@ -4,9 +4,12 @@ from __future__ import annotations
 
 import argparse
 import re
+import signal
+import threading
 import time
 import warnings
-from collections.abc import Callable
+from collections.abc import Callable, Iterator
+from contextlib import contextmanager
 from pathlib import Path
 from typing import Any
 
@@ -198,18 +201,53 @@ def run(args: argparse.Namespace, terminal: Terminal) -> Status:
         except ValueError as e:
             raise UsageError(str(e)) from e
     terminal.clear()
-    failed = []
-    for form in wanted:  # what one cannot hold, another may
-        try:
-            _write(result, form, args.output_dir, name)
-        except (KestroError, ImportError, OutputError) as e:
-            if isinstance(e.__cause__, BrokenPipeError):
-                raise
-            failed.append(f"{form}: {e}")
+    if result.stopped_by == "interrupt" and args.output_dir:
+        with _deaf():  # what was found until then is to be whole
+            failed = _write_all(result, wanted, args.output_dir, name, terminal)
+    else:
+        failed = _write_all(result, wanted, args.output_dir, name, terminal)
     tell(result, terminal)
     if failed:
         raise OutputError("; ".join(failed))
     return ending(result)
+
+
+@contextmanager
+def _deaf() -> Iterator[None]:
+    """Ignore Ctrl-C; only the main thread hears it, and can ignore it."""
+    if threading.current_thread() is not threading.main_thread():
+        yield
+        return
+    before = signal.signal(signal.SIGINT, signal.SIG_IGN)
+    try:
+        yield
+    finally:
+        signal.signal(signal.SIGINT, before)
+
+
+def _write_all(
+    result: Result,
+    wanted: list[str],
+    folder: str | None,
+    name: str,
+    terminal: Terminal,
+) -> list[str]:
+    """Write all formats; return what went wrong, as one may hold what another cannot.
+
+    Where it is interrupted, those that are missing are told.
+    """
+    failed = []
+    for i, form in enumerate(wanted):
+        try:
+            _write(result, form, folder, name)
+        except (KestroError, ImportError, OutputError) as e:
+            if isinstance(e.__cause__, BrokenPipeError):
+                raise
+            failed.append(f"{form}: {e}")
+        except KeyboardInterrupt:
+            terminal.warn(f"not written: {', '.join(wanted[i:])}")
+            raise
+    return failed
 
 
 def name_of(source: str) -> str:
