@@ -142,7 +142,11 @@ def _names(rows: list[_Row], smiles_column: str, path: str) -> list[str]:
     """Return the names of the columns."""
     if rows and rows[0].fault:
         raise KestroError(rows[0].fault, path or None, 1)
-    names = rows[0].cells if rows else []
+    if not rows:
+        raise KestroError("the file is empty", path or None)
+    names = rows[0].cells
+    if not names:
+        raise KestroError("the row with the names of columns is empty", path or None, 1)
     if names.count(smiles_column) != 1:
         raise KestroError(
             f"{names.count(smiles_column)} columns are named {smiles_column!r}; "

@@ -86,9 +86,9 @@ def read_transactions(
         native = parse(text, name)
         records = np.arange(len(native), dtype=np.int64)
         skipped = _skipped_in_front(text)
-    except KestroError:
+    except KestroError as e:
         if on_error == "raise":
-            raise
+            raise _first(e, text) from None
         native, records, skipped = _parse_records(text)
     if has_end_mark:
         taken = [-1, *records[-1:].tolist(), *(s.record for s in skipped)]
@@ -181,6 +181,35 @@ def _explained(e: KestroError, text: bytes) -> KestroError:
     if reason is None:
         return e
     return KestroError(reason, e.path, e.line)
+
+
+def _first(e: KestroError, text: bytes) -> KestroError:
+    """Return the error of the first transaction that cannot be read.
+
+    The library looks at the lines of all before it looks at edges.
+    """
+    end = len(text) if e.line is None else _end_of_line(text, e.line)
+    start = 0
+    for cut in [m.start() for m in _HEAD.finditer(text, 0, end)]:
+        try:
+            parse(text[start:cut], "")
+        except KestroError as first:
+            if first.line is None:
+                break
+            line = text.count(b"\n", 0, start) + first.line
+            return KestroError(first.text, e.path, line)
+        start = cut
+    return e
+
+
+def _end_of_line(text: bytes, number: int) -> int:
+    """Return where a line ends, from 1 on."""
+    end = -1
+    for _ in range(number):
+        end = text.find(b"\n", end + 1)
+        if end < 0:
+            return len(text)
+    return end
 
 
 def _parse_records(

@@ -362,3 +362,19 @@ def test_any_bytes_are_read_or_refused(data):
     else:
         assert db.to_transactions() == text
         assert db.skipped == skipping.skipped
+
+
+def test_the_first_transaction_that_cannot_be_read_is_told():
+    # The library finds line 8 first: it looks at edges when all lines are read.
+    text = "t # 0\nv 0 C\nv 1 C\nu 0 5 x\nt # 1\nv 0 C\nv 1 C\nfoo\n"
+    with pytest.raises(kestro.KestroError, match="vertex 5, which is not") as e:
+        kestro.read_transactions(io.StringIO(text))
+    assert e.value.line == 4
+    whole = "t # 0\nv 0 C\n"
+    with pytest.raises(kestro.KestroError, match="vertex 5, which is not") as e:
+        kestro.read_transactions(io.StringIO(f"{whole}{text}"))
+    assert e.value.line == 6
+    # Within one transaction it is the line that is none of a graph.
+    with pytest.raises(kestro.KestroError, match="no line of a graph") as e:
+        kestro.read_transactions(io.StringIO(f"{text[:26]}foo\n"))
+    assert e.value.line == 5

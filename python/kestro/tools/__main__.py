@@ -132,7 +132,7 @@ def _run(argv: Sequence[str] | None) -> int:
     except SystemExit as e:  # argparse has said what there was to say
         return int(e.code or 0)
     except UsageError as e:
-        _complain(f"{e}; see --help")
+        _complain(str(e))
         return int(Status.USAGE)
     except ImportError as e:
         _complain(str(e))

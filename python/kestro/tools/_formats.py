@@ -109,9 +109,11 @@ def check_column(again: Again, name: str, column: str, sign: str) -> None:
         With the columns there are.
     """
     rows = _read_rows(read_text(again())[0], sign)
-    if not rows or rows[0].fault or rows[0].cells.count(column) == 1:
-        return
+    if not rows or rows[0].fault or not rows[0].cells:
+        return  # which the reader tells
     names = rows[0].cells
+    if names.count(column) == 1:
+        return
     hint = "--smiles-column names the one with the SMILES"
     if len(names) == 1:
         others = [x for x in (";", "\t", ",", "|") if x in names[0]]

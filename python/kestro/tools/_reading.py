@@ -128,7 +128,7 @@ def read(
     if form not in MOLECULES and any(labels):
         raise UsageError(f"--charge and --hydrogens are for molecules, not for {form}")
     if like is not None and form in MOLECULES:
-        labels = like._patterns.summary.atom_labels or labels
+        labels = _labels_like(like, labels, terminal)
     terminal.passing(f"reading {called(name)}")
     try:
         again = kept(name)
@@ -150,6 +150,20 @@ def read(
     if db.skipped and not len(db):
         raise KestroError("not one of the records can be read", called(name))
     return Input(db, form, again, called(name))
+
+
+def _labels_like(like: Result, asked: AtomLabels, terminal: Terminal) -> AtomLabels:
+    """Return the labels of a result, where it tells; warn where others are asked."""
+    own = like._patterns.summary.atom_labels
+    if own is None:
+        return asked
+    for what, wanted, has in (
+        ("charges", asked.charge, own.charge),
+        ("hydrogens", asked.hydrogens, own.hydrogens),
+    ):
+        if wanted and not has:
+            terminal.warn(f"the molecules are read without {what}, as those mined were")
+    return own
 
 
 def _check_form(form: str, again: Again, name: str, args: argparse.Namespace) -> None:

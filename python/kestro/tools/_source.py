@@ -7,14 +7,16 @@ commands read what they are given in more than one way.
 from __future__ import annotations
 
 import argparse
+import glob
 import io
+import os
 import stat
 import sys
-from collections.abc import Callable
+from collections.abc import Callable, Iterable, Iterator
 from pathlib import Path
 
 from kestro._errors import KestroError
-from kestro._files import Source
+from kestro._files import Source, plain_name
 from kestro.tools._status import UsageError
 
 STDIN = "-"
@@ -52,6 +54,45 @@ def check_names(*names: str) -> None:
     """
     if names.count(STDIN) > 1:
         raise UsageError("only one argument can be -, standard input")
+
+
+def check_outputs(outputs: Iterable[str], *inputs: str) -> None:
+    """Raise where a file that is to be written is one that is read.
+
+    Links are followed.
+
+    Raises
+    ------
+    UsageError
+        As the input would be replaced.
+    """
+    read = [file for name in inputs for file in _files_of(name)]
+    for output in outputs:
+        if output == STDIN or not os.path.isfile(output):
+            continue  # standard output, what is new, or a device
+        written = os.stat(output)
+        if any(os.path.samestat(written, file) for file in read):
+            raise UsageError(
+                f"{output} is the input, which would be replaced; name another -o",
+                see_help=False,
+            )
+
+
+def _files_of(name: str) -> Iterator[os.stat_result]:
+    """Yield what the system tells of an input, and of the files read beside it."""
+    path = Path(name)
+    files: list[Path | int] = [0 if name == STDIN else path]
+    plain = Path(plain_name(name))
+    if plain.suffix == ".fp":
+        for suffix in (".tid", ".pc"):
+            files += [plain.with_suffix(suffix), plain.with_suffix(f"{suffix}.gz")]
+    elif path.is_dir():
+        files += path.glob(f"{glob.escape(path.resolve().name)}_*.txt*")
+    for file in files:
+        try:
+            yield os.stat(file)
+        except OSError:
+            pass  # it is not there, or closed
 
 
 def called(name: str) -> str:

@@ -28,7 +28,18 @@ class Status(IntEnum):
 
 
 class UsageError(Exception):
-    """Arguments that make no sense together."""
+    """Arguments that make no sense together.
+
+    Parameters
+    ----------
+    text : str
+        What is wrong.
+    see_help : bool
+        Whether the help tells more than the text.
+    """
+
+    def __init__(self, text: str, *, see_help: bool = True) -> None:
+        super().__init__(f"{text}; see --help" if see_help else text)
 
 
 class OutputError(Exception):

@@ -64,6 +64,7 @@ def run(args: argparse.Namespace, terminal: Terminal) -> Status:
         raise UsageError(f"{form} holds no molecules, so it cannot become {to}")
     if to in ("tu", "parquet") and args.output == _writing.STDOUT:
         raise UsageError(f"--output must name the file or folder for {to}")
+    _source.check_outputs([args.output], args.input)
     if to != "tu":
         _writing.check_file(args.output)
     source = _reading.read(args.input, args, terminal)

@@ -58,6 +58,7 @@ def add_arguments(parser: argparse.ArgumentParser) -> None:
 def run(args: argparse.Namespace, terminal: Terminal) -> Status:
     """Match."""
     _source.check_names(args.result, args.input)
+    _source.check_outputs([args.output], args.result, args.input)
     _writing.check_file(args.output)
     result = _results.read(_source.kept(args.result))
     source = _reading.read(args.input, args, terminal, like=result)

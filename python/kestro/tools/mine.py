@@ -4,9 +4,12 @@ from __future__ import annotations
 
 import argparse
 import re
+import signal
+import threading
 import time
 import warnings
-from collections.abc import Callable
+from collections.abc import Callable, Iterator
+from contextlib import contextmanager
 from pathlib import Path
 from typing import Any
 
@@ -168,7 +171,10 @@ def run(args: argparse.Namespace, terminal: Terminal) -> Status:
         raise UsageError(f"{','.join(wanted)} needs --output-dir")
     if args.max_size is not None and args.max_size < max(1, args.min_size):
         raise UsageError("--max-size is less than --min-size")
+    name = name_of(args.input)
     if args.output_dir:  # before the work, not after it
+        written = [x for form in wanted for x in _targets(form, args.output_dir, name)]
+        _source.check_outputs(written, args.input)
         with _writing.output_errors():
             Path(args.output_dir).mkdir(parents=True, exist_ok=True)
     source = _reading.read(args.input, args, terminal)
@@ -195,19 +201,53 @@ def run(args: argparse.Namespace, terminal: Terminal) -> Status:
         except ValueError as e:
             raise UsageError(str(e)) from e
     terminal.clear()
-    name = name_of(args.input)
-    failed = []
-    for form in wanted:  # what one cannot hold, another may
-        try:
-            _write(result, form, args.output_dir, name)
-        except (KestroError, ImportError, OutputError) as e:
-            if isinstance(e.__cause__, BrokenPipeError):
-                raise
-            failed.append(f"{form}: {e}")
+    if result.stopped_by == "interrupt" and args.output_dir:
+        with _deaf():  # what was found until then is to be whole
+            failed = _write_all(result, wanted, args.output_dir, name, terminal)
+    else:
+        failed = _write_all(result, wanted, args.output_dir, name, terminal)
     tell(result, terminal)
     if failed:
         raise OutputError("; ".join(failed))
     return ending(result)
+
+
+@contextmanager
+def _deaf() -> Iterator[None]:
+    """Ignore Ctrl-C; only the main thread hears it, and can ignore it."""
+    if threading.current_thread() is not threading.main_thread():
+        yield
+        return
+    before = signal.signal(signal.SIGINT, signal.SIG_IGN)
+    try:
+        yield
+    finally:
+        signal.signal(signal.SIGINT, before)
+
+
+def _write_all(
+    result: Result,
+    wanted: list[str],
+    folder: str | None,
+    name: str,
+    terminal: Terminal,
+) -> list[str]:
+    """Write all formats; return what went wrong, as one may hold what another cannot.
+
+    Where it is interrupted, those that are missing are told.
+    """
+    failed = []
+    for i, form in enumerate(wanted):
+        try:
+            _write(result, form, folder, name)
+        except (KestroError, ImportError, OutputError) as e:
+            if isinstance(e.__cause__, BrokenPipeError):
+                raise
+            failed.append(f"{form}: {e}")
+        except KeyboardInterrupt:
+            terminal.warn(f"not written: {', '.join(wanted[i:])}")
+            raise
+    return failed
 
 
 def name_of(source: str) -> str:
@@ -277,8 +317,16 @@ class Levels:
         )
 
 
+def _targets(form: str, folder: str | None, name: str) -> list[str]:
+    """Return the files that are written in a format."""
+    if not folder:
+        return [_writing.STDOUT]
+    extensions = ("fp", "tid", "pc") if form == "files" else (form,)
+    return [str(Path(folder) / f"{name}.{extension}") for extension in extensions]
+
+
 def _write(result: Result, form: str, folder: str | None, name: str) -> None:
-    target = str(Path(folder) / f"{name}.{form}") if folder else _writing.STDOUT
+    target = _targets(form, folder, name)[0]
     if form == "csv":
         _writing.write_lines(target, csv_lines(result))
     elif form == "jsonl":

@@ -57,6 +57,7 @@ def add_arguments(parser: argparse.ArgumentParser) -> None:
 def run(args: argparse.Namespace, terminal: Terminal) -> Status:
     """Write the page."""
     _source.check_names(args.result, args.input)
+    _source.check_outputs([args.output], args.result, args.input)
     _writing.check_file(args.output)
     again = _source.kept(args.result)
     db = _reading.read(args.input, args, terminal, like=_results.read(again)).db

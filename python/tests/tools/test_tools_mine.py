@@ -1,6 +1,7 @@
 """Sub-command mine."""
 
 import io
+import signal
 import sys
 
 import kestro
@@ -135,3 +136,29 @@ def test_interrupted(examples, monkeypatch, capsys):
     monkeypatch.setattr(kestro, "mine", stopped)
     assert main(["mine", str(examples / "molecules.txt"), "-s", "9"]) == 130
     assert "interrupted" in capsys.readouterr().err
+
+
+@pytest.mark.parametrize("first", [True, False])
+def test_interrupted_while_writing(first, smi, tmp_path, monkeypatch, capsys):
+    of_writing = mine._write
+
+    def written(result, form, *where):
+        if form == "csv":
+            signal.raise_signal(signal.SIGINT)
+        of_writing(result, form, *where)
+
+    if first:  # as after a Ctrl-C during the run
+        monkeypatch.setattr(kestro.Result, "stopped_by", "interrupt")
+    monkeypatch.setattr(mine, "_write", written)
+    before = signal.getsignal(signal.SIGINT)
+    argv = ["mine", smi, "-s", "50%", "-o", str(tmp_path), "-f", "jsonl,csv,parquet"]
+    assert main(argv) == 130
+    assert signal.getsignal(signal.SIGINT) is before
+    names = {file.suffix for file in tmp_path.iterdir()}
+    err = capsys.readouterr().err
+    if first:
+        assert names == {".jsonl", ".csv", ".parquet"}
+        assert "stopped by interrupt" in err and "not written" not in err
+    else:
+        assert names == {".jsonl"}
+        assert "warning: not written: csv, parquet\nerror: interrupted\n" in err

@@ -1,5 +1,6 @@
 """Sub-commands that take results: match and diff."""
 
+import contextlib
 import csv
 import io
 import re
@@ -190,3 +191,19 @@ def test_a_report_with_classes(tmp_path, capsys):
     expected = io.StringIO()
     kestro.mine(db, min_support=2).report(expected, title="a")
     assert (tmp_path / "a.html").read_text() == expected.getvalue()
+
+
+@pytest.mark.parametrize("command", ["match", "report"])
+def test_labels_that_were_not_mined_are_warned_of(command, found, examples, tmp_path):
+    data, out = str(examples / "molecules.smi"), str(tmp_path / "out")
+    argv = [command, str(tmp_path / "m.jsonl"), data, "-o", out, "--charge"]
+    screen = io.StringIO()
+    with contextlib.redirect_stderr(screen):
+        assert main(argv) == 0
+    assert "are read without" not in screen.getvalue()  # charges were mined
+    with contextlib.redirect_stderr(screen):
+        assert main([*argv, "--hydrogens"]) == 0
+    assert (
+        "warning: the molecules are read without hydrogens, as those mined were\n"
+        in screen.getvalue()
+    )
