@@ -366,6 +366,13 @@ void bind_mine(nb::module_ &m) {
               "callback: " KESTRO_CALLBACK ") -> " KESTRO_PACKED_RUN),
       "Mines by known supports, with supports in place of TIDs; the minimum "
       "support is a number of graphs.");
+  m.def(
+      "min_support",
+      [](const std::string &unit, double amount, int graphs) {
+        return support_of(unit, amount).graphs(graphs);
+      },
+      nb::arg("unit"), nb::arg("amount"), nb::arg("graphs"),
+      "The minimum support as a number of so many graphs.");
 }
 
 } // namespace kestro_python

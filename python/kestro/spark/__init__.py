@@ -1,0 +1,1 @@
+"""Mining on a cluster, in two passes."""
