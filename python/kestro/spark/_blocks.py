@@ -49,7 +49,9 @@ class Block(NamedTuple):
     @property
     def tables(self) -> Tables:
         """The labels that occur."""
-        return Tables(_as_bytes(self.arrays.vertex_table), _as_bytes(self.arrays.edge_table))
+        return Tables(
+            _as_bytes(self.arrays.vertex_table), _as_bytes(self.arrays.edge_table)
+        )
 
     def source(self, i: int) -> str:
         """Return the source of graph i."""
@@ -148,9 +150,14 @@ def database_of(blocks: Iterable[Block], tables: Tables) -> _core.Database:
         nothing = np.zeros(0, np.int64)
         no_labels = nothing.astype(np.int32)
         renumbered = [
-            Arrays(nothing, nothing, no_labels, nothing.reshape(0, 2), no_labels, (), ())
+            Arrays(
+                nothing, nothing, no_labels, nothing.reshape(0, 2), no_labels, (), ()
+            )
         ]
-    joined = [np.concatenate(parts) for parts in zip(*(a[:5] for a in renumbered), strict=True)]
+    joined = [
+        np.concatenate(parts)
+        for parts in zip(*(a[:5] for a in renumbered), strict=True)
+    ]
     native, refused = _core.Database.from_arrays(
         *joined,
         list(tables.vertex),

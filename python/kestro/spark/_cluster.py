@@ -69,14 +69,14 @@ class SparkEngine:
     def read(self, buckets: int) -> list[Described]:
         """Read the graphs; raise KestroError for what cannot be read."""
         self._blocks = self._keep(
-            self._source.mapInArrow(
-                partial(_read, self._reader, buckets), _BLOCKS
-            )
+            self._source.mapInArrow(partial(_read, self._reader, buckets), _BLOCKS)
         )
         rows = self._blocks.select("told", "fault").toArrow()
         faults = [Fault.from_json(f) for f in rows["fault"].drop_null().to_pylist()]
         if faults:
-            raise min(faults, key=lambda fault: (fault.path or "", fault.line or 0)).error()
+            raise min(
+                faults, key=lambda fault: (fault.path or "", fault.line or 0)
+            ).error()
         return [pickle.loads(told) for told in rows["told"].drop_null().to_pylist()]
 
     def mine(
@@ -145,9 +145,7 @@ class SparkEngine:
         self._counted = self._keep(
             self._held.groupBy("shard")
             .cogroup(silent.repartition(len(self._keys), "shard").groupBy("shard"))
-            .applyInArrow(
-                lambda key, held, wanted: count(key, held, wanted), _COUNTED
-            )
+            .applyInArrow(lambda key, held, wanted: count(key, held, wanted), _COUNTED)
         )
         return self._reports(self._counted)
 
@@ -203,7 +201,9 @@ def _partition_keys(spark: SparkSession, count: int) -> list[int]:
         tried *= 2
 
 
-def _columns(table: pa.Table | pa.RecordBatch, *names: str) -> Iterator[tuple[Any, ...]]:
+def _columns(
+    table: pa.Table | pa.RecordBatch, *names: str
+) -> Iterator[tuple[Any, ...]]:
     return zip(*(table.column(name).to_pylist() for name in names), strict=True)
 
 
@@ -261,7 +261,12 @@ def _mine(
     n = 0 if mined.capped else len(mined.keys)
     sent = sum(map(len, mined.keys)) + sum(len(k) for own in mined.parents for k in own)
     told = MinedShard(
-        shard.number, len(mined.keys), mined.capped, mined.last_size, mined.seconds, sent
+        shard.number,
+        len(mined.keys),
+        mined.capped,
+        mined.last_size,
+        mined.seconds,
+        sent,
     )
     supports = np.array(mined.supports[:n], np.int64)
     return pa.table(

@@ -7,6 +7,7 @@ of one width.
 
 from __future__ import annotations
 
+import itertools
 from collections.abc import Sequence
 from typing import Any, NamedTuple
 
@@ -63,7 +64,7 @@ def keys_of(packed: Packed, word: np.dtype[Any]) -> list[bytes]:
     words[at + 2] = packed.edge_labels
     text = words.tobytes()
     ends = (starts * word.itemsize).tolist()
-    return [text[a:b] for a, b in zip(ends[:-1], ends[1:], strict=True)]
+    return [text[a:b] for a, b in itertools.pairwise(ends)]
 
 
 def _spread(
@@ -107,13 +108,20 @@ def packed_of(found: dict[str, NDArray[Any]]) -> Packed:
     )
 
 
-def parents_of(found: dict[str, NDArray[Any]]) -> tuple[NDArray[np.int64], NDArray[np.int64]]:
-    """Return offsets and positions of the parents of a run's patterns."""
+def parents_of(
+    found: dict[str, NDArray[Any]],
+) -> tuple[NDArray[np.int64], NDArray[np.int64]]:
+    """Return offsets and positions of the parents of a run's patterns.
+
+    Those of the first size, which are not among the patterns, are left out.
+    """
     ends = found["level_ends"]
     offsets = found["parent_offsets"]
+    if not len(ends):
+        return offsets, np.zeros(0, np.int64)
+    left_out = offsets[ends[0]]
     starts = np.concatenate([np.zeros(2, np.int64), ends])[: len(ends)]
     # The level below begins where the one before it ended.
     below = np.repeat(starts, np.diff(ends, prepend=0))
-    return offsets, found["parents"] + np.repeat(below, np.diff(offsets))
-
-
+    parents = found["parents"] + np.repeat(below, np.diff(offsets))
+    return np.maximum(offsets - left_out, 0), parents[left_out:]

@@ -211,7 +211,9 @@ def may_be_frequent(
     return reported.support + silent >= min_support
 
 
-def refuse_capped(mined: Sequence[MinedShard], shards: Sequence[Shard], caps: Caps) -> None:
+def refuse_capped(
+    mined: Sequence[MinedShard], shards: Sequence[Shard], caps: Caps
+) -> None:
     """Raise where a shard has reached a cap."""
     for one in mined:
         if one.capped is None:

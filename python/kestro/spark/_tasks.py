@@ -6,10 +6,11 @@ which engine runs it.
 
 from __future__ import annotations
 
+import itertools
 import resource
 import time
-from collections.abc import Callable, Iterable, Sequence
-from typing import Any, NamedTuple
+from collections.abc import Iterable, Sequence
+from typing import NamedTuple
 
 import numpy as np
 from numpy.typing import NDArray
@@ -18,7 +19,13 @@ from kestro import _core
 from kestro._errors import StopMining
 from kestro._ragged import offsets_of
 from kestro.spark._blocks import Block, Tables, database_of
-from kestro.spark._keys import Packed, keys_of, packed_of, parents_of, patterns_of, word_of
+from kestro.spark._keys import (
+    keys_of,
+    packed_of,
+    parents_of,
+    patterns_of,
+    word_of,
+)
 
 
 class Caps(NamedTuple):
@@ -94,10 +101,7 @@ def mine_shard(
     return Mined(
         keys,
         np.diff(found["tid_offsets"]).tolist(),
-        [
-            [keys[p] for p in parents[a:b]]
-            for a, b in zip(ends[:-1], ends[1:], strict=True)
-        ],
+        [[keys[p] for p in parents[a:b]] for a, b in itertools.pairwise(ends)],
         capped,
         told["last_size"],
         time.process_time() - before,
