@@ -36,6 +36,8 @@ def _array_of(y: Any, graphs: int) -> NDArray[Any]:
     """Return the entries as an array; none is missing, all are of one kind."""
     import pandas as pd
 
+    if y is None:
+        raise KestroError("y is missing: the class of each graph")
     if isinstance(y, (list, tuple)):
         for entry in y:
             if isinstance(entry, (list, tuple, np.ndarray)):

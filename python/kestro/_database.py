@@ -34,7 +34,8 @@ class Skipped(NamedTuple):
     Attributes
     ----------
     record : int
-        Its number in the source, from 0 on; -1 for what lies before the first.
+        Its number in the source, counted from 0 as in ``GraphDatabase.source``,
+        whichever line it is in; -1 for what lies before the first.
     reason : str
         Why.
     """
@@ -126,8 +127,8 @@ class GraphDatabase:
     source : ndarray of int64, shape (graphs,)
         Per graph, the number of its record in what was read, from 0 on.
     skipped : tuple of Skipped
-        The records that were left out, and why; a selection has those of the
-        whole.
+        The records that were left out, by their numbers, and why; a selection has
+        those of the whole.
     table : DataFrame or None
         A row per graph: what stood beside the graphs.  To set another one
         raises a ValueError unless it has as many rows.

@@ -2,7 +2,7 @@
 
 from __future__ import annotations
 
-from collections.abc import Iterable
+from collections.abc import Iterator
 from typing import TYPE_CHECKING, Any
 
 import numpy as np
@@ -13,10 +13,12 @@ from kestro._arguments import Index, position, whole_number
 from kestro._atoms import import_rdkit
 from kestro._database import Graph, GraphDatabase, number_of
 from kestro._errors import KestroError
+from kestro._pattern import Pattern
+from kestro._pattern_sequence import PatternSequence
 from kestro._picture import Picture, Size, checked_size, grid
 
 if TYPE_CHECKING:
-    from kestro._pattern import Pattern
+    from kestro._result import Result
 
 _PATTERN = (250, 200)  # pixels
 _MOLECULE = (350, 260)
@@ -35,19 +37,37 @@ def draw(pattern: Pattern, size: Size | None) -> Picture:
     )
 
 
-def draw_grid(
-    patterns: Iterable[Pattern], graphs: int, columns: int, size: Size | None
-) -> Picture:
+def draw_grid(result: Result, chosen: Any, columns: int, size: Size | None) -> Picture:
     """Return the pictures of patterns; see `Result.draw_grid`."""
     across = whole_number("columns", columns, 1)
-    drawn = list(patterns)
+    drawn = _chosen(result, chosen)
     cell = checked_size(size, (200, 150))
     return grid(
         number_of(len(drawn), "pattern"),
         [draw(p, cell) for p in drawn],
-        [f"{p.id}: {p.support} of {graphs}" for p in drawn],
+        [f"{p.id}: {p.support} of {result.graphs}" for p in drawn],
         across,
     )
+
+
+def _chosen(result: Result, chosen: Any) -> list[Pattern]:
+    """Return the patterns that a grid is asked for."""
+    if isinstance(chosen, (int, np.integer)):
+        return list(result[: whole_number("patterns", chosen, 0)])
+    if isinstance(chosen, (str, Pattern)):
+        chosen = [chosen]
+    elif isinstance(chosen, (Iterator, PatternSequence)):
+        chosen = list(chosen)
+    if not isinstance(chosen, (list, tuple)) or not any(
+        isinstance(x, Pattern) for x in chosen
+    ):
+        return list(result[chosen])
+    for pattern in chosen:
+        if not isinstance(pattern, Pattern):
+            raise TypeError(f"not all are patterns: {pattern!r}")
+        if pattern._all is not result._patterns:
+            raise KestroError("the pattern is of another run")
+    return list(chosen)
 
 
 def highlight(

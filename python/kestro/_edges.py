@@ -43,6 +43,7 @@ def from_edges(
     Returns
     -------
     GraphDatabase
+        ``source`` counts the graphs from 0.
 
     Raises
     ------

@@ -16,6 +16,11 @@ GZIP = b"\x1f\x8b"  # how a compressed file begins
 BYTE_ORDER_MARK = b"\xef\xbb\xbf"
 
 
+def plain_name(name: str) -> str:
+    """Return the name without the extension of what gzip has compressed."""
+    return name[:-3] if name.lower().endswith(".gz") else name
+
+
 def is_source(source: Source | Iterable[Any]) -> TypeGuard[Source]:
     """Whether it is a path or a file object."""
     return isinstance(source, (str, os.PathLike)) or hasattr(source, "read")

@@ -1,17 +1,24 @@
-"""Graphs from GraphML."""
+"""Graphs from GraphML, and as GraphML."""
 
 from __future__ import annotations
 
+import re
 from collections.abc import Iterator
 from typing import NamedTuple
 from xml.etree import ElementTree
 from xml.etree.ElementTree import Element
+from xml.sax.saxutils import escape
 
 from kestro._arguments import OnError
 from kestro._database import GraphDatabase
 from kestro._errors import KestroError
 from kestro._files import Source, read_document
 from kestro._packing import Packer
+
+# What XML 1.0 calls white space; other blanks may belong to a label.
+_WHITE_SPACE = " \t\r\n"
+# What is no character of XML 1.0, section 2.2.
+_NO_CHARACTER = re.compile("[^\t\n\r\u0020-\ud7ff\ue000-\ufffd\U00010000-\U0010ffff]")
 
 
 def from_graphml(
@@ -31,7 +38,7 @@ def from_graphml(
         declares, which is then ignored.
     vertex_label, edge_label : str
         The names of the attributes with the labels, whose text is taken as it
-        stands, without blanks around it; defaults of the file count.
+        stands, without XML's white space around it; defaults of the file count.
     on_error : {"raise", "skip"}
         With "skip", what is no graph is left out and listed in ``skipped``.
 
@@ -146,4 +153,35 @@ def _children(element: Element, tag: str) -> Iterator[Element]:
 
 
 def _text(element: Element) -> str:
-    return "".join(element.itertext()).strip()
+    return "".join(element.itertext()).strip(_WHITE_SPACE)
+
+
+def graphml_lines(db: GraphDatabase, name: str | None = None) -> Iterator[str]:
+    """Return the lines of a GraphML file, which `from_graphml` reads.
+
+    Raises at once, with the name of the input, for a label that XML cannot hold.
+    """
+    for label in (label for table in db._native.labels() for label in table):
+        if _NO_CHARACTER.search(label):
+            raise KestroError(f"XML cannot hold the label {label!r}", name)
+    return _lines(db)
+
+
+def _lines(db: GraphDatabase) -> Iterator[str]:
+    yield '<?xml version="1.0" encoding="utf-8"?>\n'
+    yield '<graphml xmlns="http://graphml.graphdrawing.org/xmlns">\n'
+    for key, what in (("v", "node"), ("e", "edge")):
+        yield (
+            f'  <key id="{key}" for="{what}" attr.name="label" attr.type="string"/>\n'
+        )
+    for tid, g in enumerate(db):
+        yield f'  <graph id="g{tid}" edgedefault="undirected">\n'
+        for i, label in enumerate(g.vertex_labels):
+            yield f'    <node id="n{i}"><data key="v">{escape(label)}</data></node>\n'
+        for (a, b), label in zip(g.edges.tolist(), g.edge_labels, strict=True):
+            yield (
+                f'    <edge source="n{a}" target="n{b}">'
+                f'<data key="e">{escape(label)}</data></edge>\n'
+            )
+        yield "  </graph>\n"
+    yield "</graphml>\n"

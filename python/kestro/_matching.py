@@ -2,7 +2,7 @@
 
 from __future__ import annotations
 
-from collections.abc import Iterable
+from collections.abc import Callable, Iterable
 from concurrent.futures import ThreadPoolExecutor
 from typing import TYPE_CHECKING, Any
 
@@ -10,8 +10,9 @@ import numpy as np
 from numpy.typing import NDArray
 
 from kestro import _core
-from kestro._arguments import job_count, optional_number, position
+from kestro._arguments import optional_number, position
 from kestro._database import Graph, GraphDatabase
+from kestro._errors import printable
 from kestro._native import Arrays, database_of
 from kestro._packing import Packer
 from kestro._ragged import offsets_of, places, small
@@ -109,11 +110,42 @@ def check_database(patterns: Patterns, other: object) -> None:
     check_atom_labels(patterns.summary.atom_labels, other.atom_labels)
 
 
-def transform(
-    lattice: Lattice, other: GraphDatabase, n_jobs: int | None
-) -> scipy.sparse.csr_array:
-    """Return which graph of a database contains which pattern."""
-    return lattice.match(other._native, job_count(n_jobs))
+def tell_strange_labels(
+    patterns: Patterns,
+    chosen: NDArray[np.int64],
+    other: GraphDatabase,
+    tell: Callable[[str], object],
+) -> None:
+    """Tell where no pattern can occur, as no label is known on both sides.
+
+    Of molecules on both sides nothing is told: their labels mean the same, so a
+    molecule of other elements is no mistake.
+    """
+    if patterns.summary.atom_labels is not None and other.atom_labels is not None:
+        return
+    p = patterns
+    vertices, _ = places(p.vertex_offsets, chosen)
+    edges, _ = places(p.edge_offsets, chosen)
+    in_patterns = (
+        [p.vertex_table[i] for i in np.unique(p.vertex_labels[vertices])],
+        [p.edge_table[i] for i in np.unique(p.edge_labels[edges])],
+    )
+    in_graphs = other._native.labels()
+    for what, own, theirs in zip(
+        ("a vertex", "an edge"), in_patterns, in_graphs, strict=True
+    ):
+        if own and theirs and set(own).isdisjoint(theirs):
+            tell(
+                f"no label of {what} in the patterns ({_some(own)}) is in the "
+                f"graphs ({_some(theirs)}): no pattern can occur"
+            )
+            return
+
+
+def _some(labels: list[str]) -> str:
+    """Return the first labels, to be read."""
+    first = ", ".join(printable(label) for label in sorted(labels)[:5])
+    return f"{first}, ..." if len(labels) > 5 else first
 
 
 def embeddings(

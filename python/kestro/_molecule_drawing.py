@@ -23,6 +23,14 @@ _HIGHLIGHT = (1.0, 0.8, 0.4)
 # Of the picture's width or height, what an angstrom may have: a pattern of two atoms
 # is not drawn larger than its neighbours.
 _LARGEST = 0.17
+# Of some elements RDKit's colours are too light for letters on white.
+COLOURS = {
+    8: (0.85, 0.0, 0.0),
+    9: (0.0, 0.45, 0.45),
+    15: (0.65, 0.3, 0.0),
+    16: (0.48, 0.41, 0.0),
+    17: (0.0, 0.5, 0.0),
+}
 _FRAME = re.compile(r"\A.*?<!-- END OF HEADER -->\n|</svg>\s*\Z", re.DOTALL)
 
 
@@ -79,6 +87,7 @@ def drawing(
     options: Any = drawer.drawOptions()  # whose stubs have one type for all
     options.prepareMolsBeforeDrawing = False
     options.includeRadicals = False
+    options.updateAtomPalette(COLOURS)
     options.fixedBondLength = _LARGEST * min(size)
     options.setHighlightColour(_HIGHLIGHT)
     options.highlightBondWidthMultiplier = 14

@@ -35,6 +35,7 @@ def from_networkx(
     Returns
     -------
     GraphDatabase
+        ``source`` counts the graphs from 0.
 
     Raises
     ------

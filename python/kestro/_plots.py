@@ -62,7 +62,7 @@ def sizes(result: Result, ax: Axes | None) -> Axes:
 
 def scores(
     result: Result,
-    y: ArrayLike,
+    y: ArrayLike | None,
     ax: Axes | None,
     of: object,
     correction: Correction | None,
@@ -170,4 +170,5 @@ def _axes(ax: Axes | None) -> Axes:
         raise ImportError(
             "this needs matplotlib: pip install 'kestro[pictures]'"
         ) from e
-    return plt.subplots()[1] if ax is None else ax
+    # Else what stands beside the axes is cut off where it is saved.
+    return plt.subplots(layout="constrained")[1] if ax is None else ax

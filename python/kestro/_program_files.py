@@ -16,12 +16,13 @@ from typing import Any, NamedTuple
 import numpy as np
 from numpy.typing import NDArray
 
-from kestro import _checks, _core, _report
+from kestro import _checks, _report
 from kestro._aside import write_all_aside
 from kestro._errors import KestroError
 from kestro._patterns import Patterns
 from kestro._ragged import offsets_of
 from kestro._summary import RunSummary
+from kestro._transactions import parse
 
 _TID = rb"[0-9]{1,18}"
 _TIDS = re.compile(rb"\s*(?:" + _TID + rb"\s+)*(?:" + _TID + rb")?")
@@ -117,7 +118,7 @@ def read(
     if any(number > 2**31 - 1 for head in numbers for number in head):
         raise KestroError("an id or a support is too large", name)
     heads = _checks.Heads(*np.array(numbers, np.int64).reshape(-1, 3).T)
-    native = _core.Database.parse(text, os.fsencode(name or ""))
+    native = parse(text, name or "")
     own = native.to_arrays()
     if len(own["vertex_counts"]) != len(found):
         raise KestroError("a pattern has no head like 't # 3-7, 12'", name)

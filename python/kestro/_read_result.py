@@ -12,7 +12,7 @@ from kestro import _jsonl, _matching, _program_files
 from kestro._arguments import job_count
 from kestro._database import GraphDatabase
 from kestro._errors import KestroError
-from kestro._files import Source, read_bytes
+from kestro._files import Source, plain_name, read_bytes
 from kestro._patterns import Patterns
 from kestro._result import Result
 from kestro._summary import Described, check_atom_labels, describe
@@ -80,10 +80,10 @@ def _beside(path: Path, suffix: str) -> _program_files.Beside | None:
 
     Beside ``p.fp.gz`` it may be compressed, too.
     """
-    plain = path.with_suffix("") if path.suffix == ".gz" else path
+    plain = Path(plain_name(str(path)))
     files = [plain.with_suffix(suffix)]
     if plain != path:
-        files.insert(0, plain.with_suffix(f"{suffix}.gz"))
+        files.insert(0, plain.with_suffix(f"{suffix}{path.suffix}"))
     for file in files:
         try:
             return _program_files.Beside(str(file), read_bytes(file)[0].splitlines())

@@ -14,7 +14,7 @@ import numpy as np
 from numpy.typing import NDArray
 
 from kestro._arguments import OnError
-from kestro._database import AtomLabels, Graph, GraphDatabase
+from kestro._database import AtomLabels, Graph, GraphDatabase, Skipped
 from kestro._molecules import from_rdkit, from_smiles
 from kestro._networkx import from_networkx
 from kestro._packing import Packer
@@ -29,6 +29,7 @@ class Records(NamedTuple):
     db: GraphDatabase
     rows: NDArray[np.int64]  # per graph, the record that it is; ascending
     total: int  # of all records, those that could not be read among them
+    skipped: tuple[Skipped, ...]  # those that could not be read
 
 
 def read_records(
@@ -59,22 +60,22 @@ def read_records(
         For an array of another dimension than 1.
     """
     if isinstance(X, GraphDatabase):
-        return Records(X, np.arange(len(X), dtype=np.int64), len(X))
+        return Records(X, np.arange(len(X), dtype=np.int64), len(X), ())
     records = _listed(X)
     read = _reader_of(records)
     db = read(records, on_error, labels or AtomLabels(charge=False, hydrogens=False))
-    return Records(db, db.source, len(records))
+    return Records(db, db.source, len(records), db.skipped)
 
 
 def _listed(X: Any) -> list[Any]:
+    if isinstance(X, bytes) or _kind_of(X) is not None:
+        raise TypeError(f"X must be a list of graphs, not a single one: {X!r}")
     dimensions = getattr(X, "ndim", 1)
     if dimensions != 1:
         raise ValueError(
             f"X must have one dimension, a graph an entry, not {dimensions}: a "
             f"column of a table is X['smiles'] or X[:, 0]"
         )
-    if isinstance(X, (str, bytes)) or _is_graph_of_networkx(X):
-        raise TypeError(f"X must be a list of graphs, not a single one: {X!r}")
     # A set has no order by which rows could be told apart.
     if not isinstance(X, Iterable) or isinstance(X, (Mapping, Set)):
         raise TypeError(
@@ -86,22 +87,26 @@ def _listed(X: Any) -> list[Any]:
 def _reader_of(records: list[Any]) -> _Reader:
     """Return what reads records of the first kind that there is."""
     for record in records:
-        if isinstance(record, str):
-            return _read_smiles
-        if isinstance(record, Graph):
-            return _read_graphs
-        if _is_graph_of_networkx(record):
-            return _read_networkx
-        if _is_of("rdkit.Chem", "Mol", record):
-            return _read_rdkit
+        read = _kind_of(record)
+        if read is not None:
+            return read
     for i, record in enumerate(records):
         if not _is_missing(record):
             raise TypeError(f"X must hold {_READ}, not {record!r} as record {i}")
     return _read_graphs
 
 
-def _is_graph_of_networkx(record: object) -> bool:
-    return _is_of("networkx", "Graph", record)
+def _kind_of(record: object) -> _Reader | None:
+    """Return what reads records such as this one, None where it is none."""
+    if isinstance(record, str):
+        return _read_smiles
+    if isinstance(record, Graph):
+        return _read_graphs
+    if _is_of("networkx", "Graph", record):
+        return _read_networkx
+    if _is_of("rdkit.Chem", "Mol", record):
+        return _read_rdkit
+    return None
 
 
 def _is_of(module: str, name: str, record: object) -> bool:
@@ -142,5 +147,6 @@ def _read_graphs(
         if isinstance(g, Graph):
             packer.add(i, g.vertex_labels, g.edges.tolist(), g.edge_labels)
         else:
-            packer.refuse(i, f"no kestro.Graph: {g!r}")
+            missing = _is_missing(g)
+            packer.refuse(i, "it is missing" if missing else f"no kestro.Graph: {g!r}")
     return packer.build()

@@ -3,6 +3,8 @@
 from __future__ import annotations
 
 import os
+import warnings
+from collections.abc import Callable, Iterable
 from dataclasses import replace
 from pathlib import Path
 from typing import IO, TYPE_CHECKING
@@ -19,7 +21,7 @@ from kestro import (
     _program_files,
     _scoring,
 )
-from kestro._arguments import Ids, Index, Selection, whole_number
+from kestro._arguments import Ids, Index, Selection, job_count
 from kestro._aside import write_aside
 from kestro._database import Graph, GraphDatabase
 from kestro._errors import KestroError
@@ -176,7 +178,9 @@ class Result(PatternSequence):
         Returns
         -------
         csr_array of uint8, shape (graphs of other, patterns)
-            1 where the graph contains the pattern.
+            1 where the graph contains the pattern.  Where no label of a vertex, or
+            of an edge, is known on both sides a `UserWarning` says so, unless both
+            are of molecules, whose labels mean the same.
 
         Raises
         ------
@@ -199,10 +203,22 @@ class Result(PatternSequence):
         >>> kestro.mine(db, min_support=2).transform(other).toarray().tolist()
         [[1], [0]]
         """
+
+        def tell(text: str) -> None:
+            warnings.warn(text, UserWarning, stacklevel=5)
+
+        return self._found_in(other, n_jobs, tell)
+
+    def _found_in(
+        self, other: GraphDatabase, n_jobs: int | None, tell: Callable[[str], object]
+    ) -> scipy.sparse.csr_array:
+        """Return what `transform` does; labels that never meet are told."""
         _matching.check_database(self._patterns, other)
+        jobs = job_count(n_jobs)
+        _matching.tell_strange_labels(self._patterns, self.positions, other, tell)
         if self._lattice is None:
             self._lattice = _matching.Lattice(self._patterns, self.positions)
-        return _matching.transform(self._lattice, other, n_jobs)
+        return self._lattice.match(other._native, jobs)
 
     def embeddings(
         self,
@@ -255,7 +271,7 @@ class Result(PatternSequence):
 
     def score(
         self,
-        y: ArrayLike,
+        y: ArrayLike | None = None,
         *,
         method: _scoring.Method = "chi2",
         correction: _scoring.Correction | None = None,
@@ -268,10 +284,11 @@ class Result(PatternSequence):
 
         Parameters
         ----------
-        y : array-like, shape (graphs,)
+        y : array-like, shape (graphs,), optional
             The class of each graph of ``db``, which is what is left after
             skipping: ``values[db.source]`` aligns what was not skipped.  The
             index of a Series is not looked at; y is taken by position.
+            None is ``db.classes``.
         method : str
             - "chi2": Pearson's chi-square without continuity correction.
             - "fisher": Fisher's exact test, two-sided: the probability of all
@@ -315,7 +332,8 @@ class Result(PatternSequence):
             TIDs are unknown; for a correction of patterns that were read from
             a file that does not hold all of the run.
         ValueError
-            For a correction of another method, and an alpha out of range.
+            For a correction of another method, and an alpha out of range;
+            without y where the database has no classes.
 
         References
         ----------
@@ -326,6 +344,11 @@ class Result(PatternSequence):
         .. [4] R. E. Tarone, A modified Bonferroni method for discrete data,
            Biometrics 46, 1990.
         """
+        y = self._classes_or(y)
+        if y is None:
+            raise ValueError(
+                "score needs y, the classes of the graphs: the database has none"
+            )
         return _scoring.table(
             self._patterns,
             self.positions,
@@ -349,11 +372,10 @@ class Result(PatternSequence):
         k : int
             How many at most.
         by : str or array-like, shape (patterns,)
-            "support", "size", or a method of `score`, which needs ``y``; of
-            several classes the largest score counts.  Or a number for each
-            pattern.
+            "support", "size", or a method of `score`, which needs classes;
+            of several the largest score counts.  Or a number for each pattern.
         y : array-like, optional
-            The classes.
+            The classes, as for `score`; None is ``db.classes``.
 
         Returns
         -------
@@ -366,9 +388,10 @@ class Result(PatternSequence):
             As `score` does, for one of its methods.
         TypeError, ValueError
             When k is no int or less than 0, and for another ``by``, or a
-            method without ``y``.
+            method without classes.
         """
-        values = _choices.values(self._patterns, self.positions, by, y)
+        own = self._classes_or(y)
+        values = _choices.values(self._patterns, self.positions, by, own)
         chosen = _choices.largest(values, k)
         return self._of(self.positions[chosen])
 
@@ -410,7 +433,9 @@ class Result(PatternSequence):
 
     def draw_grid(
         self,
-        patterns: int | slice | Selection | Ids = 12,
+        patterns: (
+            int | slice | Selection | Ids | str | Pattern | Iterable[Pattern]
+        ) = 12,
         *,
         columns: int = 4,
         size: Size | None = None,
@@ -419,8 +444,11 @@ class Result(PatternSequence):
 
         Parameters
         ----------
-        patterns : int, slice, mask, or sequence of positions or ids
-            How many, from the first on, or which ones.
+        patterns : int, slice, mask, or sequence of positions, ids or patterns
+            How many, from the first on, or which ones, drawn in this order:
+            ``result.draw_grid(p for p in result if "N" in p.graph.vertex_labels)``
+            draws those that have nitrogen.  A pattern or an id alone is drawn
+            alone.
         columns : int
             Pictures in a row.
         size : tuple of int, optional
@@ -432,6 +460,8 @@ class Result(PatternSequence):
             As `Pattern.draw` does, and when a number is none or is too small.
         IndexError, KeyError
             As for a selection of patterns.
+        KestroError
+            When a pattern is of another run.
 
         Examples
         --------
@@ -439,15 +469,12 @@ class Result(PatternSequence):
         >>> result = kestro.mine(kestro.from_smiles(["CCO", "CCN"]), min_support=1)
         >>> result.draw_grid(columns=2, size=(100, 80))
         <Picture: 5 patterns, 224 x 326>
+        >>> result.draw_grid([result["2-1"], result["1-0"]])
+        <Picture: 2 patterns, 424 x 184>
         """
         from kestro import _drawing
 
-        chosen: slice | Selection | Ids
-        if isinstance(patterns, (int, np.integer)):
-            chosen = slice(whole_number("patterns", patterns, 0))
-        else:
-            chosen = patterns
-        return _drawing.draw_grid(self[chosen], self.graphs, columns, size)
+        return _drawing.draw_grid(self, patterns, columns, size)
 
     def plot_sizes(self, ax: Axes | None = None) -> Axes:
         """Plot the number of patterns per size.
@@ -476,7 +503,7 @@ class Result(PatternSequence):
 
     def plot_scores(
         self,
-        y: ArrayLike,
+        y: ArrayLike | None = None,
         ax: Axes | None = None,
         *,
         of: object = None,
@@ -493,7 +520,7 @@ class Result(PatternSequence):
         Parameters
         ----------
         y, correction, alpha
-            As for `score`; what is significant is filled.
+            As for `score`, y also where it is None; what is significant is filled.
         ax : matplotlib.axes.Axes, optional
             Where to; None makes a figure.
         of : class, optional
@@ -678,6 +705,10 @@ class Result(PatternSequence):
             write_aside(Path(path), [text])
         else:
             path.write(text)
+
+    def _classes_or(self, y: ArrayLike | None) -> ArrayLike | None:
+        """Return the classes handed over, or those of the database."""
+        return self._db.classes if y is None and self._db is not None else y
 
     def _what_is_written(self) -> tuple[NDArray[np.int64], RunSummary]:
         """Return the positions in the order of files, and what they are."""

@@ -15,6 +15,8 @@ _NUMBER = _BLANK + rb"([+-]?[0-9]++)"
 _WORD = _BLANK + rb"([^ \t\v\f\r]*)"
 _VERTEX = re.compile(_BLANK + rb"[vV]" + _NUMBER + _WORD)
 _EDGE = re.compile(_BLANK + rb"[udeUDE]" + _NUMBER + _NUMBER + _WORD)
+# A byte that is no UTF-8, as repr writes what stands for it.
+_BYTE = re.compile(r"(?<!\\)\\udc([89a-f][0-9a-f])")
 _QUOTED = 60  # bytes of a line that are shown
 
 
@@ -75,5 +77,5 @@ def _id(digits: bytes) -> int:
 
 def _quoted(line: bytes) -> str:
     text = line.strip()
-    short = text[:_QUOTED].decode("utf-8", "surrogateescape")
-    return repr(short) + ("…" if len(text) > _QUOTED else "")
+    short = repr(text[:_QUOTED].decode("utf-8", "surrogateescape"))
+    return _BYTE.sub(r"\\x\1", short) + ("…" if len(text) > _QUOTED else "")

@@ -6,7 +6,6 @@ import io
 import os
 import re
 import stat
-import textwrap
 from collections.abc import Iterable
 from itertools import pairwise
 from typing import IO
@@ -29,7 +28,6 @@ _END_MARK = re.compile(rb"(?:^|\n)[ \t]*t[ \t]*#[ \t]*-1\s*\Z")
 _CUT_LABEL = re.compile(rb"^[ \t\v\f\r]*[vudeVUDE][^\n\0]*\0", re.MULTILINE)
 _TAIL = 256  # bytes in which it is looked for
 _BLOCK = 1 << 20  # bytes of a file that are looked at together
-_SHOWN = 200  # signs of the library's text behind our own
 
 
 def read_transactions(
@@ -51,13 +49,14 @@ def read_transactions(
     Returns
     -------
     GraphDatabase
-        ``source`` numbers the transactions of the file.  What is no graph by
-        the format's rules is listed in ``skipped`` whatever ``on_error`` says:
-        vertices and edges in front of the first transaction, as record -1,
-        and a line ``t # -1`` at the very end, with which some programs end
-        their files.  Elsewhere such a line begins a graph like any line with
-        a t, and without vertices that is an empty graph, which counts.  A byte
-        order mark and blank lines at the end are ignored.
+        ``source`` counts the transactions of the file from 0, whichever numbers
+        stand behind their t.  What is no graph by the format's rules is listed
+        in ``skipped`` whatever ``on_error`` says: vertices and edges in front
+        of the first transaction, as record -1, and a line ``t # -1`` at the
+        very end, with which some programs end their files.  Elsewhere such a
+        line begins a graph like any line with a t, and without vertices that
+        is an empty graph, which counts.  A byte order mark and blank lines at
+        the end are ignored.
 
     Raises
     ------
@@ -91,7 +90,7 @@ def parse_transactions(
     """Return the graphs of a file's bytes; the name is for errors."""
     text, has_end_mark = _without_end(data.removeprefix(BYTE_ORDER_MARK))
     try:
-        native = _parse(text, name)
+        native = parse(text, name)
         records = np.arange(len(native), dtype=np.int64)
         skipped = _skipped_in_front(text)
     except KestroError:
@@ -162,7 +161,7 @@ def _skipped_in_front(text: bytes) -> list[Skipped]:
     return [Skipped(-1, reason)] if line else []
 
 
-def _parse(text: bytes, name: str) -> _core.Database:
+def parse(text: bytes, name: str) -> _core.Database:
     """Parse transactions; raise for labels that a NUL byte would end."""
     cut = _CUT_LABEL.search(text) if b"\0" in text else None
     if cut:
@@ -175,7 +174,7 @@ def _parse(text: bytes, name: str) -> _core.Database:
 
 
 def _explained(e: KestroError, text: bytes) -> KestroError:
-    """Return the error in words, with the library's own behind them."""
+    """Return the error in words, where they are known: the library's are for it."""
     lines = text.split(b"\n")
     if not lines[-1]:
         lines.pop()
@@ -187,8 +186,7 @@ def _explained(e: KestroError, text: bytes) -> KestroError:
     reason = found.get(at - first)
     if reason is None:
         return e
-    own = textwrap.shorten(e.text, _SHOWN, placeholder="…")
-    return KestroError(f"{reason} [{own}]" if own else reason, e.path, e.line)
+    return KestroError(reason, e.path, e.line)
 
 
 def _parse_records(
@@ -202,7 +200,7 @@ def _parse_records(
     for record, (start, end) in enumerate(pairwise(cuts), -1):
         piece = text[start:end]
         try:
-            _parse(piece, "")
+            parse(piece, "")
         except KestroError as e:
             reason = e.text if e.line is None else f"{e.text} (line {e.line} of it)"
             skipped.append(Skipped(record, printable(reason)))

@@ -62,10 +62,12 @@ class SubgraphVectorizer(TransformerMixin, BaseEstimator):  # type: ignore[misc]
 
     Graphs are a `~kestro.GraphDatabase`, which is taken as it is, or a list, an array
     of one dimension or a Series of SMILES, of RDKit's molecules, of NetworkX's
-    graphs with labels in the attribute "label", or of `~kestro.Graph`.  Columns of a
-    data frame reach it through a ``ColumnTransformer`` that names one column
-    and not a list.  A database that scikit-learn divides, as in cross-validation,
-    becomes lists of `~kestro.Graph`: the same features, by other names.
+    graphs with labels in the attribute "label", or of `~kestro.Graph`; all are of
+    the kind of the first one, as labels of different kinds need not mean the same.
+    Columns of a data frame reach it through a ``ColumnTransformer`` that names one
+    column and not a list.  A database that scikit-learn divides, as in
+    cross-validation, becomes lists of `~kestro.Graph`: the same features, by other
+    names.
 
     Parameters
     ----------
@@ -100,7 +102,8 @@ class SubgraphVectorizer(TransformerMixin, BaseEstimator):  # type: ignore[misc]
         The patterns, in the order of columns, by size and then id.  It does
         not hold the graphs, so that a model that is stored does not either.
     unreadable_ : tuple of Skipped
-        Records of `fit` that could not be read, and why.
+        Records of `fit` that could not be read, by their rows, counted from 0,
+        and why.  Of a database, whose graphs have been read, there are none.
 
     See Also
     --------
@@ -215,7 +218,8 @@ class SubgraphVectorizer(TransformerMixin, BaseEstimator):  # type: ignore[misc]
         -------
         csr_array or ndarray of float64, shape (graphs, patterns)
             1 where the graph contains the pattern, else 0; with ``set_output`` a
-            table.
+            table.  Where no label of a vertex, or of an edge, is known on both
+            sides a `UserWarning` says so, as `~kestro.Result.transform` does.
 
         Raises
         ------
@@ -228,9 +232,15 @@ class SubgraphVectorizer(TransformerMixin, BaseEstimator):  # type: ignore[misc]
             For records of which none is of a kind that is read.
         """
         check_is_fitted(self)
+        truth("sparse_output", self.sparse_output)
         labels = self.result_._patterns.summary.atom_labels
         records = read_records(X, self._on_unread(), labels)
-        found = self.result_.transform(records.db, n_jobs=self.n_jobs)
+
+        def tell(text: str) -> None:
+            # scikit-learn wraps this method, for set_output.
+            warnings.warn(text, UserWarning, stacklevel=6)
+
+        found = self.result_._found_in(records.db, self.n_jobs, tell)
         return self._features(records, found)
 
     def get_feature_names_out(self, input_features: object = None) -> NDArray[Any]:
@@ -291,7 +301,7 @@ class SubgraphVectorizer(TransformerMixin, BaseEstimator):  # type: ignore[misc]
                 stacklevel=3,
             )
         self.result_ = Result(mined._patterns, None, mined.positions, mined._filters)
-        self.unreadable_ = records.db.skipped
+        self.unreadable_ = records.skipped
         return records
 
     def _on_unread(self) -> OnError:

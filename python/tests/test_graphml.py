@@ -1,12 +1,14 @@
-"""Reading GraphML."""
+"""GraphML, read and written."""
 
 import io
+from xml.etree import ElementTree
 
 import kestro
 import networkx as nx
 import pytest
 from hypothesis import given
 from hypothesis import strategies as st
+from kestro._graphml import graphml_lines
 
 GRAPHML = """<?xml version="1.0"?>
 <graphml xmlns="http://graphml.graphdrawing.org/xmlns">
@@ -90,6 +92,51 @@ def test_the_encoding_of_text_and_of_bytes():
     unknown = io.BytesIO(text.encode("latin-1").replace(b"latin-1", b"none-such"))
     with pytest.raises(kestro.KestroError, match=r"no XML: .*line 1"):
         kestro.from_graphml(unknown)
+
+
+# Characters of XML 1.0 that labels may hold.
+CHARACTERS = st.one_of(
+    st.characters(
+        codec="utf-8", exclude_characters="\x7f\ufffe\uffff", min_codepoint=33
+    ),
+    st.sampled_from(
+        "<>&'\"]\x80\x85\xa0\xad\u200b\u2028\u202e\u3000\ufdd0\ufffd\U0010ffff"
+    ),
+)
+LABELS = st.text(CHARACTERS, min_size=1, max_size=6)
+
+
+def written(db, name=None):
+    return "".join(graphml_lines(db, name)).encode()
+
+
+@given(st.lists(LABELS, min_size=2, max_size=4), LABELS)
+def test_every_character_of_xml_is_written_and_read(vertices, edge):
+    db = kestro.from_edges([vertices, []], [[(0, 1, edge)], []])
+    back = kestro.from_graphml(io.BytesIO(written(db)))
+    assert [g.lines() for g in back] == [g.lines() for g in db]
+    theirs = ElementTree.fromstring(written(db)).itertext()
+    assert [x for x in theirs if x.strip(" \n")] == [*vertices, edge]
+
+
+def test_every_character_of_labels_is_written_or_refused():
+    """All of Unicode: what labels may hold besides is what XML has no character for."""
+    refused = ["\ufffe", "\uffff", *map(chr, range(0xDC80, 0xDD00))]
+    # Neither blanks and control characters, nor halves of a character.
+    blocks = [(33, 0x7F), (0x80, 0xD800), (0xE000, 0xFFFE), (0x10000, 0x110000)]
+    kept = "".join(chr(c) for block in blocks for c in range(*block))
+    labels = [kept[i : i + 64] for i in range(0, len(kept), 64)]
+    db = kestro.from_edges([labels], [[]])
+    assert kestro.from_graphml(io.BytesIO(written(db)))[0].lines() == db[0].lines()
+    for label in refused:
+        one = kestro.from_edges([["A" + label]], [[]])
+        with pytest.raises(kestro.KestroError, match=r"XML cannot hold .* \(a\.txt\)"):
+            graphml_lines(one, "a.txt")
+
+
+def test_white_space_of_xml_around_labels():
+    text = GRAPHML.format("").replace(">C<", ">\r\n\t\xa0C&#13;<")
+    assert kestro.from_graphml(io.StringIO(text))[0].vertex_labels == ("\xa0C", "O")
 
 
 def test_an_error_tells_the_file(tmp_path):

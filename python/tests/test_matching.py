@@ -5,6 +5,7 @@ import itertools
 import math
 import os
 import pickle
+import re
 import signal
 import threading
 
@@ -101,6 +102,44 @@ def test_labels_never_seen(three):
     assert nothing.transform(three).shape == (3, 0)
 
 
+@pytest.mark.parametrize(
+    ("labels", "edge", "words"),
+    [
+        ("68", "d", r"a vertex in the patterns (C, O) is in the graphs (6, 8):"),
+        ("CO", "2", "an edge in the patterns (d, s) is in the graphs (2):"),
+    ],
+)
+def test_labels_that_never_meet(three, labels, edge, words):
+    result = kestro.mine(three, min_support=1)
+    other = kestro.from_edges([labels], [[(0, 1, edge)]])
+    with pytest.warns(UserWarning, match=re.escape(words)) as told:
+        assert not result.transform(other).toarray().any()
+    assert [w.filename for w in told] == [__file__]
+    # Many labels are not all listed, and no label breaks the stream that shows it.
+    named = ["\udce9", *(f"a{i}" for i in range(9))]
+    many = kestro.from_edges([named], [[(i, i + 1, "d") for i in range(9)]])
+    with pytest.warns(UserWarning, match=r"\(a0, a1, a2, a3, a4, \.\.\.\)"):
+        result.transform(many)
+    with pytest.warns(UserWarning, match=r"\(\\xe9\)"):
+        result.transform(kestro.from_edges([["\udce9"]], [[]]))
+
+
+@pytest.mark.filterwarnings("error")
+def test_labels_that_meet_or_mean_the_same(three):
+    result = kestro.mine(three, min_support=1)
+    result.transform(kestro.from_edges([["C"], [], ["6"]], [[], [], []]))
+    result.transform(kestro.from_edges([[]], [[]]))
+    # Rare elements and bonds are no mistake.
+    result = kestro.mine(kestro.from_smiles(["CCO"]), min_support=1)
+    assert not result.transform(kestro.from_smiles(["II", "C#C"])).toarray().any()
+    # One label is enough, though only another pattern has it.
+    chosen = result[[p.id for p in result if p.graph.vertex_labels == ("C", "C")]]
+    graphs = kestro.from_edges([["O", "O"], ["C"]], [[(0, 1, "-")], []])
+    assert len(chosen) == 1 and not chosen.transform(graphs).toarray().any()
+    with pytest.warns(UserWarning, match=r"patterns \(C\) is in the graphs \(O\)"):
+        chosen.transform(graphs[:1])
+
+
 def test_arguments_that_make_no_sense(result, three):
     with pytest.raises(TypeError, match="GraphDatabase"):
         result.transform([three])
@@ -128,6 +167,7 @@ def databases(draw, most):
 
 @given(databases(3), databases(2))
 @settings(max_examples=60)
+@pytest.mark.filterwarnings("ignore:no label of")
 def test_random_graphs(mined, other):
     result = kestro.mine(mined, min_support=1, max_size=4)
     assert (result.transform(mined) != result.incidence()).nnz == 0

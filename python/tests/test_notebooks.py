@@ -34,6 +34,8 @@ SEEN = """
 import json as _json
 import kestro as _kestro
 print(_json.dumps([sys.executable, _kestro.__file__]))
+if "folds_table" in globals():
+    print(folds_table.to_json())
 """
 
 
@@ -93,9 +95,18 @@ def shown(notebook, kind):
 def test_it_runs_in_this_interpreter_with_this_package(name, run):
     import kestro
 
-    executable, package = json.loads(printed(run[name].cells[-1]))
+    executable, package = json.loads(printed(run[name].cells[-1]).splitlines()[0])
     assert executable == sys.executable
     assert os.path.samefile(package, kestro.__file__)
+
+
+def test_models_are_as_good_as_the_text_says(run):
+    told = json.loads(printed(run["molecules"].cells[-1]).splitlines()[1])
+    assert list(told) == ["all fragments", "the best 100", "Morgan"]
+    assert all(list(column) == [*"01234", "mean"] for column in told.values())
+    mean = {name: column["mean"] for name, column in told.items()}
+    assert all(abs(mean[name] - 0.9) < 0.015 for name in ("all fragments", "Morgan"))
+    assert 0.8 < mean["the best 100"] < mean["all fragments"] - 0.01
 
 
 @pytest.mark.parametrize("name", NAMES)

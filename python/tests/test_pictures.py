@@ -333,6 +333,17 @@ def test_grids(result):
     assert captions == [f"{p.id}: {p.support} of 60" for p in result[:5]]
     chosen = result.draw_grid(["6-0", "7-0"])
     assert chosen == result[["6-0", "7-0"]].draw_grid()
+    two = [result["7-0"], result["6-0"]]
+    for patterns in (two, tuple(two), iter(two), ["7-0", "6-0"]):
+        assert result.draw_grid(patterns) == result[["7-0", "6-0"]].draw_grid()
+    assert result.draw_grid(result[:3]) == result.draw_grid(3)
+    alone = result.draw_grid(["6-0"])
+    assert result.draw_grid("6-0") == result.draw_grid(result["6-0"]) == alone
+    other = kestro.mine(kestro.from_smiles(["CO"]), min_support=1)
+    with pytest.raises(kestro.KestroError, match="of another run"):
+        result.draw_grid(list(other))
+    with pytest.raises(TypeError, match="not all are patterns"):
+        result.draw_grid([*two, "6-0"])
     assert parsed(result.draw_grid(0)) is not None
     assert parsed(result[:0].draw_grid()) is not None
     with pytest.raises(ValueError):
@@ -486,6 +497,30 @@ def test_a_plot_makes_its_own_figure(result):
     ax = result.plot_sizes()
     assert ax.get_xlabel() == "size (edges)"
     plt.close(ax.figure)
+
+
+def test_nothing_of_a_plot_is_cut_off(result):
+    for ax in (result.plot_sizes(), result.plot_scores([1] * 20 + [0] * 40)):
+        ax.figure.canvas.draw()
+        own, room = ax.get_tightbbox(), ax.figure.bbox
+        assert room.x0 <= own.x0 < own.x1 <= room.x1
+        assert room.y0 <= own.y0 < own.y1 <= room.y1
+        plt.close(ax.figure)
+
+
+def test_classes_of_the_database(ax):
+    db = kestro.from_smiles(["CCO", "CCO", "CCN", "CN"])
+    result = kestro.mine(db, min_support=1)
+    for call in (result.score, result.plot_scores):
+        with pytest.raises(ValueError, match="the database has none"):
+            call()
+    db.classes = ["a", "a", "b", "b"]
+    y = np.array([0, 0, 1, 1])
+    assert result.score().score.tolist() == result.score(y).score.tolist()
+    best = result.top(2, by="fisher")
+    assert [p.id for p in best] == [p.id for p in result.top(2, by="fisher", y=y)]
+    result.plot_scores(ax=ax)
+    assert "class b to others" in ax.get_xlabel()
 
 
 def test_planar_patterns_are_drawn_without_crossings(molecules):

@@ -156,6 +156,30 @@ def test_filters(open_page, molecules_page, result):
     assert selected(page) == scores.id[keep].tolist()
 
 
+def test_kinds_are_told_where_they_are_known(open_page, molecules_page, result):
+    page = open_page(molecules_page)
+    page.click("th button[data-key=id]")
+    kinds = {p.id: p for p in result}
+    told = dict(zip(column(page, 2), column(page, 7), strict=True))
+    page.click("th button[data-key=id]")
+    told |= dict(zip(column(page, 2), column(page, 7), strict=True))
+    for name, kind in told.items():
+        p = kinds[name]
+        wanted = "maximal" if p.maximal else "closed" if p.closed else "not closed"
+        assert kind == ("" if p.closed is None else wanted)
+    assert {"", "closed", "not closed"} <= set(told.values())
+    assert "same support" in page.locator("#kinds").inner_text()
+
+
+def test_axes_of_counts_have_whole_numbers(open_page, tmp_path, result):
+    small = kestro.mine(result.db, min_support="45%", max_size=2)
+    small.report(tmp_path / "small.html", with_structures=False)
+    page = open_page(tmp_path / "small.html")
+    ticks = page.locator("#sizes .tick text, #supports .tick text").all_text_contents()
+    assert len(ticks) > 6
+    assert [x for x in ticks if not re.fullmatch(r"\d{1,3}(,\d{3})?", x)] == []
+
+
 def test_patterns_that_contain_a_smarts(open_page, molecules_page, result):
     page = open_page(molecules_page)
     page.click("th button[data-key=id]")
@@ -181,6 +205,33 @@ def test_patterns_that_contain_a_smarts(open_page, molecules_page, result):
     assert count.inner_text().startswith(f"{len(wanted)} of")
     page.fill("#by-smarts", "")
     counted(page, f"{len(result)} of")
+
+
+def test_it_says_that_smarts_speak_of_the_fragment(open_page, molecules_page):
+    page = open_page(molecules_page)
+    hint = page.locator("#smarts-hint")
+    assert "not of the molecules" in hint.inner_text()
+    assert "smarts-hint" in page.locator("#by-smarts").get_attribute("aria-describedby")
+
+    def is_emphasised(smarts):
+        page.fill("#by-smarts", smarts)
+        # The search starts once typing has paused.
+        page.wait_for_function("text => searched === text", arg=smarts)
+        return hint.evaluate("e => e.classList.contains('note')")
+
+    page.evaluate(
+        "() => { window.searched = null;"
+        "const own = document.querySelector('#by-smarts');"
+        "new MutationObserver(() => { searched = own.value; }).observe("
+        "document.querySelector('#smarts-told'), { childList: true }); }"
+    )
+    asks = ["[NX3;H2]", "[D3]", "[v4]", "[#6;r6]", "C@C"]
+    says_nothing = ["[#6]=O", "[Rh][Hg+2][H][2H][Br][Cr5][Xe]CCl"]
+    assert [x for x in asks if not is_emphasised(x)] == []
+    assert [x for x in says_nothing if is_emphasised(x)] == []
+    assert is_emphasised("[R]")
+    page.click("text=Show all")
+    page.wait_for_selector("#smarts-hint:not(.note)")
 
 
 def test_every_example_is_an_embedding(molecules_page, result):
@@ -416,6 +467,55 @@ def test_without_structures(open_page, result, tmp_path):
     assert set(selected(page)) == {p.id for p in best}
     drawn = page.locator("#patterns .picture svg").count()
     assert drawn == page.locator("#patterns tbody tr").count()
+
+
+def shapes(page):
+    return page.evaluate(
+        "() => [...document.querySelectorAll('.picture svg, #examples svg')]"
+        ".map(svg => {"
+        "const box = e => { const r = e.getBoundingClientRect();"
+        "  return [r.left, r.top, r.right, r.bottom]; };"
+        "return [[...svg.querySelectorAll('rect')].map(box),"
+        "  [...svg.querySelectorAll('text')]"
+        "    .map(e => e.getBoundingClientRect().height),"
+        "  box(svg)]; })"
+    )
+
+
+@pytest.mark.parametrize("width", [1400, 390])
+@pytest.mark.parametrize("stored", [0, 100])
+def test_letters_of_graphs_can_be_read(open_page, tmp_path, width, stored):
+    words = ["method", "class", "isinstance", "func", "ValueError"]
+    path = [(i, i + 1, "member" if i % 2 else "call") for i in range(4)]
+    star = [(0, i, "member") for i in range(1, 5)]
+    db = kestro.from_edges([words] * 4, [path, path, star, star])
+    page_path = tmp_path / "words.html"
+    kestro.mine(db, min_support=2).report(page_path, stored_drawings=stored)
+    page = open_page(page_path, "#4-0", viewport={"width": width, "height": 900})
+    drawn = shapes(page)
+    assert len(drawn) > 12
+    for boxes, letters, (left, top, right, bottom) in drawn:
+        assert min(letters) >= 9  # pixels of a line of text
+        for i, (x, y, x2, y2) in enumerate(boxes):
+            assert left - 1 <= x
+            assert x2 <= right + 1
+            assert top - 1 <= y
+            assert y2 <= bottom + 1
+            for a, b, a2, b2 in boxes[:i]:
+                assert x >= a2 or a >= x2 or y >= b2 or b >= y2
+
+
+@pytest.mark.parametrize("stored", [0, 10])
+def test_large_graphs_are_dots(open_page, tmp_path, stored):
+    path = [(i, i + 1, "call") for i in range(29)]
+    db = kestro.from_edges([[f"function{i}" for i in range(30)]] * 2, [path] * 2)
+    run = kestro.mine(db, min_support=2)
+    run[run.size == 29].report(tmp_path / "path.html", stored_drawings=stored)
+    page = open_page(tmp_path / "path.html")
+    drawing = page.locator("#patterns .picture svg")
+    assert drawing.locator("rect").count() == 30
+    assert drawing.locator("line").count() == 29
+    assert drawing.locator("text").count() == 0
 
 
 def test_results_of_which_less_is_known(open_page, three, tmp_path):

@@ -258,6 +258,16 @@ def test_every_kind_is_listed(smiles):
     [
         ("CCO", TypeError, "list of graphs, not a single one"),
         (nx.Graph(), TypeError, "list of graphs, not a single one"),
+        (np.str_("CCO"), TypeError, "list of graphs, not a single one"),
+        (kestro.Graph((), np.zeros((0, 2), np.int32), ()), TypeError, "a single one"),
+        (Chem.MolFromSmiles("C"), TypeError, "list of graphs, not a single one"),
+        (b"CCO", TypeError, "list of graphs, not a single one"),
+        (np.array("CCO"), ValueError, "one dimension"),
+        ([b"CCO"], TypeError, "as record 0"),
+        ((x for x in ()), ValueError, "at least 1"),
+        (np.array([], object), ValueError, "at least 1"),
+        (kestro.from_edges([], []), ValueError, "at least 1"),
+        ([None, None], kestro.KestroError, "record 0: it is missing"),
         (3, TypeError, "a GraphDatabase or a list of SMILES"),
         ({"CCO", "CC"}, TypeError, "not set"),
         ({"CCO": 1}, TypeError, "not dict"),
@@ -291,6 +301,18 @@ def test_labels_of_molecules_are_those_of_fit():
         vectorizer.transform(kestro.from_smiles(["CN"]))
 
 
+def test_labels_that_never_meet_are_told(smiles, three):
+    graphs = [g.to_networkx() for g in kestro.from_edges([["6", "8"]], [[(0, 1, "-")]])]
+    ours = SubgraphVectorizer(max_size=2).fit(smiles)
+    words = r"a vertex in the patterns \(.*C.*\) is in the graphs \(6, 8\)"
+    with pytest.warns(UserWarning, match=words) as told:
+        assert not dense(ours.transform(graphs)).any()
+    assert [w.filename for w in told] == [__file__]
+    with warnings.catch_warnings():
+        warnings.simplefilter("error")
+        assert not dense(ours.transform(["II"])).any()
+
+
 # Records that cannot be read
 
 
@@ -318,6 +340,13 @@ def test_unreadable_records_are_rows_of_zeros(smiles, expected):
     assert all(skipped.reason for skipped in ours.unreadable_)
     assert (dense(ours.transform(mixed)) == found).all()
     assert (ours.set_params(sparse_output=False).transform(mixed) == found).all()
+
+
+def test_what_a_reader_skipped_is_no_row():
+    db = kestro.from_smiles(["no smiles", "CCO", "CO"], on_error="skip")
+    ours = SubgraphVectorizer(min_support=1, on_error="zeros").fit(db)
+    assert len(db.skipped) == 1 and ours.unreadable_ == ()
+    assert dense(ours.transform(db)).shape[0] == 2
 
 
 @pytest.mark.parametrize("kind", ["list of molecules", "list of graphs", "NetworkX"])
@@ -495,6 +524,65 @@ def test_clone_and_refit(smiles, three):
         copy.transform(smiles)
     assert ours.fit(three).get_feature_names_out().tolist() == ["1-0"]
     assert ours.fit(smiles).get_feature_names_out().tolist() == before
+
+
+@pytest.mark.parametrize(
+    "X", [[], (), np.array([], object), pd.Series([], dtype=object), iter([])], ids=repr
+)
+def test_no_graphs_to_look_in(smiles, X):
+    ours = SubgraphVectorizer(max_size=2).fit(smiles)
+    found = dense(ours.transform(X))
+    assert found.shape == (0, len(ours.result_)) and found.shape[1] > 0
+
+
+def test_one_graph(smiles):
+    ours = SubgraphVectorizer(sparse_output=False).fit(["CCO"])
+    assert ours.get_feature_names_out().tolist() == ["[#6&A](-[#6&A])-[#8&A]"]
+    assert ours.transform(["CCCO", "CC"]).tolist() == [[1], [0]]
+    with pytest.warns(UserWarning, match="no pattern is in 1 of 1 graphs"):
+        assert SubgraphVectorizer().fit_transform(["C"]).shape == (1, 0)
+
+
+def test_labels_that_are_ints_are_their_digits():
+    def path(*labels):
+        g = nx.path_graph(len(labels))
+        nx.set_node_attributes(g, dict(enumerate(labels)), "label")
+        nx.set_edge_attributes(g, 1, "label")
+        return g
+
+    ours = SubgraphVectorizer(min_support=1, closed=False)
+    found = ours.fit_transform([path(0, 1, 0), path(np.int64(1), 0)])
+    assert dense(found).tolist() == [[1, 1], [1, 0]]
+    assert dense(ours.transform([path("0", "1"), path(2, 2)])).tolist() == [
+        [1, 0],
+        [0, 0],
+    ]
+    with pytest.raises(kestro.KestroError, match=r"record 1: a label .* not 1\.0"):
+        ours.fit([path(0, 1), path(0, 1.0)])
+    found = ours.set_params(on_error="zeros").transform([path(0, 1), path(0, 1.0)])
+    assert dense(found).tolist() == [[1, 0], [0, 0]]
+
+
+def test_a_mixture_is_of_the_kind_of_the_first(smiles):
+    molecule = Chem.MolFromSmiles("CCO")
+    [graph] = kestro.from_smiles(["CCO"])
+    several = ["CCO", molecule, graph, graph.to_networkx()]
+    for i, first in enumerate(several):
+        X = [None, first, *several[:i], *several[i + 1 :]]
+        ours = SubgraphVectorizer(min_support=1, on_error="zeros")
+        assert dense(ours.fit_transform(X))[:, 0].tolist() == [0, 1, 0, 0, 0]
+        assert [skipped.record for skipped in ours.unreadable_] == [0, 2, 3, 4]
+
+
+def test_parameters_are_looked_at_in_transform(smiles):
+    ours = SubgraphVectorizer(max_size=2).fit(smiles)
+    for name in ("sparse_output", "on_error", "n_jobs"):
+        with pytest.raises((TypeError, ValueError), match=name):
+            clone_fitted(ours).set_params(**{name: "x"}).transform(smiles)
+
+
+def clone_fitted(model):
+    return pickle.loads(pickle.dumps(model))
 
 
 def test_any_number_of_threads(smiles):
@@ -699,6 +787,47 @@ def test_explicit_zeros_are_zeros(mined, y):
     np.testing.assert_array_equal(
         score_chi2(padded, y)[0], score_chi2(padded.toarray(), y)[0]
     )
+
+
+def chosen_names(X, y):
+    steps = make_pipeline(
+        SubgraphVectorizer(max_size=3), SelectKBest(score_chi2, k=5)
+    ).fit(X, y)
+    return steps.get_feature_names_out().tolist()
+
+
+def test_classes_of_every_type(smiles, y):
+    """The same selection, whatever the two classes are called."""
+    text = np.where(y == 1, "amino", "acid-free")
+    expected = chosen_names(smiles, y)
+    assert len(expected) == 5
+    for other in (
+        y.tolist(),
+        text,
+        text.tolist(),
+        y == 1,
+        y.astype(float),
+        pd.Series(text, index=range(60, 0, -1)),
+        pd.Series(text, dtype="category"),
+        pd.Series(y, dtype="Int64"),
+    ):
+        assert chosen_names(smiles, other) == expected
+
+
+@pytest.mark.parametrize(
+    "y, words",
+    [
+        (None, "y is missing"),
+        ([1] * 60, "at least two classes"),
+        ([*[0.5] * 30, *[0.25] * 30], "measurements"),
+        ([*range(59), float("nan")], "NaN"),
+        ([*"ab" * 29, "a", None], "missing"),
+        ([*"ab" * 29], "inconsistent numbers of samples"),
+    ],
+)
+def test_classes_that_are_none(smiles, y, words):
+    with pytest.raises(ValueError, match=words):
+        chosen_names(smiles, y)
 
 
 @pytest.mark.parametrize("score", SCORES.values())

@@ -212,3 +212,21 @@ def test_lines_of_json_that_are_wrong(result, line, values, reason):
         kestro.read_result(changed(result, line, **values))
     if "patterns" not in values and values.get("id") != "1-1":
         assert caught.value.line == line
+
+
+@pytest.mark.parametrize(
+    ("line", "wrong", "told"),
+    [
+        ("v 1 O", "v 1", "the vertex has no label: 'v 1'"),
+        ("u 0 1 s", "u 0 0 s", "a loop: the edge joins vertex 0 with itself"),
+    ],
+)
+def test_what_is_wrong_with_a_pattern_is_told_in_words(line, wrong, told, tmp_path):
+    db = kestro.from_edges([["C", "O"]], [[(0, 1, "s")]])
+    kestro.mine(db, min_support=1).write(tmp_path, "p")
+    text = (tmp_path / "p.fp").read_text()
+    (tmp_path / "p.fp").write_text(text.replace(f"\n{line}\n", f"\n{wrong}\n"))
+    with pytest.raises(kestro.KestroError) as caught:
+        kestro.read_result(tmp_path / "p.fp")
+    number = text.split("\n").index(line) + 1
+    assert (caught.value.text, caught.value.line) == (told, number)

@@ -9,6 +9,7 @@ import numpy as np
 from numpy.typing import ArrayLike, NDArray
 
 from kestro._classes import classes as classes_of
+from kestro._molecule_drawing import COLOURS
 from kestro._patterns import NO, YES
 from kestro._result import Result
 from kestro.report._drawings import pattern_svg
@@ -82,6 +83,7 @@ def page_data(
         "scores": None if classes is None else _scores(shown, classes),
         "class_of": _class_of(shown, classes, shown_in),
         "atoms": None,
+        "colours": COLOURS,  # of elements
     }
     if patterns.summary.atom_labels is not None:
         data["atoms"] = atoms_by_smarts(tables[0], patterns.summary.atom_labels)
@@ -150,7 +152,7 @@ def _scores(shown: Result, classes: ArrayLike) -> list[dict[str, Any]]:
         told.append(
             {
                 "name": str(names[code]),
-                "other": str(names[0]) if len(names) == 2 else "others",
+                "other": str(names[0]) if len(names) == 2 else None,
                 "members": int((codes == code).sum()),
                 "inside": rows["inside"].tolist(),
                 "score": [round(x, 4) for x in rows["score"].tolist()],

@@ -14,6 +14,7 @@ from typing import TYPE_CHECKING, Any
 from numpy.typing import ArrayLike
 
 from kestro._arguments import whole_number
+from kestro._summary import Ending
 from kestro.report._data import page_data
 
 if TYPE_CHECKING:
@@ -21,9 +22,17 @@ if TYPE_CHECKING:
 
 # In the order in which they build upon each other.
 _SCRIPTS = (
-    *("data", "elements", "structures", "drawings", "selection", "table"),
-    *("charts", "volcano", "lattice", "details", "export", "main"),
+    *("data", "elements", "structures", "graphs", "drawings", "selection"),
+    *("table", "charts", "volcano", "lattice", "details", "export", "main"),
 )
+_ENDINGS: dict[Ending, str] = {
+    "complete": "all patterns were found",
+    "max_size": "all patterns of these sizes were found",
+    "time_limit": "early, at the time limit: patterns are missing",
+    "max_patterns": "early, at the most patterns allowed: others are missing",
+    "interrupt": "early, by Ctrl-C: patterns are missing",
+    "progress": "early, by the caller: patterns are missing",
+}
 # What no attribute or text of a page may hold.
 _SURROGATE = re.compile("[\ud800-\udfff]")
 
@@ -101,30 +110,40 @@ def _run(result: Result, data: dict[str, Any]) -> list[tuple[str, str]]:
     db = result._db
     graphs = f"{s.graphs:,}"
     if db is not None and db.skipped:
-        graphs += f", {len(db.skipped):,} records skipped"
+        graphs += f"; {_counted(len(db.skipped), 'record')} skipped"
     share = f" ({100 * s.min_support / s.graphs:.3g} %)" if s.graphs else ""
-    sizes = f"{s.min_size} edges and more"
-    if s.max_size is not None:
+    sizes = f"{_counted(s.min_size, 'edge')} and more"
+    if s.max_size == s.min_size:
+        sizes = _counted(s.min_size, "edge")
+    elif s.max_size is not None:
         sizes = f"{s.min_size} to {s.max_size} edges"
     rows = [
         ("Graphs mined", graphs),
-        ("Minimum support", f"{s.min_support:,} graphs{share}"),
-        ("Sizes asked for", sizes),
+        ("Minimum support", f"{_counted(s.min_support, 'graph')}{share}"),
+        ("Sizes looked for", sizes),
         ("Patterns", f"{len(result):,}"),
     ]
     if result._filters:
-        rows.append(("Only", " and ".join(result._filters)))
+        rows.append(("Kept of all", f"the {' and '.join(result._filters)} ones"))
     if data["scores"]:
-        members = [f"{x['name']}: {x['members']:,} graphs" for x in data["scores"]]
+        members = [_class_told(x["name"], x["members"]) for x in data["scores"]]
         if len(members) == 1:
             [x] = data["scores"]
-            members.append(f"{x['other']}: {s.graphs - x['members']:,} graphs")
-        rows.append(("Classes", "; ".join(members)))
-    ends = {"complete": "complete", "max_size": "complete up to that size"}
-    rows.append(("The run", ends.get(s.ending, f"stopped by {s.ending}")))
-    rows.append(("Processor time", f"{s.seconds:.1f} s"))
+            members.append(_class_told(x["other"], s.graphs - x["members"]))
+        rows.append(("Classes", ", ".join(members)))
+    rows.append(("How it ended", _ENDINGS[s.ending]))
+    seconds = f"{s.seconds:.1f} s" if s.seconds >= 0.05 else "less than 0.1 s"
+    rows.append(("Processor time", seconds))
     rows.append(("Made by", f"kestro {importlib.metadata.version('kestro')}"))
     return rows
+
+
+def _counted(count: int, what: str) -> str:
+    return f"{count:,} {what}{'' if count == 1 else 's'}"
+
+
+def _class_told(name: str, members: int) -> str:
+    return f"{name} ({_counted(members, 'graph')})"
 
 
 def _json(data: dict[str, Any]) -> str:

@@ -7,11 +7,22 @@ import os
 import sys
 import traceback
 from collections.abc import Sequence
+from typing import Any
 
 import kestro
 from kestro._errors import KestroError
-from kestro.tools import check, completion, convert, diff, match, mine, report, suggest
-from kestro.tools._status import OutputError, Status, UsageError
+from kestro.tools import (
+    _writing,
+    check,
+    completion,
+    convert,
+    diff,
+    match,
+    mine,
+    report,
+    suggest,
+)
+from kestro.tools._status import OutputError, Status, UsageError, told
 from kestro.tools._terminal import Terminal
 
 _EPILOG = """\
@@ -21,7 +32,8 @@ examples:
   kestro-tools convert molecules.smi -o molecules.txt
   kestro-tools COMMAND --help
 
-A file named - is standard input.  What is read may be compressed by gzip.
+The extension of a file tells its format, else --from does.  A file named - is
+standard input.  What is read may be compressed by gzip.
 
 exit codes:
   0 found   1 nothing found   2 wrong usage   3 bad input   4 output failed
@@ -30,16 +42,33 @@ exit codes:
 _COMMANDS = (mine, suggest, check, convert, report, match, diff, completion)
 
 
+class _Parser(argparse.ArgumentParser):
+    """Tells what cannot be written, which argparse leaves out."""
+
+    def print_help(self, file: Any = None) -> None:
+        _writing.write_lines(_writing.STDOUT, [self.format_help()])
+
+    def print_usage(self, file: Any = None) -> None:
+        if file is not None:  # else standard error is closed
+            super().print_usage(file)
+
+
+class _Version(argparse.Action):
+    def __call__(self, parser: argparse.ArgumentParser, *_: object) -> None:
+        _writing.write_lines(_writing.STDOUT, [f"kestro-tools {_version()}\n"])
+        parser.exit()
+
+
 def parser() -> argparse.ArgumentParser:
     """Return the parser of the command line."""
-    top = argparse.ArgumentParser(
+    top = _Parser(
         prog="kestro-tools",
         description="Frequent subgraphs of molecules and other labelled graphs.",
         epilog=_EPILOG,
         formatter_class=argparse.RawDescriptionHelpFormatter,
     )
     top.add_argument(
-        "--version", action="version", version=f"kestro-tools {_version()}"
+        "--version", action=_Version, nargs=0, help="show the version and exit"
     )
     commands = top.add_subparsers(dest="command", metavar="COMMAND", required=True)
     for module in _COMMANDS:
@@ -81,13 +110,15 @@ def main(argv: Sequence[str] | None = None) -> int:
     >>> main(["convert", "examples/molecules.smi", "-q", "-o", "/dev/null"])
     0
     """
+    _hold_closed_streams()
     try:
         status = _run(argv)
-        sys.stdout.flush()
+        if sys.stdout is not None:
+            sys.stdout.flush()
     except BrokenPipeError:
         return _lost_output()
     except OSError as e:
-        _complain(f"cannot write: {e.strerror or e}")
+        _complain(told("cannot write", e))
         return _lost_output()
     return status
 
@@ -112,8 +143,11 @@ def _run(argv: Sequence[str] | None) -> int:
         return int(Status.OUTPUT)
     except BrokenPipeError:
         raise
-    except (KestroError, OSError) as e:
+    except KestroError as e:
         _complain(str(e))
+        return int(Status.INPUT)
+    except OSError as e:
+        _complain(told("cannot read", e))
         return int(Status.INPUT)
     except MemoryError:
         _complain("memory has run out")
@@ -127,6 +161,19 @@ def _run(argv: Sequence[str] | None) -> int:
         return os.EX_SOFTWARE
 
 
+def _hold_closed_streams() -> None:
+    """Keep files from taking the place of a closed standard stream.
+
+    What libraries tell there would be written into them.
+    """
+    for number, stream in enumerate((sys.stdin, sys.stdout, sys.stderr)):
+        if stream is None:
+            try:
+                os.fstat(number)
+            except OSError:
+                os.open(os.devnull, os.O_RDWR)
+
+
 def _complain(text: str) -> None:
     Terminal().warn(text, "error")
 
@@ -134,7 +181,8 @@ def _complain(text: str) -> None:
 def _lost_output() -> int:
     """Return the code; nobody is left to read, so nothing more may be flushed."""
     try:
-        os.dup2(os.open(os.devnull, os.O_WRONLY), sys.stdout.fileno())
+        if sys.stdout is not None:
+            os.dup2(os.open(os.devnull, os.O_WRONLY), sys.stdout.fileno())
     except (OSError, ValueError):
         pass
     return int(Status.OUTPUT)

@@ -15,11 +15,12 @@ from kestro._csv import _read_rows
 from kestro._files import lines_of, read_text
 from kestro._sdf import _records
 from kestro.tools import _reading, _writing
+from kestro.tools._formats import delimiter_of, format_of
 
 
 def write(source: _reading.Input, args: argparse.Namespace) -> None:
     """Write the molecules of the database, in their order."""
-    to = args.to or _reading.format_of(args.output, None)
+    to = args.to or format_of(args.output, None)
     from rdkit import rdBase
 
     with rdBase.BlockLogs():
@@ -57,7 +58,7 @@ def _smiles(
             smiles, *name = lines[record].split(maxsplit=1)
             yield " ".join(name).strip(), smiles
         return
-    rows = _read_rows(text, _reading.delimiter_of(source.name, args.delimiter))
+    rows = _read_rows(text, delimiter_of(source.name, args.delimiter))
     at = rows[0].cells.index(args.smiles_column)
     for record in kept:
         yield "", rows[record + 1].cells[at].strip()
@@ -72,7 +73,7 @@ def _columns(
     """
     kept = source.db.source.tolist()
     if source.form == "csv":
-        sign = _reading.delimiter_of(source.name, args.delimiter)
+        sign = delimiter_of(source.name, args.delimiter)
         rows = [row.cells for row in _read_rows(read_text(source.again())[0], sign)]
         at = rows[0].index(args.smiles_column)
         names, *values = (
@@ -102,7 +103,7 @@ def _smi(source: _reading.Input, args: argparse.Namespace) -> Iterator[str]:
 def _csv(source: _reading.Input, args: argparse.Namespace) -> Iterator[str]:
     names, rows = _columns(source, args)
     has_names = source.form == "smi"
-    sign = _reading.delimiter_of(args.output, None)
+    sign = delimiter_of(args.output, None)
     yield from _writing.csv_lines([["smiles", *["name"][:has_names], *names]], sign)
     yield from _writing.csv_lines(
         (

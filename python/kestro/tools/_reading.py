@@ -1,45 +1,31 @@
-"""Reading whatever a command is given, by the package's own readers.
-
-What a file is, its extension tells; ``--from`` does where there is none.
-Standard input is read once and kept, so that molecules can be read again in full
-where another format of molecules is written.
-"""
+"""Reading whatever a command is given, by the package's own readers."""
 
 from __future__ import annotations
 
 import argparse
-import io
-import sys
 import warnings
-from collections import Counter
-from collections.abc import Callable
-from pathlib import Path
 from typing import Any, NamedTuple
 
 import numpy as np
 
 import kestro
-from kestro._database import AtomLabels, GraphDatabase, Skipped, number_of
+from kestro._classes import classes
+from kestro._database import AtomLabels, GraphDatabase, Skipped
 from kestro._errors import KestroError
+from kestro._files import Source, read_bytes
+from kestro._result import Result
+from kestro.tools import _skipped
+from kestro.tools._formats import (
+    FORMATS,
+    MOLECULES,
+    check_column,
+    check_transactions,
+    delimiter_of,
+    format_of,
+)
+from kestro.tools._source import STDIN, Again, called, file_name, kept
 from kestro.tools._status import UsageError
 from kestro.tools._terminal import Terminal
-
-STDIN = "-"
-MOLECULES = ("smi", "sdf", "csv")
-FORMATS = (*MOLECULES, "tu", "graphml", "parquet", "transactions")
-_SUFFIXES = {
-    ".smi": "smi",
-    ".smiles": "smi",
-    ".sdf": "sdf",
-    ".sd": "sdf",
-    ".csv": "csv",
-    ".tsv": "csv",
-    ".graphml": "graphml",
-    ".parquet": "parquet",
-}
-_REASONS = 5  # kinds of reasons that are listed
-_RECORDS = 5  # records named for each
-_KIND = 40  # signs by which reasons are told apart
 
 
 class Input(NamedTuple):
@@ -59,8 +45,15 @@ class Input(NamedTuple):
 
     db: GraphDatabase
     form: str
-    again: Callable[[], Any]
+    again: Again
     name: str
+
+
+def add_input(
+    parser: argparse.ArgumentParser, what: str = "a file, a TU folder, or -"
+) -> None:
+    """Add the argument that names an input."""
+    parser.add_argument("input", type=file_name, metavar="INPUT", help=what)
 
 
 def add_arguments(parser: argparse.ArgumentParser, what: str = "input") -> None:
@@ -70,7 +63,8 @@ def add_arguments(parser: argparse.ArgumentParser, what: str = "input") -> None:
         "--from",
         dest="form",
         choices=FORMATS,
-        help="the format, where the extension does not tell it",
+        help="the format, where the extension does not tell it; transactions where "
+        "nothing does",
     )
     group.add_argument(
         "--smiles-column",
@@ -110,27 +104,15 @@ def add_arguments(parser: argparse.ArgumentParser, what: str = "input") -> None:
     )
 
 
-def format_of(name: str, told: str | None) -> str:
-    """Return the format of a file.
-
-    Raises
-    ------
-    UsageError
-        Where nothing tells it.
-    """
-    if told:
-        return told
-    if name == STDIN:
-        raise UsageError("--from must tell the format of standard input")
-    path = Path(name)
-    if path.is_dir():
-        return "tu"
-    plain = path.with_suffix("") if path.suffix == ".gz" else path
-    return _SUFFIXES.get(plain.suffix.lower(), "transactions")
-
-
-def read(name: str, args: argparse.Namespace, terminal: Terminal) -> Input:
+def read(
+    name: str,
+    args: argparse.Namespace,
+    terminal: Terminal,
+    like: Result | None = None,
+) -> Input:
     """Return the graphs of a file, a folder or standard input; tell what is skipped.
+
+    With a result that tells it, labels of atoms are like those of its patterns.
 
     Raises
     ------
@@ -140,38 +122,50 @@ def read(name: str, args: argparse.Namespace, terminal: Terminal) -> Input:
         For options that do not fit the format.
     """
     form = format_of(name, args.form)
-    again = _again(name, form)
+    if form == "tu" and name == STDIN:
+        raise UsageError("a TU data set is a folder, not standard input")
     labels = AtomLabels(args.charge, args.hydrogens)
     if form not in MOLECULES and any(labels):
         raise UsageError(f"--charge and --hydrogens are for molecules, not for {form}")
-    terminal.passing(f"reading {name}")
+    if like is not None and form in MOLECULES:
+        labels = like._patterns.summary.atom_labels or labels
+    terminal.passing(f"reading {called(name)}")
     try:
+        again = kept(name)
         with warnings.catch_warnings():
             # That all records were skipped is told below.
             warnings.simplefilter("ignore", UserWarning)
-            db = _read(form, again(), name, args)
+            try:
+                db = _read(form, again(), name, labels, args)
+            except KestroError:
+                _check_form(form, again, name, args)
+                raise
+            if db.skipped:
+                _check_form(form, again, name, args)
     finally:
         terminal.clear()
     if args.class_column is not None:
         db = _with_classes(db, args.class_column)
-    tell_skipped(db, name, terminal)
+    _skipped.tell(db, called(name), terminal)
     if db.skipped and not len(db):
-        raise KestroError("not one of the records can be read", name)
-    return Input(db, form, again, name)
+        raise KestroError("not one of the records can be read", called(name))
+    return Input(db, form, again, called(name))
 
 
-def _again(name: str, form: str) -> Callable[[], Any]:
-    if name != STDIN:
-        return lambda: name
-    if form == "tu":
-        raise UsageError("a TU data set is a folder, not standard input")
-    data = sys.stdin.buffer.read()
-    return lambda: io.BytesIO(data)
+def _check_form(form: str, again: Again, name: str, args: argparse.Namespace) -> None:
+    """Raise where what goes wrong is that the file has another format."""
+    if form == "transactions":
+        check_transactions(again, name, args.form)
+    if form == "csv":
+        sign = delimiter_of(name, args.delimiter)
+        check_column(again, called(name), args.smiles_column, sign)
 
 
-def _read(form: str, source: Any, name: str, args: argparse.Namespace) -> GraphDatabase:
+def _read(
+    form: str, source: Any, name: str, labels: AtomLabels, args: argparse.Namespace
+) -> GraphDatabase:
     on_error: Any = "raise" if args.strict else "skip"
-    of_atoms = {"charge": args.charge, "hydrogens": args.hydrogens}
+    of_atoms = labels._asdict()
     of_labels = {
         key: value
         for key, value in (
@@ -197,28 +191,19 @@ def _read(form: str, source: Any, name: str, args: argparse.Namespace) -> GraphD
     if form == "graphml":
         return kestro.from_graphml(source, **of_labels, on_error=on_error)
     if form == "parquet":
-        return kestro.from_arrow(_parquet(source, name), on_error=on_error)
+        return kestro.from_arrow(_parquet(source), on_error=on_error)
     return kestro.read_transactions(source, on_error=on_error)
 
 
-def delimiter_of(name: str, told: str | None) -> str:
-    r"""Return the sign between columns; ``\t`` is a tab, as of .tsv files."""
-    if told is None:
-        return "\t" if name.lower().removesuffix(".gz").endswith(".tsv") else ","
-    sign = told.replace("\\t", "\t")
-    if len(sign) != 1 or sign in '"\r\n':
-        raise UsageError(f"--delimiter must be one sign, not {told!r}")
-    return sign
-
-
-def _parquet(source: Any, name: str) -> Any:
+def _parquet(source: Source) -> Any:
     from kestro._arrow import import_pyarrow
 
     pa = import_pyarrow()
     import pyarrow.parquet
 
+    data, name = read_bytes(source)
     try:
-        return pyarrow.parquet.read_table(source)
+        return pyarrow.parquet.read_table(pa.BufferReader(data))
     except pa.ArrowInvalid as e:
         raise KestroError(f"no Parquet file: {e}", name) from e
 
@@ -231,38 +216,47 @@ def _with_classes(db: GraphDatabase, column: str) -> GraphDatabase:
             f"there is no column {column!r} beside the molecules; "
             f"there are: {', '.join(map(repr, names)) or 'none'}"
         )
-    classes = db.table[column]
-    missing = classes.isna().to_numpy()
+    values = db.table[column]
+    missing = values.isna().to_numpy()
     skipped = [
         Skipped(record, f"its class is missing in column {column!r}")
         for record in db.source[missing].tolist()
     ]
     chosen = db[np.flatnonzero(~missing)]
-    chosen.classes = classes[~missing].to_numpy()
+    chosen.classes = values[~missing].to_numpy()
     chosen.skipped = tuple(sorted((*db.skipped, *skipped)))
     return chosen
 
 
-def tell_skipped(db: GraphDatabase, name: str, terminal: Terminal) -> None:
-    """Tell how many records were left out, and why, like reasons together."""
-    if not db.skipped:
-        terminal.say(f"{name}: {number_of(len(db), db.kind.removesuffix('s'))}")
+def check_classes(
+    db: GraphDatabase, args: argparse.Namespace, terminal: Terminal
+) -> None:
+    """Take classes away that cannot be compared, as measurements; tell of it.
+
+    Raises
+    ------
+    KestroError
+        Where they were asked for.
+    """
+    if db.classes is None or len(set(db.classes.tolist())) < 2:
+        return  # one class is nothing to compare
+    reason = _no_classes(db)
+    if not reason:
         return
-    what = number_of(len(db), db.kind.removesuffix("s"))
-    records = number_of(len(db.skipped), "record")
-    terminal.warn(f"{name}: {what} read, {records} skipped")
-    kinds = Counter(_kind(s.reason) for s in db.skipped)
-    for kind, count in kinds.most_common(_REASONS):
-        own = [s for s in db.skipped if _kind(s.reason) == kind]
-        numbers = ", ".join(str(s.record) for s in own[:_RECORDS])
-        more = ", …" if count > _RECORDS else ""
-        terminal.list([f"{count}x {own[0].reason} (record {numbers}{more})"])
-    if len(kinds) > _REASONS:
-        rest = sum(count for _, count in kinds.most_common()[_REASONS:])
-        terminal.list([f"{rest}x for other reasons"])
+    if args.class_column is not None:
+        raise KestroError(f"column {args.class_column!r} holds no classes: {reason}")
+    terminal.warn(f"the graphs are taken without classes: {reason}")
+    db.classes = None
 
 
-def _kind(reason: str) -> str:
-    """Return what is alike in reasons that name other atoms or texts."""
-    without = "".join("0" if c.isdecimal() else c for c in reason.partition("'")[0])
-    return " ".join(without.split())[:_KIND]
+def _no_classes(db: GraphDatabase) -> str:
+    values = np.asarray(db.classes)
+    if np.issubdtype(values.dtype, np.inexact):
+        broken = values[~np.isnan(values) & (values % 1 != 0)]
+        if len(broken):
+            return f"these are measurements, such as {broken[0]}"
+    try:
+        classes(values, len(db))
+    except KestroError as e:
+        return e.text
+    return ""

@@ -6,6 +6,7 @@ goes with the terminal, unless ``NO_COLOR`` is set (https://no-color.org).
 
 from __future__ import annotations
 
+import io
 import os
 import shutil
 import sys
@@ -61,7 +62,8 @@ class Terminal:
     """
 
     def __init__(self, quiet: bool = False) -> None:
-        self._stream = sys.stderr
+        # Where standard error is closed nobody reads.
+        self._stream = io.StringIO() if sys.stderr is None else sys.stderr
         self.is_live = _is_terminal(self._stream) and not quiet
         self._has_passing = False
 

@@ -19,12 +19,14 @@ from kestro._transaction_faults import _EDGE, _VERTEX, _id, faults
 from kestro._transactions import (
     _HEAD,
     _line_in_front,
-    _parse,
     _without_end,
+    parse,
 )
 
-_HEAD_NUMBER = re.compile(rb"[ \t\v\f\r]*[tT][ \t\v\f\r]*#?[ \t\v\f\r]*([+-]?[0-9]+)")
-_LONE_RETURN = re.compile(rb"\r(?!\r*\Z)")
+# Possessive, as blanks that could be shared out would be so in all ways.
+_HEAD_NUMBER = re.compile(
+    rb"[ \t\v\f\r]*+[tT][ \t\v\f\r]*+#?[ \t\v\f\r]*+([+-]?[0-9]++)"
+)
 _TRAILING = re.compile(rb"[ \t\v\f\r]*(\S.*)")
 _SHOWN = 60  # signs of a label that are shown
 
@@ -113,7 +115,7 @@ def _errors(
     piece: bytes, lines: list[bytes], first: int, record: int
 ) -> Iterator[Problem]:
     try:
-        _parse(piece, "")
+        parse(piece, "")
     except KestroError as e:
         wrong = faults(lines)
         if not wrong:
@@ -181,10 +183,10 @@ def _warnings(lines: list[bytes], first: int, record: int) -> Iterator[Problem]:
         def problem(column: int, text: str, hint: str, at: int = i) -> Problem:
             return Problem(first + at, column, "warning", text, hint, record)
 
-        lone = _LONE_RETURN.search(line)
-        if lone:
+        lone = line.rstrip(b"\r").find(b"\r")
+        if lone >= 0:
             yield problem(
-                lone.start() + 1,
+                lone + 1,
                 "a carriage return that ends no line",
                 "lines end with a line feed; what stands behind it is not a line "
                 "of its own",

@@ -4,7 +4,6 @@ from __future__ import annotations
 
 import csv
 import io
-import os
 import sys
 import uuid
 from collections.abc import Iterable, Iterator
@@ -14,7 +13,7 @@ from typing import Any
 
 from kestro._aside import write_aside
 from kestro._result import Result
-from kestro.tools._status import OutputError
+from kestro.tools._status import OutputError, told
 
 STDOUT = "-"
 
@@ -25,8 +24,7 @@ def output_errors() -> Iterator[None]:
     try:
         yield
     except OSError as e:
-        what = f": {os.fsdecode(e.filename)}" if e.filename else ""
-        raise OutputError(f"cannot write{what}: {e.strerror or e}") from e
+        raise OutputError(told("cannot write", e)) from e
 
 
 def write_lines(target: str, lines: Iterable[str]) -> None:
@@ -35,6 +33,8 @@ def write_lines(target: str, lines: Iterable[str]) -> None:
         if target != STDOUT:
             write_aside(Path(target), lines)
             return
+        if sys.stdout is None:
+            raise OutputError("cannot write: standard output is closed")
         out = getattr(sys.stdout, "buffer", None)
         if out is None:  # a stand-in that takes text alone
             sys.stdout.writelines(lines)
@@ -59,7 +59,7 @@ def write_parquet(target: str, table: Any) -> None:
 
     path = Path(target)
     if path.exists() and not path.is_file():
-        raise OutputError(f"cannot write: {target}: no file")
+        raise OutputError(f"cannot write {target}: it is no file")
     aside = path.with_name(f".{path.name}.{uuid.uuid4().hex}")
     with output_errors():
         try:

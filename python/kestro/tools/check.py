@@ -4,6 +4,7 @@ from __future__ import annotations
 
 import argparse
 import io
+import shlex
 import sys
 import warnings
 from collections import Counter
@@ -12,8 +13,10 @@ import numpy as np
 
 import kestro
 from kestro._database import GraphDatabase, number_of
+from kestro._errors import KestroError
 from kestro._files import read_bytes
-from kestro.tools import _reading, _writing
+from kestro.tools import _source, _writing
+from kestro.tools._formats import NO_TRANSACTIONS, format_of, is_transactions
 from kestro.tools._status import Status
 from kestro.tools._terminal import Terminal, shown, styled, table
 from kestro.tools._transaction_check import Problem, problems
@@ -39,7 +42,9 @@ _LABELS = 20  # rows of the table of labels
 
 def add_arguments(parser: argparse.ArgumentParser) -> None:
     """Add what this sub-command takes."""
-    parser.add_argument("input", metavar="FILE", help="a transaction file, or -")
+    parser.add_argument(
+        "input", type=_source.file_name, metavar="FILE", help="a transaction file, or -"
+    )
     parser.add_argument(
         "--max-problems",
         type=int,
@@ -58,24 +63,34 @@ def add_arguments(parser: argparse.ArgumentParser) -> None:
 
 def run(args: argparse.Namespace, terminal: Terminal) -> Status:
     """Check."""
-    if args.input == _reading.STDIN:
-        data, _ = read_bytes(sys.stdin.buffer)
-    else:
-        data, _ = read_bytes(args.input)
-    terminal.passing(f"checking {args.input}")
+    name = _source.called(args.input)
+    terminal.passing(f"checking {name}")
+    data, _ = read_bytes(_source.kept(args.input)())
     found = problems(data)
+    if any(p.kind == "error" for p in found) and not is_transactions(data):
+        raise KestroError(f"{NO_TRANSACTIONS}; {_hint(args.input)}", name)
     with warnings.catch_warnings():
         warnings.simplefilter("ignore", UserWarning)
         db = kestro.read_transactions(io.BytesIO(data), on_error="skip")
     terminal.clear()
     lines = [
-        *_problem_lines(found, args.input, args.max_problems),
+        *_problem_lines(found, name, args.max_problems),
         *_contents(db, args.labels),
     ]
     _writing.write_lines(_writing.STDOUT, (f"{line}\n" for line in lines))
     if any(p.kind == "error" for p in found):
         return Status.INPUT
     return Status.FOUND if highest_support(db) else Status.NOTHING
+
+
+def _hint(name: str) -> str:
+    """Return how transactions are made of a file of another format."""
+    form = format_of(name, "FORMAT" if name == _source.STDIN else None)
+    told = f" --from {'FORMAT' if form in ('transactions', 'FORMAT') else form}"
+    return (
+        f"of another format this makes one: "
+        f"kestro-tools convert{told} {shlex.quote(name)} -o graphs.txt"
+    )
 
 
 def highest_support(db: GraphDatabase) -> int:

@@ -6,12 +6,14 @@ import argparse
 from collections.abc import Callable, Iterable, Iterator
 from pathlib import Path
 from typing import Any
-from xml.sax.saxutils import escape
 
 from kestro._aside import write_all_aside
 from kestro._database import GraphDatabase
 from kestro._errors import KestroError
-from kestro.tools import _molecule_files, _reading, _writing
+from kestro._files import plain_name
+from kestro._graphml import graphml_lines
+from kestro.tools import _molecule_files, _reading, _source, _writing
+from kestro.tools._formats import MOLECULES, format_of
 from kestro.tools._status import Status, UsageError
 from kestro.tools._terminal import Terminal
 
@@ -33,15 +35,16 @@ examples:
 Records that cannot be read are left out; what they are and why stands on
 standard error.
 """
-_TO = (*_reading.MOLECULES, "tu", "graphml", "parquet", "transactions")
+_TO = (*MOLECULES, "tu", "graphml", "parquet", "transactions")
 
 
 def add_arguments(parser: argparse.ArgumentParser) -> None:
     """Add what this sub-command takes."""
-    parser.add_argument("input", metavar="INPUT", help="a file, a TU folder, or -")
+    _reading.add_input(parser)
     parser.add_argument(
         "-o",
         "--output",
+        type=_source.file_name,
         default=_writing.STDOUT,
         metavar="FILE",
         help="where to; standard output when not given, a folder for tu",
@@ -57,14 +60,14 @@ def add_arguments(parser: argparse.ArgumentParser) -> None:
 def run(args: argparse.Namespace, terminal: Terminal) -> Status:
     """Convert."""
     to = _format_of(args.output, args.to)
-    form = _reading.format_of(args.input, args.form)
-    if to in _reading.MOLECULES and form not in _reading.MOLECULES:
+    form = format_of(args.input, args.form)
+    if to in MOLECULES and form not in MOLECULES:
         raise UsageError(f"{form} holds no molecules, so it cannot become {to}")
     if to in ("tu", "parquet") and args.output == _writing.STDOUT:
         raise UsageError(f"--output must name the file or folder for {to}")
     source = _reading.read(args.input, args, terminal)
     db = source.db
-    lost = _lost(db, to)
+    lost = _lost(db, to, args.class_column)
     if lost:
         terminal.warn(f"{to} has no place for {' and '.join(lost)}")
     _WRITERS[to](source, args)
@@ -79,20 +82,21 @@ def _format_of(output: str, told: str | None) -> str:
         return "transactions"
     if output.endswith("/") or Path(output).is_dir():
         return "tu"
-    if output.endswith(".gz"):
+    if plain_name(output) != output:
         raise UsageError("outputs are not compressed; pipe them through gzip")
-    return _reading.format_of(output, None)
+    return format_of(output, None)
 
 
-def _lost(db: GraphDatabase, to: str) -> list[str]:
+def _lost(db: GraphDatabase, to: str, class_column: str | None) -> list[str]:
     """Return what of the graphs the format does not hold."""
     lost = []
     beside = [] if db.table is None else [str(name) for name in db.table.columns]
     if to == "smi":  # which has the title as the name
         beside = [name for name in beside if name != "title"]
+    beside = [name for name in beside if name != class_column]
     if beside and to in ("transactions", "graphml", "tu", "smi"):
         lost.append(f"columns {', '.join(map(repr, beside))}")
-    if db.classes is not None and to in ("transactions", "graphml"):
+    if db.classes is not None and to in ("transactions", "graphml", "smi"):
         lost.append("classes")
     return lost
 
@@ -103,35 +107,19 @@ def _transactions(source: _reading.Input, args: argparse.Namespace) -> None:
 
 
 def _graphml(source: _reading.Input, args: argparse.Namespace) -> None:
-    for g in source.db:
-        for label in (*g.vertex_labels, *g.edge_labels):
-            if not label.isprintable():
-                raise KestroError(f"XML cannot hold the label {label!r}", source.name)
-    _writing.write_lines(args.output, _graphml_lines(source.db))
-
-
-def _graphml_lines(db: GraphDatabase) -> Iterator[str]:
-    yield '<?xml version="1.0" encoding="utf-8"?>\n'
-    yield '<graphml xmlns="http://graphml.graphdrawing.org/xmlns">\n'
-    for key, what in (("v", "node"), ("e", "edge")):
-        yield (
-            f'  <key id="{key}" for="{what}" attr.name="label" attr.type="string"/>\n'
-        )
-    for tid, g in enumerate(db):
-        yield f'  <graph id="g{tid}" edgedefault="undirected">\n'
-        for i, label in enumerate(g.vertex_labels):
-            yield f'    <node id="n{i}"><data key="v">{escape(label)}</data></node>\n'
-        for (a, b), label in zip(g.edges.tolist(), g.edge_labels, strict=True):
-            yield (
-                f'    <edge source="n{a}" target="n{b}">'
-                f'<data key="e">{escape(label)}</data></edge>\n'
-            )
-        yield "  </graph>\n"
-    yield "</graphml>\n"
+    _writing.write_lines(args.output, graphml_lines(source.db, source.name))
 
 
 def _parquet(source: _reading.Input, args: argparse.Namespace) -> None:
-    _writing.write_parquet(args.output, source.db.to_arrow())
+    db = source.db
+    if db.table is not None and args.class_column is not None:
+        # The classes are a column of their own.
+        db.table = db.table.drop(columns=args.class_column)
+    try:
+        table = db.to_arrow()
+    except ValueError as e:
+        raise KestroError(str(e), source.name) from e
+    _writing.write_parquet(args.output, table)
 
 
 def _tu(source: _reading.Input, args: argparse.Namespace) -> None:
@@ -197,5 +185,5 @@ _WRITERS: dict[str, Callable[[_reading.Input, argparse.Namespace], Any]] = {
     "graphml": _graphml,
     "parquet": _parquet,
     "tu": _tu,
-    **{form: _molecule_files.write for form in _reading.MOLECULES},
+    **{form: _molecule_files.write for form in MOLECULES},
 }

@@ -5,10 +5,9 @@ from __future__ import annotations
 import argparse
 from collections.abc import Iterator
 
-import kestro
 from kestro._database import number_of
 from kestro._pattern import Pattern
-from kestro.tools import _isomorphism, _writing
+from kestro.tools import _isomorphism, _results, _source, _writing
 from kestro.tools._status import Status
 from kestro.tools._terminal import Terminal, shown
 
@@ -17,7 +16,8 @@ DESCRIPTION = """\
 Tell what two results share, and what only one of them has.
 
 Patterns are compared as graphs, whatever their ids and the order of their
-vertices.  Patterns that one result lists twice are named.
+vertices.  Patterns that one result lists more than once are named; where the other
+lists them as often, with the same supports, this is no difference.
 """
 EPILOG = """\
 examples:
@@ -31,8 +31,8 @@ _SHOWN = 20  # patterns listed of each kind
 
 def add_arguments(parser: argparse.ArgumentParser) -> None:
     """Add what this sub-command takes."""
-    parser.add_argument("first", metavar="FIRST", help="a .fp or .jsonl file")
-    parser.add_argument("second", metavar="SECOND", help="another one")
+    _results.add_argument(parser, "first")
+    _results.add_argument(parser, "second")
     parser.add_argument(
         "--csv",
         action="store_true",
@@ -50,7 +50,9 @@ def add_arguments(parser: argparse.ArgumentParser) -> None:
 def run(args: argparse.Namespace, terminal: Terminal) -> Status:
     """Compare."""
     terminal.passing("reading")
-    results = [kestro.read_result(name) for name in (args.first, args.second)]
+    names = (args.first, args.second)
+    _source.check_names(*names)
+    results = [_results.read(_source.kept(name)) for name in names]
     terminal.passing("comparing")
     found = _isomorphism.classes(*results)
     terminal.clear()
@@ -61,21 +63,22 @@ def run(args: argparse.Namespace, terminal: Terminal) -> Status:
                 *(" ".join(p.id for p in own) for own in c.members),
                 *(" ".join(str(p.support) for p in own) for own in c.members),
                 c.any.size,
-                _graph(c.any),
+                _results.line_of(c.any.graph),
             ]
             for c in found
         ]
         head = ["first", "second", "first_support", "second_support", "size", "graph"]
         _writing.write_lines(_writing.STDOUT, _writing.csv_lines([head, *rows]))
     else:
-        lines = _summary(found, (args.first, args.second), max(0, args.show))
+        lines = _summary(found, names, max(0, args.show))
         _writing.write_lines(_writing.STDOUT, (f"{line}\n" for line in lines))
     return Status.FOUND if changed else Status.NOTHING
 
 
 def _differs(c: _isomorphism.PatternClass) -> bool:
-    supports = [[p.support for p in own] for own in c.members]
-    return any(len(own) != 1 for own in supports) or supports[0] != supports[1]
+    """Whether one result lists it otherwise than the other, whatever the ids."""
+    first, second = (sorted(p.support for p in own) for own in c.members)
+    return first != second
 
 
 def _summary(
@@ -85,7 +88,7 @@ def _summary(
         listed = sum(len(c.members[place]) for c in found)
         distinct = sum(bool(c.members[place]) for c in found)
         yield (
-            f"{shown(name)}: {number_of(listed, 'pattern')}, "
+            f"{shown(_source.called(name))}: {number_of(listed, 'pattern')}, "
             f"{distinct} up to isomorphism"
         )
     shared = [c for c in found if all(c.members)]
@@ -98,11 +101,15 @@ def _summary(
     )
     for place, name in enumerate(names):
         own = [c.members[place] for c in found if not c.members[1 - place]]
-        yield from _listed(f"only in {shown(name)}", list(map(_told, own)), most)
+        yield from _listed(
+            f"only in {shown(_source.called(name))}", list(map(_told, own)), most
+        )
     for place, name in enumerate(names):
         twice = _isomorphism.doubled(found, place)
         yield from _listed(
-            f"more than once in {shown(name)}", list(map(_told, twice)), most
+            f"more than once in {shown(_source.called(name))}",
+            list(map(_told, twice)),
+            most,
         )
 
 
@@ -112,11 +119,7 @@ def _supports(c: _isomorphism.PatternClass, place: int) -> set[int]:
 
 def _told(patterns: list[Pattern]) -> str:
     ids = ", ".join(f"{p.id} (support {p.support})" for p in patterns)
-    return f"{ids}: {shown(_graph(patterns[0]))}"
-
-
-def _graph(pattern: Pattern) -> str:
-    return pattern.graph.lines().strip().replace("\n", "; ")
+    return f"{ids}: {shown(_results.line_of(patterns[0].graph))}"
 
 
 def _listed(what: str, texts: list[str], most: int) -> Iterator[str]:

@@ -14,9 +14,11 @@ import kestro
 from kestro._arguments import min_support_parts
 from kestro._database import number_of
 from kestro._errors import KestroError
+from kestro._files import plain_name
 from kestro._progress import Progress
 from kestro._result import Result
-from kestro.tools import _reading, _writing
+from kestro.tools import _reading, _results, _source, _writing
+from kestro.tools._options import INT_MAX, add_jobs, whole
 from kestro.tools._status import OutputError, Status, UsageError
 from kestro.tools._terminal import Terminal
 
@@ -66,12 +68,16 @@ def support(text: str) -> int | float | str:
     elif _FRACTION.fullmatch(text):
         value = float(text)
     try:
-        min_support_parts(value)
+        # 0%, which the program kestro takes for one graph, is hardly meant so here.
+        is_some = min_support_parts(value)[1] > 0
     except ValueError:
+        is_some = False
+    if not is_some:
         raise argparse.ArgumentTypeError(
-            f"{text!r} is none; write 5%, a fraction above 0 and up to 1.0 such as "
-            f"0.05, or a number of graphs such as 17"
-        ) from None
+            f"{text!r} is none; write a percentage above 0 such as 5%, a fraction "
+            f"above 0 and up to 1.0 such as 0.05, or a number of graphs such as 17 "
+            f"(1 finds what any graph has)"
+        )
     return value
 
 
@@ -86,17 +92,9 @@ def formats(text: str) -> list[str]:
     return names
 
 
-def jobs(text: str) -> int:
-    """Return a number of threads, -1 for all cores."""
-    number = int(text)
-    if number != -1 and number < 1:
-        raise argparse.ArgumentTypeError("threads are 1 or more, or -1 for all cores")
-    return number
-
-
 def add_arguments(parser: argparse.ArgumentParser) -> None:
     """Add what this sub-command takes."""
-    parser.add_argument("input", metavar="INPUT", help="a file, a TU folder, or -")
+    _reading.add_input(parser)
     parser.add_argument(
         "-s",
         "--support",
@@ -107,9 +105,15 @@ def add_arguments(parser: argparse.ArgumentParser) -> None:
         help="in how many graphs a pattern must occur",
     )
     parser.add_argument(
-        "--min-size", type=int, default=1, metavar="N", help="edges at least (1)"
+        "--min-size",
+        type=whole(0, INT_MAX),
+        default=1,
+        metavar="N",
+        help="edges at least (1)",
     )
-    parser.add_argument("--max-size", type=int, metavar="N", help="edges at most")
+    parser.add_argument(
+        "--max-size", type=whole(1, INT_MAX), metavar="N", help="edges at most"
+    )
     parser.add_argument(
         "--closed",
         action="store_true",
@@ -121,15 +125,13 @@ def add_arguments(parser: argparse.ArgumentParser) -> None:
         action="store_true",
         help="only those that no other one contains; of --max-size edges all",
     )
-    parser.add_argument(
-        "-j", "--jobs", type=jobs, default=1, metavar="N", help="threads; -1 is all"
-    )
+    add_jobs(parser)
     parser.add_argument(
         "--time-limit", type=float, metavar="S", help="end after S seconds"
     )
     parser.add_argument(
         "--max-patterns",
-        type=int,
+        type=whole(0),
         metavar="N",
         help="end after the size with which there are more than N patterns",
     )
@@ -142,7 +144,11 @@ def add_arguments(parser: argparse.ArgumentParser) -> None:
         "kestro writes",
     )
     parser.add_argument(
-        "-o", "--output-dir", metavar="FOLDER", help="where files go; made if missing"
+        "-o",
+        "--output-dir",
+        type=_source.file_name,
+        metavar="FOLDER",
+        help="where files go; made if missing",
     )
     parser.add_argument(
         "-f",
@@ -166,6 +172,8 @@ def run(args: argparse.Namespace, terminal: Terminal) -> Status:
         with _writing.output_errors():
             Path(args.output_dir).mkdir(parents=True, exist_ok=True)
     source = _reading.read(args.input, args, terminal)
+    if "html" in wanted:  # before the work, too
+        _reading.check_classes(source.db, args, terminal)
     show = Levels(terminal)
     with warnings.catch_warnings():
         # That it was interrupted is told below.
@@ -204,9 +212,10 @@ def run(args: argparse.Namespace, terminal: Terminal) -> Status:
 
 def name_of(source: str) -> str:
     """Return the name of files that are made of an input."""
-    if source == _reading.STDIN:
-        return "patterns"
-    plain = Path(source).resolve().name.removesuffix(".gz")
+    path = Path(source).resolve()
+    if source == _source.STDIN or not (path.is_file() or path.is_dir()):
+        return "patterns"  # a pipe has no name of its own
+    plain = plain_name(path.name)
     return Path(plain).stem or plain
 
 
@@ -293,6 +302,6 @@ def csv_lines(result: Result) -> Any:
     if "smarts" not in names:
         # Not in the frame, whose texts are UTF-8, which labels need not be.
         names.append("graph")
-        graphs = (p.graph.lines().strip().replace("\n", "; ") for p in result)
+        graphs = (_results.line_of(p.graph) for p in result)
         rows = [(*row, graph) for row, graph in zip(rows, graphs, strict=True)]
     return _writing.csv_lines([names, *rows])

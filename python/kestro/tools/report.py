@@ -4,11 +4,10 @@ from __future__ import annotations
 
 import argparse
 
-import kestro
-from kestro.tools import _reading, _writing
-from kestro.tools._status import Status, UsageError
+from kestro.tools import _reading, _results, _source, _writing
+from kestro.tools._options import INT_MAX, add_jobs, whole
+from kestro.tools._status import Status
 from kestro.tools._terminal import Terminal
-from kestro.tools.mine import jobs
 
 HELP = "turn a result into a page of HTML"
 DESCRIPTION = """\
@@ -28,15 +27,20 @@ INPUT is what was mined, read in the same way.
 
 def add_arguments(parser: argparse.ArgumentParser) -> None:
     """Add what this sub-command takes."""
-    parser.add_argument("result", metavar="RESULT", help="a .fp or .jsonl file")
-    parser.add_argument("input", metavar="INPUT", help="what was mined")
+    _results.add_argument(parser, "result")
+    _reading.add_input(parser, "what was mined, or -")
     parser.add_argument(
-        "-o", "--output", required=True, metavar="FILE", help="the page"
+        "-o",
+        "--output",
+        type=_source.file_name,
+        required=True,
+        metavar="FILE",
+        help="the page",
     )
     parser.add_argument("--title", metavar="TEXT", help="what stands on top")
     parser.add_argument(
         "--max-patterns",
-        type=int,
+        type=whole(1, INT_MAX),
         default=5000,
         metavar="N",
         help="patterns in the page at most, the best (5000)",
@@ -46,24 +50,19 @@ def add_arguments(parser: argparse.ArgumentParser) -> None:
         action="store_true",
         help="a smaller page, without the search by SMARTS",
     )
-    parser.add_argument(
-        "-j", "--jobs", type=jobs, default=1, metavar="N", help="threads; -1 is all"
-    )
+    add_jobs(parser)
     _reading.add_arguments(parser)
 
 
 def run(args: argparse.Namespace, terminal: Terminal) -> Status:
     """Write the page."""
-    if args.max_patterns < 1:
-        raise UsageError("--max-patterns is 1 or more")
-    told = kestro.read_result(args.result)._patterns.summary.atom_labels
-    form = _reading.format_of(args.input, args.form)
-    if told is not None and form in _reading.MOLECULES:
-        args.charge, args.hydrogens = told
-    db = _reading.read(args.input, args, terminal).db
+    _source.check_names(args.result, args.input)
+    again = _source.kept(args.result)
+    db = _reading.read(args.input, args, terminal, like=_results.read(again)).db
+    _reading.check_classes(db, args, terminal)
     terminal.passing("looking for the patterns in the graphs")
     try:
-        result = kestro.read_result(args.result, db, n_jobs=args.jobs)
+        result = _results.read(again, db, n_jobs=args.jobs)
         _writing.write_page(
             result,
             args.output,

@@ -8,9 +8,9 @@ from collections.abc import Iterator
 
 from kestro._database import number_of
 from kestro.tools import _estimate, _reading, _writing
+from kestro.tools._options import INT_MAX, add_jobs, whole
 from kestro.tools._status import Status, UsageError
 from kestro.tools._terminal import Terminal
-from kestro.tools.mine import jobs
 
 HELP = "tell which support gives about N patterns in T seconds"
 DESCRIPTION = """\
@@ -33,11 +33,11 @@ was reached first: the lowest support is told that can be had within it
 
 def add_arguments(parser: argparse.ArgumentParser) -> None:
     """Add what this sub-command takes."""
-    parser.add_argument("input", metavar="INPUT", help="a file, a TU folder, or -")
+    _reading.add_input(parser)
     parser.add_argument(
         "-n",
         "--patterns",
-        type=int,
+        type=whole(1),
         default=1000,
         metavar="N",
         help="how many patterns there should be (1000)",
@@ -50,22 +50,20 @@ def add_arguments(parser: argparse.ArgumentParser) -> None:
         metavar="T",
         help="how long mining them may take (30)",
     )
-    parser.add_argument("--max-size", type=int, metavar="N", help="edges at most")
     parser.add_argument(
-        "--seed", type=int, default=0, metavar="N", help="of the samples (0)"
+        "--max-size", type=whole(1, INT_MAX), metavar="N", help="edges at most"
     )
     parser.add_argument(
-        "-j", "--jobs", type=jobs, default=1, metavar="N", help="threads; -1 is all"
+        "--seed", type=whole(0), default=0, metavar="N", help="of the samples (0)"
     )
+    add_jobs(parser)
     _reading.add_arguments(parser)
 
 
 def run(args: argparse.Namespace, terminal: Terminal) -> Status:
     """Suggest."""
-    if args.patterns < 1 or not 0 < args.seconds < math.inf or args.seed < 0:
-        raise UsageError("--patterns and --seconds are above 0, --seed 0 or more")
-    if args.max_size is not None and args.max_size < 1:
-        raise UsageError("--max-size is 1 or more")
+    if not 0 < args.seconds < math.inf:
+        raise UsageError("--seconds is above 0")
     db = _reading.read(args.input, args, terminal).db
     if not len(db):
         terminal.warn("there are no graphs")
@@ -100,12 +98,12 @@ def answer(
     nth = whole.nth(patterns)
     lines = list(_sample_lines(found, patterns))
     if nth is not None:
-        assert whole.lowest is not None
-        lines += [_known(whole, nth, graphs)]
+        told = [nth]
         above = whole.supports[whole.supports > nth]
         if len(above) and whole.count(nth) > patterns:
-            lines += [_known(whole, int(above[-1]), graphs)]
-        return Status.FOUND, [*lines, _time(whole)]
+            told.append(int(above[-1]))
+        lines += [_known(whole, support, graphs) for support in told]
+        return Status.FOUND, [*lines, _time(whole, *told)]
     ended = [run for run in whole.runs if run.stopped_by]
     if whole.lowest is None:
         reasons = ", ".join(sorted({str(run.stopped_by) for run in ended})) or "time"
@@ -119,7 +117,7 @@ def answer(
             f"support 1 all are found"
         )
         status = Status.FOUND if lowest.patterns else Status.NOTHING
-        return status, [*lines, _time(whole)]
+        return status, [*lines, _time(whole, 1)]
     lines.append(_known(whole, lowest.support, graphs))
     if ended:
         last = max(ended, key=lambda run: run.support)
@@ -129,7 +127,7 @@ def answer(
         )
     else:
         lines.append("below, the limit of time was reached")
-    return Status.LIMIT, [*lines, _time(whole)]
+    return Status.LIMIT, [*lines, _time(whole, lowest.support)]
 
 
 def _sample_lines(found: _estimate.Estimate, patterns: int) -> Iterator[str]:
@@ -158,9 +156,12 @@ def _share(support: int, graphs: int) -> str:
     return f"{100 * support / graphs:.4g}% of {graphs}"
 
 
-def _time(whole: _estimate.Curve) -> str:
+def _time(whole: _estimate.Curve, *told: int) -> str:
+    """Return how long mining takes at the supports that are told."""
     assert whole.lowest is not None
-    return (
-        f"time: {whole.lowest.seconds:.1f} s for support {whole.lowest.support} "
-        f"here; a larger one takes less"
-    )
+    what = "this support" if len(told) == 1 else "these supports"
+    where = ""
+    if whole.lowest.support not in told:
+        where = f" (measured at {whole.lowest.support})"
+    seconds = math.ceil(10 * whole.lowest.seconds) / 10
+    return f"time: mining at {what} takes {seconds:.1f} s at most here{where}"

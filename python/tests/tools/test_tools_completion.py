@@ -49,6 +49,9 @@ def test_zsh(capsys):
     out = capsys.readouterr().out
     assert out.startswith("#compdef kestro-tools")
     assert all(command in out for command in COMMANDS)
+    # In one line, whole; and registered where the script is sourced.
+    assert "check:'tell all problems of a transaction file at once'" in out
+    assert "if [[ $zsh_eval_context[-1] == (eval|file) ]]" in out
 
 
 def test_without_shtab(monkeypatch, capsys):

@@ -63,6 +63,8 @@ def test_jsonl_on_standard_output(smi, expected, capsys):
         (["-s", "5,5%"], 2),
         (["-s", "0"], 2),
         (["-s", "1.5"], 2),
+        (["-s", "0%"], 2),
+        (["-s", "0.0%"], 2),
         (["-s", "101%"], 2),
         (["-s", "5%", "-f", "files"], 2),
         (["-s", "5%", "-f", "tables"], 2),
@@ -121,7 +123,9 @@ def test_colours(monkeypatch):
     screen = Screen()
     monkeypatch.setattr(sys, "stderr", screen)
     assert main(["mine", "nowhere", "-s", "1"]) == 3
-    assert "\x1b[31merror\x1b[0m: [Errno 2]" in screen.getvalue()
+    assert (
+        "\x1b[31merror\x1b[0m: cannot read nowhere: no such file" in screen.getvalue()
+    )
 
 
 def test_interrupted(examples, monkeypatch, capsys):

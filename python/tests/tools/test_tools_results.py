@@ -121,6 +121,10 @@ def test_patterns_that_are_listed_twice_are_named(tmp_path, capsys):
         f"more than once in {files[1]}: 1\n"
         "  1-0 (support 2), 1-1 (support 2): v 0 C; v 1 O; u 0 1 s\n" in out
     )
+    # Of a result with itself there is no difference, but doubles are still told.
+    assert main(["diff", files[1], files[1]]) == 1
+    out = capsys.readouterr().out
+    assert f"more than once in {files[1]}: 1\n  1-0 (support 2), 1-1" in out
 
 
 def test_classes_tell_apart_what_refinement_does_not():

@@ -33,6 +33,8 @@ def test_samples(examples, capsys):
     assert status == 0
     assert lines[0].startswith("samples: 100 patterns at ")
     nth = found.whole.nth(100)
+    assert lines[-1].startswith("time: mining at th")
+    assert (" (measured at " in lines[-1]) == (found.whole.lowest.support != nth)
     assert len(kestro.mine(many, min_support=nth)) == found.whole.count(nth) >= 100
     assert len(kestro.mine(many, min_support=nth + 1)) < 100
 

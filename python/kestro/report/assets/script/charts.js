@@ -32,6 +32,12 @@ function chartTable(names, rows) {
       make("tbody", {}, ...rows.map((row) => make("tr", {}, ...row.map(cell("td")))))));
 }
 
+// An axis of counts: whole numbers, written out up to 9,999.
+function counted(axis, ticks) {
+  const count = (value) => (value < 10000 ? whole(value) : d3.format("~s")(value));
+  return axis.tickValues(ticks.filter(Number.isInteger)).tickFormat(count);
+}
+
 function sizesChart() {
   const rows = data.sizes;
   const hasCandidates = rows.some((row) => row[1]);
@@ -48,10 +54,11 @@ function sizesChart() {
     const left = x(size);
     if (candidates)
       svg.append(bar(left, candidates, "light", `${size}: ${candidates} candidates`));
-    svg.append(bar(left + (hasCandidates ? half : 0), frequent, "",
-      `${size}: ${frequent} frequent`));
+    // One bar alone stands over the size.
+    const own = left + (candidates ? half : (x.bandwidth() - half) / 2);
+    svg.append(bar(own, frequent, "", `${size}: ${frequent} frequent`));
   }
-  axes(svg, d3.axisBottom(x), d3.axisLeft(y).ticks(5, "~s"), ["edges", "patterns"]);
+  axes(svg, d3.axisBottom(x), counted(d3.axisLeft(y), y.ticks(5)), ["edges", "patterns"]);
   byId("sizes").append(svg,
     make("p", { class: "legend" },
       hasCandidates ? "Filled: frequent. Outlined: candidates, from three edges on." : ""),
@@ -63,7 +70,8 @@ function supportsChart() {
   const svg = chart("Patterns by support; a table follows.");
   const end = start + width * counts.length;
   const x = d3.scaleLinear([start, end], [CHART.left, CHART.width - CHART.right]);
-  const y = d3.scaleSymlog([0, d3.max(counts) ?? 1],
+  const most = d3.max(counts) ?? 1;
+  const y = d3.scaleSymlog([0, most],
     [CHART.height - CHART.bottom, CHART.top]);
   const rangeOf = (i) => {
     const [low, high] = [start + i * width, start + (i + 1) * width - 1];
@@ -76,9 +84,10 @@ function supportsChart() {
       y: y(count), height: y(0) - y(count),
     }, drawn("title", {}, `${rangeOf(i)}: ${count}`)));
   });
-  const ticks = [0, ...d3.range(8).map((k) => 10 ** k)].filter((t) => t <= d3.max(counts));
-  axes(svg, d3.axisBottom(x).ticks(6, "~s"),
-    d3.axisLeft(y).tickValues(ticks).tickFormat(d3.format("~s")),
+  const steps = most < 100 ? [1, 2, 5] : [1];
+  const ticks = [0, ...d3.range(8).flatMap((k) => steps.map((step) => step * 10 ** k))]
+    .filter((tick) => tick <= most);
+  axes(svg, counted(d3.axisBottom(x), x.ticks(6)), counted(d3.axisLeft(y), ticks),
     ["graphs", "patterns (logarithmic)"]);
   byId("supports").append(svg,
     chartTable(["Support", "Patterns"], counts.map((count, i) => [rangeOf(i), count])));

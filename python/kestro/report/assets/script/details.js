@@ -4,16 +4,20 @@ function showDetails(pattern, isAsked) {
   table.chosen = pattern;
   byId("details").classList.remove("empty");
   byId("details-title").textContent = `Pattern ${pattern.id}`;
-  const counts = `${pattern.size} edges, in ${whole(pattern.support)} of ` +
+  const counts = `${pattern.size} ${pattern.size === 1 ? "edge" : "edges"}, in ${whole(pattern.support)} of ` +
     `${whole(data.graphs)} graphs (${share(pattern.support)})`;
   const parts = [make("span", {}, counts)];
   if (data.scores)
     data.scores.forEach((score, which) => {
       const { inside, outside, odds, p } = scoreOf(pattern, which);
-      parts.push(make("br"), `${score.name}: ${inside} of ${score.members}, ` +
-        `${score.other}: ${outside} of ${data.graphs - score.members}; ` +
+      const others = score.other === null ? "others" : `class ${score.other}`;
+      parts.push(make("br"), `Class ${score.name}: in ${whole(inside)} of ` +
+        `${whole(score.members)} graphs, ${others}: in ${whole(outside)} of ` +
+        `${whole(data.graphs - score.members)}; ` +
         `odds ratio ${decimal(odds)}, −log10 p ${p.toFixed(2)}`);
     });
+  const kind = kindOf(pattern);
+  if (kind) parts.push(make("br"), kind[0].toUpperCase() + kind.slice(1));
   parts.push(make("br"), make("code", {}, textOf(pattern)));
   byId("details-told").replaceChildren(...parts);
   showLattice(pattern);
@@ -32,7 +36,8 @@ function showExamples(pattern) {
     let caption = `Graph ${graph.tid}`;
     if (graph.record !== graph.tid) caption += `, record ${graph.record}`;
     if (data.class_of) caption += `, class ${data.class_of[place]}`;
-    return make("figure", {}, examplePicture(pattern, graph, vertices),
+    const kind = ofMolecules ? null : "graph";
+    return make("figure", { class: kind }, examplePicture(pattern, graph, vertices),
       make("figcaption", {}, caption));
   }));
 }

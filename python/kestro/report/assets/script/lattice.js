@@ -1,7 +1,7 @@
 // A pattern between its parents and its children, as a picture that one can walk:
 // by links, or by arrows among them.
 
-const FEW = 9; // relatives shown before all are asked for
+const FEW = 6; // relatives shown before all are asked for
 
 function showLattice(pattern) {
   const box = byId("lattice");
@@ -25,16 +25,19 @@ function level(kind, pattern, relatives, missing) {
   let text = `${whole(count)} ${count === 1 ? one : kind}`;
   if (missing) text += `, ${whole(missing)} of them not in this page`;
   if (kind === "parents" && pattern.size === 1) text = "no parents: a single edge";
+  const few = make("span", {}, `, here the ${FEW} with the largest support`);
   const list = make("ul", { class: kind });
   const add = (some) => list.append(...some.map((other) => make("li", {}, card(other))));
   add(sorted.slice(0, FEW));
-  const whole_level = make("div", { class: "level" }, make("p", {}, text), list);
+  const whole_level = make("div", { class: "level" }, make("p", {}, text,
+    sorted.length > FEW ? few : ""), list);
   if (sorted.length > FEW) {
     const more = make("button", { type: "button" }, `All ${sorted.length} ${kind}`);
     more.addEventListener("click", () => {
       const rest = sorted.slice(FEW);
       add(rest);
       more.remove();
+      few.remove();
       list.children[FEW].querySelector("a").focus();
       drawLines();
     });

@@ -17,6 +17,7 @@ function startFilters() {
     if (byId("by-smarts")) {
       asked += 1;
       byId("smarts-told").textContent = "";
+      byId("smarts-hint").classList.remove("note");
       setFilter("smarts", null);
     }
     again();

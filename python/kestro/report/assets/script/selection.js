@@ -82,12 +82,22 @@ function labelTest(word) {
     pattern.edges.some((label, i) => i % 3 === 2 && edges.has(label));
 }
 
+// Whether a SMARTS asks for hydrogens, neighbours, valence or rings, which a fragment
+// has otherwise than the molecules around it.  Of letters in brackets, those of
+// symbols of elements are none of these, nor is an H that is the atom.
+function asksOfFragment(smarts) {
+  return (smarts.match(/\[[^\]]*\]|@/g) ?? []).some((part) =>
+    part === "@" || (!/^\[\d*H[+-]?\d*\]$/.test(part) &&
+      /(H(?![efgos])|X(?!e)|D(?![bsy])|R(?![abefghnu])|v|(?<![A-Z])[hrx])/.test(part)));
+}
+
 let asked = 0; // searches for a SMARTS; the last one counts
 
 async function searchSmarts() {
   const smarts = byId("by-smarts").value.trim();
   const told = byId("smarts-told");
   const own = ++asked;
+  byId("smarts-hint").classList.toggle("note", asksOfFragment(smarts));
   if (!smarts) {
     told.textContent = "";
     setFilter("smarts", null);

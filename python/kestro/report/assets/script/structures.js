@@ -37,10 +37,10 @@ function moleculeSvg(rdkit, smarts, size, atoms = [], bonds = []) {
   if (!molecule) return null;
   try {
     return parsed(molecule.get_svg_with_highlights(JSON.stringify({
-      width: size[0], height: size[1], atoms, bonds,
+      width: size[0], height: size[1], atoms, bonds, atomColourPalette: data.colours,
       highlightColour: HIGHLIGHT, kekulize: false, addChiralHs: false,
       wedgeBonds: false, noFreetype: true, clearBackground: false, padding: 0.06,
-      fixedBondLength: 26, fillHighlights: true, highlightBondWidthMultiplier: 14,
+      fixedBondLength: 26, minFontSize: 11, fillHighlights: true, highlightBondWidthMultiplier: 14,
     })));
   } finally {
     molecule.delete();

@@ -7,6 +7,9 @@ const table = {
 };
 const PRINTED_ROWS = 100;
 
+// Of what was read without its lattice, no kind is known.
+const tellsKinds = patterns.some((pattern) => pattern.closed !== null);
+
 const heads = [
   { name: "Drawing" },
   { name: "Id", key: "id" },
@@ -18,7 +21,7 @@ const heads = [
         { name: "Odds ratio", key: "odds", isNumber: true },
       ]
     : []),
-  { name: "Kind" },
+  ...(tellsKinds ? [{ name: "Kind" }] : []),
   { name: ofMolecules ? "SMARTS" : "Edges and labels" },
 ];
 
@@ -78,10 +81,11 @@ function rowOf(pattern) {
     const { p, odds } = scoreOf(pattern, scoredClass());
     cells.push(number("−log10 p", p.toFixed(2)), number("Odds ratio", decimal(odds)));
   }
-  cells.push(
-    make("td", { role: "cell", "data-name": "Kind" }, kindOf(pattern)),
-    make("td", { role: "cell", class: "text" }, textOf(pattern)),
-  );
+  if (tellsKinds) {
+    const kind = kindOf(pattern);
+    cells.push(make("td", { role: "cell", "data-name": kind ? "Kind" : null }, kind));
+  }
+  cells.push(make("td", { role: "cell", class: "text" }, textOf(pattern)));
   const isChosen = table.chosen === pattern;
   return make("tr", {
     role: "row", class: isChosen ? "chosen" : null, "data-id": pattern.id,
@@ -95,10 +99,11 @@ function linkTo(pattern) {
   }, pattern.id);
 }
 
+// Nothing where it is unknown, as of the largest patterns that a run looked for.
 function kindOf(pattern) {
   if (pattern.maximal) return "maximal";
   if (pattern.closed) return "closed";
-  return pattern.closed === null ? "unknown" : "–";
+  return pattern.closed === null ? "" : "not closed";
 }
 
 function showSelection() {
@@ -123,6 +128,7 @@ function startTable() {
   byId("next").addEventListener("click", () => turnPage(1));
   selection.changed.push(showSelection);
   const rows = table.rows;
+  byId("kinds").hidden = !tellsKinds;
   addEventListener("beforeprint", () => showMany(PRINTED_ROWS));
   addEventListener("afterprint", () => showMany(rows));
 }

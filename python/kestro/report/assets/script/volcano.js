@@ -32,7 +32,8 @@ function drawVolcano() {
   const y = d3.scaleLinear([0, top], [VOLCANO.height - VOLCANO.bottom, VOLCANO.top]).nice();
   points.sort((a, b) => b.p - a.p || a.pattern.at - b.pattern.at);
 
-  const { name, other } = data.scores[which];
+  const { name } = data.scores[which];
+  const other = data.scores[which].other ?? "others";
   const svg = drawn("svg", {
     class: "chart", viewBox: `0 0 ${VOLCANO.width} ${VOLCANO.height}`, role: "group",
     "aria-label": `Patterns of ${name} against ${other}. Arrows go from point to ` +
