@@ -3,14 +3,14 @@
 from __future__ import annotations
 
 import io
-from collections.abc import Iterable, Sequence
+from collections.abc import Iterable
 from hashlib import blake2b
 from typing import Any, NamedTuple
 
 import numpy as np
 from numpy.typing import NDArray
 
-from kestro import _core
+from kestro import _core, _native
 from kestro._native import Arrays
 from kestro._ragged import offsets_of, places
 
@@ -18,18 +18,20 @@ from kestro._ragged import offsets_of, places
 class Tables(NamedTuple):
     """The labels of all graphs, in the order of their bytes; ids are positions."""
 
-    vertex: tuple[bytes, ...]
-    edge: tuple[bytes, ...]
+    vertex: tuple[str, ...]
+    edge: tuple[str, ...]
 
     @classmethod
     def of(cls, tables: Iterable[Tables]) -> Tables:
         """Return the labels of all these."""
-        vertex: set[bytes] = set()
-        edge: set[bytes] = set()
+        vertex: set[str] = set()
+        edge: set[str] = set()
         for one in tables:
             vertex.update(one.vertex)
             edge.update(one.edge)
-        return cls(tuple(sorted(vertex)), tuple(sorted(edge)))
+        return cls(
+            tuple(sorted(vertex, key=_as_bytes)), tuple(sorted(edge, key=_as_bytes))
+        )
 
 
 class Block(NamedTuple):
@@ -41,7 +43,7 @@ class Block(NamedTuple):
 
     sources: tuple[str, ...]  # one for all graphs, or one for each
     numbers: NDArray[np.int64]
-    arrays: Arrays  # tables of bytes
+    arrays: Arrays
 
     def __len__(self) -> int:
         return len(self.numbers)
@@ -49,9 +51,7 @@ class Block(NamedTuple):
     @property
     def tables(self) -> Tables:
         """The labels that occur."""
-        return Tables(
-            _as_bytes(self.arrays.vertex_table), _as_bytes(self.arrays.edge_table)
-        )
+        return Tables(tuple(self.arrays.vertex_table), tuple(self.arrays.edge_table))
 
     def source(self, i: int) -> str:
         """Return the source of graph i."""
@@ -81,14 +81,10 @@ class Block(NamedTuple):
     def to_bytes(self) -> bytes:
         """Return what `from_bytes` reads."""
         out = io.BytesIO()
-        for texts in (
-            [s.encode("utf-8", "surrogateescape") for s in self.sources],
-            self.arrays.vertex_table,
-            self.arrays.edge_table,
-        ):
-            lengths = np.array([len(text) for text in texts], np.int64)
-            _write(out, lengths)
-            out.write(b"".join(_as_bytes(texts)))
+        for texts in (self.sources, self.arrays.vertex_table, self.arrays.edge_table):
+            encoded = [_as_bytes(text) for text in texts]
+            _write(out, np.array([len(text) for text in encoded], np.int64))
+            out.write(b"".join(encoded))
         for array in (self.numbers, *self.arrays[:5]):
             _write(out, array)
         return out.getvalue()
@@ -100,14 +96,23 @@ class Block(NamedTuple):
         texts = []
         for _ in range(3):
             lengths = np.lib.format.read_array(source, allow_pickle=False)
-            texts.append([source.read(n) for n in lengths.tolist()])
-        numbers, *arrays = (
+            texts.append([_as_text(source.read(n)) for n in lengths.tolist()])
+        sources, vertex_table, edge_table = texts
+        numbers, vertex_counts, edge_counts, vertex_labels, edges, edge_labels = (
             np.lib.format.read_array(source, allow_pickle=False) for _ in range(6)
         )
         return cls(
-            tuple(s.decode("utf-8", "surrogateescape") for s in texts[0]),
+            tuple(sources),
             numbers,
-            Arrays(*arrays, texts[1], texts[2]),
+            Arrays(
+                vertex_counts,
+                edge_counts,
+                vertex_labels,
+                edges,
+                edge_labels,
+                vertex_table,
+                edge_table,
+            ),
         )
 
 
@@ -115,16 +120,17 @@ def _write(out: io.BytesIO, array: NDArray[Any]) -> None:
     np.lib.format.write_array(out, np.ascontiguousarray(array), allow_pickle=False)
 
 
-def _as_bytes(texts: Sequence[str] | Sequence[bytes]) -> tuple[bytes, ...]:
-    return tuple(
-        text if isinstance(text, bytes) else text.encode("utf-8", "surrogateescape")
-        for text in texts
-    )
+def _as_bytes(text: str) -> bytes:
+    return text.encode("utf-8", "surrogateescape")
+
+
+def _as_text(data: bytes) -> str:
+    return data.decode("utf-8", "surrogateescape")
 
 
 def bucket_of(source: str, number: int, buckets: int) -> int:
     """Return the bucket of a graph, which depends on its id alone."""
-    text = f"{number}:{source}".encode("utf-8", "surrogateescape")
+    text = _as_bytes(f"{number}:{source}")
     return int.from_bytes(blake2b(text, digest_size=8).digest(), "little") % buckets
 
 
@@ -145,30 +151,23 @@ def into_buckets(block: Block, buckets: int) -> list[tuple[int, Block]]:
 
 def database_of(blocks: Iterable[Block], tables: Tables) -> _core.Database:
     """Return the graphs of all blocks with the ids of these labels."""
-    renumbered = [_with_ids(block, tables) for block in blocks]
-    if not renumbered:
-        nothing = np.zeros(0, np.int64)
-        no_labels = nothing.astype(np.int32)
-        renumbered = [
-            Arrays(
-                nothing, nothing, no_labels, nothing.reshape(0, 2), no_labels, (), ()
-            )
-        ]
-    joined = [
-        np.concatenate(parts)
-        for parts in zip(*(a[:5] for a in renumbered), strict=True)
+    nothing, no_labels = np.zeros(0, np.int64), np.zeros(0, np.int32)
+    parts = [
+        Arrays(nothing, nothing, no_labels, nothing.reshape(0, 2), no_labels, (), ()),
+        *(_with_ids(block, tables) for block in blocks),
     ]
-    native, refused = _core.Database.from_arrays(
-        *joined,
-        list(tables.vertex),
-        list(tables.edge),
-        skip=False,
-        readable=True,
+    return _native.database_of(
+        Arrays(
+            np.concatenate([part.vertex_counts for part in parts]),
+            np.concatenate([part.edge_counts for part in parts]),
+            np.concatenate([part.vertex_labels for part in parts]),
+            np.concatenate([part.edges for part in parts]),
+            np.concatenate([part.edge_labels for part in parts]),
+            tables.vertex,
+            tables.edge,
+        ),
         all_labels=True,
     )
-    for i, reason in refused:
-        raise ValueError(f"block with a broken graph {i}: {reason}")
-    return native
 
 
 def _with_ids(block: Block, tables: Tables) -> Arrays:
@@ -180,6 +179,6 @@ def _with_ids(block: Block, tables: Tables) -> Arrays:
     )
 
 
-def _places(own: tuple[bytes, ...], everything: tuple[bytes, ...]) -> NDArray[np.int32]:
+def _places(own: tuple[str, ...], everything: tuple[str, ...]) -> NDArray[np.int32]:
     place = {text: i for i, text in enumerate(everything)}
     return np.array([place[text] for text in own], np.int32)

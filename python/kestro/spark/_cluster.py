@@ -118,8 +118,11 @@ class SparkEngine:
 
         most_missed = sum(shard.min_support - 1 for shard in self._shards)
         union = Observation()
+        # A shard reports a pattern once, so nothing can be added up before rows
+        # are sent; told how many, Spark does not make 200 partitions of them.
         reported = (
             self._mined.where("key is not null")
+            .repartition(len(self._keys), "key")
             .groupBy("key")
             .agg(
                 f.sum("support").alias("support"),
@@ -157,6 +160,7 @@ class SparkEngine:
         rows = (
             self._reported.select("key", "support")
             .unionByName(counted)
+            .repartition(len(self._keys), "key")
             .groupBy("key")
             .agg(f.sum("support").alias("support"))
             .where(f.col("support") >= min_support)

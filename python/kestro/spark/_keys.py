@@ -9,48 +9,27 @@ from __future__ import annotations
 
 import itertools
 from collections.abc import Sequence
-from typing import Any, NamedTuple
+from typing import Any
 
 import numpy as np
 from numpy.typing import NDArray
 
-from kestro import _core
+from kestro._native import Arrays
 from kestro._ragged import offsets_of
 from kestro.spark._blocks import Tables
 
 
-def word_of(tables: Tables) -> np.dtype[Any]:
+def _word_of(
+    vertex_table: Sequence[str], edge_table: Sequence[str]
+) -> np.dtype[np.integer[Any]]:
     """Return the type of the words of keys: two bytes where all ids fit."""
-    largest = max(len(tables.vertex), len(tables.edge))
+    largest = max(len(vertex_table), len(edge_table))
     return np.dtype("<u2" if largest <= 2**16 else "<i4")
 
 
-class Packed(NamedTuple):
-    """Patterns one behind another."""
-
-    vertex_counts: NDArray[np.int64]
-    edge_counts: NDArray[np.int64]
-    vertex_labels: NDArray[np.int32]
-    edges: NDArray[np.int64]  # shape (edges, 2)
-    edge_labels: NDArray[np.int32]
-
-    def to_database(self, tables: Tables) -> _core.Database:
-        """Return the patterns as graphs with all labels."""
-        native, refused = _core.Database.from_arrays(
-            *self,
-            list(tables.vertex),
-            list(tables.edge),
-            skip=False,
-            readable=True,
-            all_labels=True,
-        )
-        for i, reason in refused:
-            raise ValueError(f"key {i} is no pattern: {reason}")
-        return native
-
-
-def keys_of(packed: Packed, word: np.dtype[Any]) -> list[bytes]:
-    """Return the key of each pattern."""
+def keys_of(packed: Arrays) -> list[bytes]:
+    """Return the key of each pattern; the tables are those of all graphs."""
+    word = _word_of(packed.vertex_table, packed.edge_table)
     vertices, edges = packed.vertex_counts, packed.edge_counts
     lengths = 1 + vertices + 3 * edges
     starts = offsets_of(lengths)
@@ -73,11 +52,13 @@ def _spread(
     """Return count places from each start on, so far apart."""
     own = offsets_of(counts)
     within = np.arange(own[-1]) - np.repeat(own[:-1], counts)
-    return np.repeat(starts, counts) + step * within
+    places: NDArray[np.int64] = np.repeat(starts, counts) + step * within
+    return places
 
 
-def patterns_of(keys: Sequence[bytes], word: np.dtype[Any]) -> Packed:
+def patterns_of(keys: Sequence[bytes], tables: Tables) -> Arrays:
     """Return the patterns of these keys."""
+    word = _word_of(*tables)
     lengths = np.array([len(key) for key in keys], np.int64) // word.itemsize
     starts = offsets_of(lengths)
     words = np.frombuffer(b"".join(keys), word).astype(np.int32)
@@ -86,25 +67,20 @@ def patterns_of(keys: Sequence[bytes], word: np.dtype[Any]) -> Packed:
     labels = words[_spread(starts[:-1] + 1, vertices)]
     at = _spread(starts[:-1] + 1 + vertices, edges, step=3)
     ends = np.stack([words[at], words[at + 1]], axis=1).astype(np.int64)
-    return Packed(vertices, edges, labels, ends.reshape(-1, 2), words[at + 2])
+    return Arrays(vertices, edges, labels, ends, words[at + 2], *tables)
 
 
-def size_of(key: bytes, word: np.dtype[Any]) -> int:
-    """Return the edges of the pattern of a key."""
-    words = len(key) // word.itemsize
-    return (words - 1 - int(np.frombuffer(key, word, 1)[0])) // 3
-
-
-def packed_of(found: dict[str, NDArray[Any]]) -> Packed:
+def packed_of(found: dict[str, NDArray[Any]], tables: Tables) -> Arrays:
     """Return the patterns that a run handed over."""
     ends = found["level_ends"]
     counts = np.diff(ends, prepend=0)
-    return Packed(
+    return Arrays(
         np.diff(found["vertex_offsets"]),
         np.repeat(found["level_sizes"].astype(np.int64), counts),
         found["vertex_labels"],
         found["edges"].astype(np.int64),
         found["edge_labels"],
+        *tables,
     )
 
 

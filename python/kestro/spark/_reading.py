@@ -7,6 +7,7 @@ from collections.abc import Iterator
 from typing import NamedTuple
 
 import numpy as np
+from numpy.typing import NDArray
 
 from kestro._database import GraphDatabase
 from kestro._errors import KestroError
@@ -70,10 +71,12 @@ def read_file(path: str, data: bytes, buckets: int) -> Iterator[tuple[int, Block
 
 
 def block_of(
-    db: GraphDatabase, sources: tuple[str, ...], numbers: np.typing.NDArray[np.int64]
+    db: GraphDatabase, sources: tuple[str, ...], numbers: NDArray[np.int64]
 ) -> Block:
     """Return the graphs of a database as a block."""
     packed = db._native.to_arrays()
+    vertex_table, edge_table = db._native.labels()
+    packed |= {"vertex_table": vertex_table, "edge_table": edge_table}
     return Block(sources, numbers, Arrays(**packed))
 
 

@@ -12,14 +12,14 @@ from typing import Any
 import numpy as np
 from numpy.typing import NDArray
 
-from kestro import _core
+from kestro import _core, _native
 from kestro._database import AtomLabels
 from kestro._mine import Request, settle, summary_of
 from kestro._patterns import Patterns
 from kestro._ragged import offsets_of
 from kestro._result import Result
 from kestro.spark._blocks import Tables
-from kestro.spark._keys import keys_of, packed_of, parents_of, patterns_of, word_of
+from kestro.spark._keys import keys_of, packed_of, parents_of, patterns_of
 from kestro.spark._scheme import (
     Engine,
     Shard,
@@ -75,7 +75,7 @@ def run(
     keys, supports = _known(
         engine, shards, totals.tables, min_support, wanted, division.caps
     )
-    known = patterns_of(keys, word_of(totals.tables)).to_database(totals.tables)
+    known = _native.database_of(patterns_of(keys, totals.tables), all_labels=True)
     packed, told, raised = _core.mine_known(
         known,
         supports.astype(np.int32),
@@ -100,8 +100,8 @@ def run(
         atom_labels=atom_labels,
         described=totals.header,
     )
-    texts = [_texts(table) for table in totals.tables]
-    result = Result(Patterns(packed, summary, *texts), None, filters=wanted.filters)
+    patterns = Patterns(packed, summary, *map(list, totals.tables))
+    result = Result(patterns, None, filters=wanted.filters)
     settle(raised, result)
     return result
 
@@ -150,7 +150,7 @@ def _tids(
     engine: Engine, packed: dict[str, NDArray[Any]], tables: Tables
 ) -> dict[str, NDArray[Any]]:
     """Return the TID lists: ranks of ids among those of all graphs."""
-    keys = keys_of(packed_of(packed), word_of(tables))
+    keys = keys_of(packed_of(packed, tables))
     offsets, parents = parents_of(packed)
     ends, flat = offsets.tolist(), parents.tolist()
     wanted = [
@@ -165,7 +165,3 @@ def _tids(
     order = np.argsort(columns, kind="stable")
     lengths = np.bincount(columns, minlength=len(keys))
     return {"tid_offsets": offsets_of(lengths), "tids": tids[order]}
-
-
-def _texts(table: tuple[bytes, ...]) -> list[str]:
-    return [text.decode("utf-8", "surrogateescape") for text in table]

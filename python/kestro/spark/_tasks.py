@@ -15,7 +15,7 @@ from typing import NamedTuple
 import numpy as np
 from numpy.typing import NDArray
 
-from kestro import _core
+from kestro import _core, _native
 from kestro._errors import StopMining
 from kestro._ragged import offsets_of
 from kestro.spark._blocks import Block, Tables, database_of
@@ -24,7 +24,6 @@ from kestro.spark._keys import (
     packed_of,
     parents_of,
     patterns_of,
-    word_of,
 )
 
 
@@ -94,7 +93,7 @@ def mine_shard(
         capped = "memory"
     elif caps.patterns is not None and len(found["vertex_offsets"]) - 1 > caps.patterns:
         capped = "patterns"
-    keys = keys_of(packed_of(found), word_of(tables))
+    keys = keys_of(packed_of(found, tables))
     offsets, positions = parents_of(found)
     ends = offsets.tolist()
     parents = positions.tolist()
@@ -200,7 +199,9 @@ def _lattice(
     parents = [sorted(place[parent] for parent in used[i]) for i in order]
     offsets = offsets_of(np.array([len(p) for p in parents], np.int64))
     flat = np.array([parent for own in parents for parent in own], np.int32)
-    patterns = patterns_of([keys[i] for i in order], word_of(tables))
-    matcher = _core.LatticeMatcher(patterns.to_database(tables), offsets, flat)
+    patterns = patterns_of([keys[i] for i in order], tables)
+    matcher = _core.LatticeMatcher(
+        _native.database_of(patterns, all_labels=True), offsets, flat
+    )
     positions = np.array([place[w.key] for w in wanted], np.int64)
     return matcher, positions, len(steps)

@@ -223,14 +223,14 @@ def test_buckets_hold_each_graph_once(molecules):
         assert {_blocks.bucket_of("a", n, 7) for n in part.numbers.tolist()} == {bucket}
 
 
-@pytest.mark.parametrize("labels", [3, 2**16 + 1])
+@pytest.mark.parametrize("labels", [9, 2**16 + 1])
 def test_keys_come_back(molecules, labels):
     found = kestro.mine(molecules, min_support=12)._patterns._packed
-    packed = _keys.packed_of(found)
-    table = tuple(b"%d" % i for i in range(labels))
-    word = _keys.word_of(_blocks.Tables(table, ()))
-    assert word.itemsize == (2 if labels < 2**16 else 4)
-    keys = _keys.keys_of(packed, word)
+    tables = _blocks.Tables(tuple(map(str, range(labels))), ())
+    packed = _keys.packed_of(found, tables)
+    keys = _keys.keys_of(packed)
     assert len(set(keys)) == len(keys)
-    for ours, theirs in zip(_keys.patterns_of(keys, word), packed, strict=True):
+    width = 2 if labels < 2**16 else 4
+    assert len(keys[0]) == width * (1 + 2 + 3)
+    for ours, theirs in zip(_keys.patterns_of(keys, tables), packed, strict=True):
         assert np.array_equal(ours, theirs)
