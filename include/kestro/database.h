@@ -72,7 +72,8 @@ public:
   // With another rule than writable: for copies of graphs that were read.
   explicit database_builder(label_rule rule);
   // With the labels given, which must hold all that are added.
-  explicit database_builder(const labels &known);
+  explicit database_builder(const labels &known,
+                            label_rule rule = label_rule::writable);
   database_builder(database_builder &&) noexcept;
   database_builder &operator=(database_builder &&) noexcept;
   ~database_builder();

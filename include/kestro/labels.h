@@ -3,6 +3,7 @@
 
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -22,6 +23,10 @@ public:
   // writes it with --save-labels.  Throws error as database::read does.
   static labels of_transactions(const std::string &path);
   static labels of_label_file(const std::string &path);
+  // Those given, in any order and with repeats.  Throws error for one that no
+  // file can hold (label_rule::readable).
+  static labels of_texts(std::span<const std::string_view> vertex_labels,
+                         std::span<const std::string_view> edge_labels);
 
   int vertex_labels() const; // how many
   int edge_labels() const;

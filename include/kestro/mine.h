@@ -60,7 +60,7 @@ public:
   int id() const;   // number in its level; the program calls it size-id
   graph_view graph() const;
   int support() const; // graphs of the database that contain it
-  // Their numbers, ascending.
+  // Their numbers, ascending; none after mine_known.
   std::span<const int> tids() const;
   // The ids of its parents, ascending: the patterns of the level below that it
   // becomes when one edge is taken out.  Also where that level is below
@@ -135,6 +135,25 @@ struct mining_summary {
 // or no number.
 KESTRO_API mining_summary mine(const database &db, const mine_options &options,
                                listener &to);
+
+// Mines without graphs, by supports that are known from elsewhere, such as
+// those of the parts of a database that no one machine holds.  What the
+// listener is handed is what mine() over the whole database hands over, ids,
+// parents and candidates included, but for TIDs, of which there are none.
+//
+// Pattern i of patterns is in supports[i] of so many graphs.  Those that are
+// frequent have to be there, all of them, in the exact form and with the labels
+// of the whole database (database_builder's labels given); then no candidate
+// needs counting.  Patterns without an edge are passed over.
+//
+// Throws error for another form, for embeddings that are to be kept, for a
+// negative number of graphs, for supports of another number than the patterns
+// or outside of 0 to graphs, for two equal patterns, and where a frequent
+// pattern of a size that is complete never came up: it is in another form, or
+// one of its parents is missing.
+KESTRO_API mining_summary mine_known(const database &patterns,
+                                     std::span<const int> supports, int graphs,
+                                     const mine_options &options, listener &to);
 
 struct result_data;
 

@@ -44,7 +44,7 @@ def read_bytes(source: Source) -> tuple[bytes, str]:
     data, name = _contents(source)
     if isinstance(data, str):
         data = data.encode("utf-8", "surrogateescape")
-    return _unpacked(data, name), name
+    return unpacked(data, name), name
 
 
 def read_document(source: Source) -> tuple[bytes, str, str | None]:
@@ -55,7 +55,7 @@ def read_document(source: Source) -> tuple[bytes, str, str | None]:
     data, name = _contents(source)
     if isinstance(data, str):
         return data.encode("utf-8", "surrogateescape"), name, "utf-8"
-    return _unpacked(data, name), name, None
+    return unpacked(data, name), name, None
 
 
 def _contents(source: Source) -> tuple[bytes | str, str]:
@@ -70,7 +70,7 @@ def _contents(source: Source) -> tuple[bytes | str, str]:
     raise TypeError(f"source must be a path or a file object, not {source!r}")
 
 
-def _unpacked(data: bytes, name: str) -> bytes:
+def unpacked(data: bytes, name: str) -> bytes:
     if not data.startswith(GZIP):
         return data
     try:

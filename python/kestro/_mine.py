@@ -6,6 +6,7 @@ import math
 import os
 import warnings
 from collections.abc import Callable
+from typing import Any, NamedTuple
 
 import numpy as np
 
@@ -19,12 +20,12 @@ from kestro._arguments import (
     truth,
     whole_number,
 )
-from kestro._database import GraphDatabase
+from kestro._database import AtomLabels, GraphDatabase
 from kestro._errors import StopMining
 from kestro._patterns import Patterns
 from kestro._progress import Progress, ProgressBar, ProgressCallback
 from kestro._result import Result
-from kestro._summary import Filter, Form, RunSummary
+from kestro._summary import Described, Filter, Form, RunSummary
 
 _LARGEST = 2**31 - 1
 
@@ -119,60 +120,127 @@ def mine(
     if not isinstance(db, GraphDatabase):
         raise TypeError(f"db must be a GraphDatabase, not {type(db).__name__}")
     check_choice("form", form, ("exact", "command-line"))
+    wanted = request(
+        min_support=min_support,
+        min_size=min_size,
+        max_size=max_size,
+        maximal=maximal,
+        closed=closed,
+        n_jobs=n_jobs,
+        time_limit=time_limit,
+        max_patterns=max_patterns,
+    )
+    bar = ProgressBar() if progress is True else None
+    before = os.times().user
+    try:
+        packed, told, raised = _core.mine(
+            db._native,
+            wanted.unit,
+            wanted.amount,
+            min_size=wanted.min_size,
+            max_size=wanted.max_size,
+            jobs=wanted.jobs,
+            exact=form == "exact",
+            time_limit=wanted.seconds,
+            pattern_limit=wanted.max_patterns,
+            callback=receiver(bar if bar else progress),
+        )
+    finally:
+        if bar:
+            bar.close()
+    summary = summary_of(
+        wanted,
+        told,
+        raised,
+        form=form,
+        graphs=len(db),
+        seconds=os.times().user - before,
+        atom_labels=db.atom_labels,
+    )
+    patterns = Patterns(packed, summary, *db._native.labels())
+    result = Result(patterns, db, filters=wanted.filters)
+    settle(raised, result)
+    return result
+
+
+class Request(NamedTuple):
+    """What to mine, checked."""
+
+    unit: str  # of the minimum support: "count", "fraction" or "percentage"
+    amount: float
+    min_size: int
+    max_size: int | None
+    filters: tuple[Filter, ...]
+    jobs: int
+    seconds: float | None
+    max_patterns: int | None
+
+
+def request(
+    *,
+    min_support: MinSupport,
+    min_size: int = 1,
+    max_size: int | None = None,
+    maximal: bool = False,
+    closed: bool = False,
+    n_jobs: int | None = None,
+    time_limit: float | None = None,
+    max_patterns: int | None = None,
+) -> Request:
+    """Check arguments of `mine`."""
     unit, amount = min_support_parts(min_support)
     least = whole_number("min_size", min_size, 0)
     most = optional_number("max_size", max_size, 1, _LARGEST)
     if most is not None and most < least:
         raise ValueError(f"max_size is {most}, less than min_size, {least}")
     wanted: dict[Filter, object] = {"maximal": maximal, "closed": closed}
-    filters = tuple(name for name, value in wanted.items() if truth(name, value))
-    jobs = job_count(n_jobs)
-    seconds = _seconds(time_limit)
-    limit = optional_number("max_patterns", max_patterns, 0, 2**63 - 1)
+    return Request(
+        unit,
+        amount,
+        least,
+        most,
+        tuple(name for name, value in wanted.items() if truth(name, value)),
+        job_count(n_jobs),
+        _seconds(time_limit),
+        optional_number("max_patterns", max_patterns, 0, 2**63 - 1),
+    )
 
-    bar = ProgressBar() if progress is True else None
-    before = os.times().user
-    try:
-        packed, told, raised = _core.mine(
-            db._native,
-            unit,
-            amount,
-            min_size=least,
-            max_size=most,
-            jobs=jobs,
-            exact=form == "exact",
-            time_limit=seconds,
-            pattern_limit=limit,
-            callback=_receiver(bar if bar else progress),
-        )
-    finally:
-        if bar:
-            bar.close()
-    if told["ending"] == "stopped":
+
+def summary_of(
+    wanted: Request,
+    told: dict[str, Any],
+    raised: BaseException | None,
+    *,
+    form: Form,
+    graphs: int,
+    seconds: float,
+    atom_labels: AtomLabels | None,
+    described: Described | None = None,
+) -> RunSummary:
+    """Return what is known of a run by what the extension tells of it."""
+    ending = told["ending"]
+    if ending == "stopped":
         interrupted = isinstance(raised, KeyboardInterrupt)
-        told["ending"] = "interrupt" if interrupted else "progress"
-    summary = RunSummary(
+        ending = "interrupt" if interrupted else "progress"
+    return RunSummary(
         form=form,
-        graphs=len(db),
+        graphs=graphs,
         min_support=told["min_support"],
-        per_cent=_per_cent(unit, amount, len(db)),
-        min_size=least,
-        max_size=most,
-        ending=told["ending"],
+        per_cent=_per_cent(wanted.unit, wanted.amount, graphs),
+        min_size=wanted.min_size,
+        max_size=wanted.max_size,
+        ending=ending,
         last_size=told["last_size"],
         order_dependent=told["order_dependent"],
         candidates=tuple(told["candidates"].tolist()),
         frequent=tuple(told["frequent"].tolist()),
-        seconds=os.times().user - before,
-        atom_labels=db.atom_labels,
+        seconds=seconds,
+        atom_labels=atom_labels,
+        described=described,
     )
-    patterns = Patterns(packed, summary, *db._native.labels())
-    result = Result(patterns, db, filters=filters)
-    _settle(raised, result)
-    return result
 
 
-def _receiver(
+def receiver(
     progress: bool | ProgressCallback | None,
 ) -> Callable[[int, str, int, int, int], object] | None:
     """Return what the extension calls."""
@@ -206,7 +274,7 @@ def _per_cent(unit: str, amount: float, graphs: int) -> float:
     return 100 * amount / (max(1, graphs) if unit == "count" else 1)
 
 
-def _settle(raised: BaseException | None, result: Result) -> None:
+def settle(raised: BaseException | None, result: Result) -> None:
     """Raise again what ended the run, unless it asked for nothing but that."""
     if raised is None or isinstance(raised, StopMining):
         return

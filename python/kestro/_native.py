@@ -37,12 +37,13 @@ class Arrays(NamedTuple):
 
 
 def graphs_of(
-    arrays: Arrays, *, skip: bool, readable: bool = False
+    arrays: Arrays, *, skip: bool, readable: bool = False, all_labels: bool = False
 ) -> tuple[_core.Database, list[tuple[int, str]]]:
     """Return the graphs, and place and reason of those that are none.
 
     Without ``skip`` the first of these is the last graph looked at.  With
-    ``readable`` labels are taken that only files can hold.
+    ``readable`` labels are taken that only files can hold.  With ``all_labels``
+    the graphs' labels are those of the tables, else those that occur.
     """
     native, refused = _core.Database.from_arrays(
         *arrays[:5],
@@ -50,22 +51,25 @@ def graphs_of(
         [label.encode("utf-8", "surrogateescape") for label in arrays.edge_table],
         skip=skip,
         readable=readable,
+        all_labels=all_labels,
     )
     return native, [(i, _GRAPH_NUMBER.sub("", reason)) for i, reason in refused]
 
 
-def database_of(arrays: Arrays) -> _core.Database:
+def database_of(arrays: Arrays, *, all_labels: bool = False) -> _core.Database:
     """Return the graphs, which may be of a database that was read from a file.
 
     Its labels may be long or hold control characters; whatever is made of it
-    must take the same ones.
+    must take the same ones.  With ``all_labels`` it has all labels of the tables.
 
     Raises
     ------
     RefusedError
         For the first that is no graph.
     """
-    native, refused = graphs_of(arrays, skip=False, readable=True)
+    native, refused = graphs_of(
+        arrays, skip=False, readable=True, all_labels=all_labels
+    )
     for i, reason in refused:
         raise RefusedError(i, reason)
     return native

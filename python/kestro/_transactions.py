@@ -80,7 +80,14 @@ def read_transactions(
             return GraphDatabase(_core.Database.read(os.fsencode(source)))
         except KestroError:
             pass  # why is looked for in the text
-    data, name = read_bytes(source)
+    db = parse_transactions(*read_bytes(source), on_error)
+    return warn_if_all_skipped(db, stacklevel=3)
+
+
+def parse_transactions(
+    data: bytes, name: str, on_error: OnError = "raise"
+) -> GraphDatabase:
+    """Return the graphs of a file's bytes; the name is for errors."""
     text, has_end_mark = _without_end(data.removeprefix(BYTE_ORDER_MARK))
     try:
         native = parse(text, name)
@@ -93,8 +100,7 @@ def read_transactions(
     if has_end_mark:
         taken = [-1, *records[-1:].tolist(), *(s.record for s in skipped)]
         skipped.append(Skipped(max(taken) + 1, "the end mark 't # -1' is no graph"))
-    db = GraphDatabase(native, records, tuple(skipped))
-    return warn_if_all_skipped(db, stacklevel=3)
+    return GraphDatabase(native, records, tuple(skipped))
 
 
 def _is_plain(path: str | os.PathLike[str]) -> bool:

@@ -121,13 +121,19 @@ static std::pair<database, refusals>
 from_arrays(input<int64_t> vertex_counts, input<int64_t> edge_counts,
             input<int32_t> vertex_labels, input_pairs<int64_t> edges,
             input<int32_t> edge_labels, const label_table &vertex_table,
-            const label_table &edge_table, bool skip, bool readable) {
+            const label_table &edge_table, bool skip, bool readable,
+            bool all_labels) {
   packed_graphs graphs(std::move(vertex_counts), std::move(edge_counts),
                        std::move(vertex_labels), std::move(edges),
                        std::move(edge_labels), vertex_table, edge_table);
   refusals refused;
-  database_builder builder(readable ? label_rule::readable
-                                    : label_rule::writable);
+  const label_rule rule =
+      readable ? label_rule::readable : label_rule::writable;
+  database_builder builder(rule);
+  if (all_labels)
+    builder = database_builder(
+        kestro::labels::of_texts(table_of(vertex_table), table_of(edge_table)),
+        rule);
   for (size_t i = 0; i < graphs.size(); i++) {
     graphs.read(i);
     try {
@@ -256,10 +262,12 @@ void bind_database(nb::module_ &m) {
                   nb::arg("edges"), nb::arg("edge_labels"),
                   nb::arg("vertex_table"), nb::arg("edge_table"),
                   nb::arg("skip"), nb::arg("readable") = false,
+                  nb::arg("all_labels") = false,
                   "A database of the graphs that can be built, and of the "
                   "others the number and the reason; without skip it ends at "
                   "the first of these.  Readable labels are all those that "
-                  "files can hold.")
+                  "files can hold.  With all_labels the database has those "
+                  "of the tables, else those that occur.")
       .def("to_arrays", &to_arrays,
            nb::sig("def to_arrays(self) -> dict[str, typing.Any]"),
            "The packed arrays by name.")

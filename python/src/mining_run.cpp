@@ -10,6 +10,7 @@
 #include <chrono>
 #include <condition_variable>
 #include <exception>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -94,12 +95,17 @@ private:
   mailbox *progress_; // null when nobody asks
 };
 
+// What is run: one of the library's ways to mine, and what it works on.
+using miner = std::function<kestro::mining_summary(const kestro::mine_options &,
+                                                   kestro::listener &)>;
+
 // A run and its thread.
 class mining_run {
 public:
-  mining_run(const kestro::database &db, const kestro::mine_options &options,
+  mining_run(miner mine, const kestro::mine_options &options,
              bool with_progress)
-      : db_(db), options_(options), with_progress_(with_progress) {
+      : mine_(std::move(mine)), options_(options),
+        with_progress_(with_progress) {
     options_.stop = stop_.get_token();
     thread_ = std::thread([this] { work(); });
   }
@@ -122,20 +128,20 @@ public:
       std::rethrow_exception(failure_);
     return summary_;
   }
-  nb::dict hand_over() { return found_.hand_over(); }
+  nb::dict hand_over(bool with_tids) { return found_.hand_over(with_tids); }
 
 private:
   void work() {
     try {
       packing_listener listener(&found_, with_progress_ ? &box_ : nullptr);
-      summary_ = kestro::mine(db_, options_, listener);
+      summary_ = mine_(options_, listener);
     } catch (...) {
       failure_ = std::current_exception();
     }
     box_.end();
   }
 
-  kestro::database db_;
+  miner mine_;
   kestro::mine_options options_;
   bool with_progress_;
   std::stop_source stop_;
@@ -266,11 +272,12 @@ static void wait_for_end(std::unique_ptr<mining_run> *run,
   }
 }
 
-static nb::tuple mine(const kestro::database &db, const std::string &unit,
-                      double amount, int min_size, std::optional<int> max_size,
-                      int jobs, bool exact, std::optional<double> time_limit,
-                      std::optional<long long> pattern_limit,
-                      nb::object callback) {
+static kestro::mine_options options_of(const std::string &unit, double amount,
+                                       int min_size,
+                                       std::optional<int> max_size, int jobs,
+                                       bool exact,
+                                       std::optional<double> time_limit,
+                                       std::optional<long long> pattern_limit) {
   kestro::mine_options options;
   options.support = support_of(unit, amount);
   options.min_size = min_size;
@@ -280,14 +287,59 @@ static nb::tuple mine(const kestro::database &db, const std::string &unit,
   if (time_limit)
     options.time_limit = std::chrono::duration<double>(*time_limit);
   options.pattern_limit = pattern_limit;
+  return options;
+}
 
-  auto run = std::make_unique<mining_run>(db, options, !callback.is_none());
+static nb::tuple run_to_end(miner mine, const kestro::mine_options &options,
+                            nb::object callback, bool with_tids) {
+  auto run = std::make_unique<mining_run>(std::move(mine), options,
+                                          !callback.is_none());
   python_side python(std::move(callback), run->box());
   wait_for_end(&run, &python);
   const kestro::mining_summary &summary = run->join();
   python.look(); // what came since
-  return nb::make_tuple(run->hand_over(), dict_of(summary), python.raised());
+  return nb::make_tuple(run->hand_over(with_tids), dict_of(summary),
+                        python.raised());
 }
+
+static nb::tuple mine(const kestro::database &db, const std::string &unit,
+                      double amount, int min_size, std::optional<int> max_size,
+                      int jobs, bool exact, std::optional<double> time_limit,
+                      std::optional<long long> pattern_limit,
+                      nb::object callback) {
+  return run_to_end(
+      [db](const kestro::mine_options &options, kestro::listener &to) {
+        return kestro::mine(db, options, to);
+      },
+      options_of(unit, amount, min_size, max_size, jobs, exact, time_limit,
+                 pattern_limit),
+      std::move(callback), true);
+}
+
+static nb::tuple mine_known(const kestro::database &patterns,
+                            input<int32_t> supports, int graphs,
+                            int min_support, int min_size,
+                            std::optional<int> max_size, int jobs,
+                            std::optional<double> time_limit,
+                            std::optional<long long> pattern_limit,
+                            nb::object callback) {
+  std::vector<int> known(supports.data(), supports.data() + supports.size());
+  return run_to_end(
+      [patterns, known = std::move(known),
+       graphs](const kestro::mine_options &options, kestro::listener &to) {
+        return kestro::mine_known(patterns, known, graphs, options, to);
+      },
+      options_of("count", min_support, min_size, max_size, jobs, true,
+                 time_limit, pattern_limit),
+      std::move(callback), false);
+}
+
+// What both return, as a stub tells it.
+#define KESTRO_PACKED_RUN                                                      \
+  "tuple[dict[str, numpy.typing.NDArray[typing.Any]], dict[str, typing.Any], " \
+  "BaseException | None]"
+#define KESTRO_CALLBACK                                                        \
+  "collections.abc.Callable[[int, str, int, int, int], object] | None"
 
 void bind_mine(nb::module_ &m) {
   m.def(
@@ -298,12 +350,29 @@ void bind_mine(nb::module_ &m) {
       nb::sig("def mine(db: Database, unit: str, amount: float, "
               "min_size: int, max_size: int | None, jobs: int, exact: bool, "
               "time_limit: float | None, pattern_limit: int | None, "
-              "callback: collections.abc.Callable[[int, str, int, int, int], "
-              "object] | None) -> tuple[dict[str, numpy.typing.NDArray["
-              "typing.Any]], dict[str, typing.Any], BaseException | None]"),
+              "callback: " KESTRO_CALLBACK ") -> " KESTRO_PACKED_RUN),
       "Mines; returns the packed patterns, the summary, and what the callback "
       "or a signal handler raised, or None.  The unit of the minimum support "
       "is count, fraction or percentage.");
+  m.def(
+      "mine_known", &mine_known, nb::arg("patterns"), nb::arg("supports"),
+      nb::arg("graphs"), nb::arg("min_support"), nb::arg("min_size"),
+      nb::arg("max_size").none(), nb::arg("jobs"), nb::arg("time_limit").none(),
+      nb::arg("pattern_limit").none(), nb::arg("callback").none(),
+      nb::sig("def mine_known(patterns: Database, "
+              "supports: numpy.typing.NDArray[numpy.int32], graphs: int, "
+              "min_support: int, min_size: int, max_size: int | None, "
+              "jobs: int, time_limit: float | None, pattern_limit: int | None, "
+              "callback: " KESTRO_CALLBACK ") -> " KESTRO_PACKED_RUN),
+      "Mines by known supports, with supports in place of TIDs; the minimum "
+      "support is a number of graphs.");
+  m.def(
+      "min_support",
+      [](const std::string &unit, double amount, int graphs) {
+        return support_of(unit, amount).graphs(graphs);
+      },
+      nb::arg("unit"), nb::arg("amount"), nb::arg("graphs"),
+      "The minimum support as a number of so many graphs.");
 }
 
 } // namespace kestro_python

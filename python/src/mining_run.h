@@ -5,8 +5,8 @@
 
 namespace kestro_python {
 
-// Adds the function mine, which runs kestro::mine and packs what it finds into
-// arrays.
+// Adds the functions mine and mine_known, which run the library's and pack what
+// they find into arrays.
 void bind_mine(nanobind::module_ &m);
 
 } // namespace kestro_python

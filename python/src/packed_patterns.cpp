@@ -28,13 +28,14 @@ void packed_patterns::make_room(const kestro::level &found) {
   for (int id = 0; id < found.patterns(); id++) {
     const kestro::pattern p = found[id];
     vertices += static_cast<size_t>(p.graph().vertices());
-    tids += static_cast<size_t>(p.support());
+    tids += p.tids().size();
     parents += p.parents().size();
   }
   reserve_more(&vertex_offsets_, patterns);
   reserve_more(&vertex_labels_, vertices);
   reserve_more(&edges_, 2 * edges);
   reserve_more(&edge_labels_, edges);
+  reserve_more(&supports_, patterns);
   reserve_more(&tid_offsets_, patterns);
   reserve_more(&tids_, tids);
   reserve_more(&parent_offsets_, patterns);
@@ -53,6 +54,7 @@ void packed_patterns::add(const kestro::pattern &p) {
     edges_.push_back(e.to);
     edge_labels_.push_back(e.label);
   }
+  supports_.push_back(p.support());
   const std::span<const int> tids = p.tids();
   tids_.insert(tids_.end(), tids.begin(), tids.end());
   tid_offsets_.push_back(static_cast<int64_t>(tids_.size()));
@@ -70,7 +72,7 @@ void packed_patterns::add(const kestro::level &found) {
   level_ends_.push_back(static_cast<int64_t>(order_dependent_.size()));
 }
 
-nb::dict packed_patterns::hand_over() {
+nb::dict packed_patterns::hand_over(bool with_tids) {
   nb::dict packed;
   packed["level_sizes"] = array_of(std::move(level_sizes_));
   packed["level_ends"] = array_of(std::move(level_ends_));
@@ -78,8 +80,12 @@ nb::dict packed_patterns::hand_over() {
   packed["vertex_labels"] = array_of(std::move(vertex_labels_));
   packed["edges"] = pairs_of(std::move(edges_));
   packed["edge_labels"] = array_of(std::move(edge_labels_));
-  packed["tid_offsets"] = array_of(std::move(tid_offsets_));
-  packed["tids"] = array_of(std::move(tids_));
+  if (with_tids) {
+    packed["tid_offsets"] = array_of(std::move(tid_offsets_));
+    packed["tids"] = array_of(std::move(tids_));
+  } else {
+    packed["support"] = array_of(std::move(supports_));
+  }
   packed["parent_offsets"] = array_of(std::move(parent_offsets_));
   packed["parents"] = array_of(std::move(parents_));
   packed["order_dependent"] = array_of(std::move(order_dependent_));

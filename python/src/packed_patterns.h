@@ -16,8 +16,9 @@ class packed_patterns {
 public:
   packed_patterns();
   void add(const kestro::level &found);
-  // The arrays by name; this is empty afterwards.  Needs the global lock.
-  nanobind::dict hand_over();
+  // The arrays by name, with TIDs or else supports; this is empty afterwards.
+  // Needs the global lock.
+  nanobind::dict hand_over(bool with_tids);
 
 private:
   void make_room(const kestro::level &found);
@@ -29,6 +30,7 @@ private:
   std::vector<int32_t> vertex_labels_; // ids
   std::vector<int32_t> edges_;         // two ends per edge
   std::vector<int32_t> edge_labels_;   // ids
+  std::vector<int32_t> supports_;
   std::vector<int64_t> tid_offsets_;
   std::vector<int32_t> tids_;
   std::vector<int64_t> parent_offsets_;

@@ -2,7 +2,11 @@
 
 #include "library/arguments.h"
 
+#include <algorithm>
+
 #include <kestro/error.h>
+
+#include "graph/graph_line.h"
 
 namespace kestro {
 
@@ -10,6 +14,27 @@ void refuse_index(const char *kind, int number, int n) {
   throw error("there is no " + std::string(kind) + ' ' +
               std::to_string(number) + ", only " + std::to_string(n) +
               " of them");
+}
+
+static bool is_blank_or_nought(char c) {
+  return c == '\0' || c == ' ' || (c >= '\t' && c <= '\r');
+}
+
+static bool is_blank_or_control(char c) {
+  return static_cast<unsigned char>(c) <= ' ' || c == 127;
+}
+
+std::string label_fault(std::string_view label, label_rule rule) {
+  const bool writable = rule == label_rule::writable;
+  const int most = writable ? graph_line_safe_label : graph_line_most_label;
+  if (label.empty())
+    return "the label is empty";
+  if (label.size() > static_cast<size_t>(most))
+    return "the label is longer than " + std::to_string(most) + " bytes";
+  if (std::any_of(label.begin(), label.end(),
+                  writable ? is_blank_or_control : is_blank_or_nought))
+    return "the label holds a blank or a control character";
+  return "";
 }
 
 const char *checked_path(const std::string &path) {

@@ -4,6 +4,8 @@
 #include <string>
 #include <string_view>
 
+#include <kestro/database.h>
+
 #include "graph/label_set.h"
 
 namespace kestro {
@@ -16,6 +18,9 @@ inline void check_index(const char *kind, int number, int n) {
   if (number < 0 || number >= n)
     refuse_index(kind, number, n);
 }
+
+// What is wrong with a label, empty for nothing.
+std::string label_fault(std::string_view label, label_rule rule);
 
 // The path as the system takes it; throws error when it holds a zero byte.
 const char *checked_path(const std::string &path);

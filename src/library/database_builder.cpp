@@ -20,7 +20,6 @@
 #include <kestro/error.h>
 
 #include "base/error.h"
-#include "graph/graph_line.h"
 #include "graph/label_index.h"
 #include "library/access.h"
 #include "library/arguments.h"
@@ -126,38 +125,17 @@ database_builder::database_builder()
     : state_(std::make_unique<state>(std::nullopt)) {}
 database_builder::database_builder(label_rule rule)
     : state_(std::make_unique<state>(std::nullopt, rule)) {}
-database_builder::database_builder(const labels &known)
-    : state_(std::make_unique<state>(known)) {}
+database_builder::database_builder(const labels &known, label_rule rule)
+    : state_(std::make_unique<state>(known, rule)) {}
 database_builder::database_builder(database_builder &&) noexcept = default;
 database_builder &
 database_builder::operator=(database_builder &&) noexcept = default;
 database_builder::~database_builder() = default;
 
-static bool is_blank_or_nought(char c) {
-  return c == '\0' || c == ' ' || (c >= '\t' && c <= '\r');
-}
-
-static bool is_blank_or_control(char c) {
-  return static_cast<unsigned char>(c) <= ' ' || c == 127;
-}
-
-static void check_label(std::string_view label, label_rule rule,
-                        const refusal &refuse, size_t number) {
-  const bool writable = rule == label_rule::writable;
-  const int most = writable ? graph_line_safe_label : graph_line_most_label;
-  if (label.empty())
-    refuse(number, "the label is empty");
-  if (label.size() > static_cast<size_t>(most))
-    refuse(number,
-           "the label is longer than " + std::to_string(most) + " bytes");
-  if (std::any_of(label.begin(), label.end(),
-                  writable ? is_blank_or_control : is_blank_or_nought))
-    refuse(number, "the label holds a blank or a control character");
-}
-
 static int number_of(std::string_view label, label_rule rule,
                      const refusal &refuse, size_t number, label_words *words) {
-  check_label(label, rule, refuse, number);
+  if (const std::string fault = label_fault(label, rule); !fault.empty())
+    refuse(number, fault);
   const int found = words->number_of(label);
   if (found == -1)
     refuse(number, "'" + std::string(label) + "' is none of the labels given");

@@ -6,7 +6,11 @@
 #include <kestro/labels.h>
 
 #include <algorithm>
+#include <string>
 #include <utility>
+
+#include <kestro/database.h>
+#include <kestro/error.h>
 
 #include "library/access.h"
 #include "library/arguments.h"
@@ -40,6 +44,28 @@ labels labels::of_transactions(const std::string &path) {
 
 labels labels::of_label_file(const std::string &path) {
   return access::make_labels(label_set_ptr(label_set_load(checked_path(path))));
+}
+
+// The texts without repeats.
+static xvector<std::string_view>
+distinct(std::span<const std::string_view> texts, const char *kind) {
+  for (const std::string_view text : texts)
+    if (const std::string fault = label_fault(text, label_rule::readable);
+        !fault.empty())
+      throw error(std::string(kind) + " label '" + std::string(text) +
+                  "': " + fault);
+  xvector<std::string_view> all(texts.begin(), texts.end());
+  std::sort(all.begin(), all.end());
+  all.erase(std::unique(all.begin(), all.end()), all.end());
+  return all;
+}
+
+labels labels::of_texts(std::span<const std::string_view> vertex_labels,
+                        std::span<const std::string_view> edge_labels) {
+  label_set_ptr ls(label_set_create());
+  label_set_add(distinct(vertex_labels, "vertex"),
+                distinct(edge_labels, "edge"), ls.get());
+  return access::make_labels(std::move(ls));
 }
 
 int labels::vertex_labels() const {

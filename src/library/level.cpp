@@ -24,6 +24,8 @@ int pattern::support() const { return record_of(level_, id_).support; }
 
 std::span<const int> pattern::tids() const {
   const level_record &record = record_of(level_, id_);
+  if (!record.tids)
+    return {};
   return {record.tids, static_cast<size_t>(record.support)};
 }
 

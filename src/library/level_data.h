@@ -15,8 +15,8 @@ namespace kestro {
 // One pattern of a level: what it borrows, and its places in the level's lists.
 struct level_record {
   const graph *g;
-  const int *tids; // ascending, null for candidates
-  int support;     // of them; 0 for candidates
+  const int *tids; // ascending, null where there is no list
+  int support;     // 0 for candidates
   bool invariant;
   size_t first_parent; // those of the next record end them
   size_t first_image;  // vs images per TID, where embeddings are kept

@@ -19,6 +19,7 @@
 #include "library/level_data.h"
 #include "mining/level_loop.h"
 #include "mining/statistics.h"
+#include "mining/support_table.h"
 #include "mining/transaction_counter.h"
 
 namespace kestro {
@@ -117,37 +118,29 @@ static void add_counts(const statistics &stats, mining_summary *summary) {
   summary->order_dependent = stats.order_dependent;
 }
 
-static search_end search(const database &db, const mine_options &options,
-                         int min_support, const interruption *stop,
-                         relay *receiver, statistics *stats) {
-  const label_set *const labels = access::label_set(db);
-  transaction_counter counter(
-      access::transactions(db), label_set_edge_labels(labels),
-      label_set_vertex_labels(labels), min_support, options.jobs, stop);
-  const mining_run run = {
-      options.min_size,
-      options.max_size.value_or(INT_MAX),
-      {options.jobs, options.stabilizer_threshold, options.kind},
-      receiver,
-      &counter,
-      stats,
-      stop};
-  return mine_levels(&run);
-}
-
-mining_summary mine(const database &from, const mine_options &options,
-                    listener &to) {
+// Runs the search with a counter that make_counter(min_support, stop) returns.
+template <class MakeCounter>
+static mining_summary search(const database &db, int graphs,
+                             const mine_options &options, listener *to,
+                             MakeCounter make_counter) {
   check(options);
-  const database db = from; // which the listener may change meanwhile
   const interruption stop = interruption_of(options);
   mining_summary summary;
-  summary.min_support = options.support.graphs(db.size());
+  summary.min_support = options.support.graphs(graphs);
   statistics stats;
   stats_init(&stats);
-  relay receiver(db, options, &stop, &to);
+  relay receiver(db, options, &stop, to);
   try {
-    const search_end end =
-        search(db, options, summary.min_support, &stop, &receiver, &stats);
+    auto counter = make_counter(summary.min_support, &stop);
+    const mining_run run = {
+        options.min_size,
+        options.max_size.value_or(INT_MAX),
+        {options.jobs, options.stabilizer_threshold, options.kind},
+        &receiver,
+        &counter,
+        &stats,
+        &stop};
+    const search_end end = mine_levels(&run);
     summary.last_size = end.last;
     if (end.more)
       summary.why = end.last < options.max_size.value_or(INT_MAX)
@@ -162,6 +155,73 @@ mining_summary mine(const database &from, const mine_options &options,
                       : ending::time_limit;
   }
   add_counts(stats, &summary);
+  return summary;
+}
+
+mining_summary mine(const database &from, const mine_options &options,
+                    listener &to) {
+  const database db = from; // which the listener may change meanwhile
+  const label_set *const labels = access::label_set(db);
+  return search(db, db.size(), options, &to,
+                [&](int min_support, const interruption *stop) {
+                  return transaction_counter(access::transactions(db),
+                                             label_set_edge_labels(labels),
+                                             label_set_vertex_labels(labels),
+                                             min_support, options.jobs, stop);
+                });
+}
+
+static void check_known(const database &patterns, std::span<const int> supports,
+                        int graphs, const mine_options &options) {
+  if (options.kind != form::exact)
+    throw error("known patterns are in the exact form only");
+  if (options.keep_embeddings)
+    throw error("without graphs there are no embeddings to keep");
+  if (graphs < 0)
+    throw error("there cannot be " + std::to_string(graphs) + " graphs");
+  if (supports.size() != static_cast<size_t>(patterns.size()))
+    throw error(std::to_string(patterns.size()) + " known patterns, but " +
+                std::to_string(supports.size()) + " supports");
+  for (const int support : supports)
+    if (support < 0 || support > graphs)
+      throw error("a known pattern cannot be in " + std::to_string(support) +
+                  " of " + std::to_string(graphs) + " graphs");
+}
+
+// Nothing that was known may be lost.
+static void check_found(const mining_summary &found,
+                        const xvector<int> &known) {
+  const auto count = [](const auto &by_size, size_t size) {
+    return size < by_size.size() ? by_size[size] : 0;
+  };
+  const auto complete = static_cast<size_t>(found.last_size);
+  const size_t sizes =
+      found.why == ending::complete ? known.size() : complete + 1;
+  for (size_t size = 1; size < sizes; size++) {
+    const long long came = size <= complete ? found.sizes[size].frequent : 0;
+    if (came != count(known, size))
+      throw error("of " + std::to_string(count(known, size)) +
+                  " known patterns of " + std::to_string(size) +
+                  " edges only " + std::to_string(came) + " came up");
+  }
+}
+
+mining_summary mine_known(const database &from, std::span<const int> supports,
+                          int graphs, const mine_options &options,
+                          listener &to) {
+  check_known(from, supports, graphs, options);
+  const database patterns = from;
+  xvector<int> known;
+  const mining_summary summary =
+      search(patterns, graphs, options, &to,
+             [&](int min_support, const interruption *stop) {
+               support_table table(access::transactions(patterns), supports,
+                                   min_support, options.jobs, stop);
+               for (int size = 0; size <= table.largest(); size++)
+                 known.push_back(table.frequent(size));
+               return table;
+             });
+  check_found(summary, known);
   return summary;
 }
 

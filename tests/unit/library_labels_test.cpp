@@ -1,6 +1,8 @@
 #include <kestro/labels.h>
 
 #include <optional>
+#include <string>
+#include <string_view>
 #include <thread>
 #include <utility>
 
@@ -49,6 +51,30 @@ TEST(LibraryLabels, OfALabelFile) {
   const labels l = labels::of_label_file(file.path());
   EXPECT_EQ(vertex_texts(l), (texts{"a", "z"}));
   EXPECT_EQ(edge_texts(l), (texts{"1", "2"}));
+}
+
+TEST(LibraryLabels, OfTexts) {
+  const std::vector<std::string_view> vertices = {"b", "B", "b", "\xc3\xa4"};
+  const std::vector<std::string_view> edges = {"=", "-"};
+  const labels l = labels::of_texts(vertices, edges);
+  EXPECT_EQ(vertex_texts(l), (texts{"B", "b", "\xc3\xa4"}));
+  EXPECT_EQ(edge_texts(l), (texts{"-", "="}));
+  EXPECT_EQ(labels::of_texts({}, {}).vertex_labels(), 0);
+}
+
+TEST(LibraryLabels, OfTextsThatNoFileCanHold) {
+  const auto refusal = [](std::string_view text, bool of_vertex) {
+    const std::vector<std::string_view> one = {text};
+    const std::vector<std::string_view> none;
+    return error_text([&] {
+      labels::of_texts(of_vertex ? one : none, of_vertex ? none : one);
+    });
+  };
+  EXPECT_EQ(refusal("", true), "vertex label '': the label is empty");
+  EXPECT_EQ(refusal("a b", false), "edge label 'a b': the label holds a blank "
+                                   "or a control character");
+  EXPECT_EQ(refusal("\x1b", true), "nothing was thrown"); // files hold it
+  EXPECT_NE(refusal(std::string(1024, 'x'), true), "nothing was thrown");
 }
 
 TEST(LibraryLabels, AreFoundByTheirTexts) {

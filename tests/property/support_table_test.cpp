@@ -1,6 +1,5 @@
-// The level loop behind a counter that has a table of supports in place of
-// transactions: all that the loop makes of a database follows from the supports
-// of its patterns.
+// The level loop with a table of supports in place of transactions: all that
+// the loop makes of a database follows from the supports of its patterns.
 
 #include <algorithm>
 #include <climits>
@@ -12,12 +11,12 @@
 #include "graph/label_set.h"
 #include "graph/transactions.h"
 #include "mining/level_loop.h"
+#include "mining/support_table.h"
 #include "mining/transaction_counter.h"
 #include "support/mined_levels.h"
 #include "support/plain_generation.h"
 #include "support/random_database.h"
 #include "support/records.h"
-#include "support/table_counter.h"
 
 namespace kestro {
 
@@ -55,11 +54,15 @@ mined_pattern pattern_of(const subgraph *sg) {
   return pattern;
 }
 
-// Takes down a run; teaches what it receives, if there is someone to learn it.
+// Patterns with their supports.
+struct known_patterns {
+  graph_list_ptr graphs{graph_list_new()};
+  std::vector<int> supports;
+};
+
+// Takes down a run, and what a table has to know for the same one.
 class scribe : public level_receiver {
 public:
-  explicit scribe(table_counter *pupil) : pupil_(pupil) {}
-
   void candidates(const sg_set *set) override {
     std::vector<graph_form> forms;
     for (int i = 0; i < sg_set_size(set); i++)
@@ -72,30 +75,27 @@ public:
     for (int i = 0; i < sg_set_size(set); i++)
       patterns.push_back(pattern_of(sg_set_get(set, i)));
     mined.levels.push_back(std::move(patterns));
-    if (pupil_)
-      pupil_->learn(set);
-    else
-      expect_no_tids(set);
+    for (int i = 0; i < sg_set_size(set); i++) {
+      const subgraph *sg = sg_set_get(set, i);
+      graph_list_push(graph_ptr(graph_copy(sg->g)), known.graphs.get());
+      known.supports.push_back(sg->count);
+      with_tids |= sg_tid_size(sg) > 0;
+    }
     return true;
   }
   void advanced(const progress &) override {}
 
   mined_levels mined;
-
-private:
-  static void expect_no_tids(const sg_set *set) {
-    for (int i = 0; i < sg_set_size(set); i++)
-      EXPECT_EQ(sg_tid_size(sg_set_get(set, i)), 0);
-  }
-
-  table_counter *pupil_;
+  known_patterns known;
+  bool with_tids = false;
 };
 
-mined_levels mine(candidate_counter *counter, table_counter *pupil) {
-  scribe notes(pupil);
+scribe mine(candidate_counter *counter, int jobs = 1) {
+  scribe notes;
   statistics stats;
   stats_init(&stats);
-  const mining_run run = {1, INT_MAX, {}, &notes, counter, &stats};
+  const mining_run run = {1,      INT_MAX, {jobs, 5, form::exact},
+                          &notes, counter, &stats};
   notes.mined.last = mine_levels(&run).last;
   for (int size = 0; size <= notes.mined.last; size++) {
     notes.mined.candidate_counts.push_back(
@@ -103,7 +103,7 @@ mined_levels mine(candidate_counter *counter, table_counter *pupil) {
     notes.mined.frequent_counts.push_back(
         stats_get(&stats, stats_frequent, size));
   }
-  return std::move(notes.mined);
+  return notes;
 }
 
 // The first difference between the two counters, empty if there is none.
@@ -112,9 +112,18 @@ std::string difference(const graph_list *transactions, int edge_labels,
                        int vertex_labels, int minsup, size_t *levels) {
   transaction_counter with_transactions(transactions, edge_labels,
                                         vertex_labels, minsup, 1);
-  table_counter with_table;
-  const mined_levels expected = mine(&with_transactions, &with_table);
-  const mined_levels mined = mine(&with_table, nullptr);
+  const scribe teacher = mine(&with_transactions);
+  const mined_levels &expected = teacher.mined;
+  support_table with_table(teacher.known.graphs.get(), teacher.known.supports,
+                           minsup, 1);
+  const scribe pupil = mine(&with_table);
+  const mined_levels &mined = pupil.mined;
+  if (pupil.with_tids)
+    return "TID lists from nowhere";
+  support_table with_threads(teacher.known.graphs.get(), teacher.known.supports,
+                             minsup, 3);
+  if (mine(&with_threads, 3).mined != mined)
+    return "another result on several threads";
   if (levels)
     *levels = expected.levels.size();
   if (mined.candidates != expected.candidates)
@@ -149,7 +158,7 @@ std::string shrunk(uint64_t seed, std::vector<plain_graph> database,
 
 } // namespace
 
-TEST(TableCounter, DrivesTheSearchAsTransactionsDo) {
+TEST(SupportTable, DrivesTheSearchAsTransactionsDo) {
   size_t all_levels = 0;
   for (uint64_t seed = 0; seed < database_count; seed++) {
     dice chance(seed);
@@ -165,7 +174,7 @@ TEST(TableCounter, DrivesTheSearchAsTransactionsDo) {
   EXPECT_GT(all_levels, 3U * database_count);
 }
 
-TEST(TableCounter, DrivesTheSearchOfTheExample) {
+TEST(SupportTable, DrivesTheSearchOfTheExample) {
   const label_set_ptr ls(label_set_create());
   const file_text text = read_file(KESTRO_EXAMPLE);
   label_set_build(text, ls.get());
@@ -180,9 +189,12 @@ TEST(TableCounter, DrivesTheSearchOfTheExample) {
   }
 }
 
-TEST(TableCounter, WithoutATableNothingIsFrequent) {
-  table_counter empty;
-  const mined_levels mined = mine(&empty, nullptr);
+TEST(SupportTable, WithoutPatternsNothingIsFrequent) {
+  const graph_list_ptr none(graph_list_new());
+  support_table empty(none.get(), {}, 1, 1);
+  EXPECT_EQ(empty.largest(), 0);
+  EXPECT_EQ(empty.frequent(1), 0);
+  const mined_levels mined = mine(&empty).mined;
   EXPECT_TRUE(mined.levels.empty());
   EXPECT_EQ(mined.last, 0);
 }

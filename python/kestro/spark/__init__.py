@@ -1,0 +1,5 @@
+"""Mining on a Spark cluster, in two passes."""
+
+from kestro.spark._mine import mine
+
+__all__ = ["mine"]

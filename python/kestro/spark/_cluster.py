@@ -1,0 +1,343 @@
+"""The engine on Spark: DataFrames alone, so that Spark Connect serves, too.
+
+What a task returns are rows; nothing is kept in a worker.  Blocks lie in as many
+partitions as there are shards, one shard in each: a shard's number in the frames
+is one that Spark's own hash brings there.
+"""
+
+from __future__ import annotations
+
+import pickle
+from collections.abc import Callable, Iterable, Iterator, Sequence
+from functools import partial
+from typing import TYPE_CHECKING, Any
+
+import numpy as np
+import pyarrow as pa
+from numpy.typing import NDArray
+
+from kestro._errors import KestroError
+from kestro.spark._blocks import Block, Tables
+from kestro.spark._reading import Described, Fault, describe
+from kestro.spark._scheme import CountedShard, MinedShard, Shard, Union
+from kestro.spark._tasks import Caps, Wanted, count_patterns, find_patterns, mine_shard
+
+if TYPE_CHECKING:
+    from pyspark.sql import DataFrame, SparkSession
+
+# A reader takes batches of its source's rows, and returns blocks by bucket.
+Reader = Callable[[Iterable[pa.RecordBatch], int], Iterator[tuple[int, Block]]]
+
+_BLOCKS = "bucket int, data binary, told binary, fault string"
+_HELD = "shard int, data binary"
+_MINED = (
+    "shard int, key binary, support bigint, gain bigint, parents array<binary>, "
+    "told binary"
+)
+_SILENT = "shard int, key binary, parents array<binary>"
+_COUNTED = "key binary, support bigint, told binary"
+_FOUND = "source binary, number bigint, patterns binary"
+
+
+class SparkEngine:
+    """Runs the tasks on a cluster.
+
+    Parameters
+    ----------
+    spark : SparkSession
+        Of a cluster, local, or Connect's.
+    source : DataFrame
+        What is read.
+    reader : callable
+        How it is read.
+    """
+
+    def __init__(self, spark: SparkSession, source: DataFrame, reader: Reader) -> None:
+        self._spark = spark
+        self._source = source
+        self._reader = reader
+        self._kept: list[DataFrame] = []
+        self._shards: Sequence[Shard] = ()
+        self._keys: list[int] = []  # by shard: its number in the frames
+        self._tables = Tables((), ())
+
+    def _keep(self, frame: DataFrame) -> DataFrame:
+        kept = frame.persist()
+        self._kept.append(kept)
+        return kept
+
+    def read(self, buckets: int) -> list[Described]:
+        """Read the graphs; raise KestroError for what cannot be read."""
+        self._blocks = self._keep(
+            self._source.mapInArrow(partial(_read, self._reader, buckets), _BLOCKS)
+        )
+        rows = self._blocks.select("told", "fault").toArrow()
+        faults = [Fault.from_json(f) for f in rows["fault"].drop_null().to_pylist()]
+        if faults:
+            raise min(
+                faults, key=lambda fault: (fault.path or "", fault.line or 0)
+            ).error()
+        return [pickle.loads(told) for told in rows["told"].drop_null().to_pylist()]
+
+    def mine(
+        self,
+        shards: Sequence[Shard],
+        tables: Tables,
+        max_size: int | None,
+        caps: Caps,
+    ) -> list[MinedShard]:
+        """Mine every shard."""
+        self._shards, self._tables = shards, tables
+        self._keys = _partition_keys(self._spark, len(shards))
+        key_of = {
+            bucket: self._keys[shard.number]
+            for shard in shards
+            for bucket in shard.buckets
+        }
+        held = self._blocks.mapInArrow(partial(_hold, key_of), _HELD)
+        self._held = self._keep(held.repartition(len(shards), "shard"))
+        by_key = {self._keys[shard.number]: shard for shard in shards}
+        mine = partial(_mine, by_key, tables, max_size, caps)
+        self._mined = self._keep(
+            # Spark asks for the hints of what it is handed; a lambda has none.
+            self._held.groupBy("shard").applyInArrow(
+                lambda key, table: mine(key, table), _MINED
+            )
+        )
+        return self._reports(self._mined)
+
+    def _reports(self, frame: DataFrame) -> list[Any]:
+        rows = frame.where("told is not null").select("told").toArrow()
+        reports = [pickle.loads(told) for told in rows["told"].to_pylist()]
+        return sorted(reports, key=lambda report: report.shard)
+
+    def bound(self, min_support: int) -> Union:
+        """Drop what cannot reach the minimum support."""
+        from pyspark.sql import Observation
+        from pyspark.sql import functions as f
+
+        most_missed = sum(shard.min_support - 1 for shard in self._shards)
+        union = Observation()
+        # A shard reports a pattern once, so nothing can be added up before rows
+        # are sent; told how many, Spark does not make 200 partitions of them.
+        reported = (
+            self._mined.where("key is not null")
+            .repartition(len(self._keys), "key")
+            .groupBy("key")
+            .agg(
+                f.sum("support").alias("support"),
+                f.sum("gain").alias("gain"),
+                f.collect_set("shard").alias("shards"),
+                f.first("parents").alias("parents"),
+            )
+            .observe(union, f.count(f.lit(1)).alias("reported"))
+        )
+        self._reported = self._keep(
+            reported.where(f.col("gain") + f.lit(most_missed) >= min_support)
+        )
+        kept = self._reported.count()
+        return Union(int(union.get["reported"]), kept)
+
+    def count(self) -> list[CountedShard]:
+        """Count what is left in the shards that did not report it."""
+        silent = self._reported.select("shards", "key", "parents").mapInArrow(
+            partial(_silent, self._keys), _SILENT
+        )
+        number_of = {key: number for number, key in enumerate(self._keys)}
+        count = partial(_count, number_of, self._tables)
+        self._counted = self._keep(
+            self._held.groupBy("shard")
+            .cogroup(silent.repartition(len(self._keys), "shard").groupBy("shard"))
+            .applyInArrow(lambda key, held, wanted: count(key, held, wanted), _COUNTED)
+        )
+        return self._reports(self._counted)
+
+    def supports(self, min_support: int) -> tuple[list[bytes], NDArray[np.int64]]:
+        """Return the keys that reach the minimum support, and their supports."""
+        from pyspark.sql import functions as f
+
+        counted = self._counted.where("key is not null").select("key", "support")
+        rows = (
+            self._reported.select("key", "support")
+            .unionByName(counted)
+            .repartition(len(self._keys), "key")
+            .groupBy("key")
+            .agg(f.sum("support").alias("support"))
+            .where(f.col("support") >= min_support)
+            .toArrow()
+        )
+        return rows["key"].to_pylist(), rows["support"].to_numpy()
+
+    def find(
+        self, wanted: Sequence[Wanted]
+    ) -> Iterable[tuple[str, int, NDArray[np.int32]]]:
+        """Return of every graph its id and the positions of its patterns."""
+        rows = self._held.mapInArrow(
+            partial(_find, self._tables, wanted), _FOUND
+        ).toArrow()
+        for source, number, patterns in zip(
+            *(rows[name].to_pylist() for name in ("source", "number", "patterns")),
+            strict=True,
+        ):
+            yield (
+                source.decode("utf-8", "surrogateescape"),
+                number,
+                np.frombuffer(patterns, np.int32),
+            )
+
+    def close(self) -> None:
+        """Free all that is kept."""
+        for frame in self._kept:
+            frame.unpersist()
+        self._kept.clear()
+
+
+def _partition_keys(spark: SparkSession, count: int) -> list[int]:
+    """Return a number for each of so many partitions that lies in it."""
+    tried = 32 * count + 64
+    while True:
+        rows = spark.range(tried).selectExpr(
+            "cast(id as int) as key", f"pmod(hash(cast(id as int)), {count}) as place"
+        )
+        first = rows.groupBy("place").agg({"key": "min"}).toArrow().to_pylist()
+        if len(first) == count:
+            return [row["min(key)"] for row in sorted(first, key=lambda r: r["place"])]
+        tried *= 2
+
+
+def _columns(
+    table: pa.Table | pa.RecordBatch, *names: str
+) -> Iterator[tuple[Any, ...]]:
+    return zip(*(table.column(name).to_pylist() for name in names), strict=True)
+
+
+def _batch(rows: Sequence[tuple[Any, ...]], **types: pa.DataType) -> pa.RecordBatch:
+    columns = list(zip(*rows, strict=True)) or [()] * len(types)
+    return pa.RecordBatch.from_arrays(
+        [pa.array(c, t) for c, t in zip(columns, types.values(), strict=True)],
+        names=list(types),
+    )
+
+
+def _read(
+    reader: Reader, buckets: int, batches: Iterable[pa.RecordBatch]
+) -> Iterator[pa.RecordBatch]:
+    types = {
+        "bucket": pa.int32(),
+        "data": pa.binary(),
+        "told": pa.binary(),
+        "fault": pa.string(),
+    }
+    try:
+        for bucket, block in reader(batches, buckets):
+            told = pickle.dumps(describe(bucket, block))
+            yield _batch([(bucket, block.to_bytes(), told, None)], **types)
+    except KestroError as e:
+        # Told, not raised: Spark would only try it again.
+        yield _batch([(None, None, None, Fault.of(e).to_json())], **types)
+    for _ in batches:
+        pass  # a task that leaves input unread loses its process
+
+
+def _hold(
+    key_of: dict[int, int], batches: Iterable[pa.RecordBatch]
+) -> Iterator[pa.RecordBatch]:
+    for batch in batches:
+        keys = [key_of[bucket] for bucket in batch.column("bucket").to_pylist()]
+        yield pa.RecordBatch.from_arrays(
+            [pa.array(keys, pa.int32()), batch.column("data")], names=["shard", "data"]
+        )
+
+
+def _mine(
+    shards: dict[int, Shard],
+    tables: Tables,
+    max_size: int | None,
+    caps: Caps,
+    key: tuple[pa.Scalar, ...],
+    table: pa.Table,
+) -> pa.Table:
+    own = key[0].as_py()
+    shard = shards[own]
+    # In an order that does not depend on which block came first.
+    blocks = sorted(table.column("data").to_pylist())
+    mined = mine_shard(blocks, tables, shard.min_support, max_size, caps)
+    n = 0 if mined.capped else len(mined.keys)
+    sent = sum(map(len, mined.keys)) + sum(len(k) for own in mined.parents for k in own)
+    told = MinedShard(
+        shard.number,
+        len(mined.keys),
+        mined.capped,
+        mined.last_size,
+        mined.seconds,
+        sent,
+    )
+    supports = np.array(mined.supports[:n], np.int64)
+    return pa.table(
+        {
+            "shard": pa.array([own] * n + [own], pa.int32()),
+            "key": pa.array([*mined.keys[:n], None], pa.binary()),
+            "support": pa.array([*supports.tolist(), None], pa.int64()),
+            "gain": pa.array(
+                [*(supports - (shard.min_support - 1)).tolist(), None], pa.int64()
+            ),
+            "parents": pa.array([*mined.parents[:n], None], pa.list_(pa.binary())),
+            "told": pa.array([None] * n + [pickle.dumps(told)], pa.binary()),
+        }
+    )
+
+
+def _silent(
+    keys: Sequence[int], batches: Iterable[pa.RecordBatch]
+) -> Iterator[pa.RecordBatch]:
+    types = {
+        "shard": pa.int32(),
+        "key": pa.binary(),
+        "parents": pa.list_(pa.binary()),
+    }
+    for batch in batches:
+        rows = [
+            (shard, key, parents)
+            for shards, key, parents in _columns(batch, "shards", "key", "parents")
+            for shard in keys
+            if shard not in shards
+        ]
+        yield _batch(rows, **types)
+
+
+def _count(
+    number_of: dict[int, int],
+    tables: Tables,
+    key: tuple[pa.Scalar, ...],
+    held: pa.Table,
+    silent: pa.Table,
+) -> pa.Table:
+    wanted = [Wanted(*row) for row in _columns(silent, "key", "parents")]
+    # In an order that does not depend on which row came first.
+    wanted.sort(key=lambda w: w.key)
+    counted = count_patterns(held.column("data").to_pylist(), tables, wanted)
+    sent = sum(len(w.key) + sum(map(len, w.parents)) for w in wanted)
+    told = CountedShard(
+        number_of[key[0].as_py()], len(wanted), counted.steps, counted.seconds, sent
+    )
+    n = len(wanted)
+    return pa.table(
+        {
+            "key": pa.array([*(w.key for w in wanted), None], pa.binary()),
+            "support": pa.array([*counted.supports.tolist(), None], pa.int64()),
+            "told": pa.array([None] * n + [pickle.dumps(told)], pa.binary()),
+        }
+    )
+
+
+def _find(
+    tables: Tables, wanted: Sequence[Wanted], batches: Iterable[pa.RecordBatch]
+) -> Iterator[pa.RecordBatch]:
+    types = {"source": pa.binary(), "number": pa.int64(), "patterns": pa.binary()}
+    for batch in batches:
+        blocks = batch.column("data").to_pylist()
+        rows = [
+            (source.encode("utf-8", "surrogateescape"), number, patterns.tobytes())
+            for source, number, patterns in find_patterns(blocks, tables, wanted)
+        ]
+        yield _batch(rows, **types)

@@ -1,0 +1,159 @@
+"""The plain engine: processes of this machine, or none but this one."""
+
+from __future__ import annotations
+
+from collections.abc import Callable, Iterable, Sequence
+from typing import Any
+
+import numpy as np
+from numpy.typing import NDArray
+
+from kestro._files import read_bytes
+from kestro._workers import in_order
+from kestro.spark._blocks import Tables
+from kestro.spark._reading import Described, describe, read_file
+from kestro.spark._scheme import (
+    CountedShard,
+    MinedShard,
+    Reported,
+    Shard,
+    Union,
+    may_be_frequent,
+)
+from kestro.spark._tasks import Caps, Wanted, count_patterns, find_patterns, mine_shard
+
+
+class PoolEngine:
+    """Reads transaction files and runs the tasks in so many processes.
+
+    Parameters
+    ----------
+    paths : sequence of str
+        The files.
+    n_jobs : int
+        Processes; 1 is this one.
+    """
+
+    def __init__(self, paths: Sequence[str], n_jobs: int = 1) -> None:
+        self._paths = sorted(paths)
+        self._jobs = n_jobs
+        self._blocks: dict[int, list[bytes]] = {}
+        self._shards: Sequence[Shard] = ()
+        self._tables = Tables((), ())
+        self._reported: dict[bytes, Reported] = {}
+        self._counted: dict[bytes, int] = {}
+
+    def _run(
+        self, task: Callable[..., Any], arguments: Iterable[tuple[Any, ...]]
+    ) -> Iterable[Any]:
+        return in_order(task, arguments, self._jobs)
+
+    def read(self, buckets: int) -> list[Described]:
+        told = []
+        for read in self._run(_read, [(path, buckets) for path in self._paths]):
+            for described, data in read:
+                told.append(described)
+                self._blocks.setdefault(described.bucket, []).append(data)
+        return told
+
+    def _held(self, shard: Shard) -> list[bytes]:
+        return [data for bucket in shard.buckets for data in self._blocks[bucket]]
+
+    def mine(
+        self,
+        shards: Sequence[Shard],
+        tables: Tables,
+        max_size: int | None,
+        caps: Caps,
+    ) -> list[MinedShard]:
+        self._shards, self._tables = shards, tables
+        tasks = [
+            (self._held(shard), tables, shard.min_support, max_size, caps)
+            for shard in shards
+        ]
+        told = []
+        for shard, mined in zip(shards, self._run(mine_shard, tasks), strict=True):
+            for key, support, parents in zip(
+                mined.keys, mined.supports, mined.parents, strict=True
+            ):
+                before = self._reported.get(key, Reported(0, frozenset(), parents))
+                self._reported[key] = Reported(
+                    before.support + support, before.shards | {shard.number}, parents
+                )
+            told.append(
+                MinedShard(
+                    shard.number,
+                    len(mined.keys),
+                    mined.capped,
+                    mined.last_size,
+                    mined.seconds,
+                    sum(map(len, mined.keys))
+                    + sum(len(key) for own in mined.parents for key in own),
+                )
+            )
+        return told
+
+    def bound(self, min_support: int) -> Union:
+        everything = len(self._reported)
+        self._reported = {
+            key: reported
+            for key, reported in self._reported.items()
+            if may_be_frequent(reported, self._shards, min_support)
+        }
+        return Union(everything, len(self._reported))
+
+    def count(self) -> list[CountedShard]:
+        wanted = [
+            [
+                Wanted(key, reported.parents)
+                for key, reported in self._reported.items()
+                if shard.number not in reported.shards
+            ]
+            for shard in self._shards
+        ]
+        tasks = [
+            (self._held(shard), self._tables, own)
+            for shard, own in zip(self._shards, wanted, strict=True)
+        ]
+        self._counted = {key: one.support for key, one in self._reported.items()}
+        told = []
+        for shard, own, counted in zip(
+            self._shards, wanted, self._run(count_patterns, tasks), strict=True
+        ):
+            for w, support in zip(own, counted.supports.tolist(), strict=True):
+                self._counted[w.key] += support
+            sent = sum(len(w.key) + sum(map(len, w.parents)) for w in own)
+            told.append(
+                CountedShard(
+                    shard.number, len(own), counted.steps, counted.seconds, sent
+                )
+            )
+        return told
+
+    def supports(self, min_support: int) -> tuple[list[bytes], NDArray[np.int64]]:
+        frequent = {k: n for k, n in self._counted.items() if n >= min_support}
+        return list(frequent), np.array(list(frequent.values()), np.int64)
+
+    def find(
+        self, wanted: Sequence[Wanted]
+    ) -> Iterable[tuple[str, int, NDArray[np.int32]]]:
+        tasks = [(self._held(shard), self._tables, wanted) for shard in self._shards]
+        for found in self._run(_find, tasks):
+            yield from found
+
+    def close(self) -> None:
+        self._blocks.clear()
+        self._reported.clear()
+        self._counted.clear()
+
+
+def _read(path: str, buckets: int) -> list[tuple[Described, bytes]]:
+    data, _ = read_bytes(path)
+    return [
+        (describe(bucket, block), block.to_bytes())
+        for bucket, block in read_file(path, data, buckets)
+    ]
+
+
+def _find(*task: Any) -> list[tuple[str, int, NDArray[np.int32]]]:
+    return list(find_patterns(*task))

@@ -1,0 +1,167 @@
+"""A run from reading to the result, on any engine."""
+
+from __future__ import annotations
+
+import logging
+import os
+from collections.abc import Callable, Sequence
+from dataclasses import dataclass
+from statistics import median
+from typing import Any
+
+import numpy as np
+from numpy.typing import NDArray
+
+from kestro import _core, _native
+from kestro._database import AtomLabels
+from kestro._mine import Request, settle, summary_of
+from kestro._patterns import Patterns
+from kestro._ragged import offsets_of
+from kestro._result import Result
+from kestro.spark._blocks import Tables
+from kestro.spark._keys import keys_of, packed_of, parents_of, patterns_of
+from kestro.spark._scheme import (
+    Engine,
+    Shard,
+    Totals,
+    make_shards,
+    refuse_capped,
+)
+from kestro.spark._tasks import Caps, Wanted
+
+LOG = logging.getLogger("kestro.spark")
+
+_MAX_BUCKETS = 1 << 14
+
+
+@dataclass(frozen=True)
+class Division:
+    """How the database is divided."""
+
+    shards: int
+    min_local_support: int
+    caps: Caps
+
+    @property
+    def buckets(self) -> int:
+        """How many buckets graphs are mixed into, from which shards are made."""
+        return min(max(256, 64 * self.shards), _MAX_BUCKETS)
+
+
+def run(
+    engine: Engine,
+    wanted: Request,
+    division: Division,
+    *,
+    with_tids: bool,
+    atom_labels: AtomLabels | None = None,
+    callback: Callable[[int, str, int, int, int], object] | None = None,
+) -> Result:
+    """Mine what the engine reads."""
+    before = os.times().user
+    blocks = engine.read(division.buckets)
+    totals = Totals.of(blocks)
+    min_support = _core.min_support(wanted.unit, wanted.amount, totals.graphs)
+    shards = make_shards(
+        blocks, min_support, division.shards, division.min_local_support
+    )
+    LOG.info(
+        "read: %d graphs in %d shards of %s to %s",
+        totals.graphs,
+        len(shards),
+        min((s.graphs for s in shards), default=0),
+        max((s.graphs for s in shards), default=0),
+    )
+    keys, supports = _known(
+        engine, shards, totals.tables, min_support, wanted, division.caps
+    )
+    known = _native.database_of(patterns_of(keys, totals.tables), all_labels=True)
+    packed, told, raised = _core.mine_known(
+        known,
+        supports.astype(np.int32),
+        totals.graphs,
+        min_support,
+        wanted.min_size,
+        wanted.max_size,
+        wanted.jobs,
+        wanted.seconds,
+        wanted.max_patterns,
+        callback,
+    )
+    if with_tids:
+        packed |= _tids(engine, packed, totals.tables)
+    summary = summary_of(
+        wanted,
+        told,
+        raised,
+        form="exact",
+        graphs=totals.graphs,
+        seconds=os.times().user - before,
+        atom_labels=atom_labels,
+        described=totals.header,
+    )
+    patterns = Patterns(packed, summary, *map(list, totals.tables))
+    result = Result(patterns, None, filters=wanted.filters)
+    settle(raised, result)
+    return result
+
+
+def _known(
+    engine: Engine,
+    shards: Sequence[Shard],
+    tables: Tables,
+    min_support: int,
+    wanted: Request,
+    caps: Caps,
+) -> tuple[list[bytes], NDArray[np.int64]]:
+    """Return all frequent patterns and their supports: the two passes."""
+    if not shards:
+        return [], np.zeros(0, np.int64)
+    mined = engine.mine(shards, tables, wanted.max_size, caps)
+    refuse_capped(mined, shards, caps)
+    union = engine.bound(min_support)
+    LOG.info(
+        "pass 1: %d shards mined, %d patterns reported, %d may be frequent, "
+        "%.1f s the slowest shard, %.1f s the median one, %d bytes sent",
+        len(shards),
+        union.reported,
+        union.kept,
+        max(one.seconds for one in mined),
+        median(one.seconds for one in mined),
+        sum(one.bytes_sent for one in mined),
+    )
+    counted = engine.count()
+    keys, supports = engine.supports(min_support)
+    LOG.info(
+        "pass 2: %d counts in %d shards, %d frequent, union over frequent %.2f, "
+        "%.1f s the slowest shard, %.1f s the median one, %d bytes sent",
+        sum(one.patterns for one in counted),
+        len(counted),
+        len(keys),
+        union.reported / max(1, len(keys)),
+        max((one.seconds for one in counted), default=0),
+        median([one.seconds for one in counted] or [0]),
+        sum(one.bytes_sent for one in counted),
+    )
+    return keys, supports
+
+
+def _tids(
+    engine: Engine, packed: dict[str, NDArray[Any]], tables: Tables
+) -> dict[str, NDArray[Any]]:
+    """Return the TID lists: ranks of ids among those of all graphs."""
+    keys = keys_of(packed_of(packed, tables))
+    offsets, parents = parents_of(packed)
+    ends, flat = offsets.tolist(), parents.tolist()
+    wanted = [
+        Wanted(key, [keys[p] for p in flat[a:b]])
+        for key, a, b in zip(keys, ends[:-1], ends[1:], strict=True)
+    ]
+    found = sorted(engine.find(wanted), key=lambda graph: graph[:2])
+    nothing = np.zeros(0, np.int32)
+    columns = np.concatenate([nothing, *(columns for _, _, columns in found)])
+    counts = [len(columns) for _, _, columns in found]
+    tids = np.repeat(np.arange(len(found), dtype=np.int32), counts)
+    order = np.argsort(columns, kind="stable")
+    lengths = np.bincount(columns, minlength=len(keys))
+    return {"tid_offsets": offsets_of(lengths), "tids": tids[order]}

@@ -1,0 +1,232 @@
+"""Mining a database in parts, exactly, in two passes.
+
+A pattern that is frequent in the whole is frequent, by the same share, in some
+part [1]_.  So the parts are mined first, each by its share of the minimum
+support.  What cannot reach the whole one, even if every part that did not report
+it has just missed it, is dropped; what is left is counted where it was not
+reported.  Then all supports are known, and the search over the whole database
+looks them up.
+
+.. [1] A. Savasere, E. Omiecinski, S. Navathe, An efficient algorithm for mining
+   association rules in large databases, VLDB 1995.
+"""
+
+from __future__ import annotations
+
+from collections.abc import Iterable, Sequence
+from dataclasses import dataclass
+from typing import NamedTuple, Protocol
+
+import numpy as np
+from numpy.typing import NDArray
+
+from kestro._errors import KestroError
+from kestro._summary import Described as Header
+from kestro.spark._blocks import Tables
+from kestro.spark._reading import Described
+from kestro.spark._tasks import Caps, Wanted
+
+
+@dataclass(frozen=True)
+class Shard:
+    """A part of the database."""
+
+    number: int
+    buckets: tuple[int, ...]
+    graphs: int
+    cost: int
+    min_support: int  # by the share of the whole one, in graphs
+
+
+@dataclass(frozen=True)
+class Totals:
+    """The whole database, in numbers."""
+
+    graphs: int
+    tables: Tables
+    header: Header
+
+    @classmethod
+    def of(cls, blocks: Sequence[Described]) -> Totals:
+        """Add up what there is."""
+        tables = Tables.of(block.tables for block in blocks)
+        graphs = sum(block.graphs for block in blocks)
+
+        def average(total: int) -> str:
+            return f"{total / graphs:.0f}" if graphs else "-nan"
+
+        return cls(
+            graphs,
+            tables,
+            Header(
+                edge_labels=str(len(tables.edge)),
+                vertex_labels=str(len(tables.vertex)),
+                average_edges=average(sum(block.edges for block in blocks)),
+                average_vertices=average(sum(block.vertices for block in blocks)),
+                max_edges=str(max((block.max_edges for block in blocks), default=0)),
+                max_vertices=str(
+                    max((block.max_vertices for block in blocks), default=0)
+                ),
+            ),
+        )
+
+
+def share(min_support: int, part: int, whole: int) -> int:
+    """Return the minimum support of a part: its share, rounded up, in integers."""
+    return -(-min_support * part // whole)
+
+
+def make_shards(
+    blocks: Sequence[Described],
+    min_support: int,
+    shards: int,
+    min_local_support: int,
+) -> list[Shard]:
+    """Share the buckets out, the costliest first, always to the cheapest shard.
+
+    Shards without a graph are dropped.  While the share of one is below
+    min_local_support, there is one shard fewer.
+    """
+    graphs: dict[int, int] = {}
+    cost: dict[int, int] = {}
+    for block in blocks:
+        graphs[block.bucket] = graphs.get(block.bucket, 0) + block.graphs
+        cost[block.bucket] = cost.get(block.bucket, 0) + block.cost
+    whole = sum(graphs.values())
+    order = sorted(graphs, key=lambda bucket: (-cost[bucket], bucket))
+    for count in range(min(shards, len(order)), 0, -1):
+        made = _share_out(order, graphs, cost, count, min_support, whole)
+        if count == 1 or all(s.min_support >= min_local_support for s in made):
+            return made
+    return []
+
+
+def _share_out(
+    order: Sequence[int],
+    graphs: dict[int, int],
+    cost: dict[int, int],
+    count: int,
+    min_support: int,
+    whole: int,
+) -> list[Shard]:
+    held: list[list[int]] = [[] for _ in range(count)]
+    costs = [0] * count
+    for bucket in order:
+        cheapest = min(range(count), key=lambda i: (costs[i], i))
+        held[cheapest].append(bucket)
+        costs[cheapest] += cost[bucket]
+    return [
+        Shard(
+            number,
+            tuple(sorted(buckets)),
+            sum(graphs[bucket] for bucket in buckets),
+            costs[number],
+            share(min_support, sum(graphs[bucket] for bucket in buckets), whole),
+        )
+        for number, buckets in enumerate(held)
+    ]
+
+
+class MinedShard(NamedTuple):
+    """How mining one shard went."""
+
+    shard: int
+    patterns: int
+    capped: str | None
+    last_size: int
+    seconds: float  # of the processor
+    bytes_sent: int
+
+
+class CountedShard(NamedTuple):
+    """How counting in one shard went."""
+
+    shard: int
+    patterns: int
+    steps: int
+    seconds: float  # of the processor
+    bytes_sent: int
+
+
+class Union(NamedTuple):
+    """How many patterns the shards reported, and how many may be frequent."""
+
+    reported: int
+    kept: int
+
+
+class Engine(Protocol):
+    """Who runs the tasks, and keeps what they return until it is asked for.
+
+    Calls come in this order, each once, but for `close`, which frees all.
+    """
+
+    def read(self, buckets: int) -> list[Described]:
+        """Read the graphs; raise KestroError for what cannot be read."""
+
+    def mine(
+        self,
+        shards: Sequence[Shard],
+        tables: Tables,
+        max_size: int | None,
+        caps: Caps,
+    ) -> list[MinedShard]:
+        """Mine every shard."""
+
+    def bound(self, min_support: int) -> Union:
+        """Drop what cannot reach the minimum support."""
+
+    def count(self) -> list[CountedShard]:
+        """Count what is left in the shards that did not report it."""
+
+    def supports(self, min_support: int) -> tuple[list[bytes], NDArray[np.int64]]:
+        """Return the keys that reach the minimum support, and their supports."""
+
+    def find(
+        self, wanted: Sequence[Wanted]
+    ) -> Iterable[tuple[str, int, NDArray[np.int32]]]:
+        """Return of every graph its id and the positions of its patterns."""
+
+    def close(self) -> None:
+        """Free all that is kept."""
+
+
+class Reported(NamedTuple):
+    """A pattern that shards reported."""
+
+    support: int  # in these shards
+    shards: frozenset[int]
+    parents: Sequence[bytes]
+
+
+def may_be_frequent(
+    reported: Reported, shards: Sequence[Shard], min_support: int
+) -> bool:
+    """Whether it can reach the minimum support.
+
+    In a shard that did not report it, it is in fewer graphs than would have been
+    enough there.
+    """
+    silent = sum(s.min_support - 1 for s in shards if s.number not in reported.shards)
+    return reported.support + silent >= min_support
+
+
+def refuse_capped(
+    mined: Sequence[MinedShard], shards: Sequence[Shard], caps: Caps
+) -> None:
+    """Raise where a shard has reached a cap."""
+    for one in mined:
+        if one.capped is None:
+            continue
+        shard = shards[one.shard]
+        what = (
+            f"more than {caps.patterns} patterns"
+            if one.capped == "patterns"
+            else f"more than {caps.memory} bytes of memory"
+        )
+        raise KestroError(
+            f"shard {one.shard} of {len(shards)}, {shard.graphs} graphs at a local "
+            f"minimum support of {shard.min_support}, has come to {what} at "
+            f"{one.last_size} edges; ask for fewer shards, a higher minimum support, "
+            f"or a bound on the size"
+        )

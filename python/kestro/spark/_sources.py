@@ -1,0 +1,128 @@
+"""What is mined: files, or the rows of a DataFrame."""
+
+from __future__ import annotations
+
+import os
+from collections.abc import Iterable, Iterator, Sequence
+from functools import partial
+from typing import TYPE_CHECKING, Any
+
+import numpy as np
+import pyarrow as pa
+
+from kestro._arrow import from_arrow
+from kestro._database import AtomLabels, GraphDatabase
+from kestro._errors import KestroError, printable
+from kestro._files import unpacked
+from kestro._molecules import from_smiles
+from kestro.spark._blocks import Block, into_buckets
+from kestro.spark._cluster import Reader
+from kestro.spark._reading import block_of, read_file
+
+if TYPE_CHECKING:
+    from pyspark.sql import DataFrame, SparkSession
+
+_PACKED = ("vertex_labels", "edges", "edge_labels")
+
+
+def reading(
+    spark: SparkSession,
+    source: str | os.PathLike[str] | DataFrame,
+    *,
+    smiles: str | None,
+    id_col: str | None,
+    atom_labels: AtomLabels,
+) -> tuple[DataFrame, Reader, AtomLabels | None]:
+    """Return the rows that are read, how, and what labels tell of atoms."""
+    if isinstance(source, (str, os.PathLike)):
+        if smiles is not None or id_col is not None:
+            raise ValueError("smiles and id_col are of DataFrames, not of files")
+        files = spark.read.format("binaryFile").load(os.fspath(source))
+        return files.select("path", "content"), read_files, None
+    if not hasattr(source, "mapInArrow"):
+        raise TypeError(
+            f"source must be a path or a DataFrame, not {type(source).__name__}"
+        )
+    if id_col is None:
+        raise ValueError("id_col must name the column that tells graphs apart")
+    data = _PACKED if smiles is None else (smiles,)
+    missing = [name for name in (id_col, *data) if name not in source.columns]
+    if missing:
+        raise KestroError(
+            f"no column {', '.join(map(repr, missing))}; there are "
+            f"{', '.join(map(repr, source.columns))}"
+        )
+    _check_ids(source, id_col)
+    rows = source.select(id_col, *data)
+    if smiles is None:
+        return rows, read_packed, None
+    return rows, partial(read_smiles, atom_labels), atom_labels
+
+
+def _check_ids(source: DataFrame, id_col: str) -> None:
+    """Raise for ids of another type, that are missing or come twice."""
+    kind = dict(source.dtypes)[id_col]
+    if kind not in ("tinyint", "smallint", "int", "bigint", "string"):
+        raise KestroError(
+            f"column {id_col!r} must be of whole numbers or text, not {kind}"
+        )
+    ids = source.select(id_col)
+    if ids.where(ids[id_col].isNull()).limit(1).count():
+        raise KestroError(f"column {id_col!r} lacks the id of a row")
+    twice = ids.groupBy(id_col).count().where("count > 1").limit(1).toArrow()
+    if len(twice):
+        raise KestroError(
+            f"column {id_col!r} has {twice[id_col][0].as_py()!r} more than once"
+        )
+
+
+def read_files(
+    batches: Iterable[pa.RecordBatch], buckets: int
+) -> Iterator[tuple[int, Block]]:
+    """Return the graphs of transaction files."""
+    for batch in batches:
+        for path, content in zip(
+            batch.column("path").to_pylist(),
+            batch.column("content").to_pylist(),
+            strict=True,
+        ):
+            yield from read_file(path, unpacked(content, path), buckets)
+
+
+def read_smiles(
+    atom_labels: AtomLabels, batches: Iterable[pa.RecordBatch], buckets: int
+) -> Iterator[tuple[int, Block]]:
+    """Return the molecules of rows of an id and a SMILES."""
+    for batch in batches:
+        ids = batch.column(0).to_pylist()
+        db = from_smiles(
+            batch.column(1).to_pylist(), on_error="skip", **atom_labels._asdict()
+        )
+        _refuse_skipped(db, ids)
+        yield from into_buckets(block_of(db, *_names(ids)), buckets)
+
+
+def read_packed(
+    batches: Iterable[pa.RecordBatch], buckets: int
+) -> Iterator[tuple[int, Block]]:
+    """Return the graphs of rows of an id and the packed columns."""
+    for batch in batches:
+        ids = batch.column(0).to_pylist()
+        db = from_arrow(pa.Table.from_batches([batch.select(_PACKED)]), on_error="skip")
+        _refuse_skipped(db, ids)
+        yield from into_buckets(block_of(db, *_names(ids)), buckets)
+
+
+def _refuse_skipped(db: GraphDatabase, ids: Sequence[Any]) -> None:
+    if db.skipped:
+        record, reason = db.skipped[0]
+        raise KestroError(printable(f"id {ids[record]!r}: {reason}"))
+
+
+def _names(
+    ids: Sequence[Any],
+) -> tuple[tuple[str, ...], np.ndarray[Any, np.dtype[np.int64]]]:
+    """Return sources and numbers that come in the order of the ids."""
+    if ids and isinstance(ids[0], str):
+        return tuple(ids), np.zeros(len(ids), np.int64)
+    return ("",), np.array(ids, np.int64)

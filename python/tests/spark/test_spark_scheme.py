@@ -1,0 +1,236 @@
+"""Mining in parts, by processes of this machine, against mining at once."""
+
+import random
+from itertools import combinations
+
+import kestro
+import numpy as np
+import pytest
+from kestro._mine import request
+from kestro._summary import describe
+from kestro.spark import _blocks, _keys, _reading, _scheme
+from kestro.spark._pool import PoolEngine
+from kestro.spark._run import Division, run
+from kestro.spark._tasks import Caps
+
+ARRAYS = (
+    "level_sizes",
+    "level_ends",
+    "vertex_offsets",
+    "vertex_labels",
+    "edges",
+    "edge_labels",
+    "tid_offsets",
+    "tids",
+    "parent_offsets",
+    "parents",
+    "order_dependent",
+)
+
+
+def in_parts(paths, shards, *, caps=None, n_jobs=1, with_tids=True, **wanted):
+    division = Division(shards, 1, Caps() if caps is None else caps)
+    engine = PoolEngine(list(map(str, paths)), n_jobs)
+    try:
+        return run(engine, request(**wanted), division, with_tids=with_tids)
+    finally:
+        engine.close()
+
+
+def same(found, expected, db):
+    ours, theirs = found._patterns, expected._patterns
+    for name in ARRAYS:
+        assert np.array_equal(ours._packed[name], theirs._packed[name]), name
+    assert np.array_equal(ours.support, theirs.support)
+    assert ours.vertex_table == theirs.vertex_table
+    assert ours.edge_table == theirs.edge_table
+    for name in ("candidates", "frequent", "order_dependent", "ending", "last_size"):
+        assert getattr(ours.summary, name) == getattr(theirs.summary, name), name
+    assert ours.summary.described == describe(db)
+
+
+def random_graph(draw):
+    kind = draw.randrange(4)
+    n = draw.randrange(1, 7)
+    if kind == 0:  # a ring or a complete graph, of labels that are all alike
+        n = max(n, 3)
+        ring = [(i, (i + 1) % n) for i in range(n)]
+        pairs = ring if draw.random() < 0.5 else list(combinations(range(n), 2))
+        return ["C"] * n, pairs, ["s"] * len(pairs)
+    pairs = [p for p in combinations(range(n), 2) if draw.random() < 0.4]
+    labels = ["C", "N", "é"][: draw.randrange(1, 4)]
+    return (
+        [draw.choice(labels) for _ in range(n)],
+        pairs,
+        [draw.choice("sd") for _ in pairs],
+    )
+
+
+def random_database(draw):
+    graphs = [random_graph(draw) for _ in range(draw.randrange(1, 25))]
+    return kestro.from_edges(
+        [g[0] for g in graphs],
+        [g[1] for g in graphs],
+        [g[2] for g in graphs],
+    )
+
+
+@pytest.mark.parametrize("shards", [1, 2, 3, 7, 16])
+def test_random_databases(shards, tmp_path):
+    draw = random.Random(shards)
+    for _ in range(8):
+        db = random_database(draw)
+        path = tmp_path / "graphs.txt"
+        db.to_transactions(path)
+        # As it is read: labels of a file are those of its lines.
+        db = kestro.read_transactions(path)
+        wanted = {"min_support": draw.randrange(1, 5), "max_size": 5}
+        same(in_parts([path], shards, **wanted), kestro.mine(db, **wanted), db)
+
+
+@pytest.mark.parametrize("shards", [1, 2, 5])
+def test_example_and_its_files(shards, examples, molecules, tmp_path):
+    path = examples / "molecules.txt"
+    found = in_parts([path], shards, min_support="20%")
+    expected = kestro.mine(molecules, min_support="20%")
+    same(found, expected, molecules)
+    for name, result in (("ours", found), ("theirs", expected)):
+        (tmp_path / name).mkdir()
+        result.write(tmp_path / name, "molecules", tids=True, parents=True)
+    for suffix in ("fp", "tid", "pc"):
+        texts = [
+            [
+                line
+                for line in (tmp_path / name / f"molecules.{suffix}")
+                .read_text()
+                .splitlines()
+                if "Elapsed" not in line and "CPU" not in line
+            ]
+            for name in ("ours", "theirs")
+        ]
+        assert texts[0] == texts[1]
+
+
+def test_two_processes_and_several_files(molecules, tmp_path):
+    for i, part in enumerate((slice(0, 7), slice(7, 8), slice(8, 60))):
+        molecules[part].to_transactions(tmp_path / f"{i}.txt")
+    paths = list(tmp_path.iterdir())
+    expected = kestro.mine(molecules, min_support="20%")
+    same(in_parts(paths, 3, min_support="20%", n_jobs=2), expected, molecules)
+
+
+def test_filters_and_sizes(molecules, examples):
+    for wanted in (
+        {"min_support": 0.3, "closed": True},
+        {"min_support": 18, "min_size": 3, "max_size": 4, "maximal": True},
+    ):
+        found = in_parts([examples / "molecules.txt"], 3, **wanted)
+        expected = kestro.mine(molecules, **wanted)
+        assert [p.id for p in found] == [p.id for p in expected]
+        assert [p.closed for p in found] == [p.closed for p in expected]
+
+
+def test_supports_without_tids(molecules, examples):
+    found = in_parts([examples / "molecules.txt"], 2, min_support=12, with_tids=False)
+    expected = kestro.mine(molecules, min_support=12)
+    assert [p.support for p in found] == [p.support for p in expected]
+    with pytest.raises(kestro.KestroError, match="TIDs are unknown"):
+        found.incidence()
+
+
+def test_more_than_there_are_graphs(examples):
+    assert len(in_parts([examples / "molecules.txt"], 2, min_support=61)) == 0
+
+
+def test_no_graphs(tmp_path):
+    path = tmp_path / "none.txt"
+    path.write_text("")
+    found = in_parts([path], 3, min_support=1)
+    assert len(found) == 0
+    assert found.graphs == 0
+
+
+def test_faults_have_path_and_line(tmp_path):
+    path = tmp_path / "bad.txt"
+    path.write_text("t # 0\nv 0 C\nv 1 C\nu 0 2 s\n")
+    with pytest.raises(kestro.KestroError, match="line 4") as caught:
+        in_parts([path], 2, min_support=1)
+    assert caught.value.path == str(path)
+
+
+def test_a_cap_ends_the_run(examples):
+    with pytest.raises(kestro.KestroError, match="fewer shards"):
+        in_parts(
+            [examples / "molecules.txt"], 16, min_support="40%", caps=Caps(patterns=5)
+        )
+    with pytest.raises(kestro.KestroError, match="bytes of memory"):
+        in_parts(
+            [examples / "molecules.txt"], 16, min_support="40%", caps=Caps(memory=1)
+        )
+
+
+def test_shares_are_rounded_up_in_integers():
+    assert _scheme.share(3, 10, 10) == 3
+    assert _scheme.share(3, 1, 10) == 1
+    assert _scheme.share(3, 4, 10) == 2
+    large = 2**31 - 1
+    assert _scheme.share(large, large - 1, large) == large - 1
+
+
+def described(bucket, graphs, cost):
+    nothing = _blocks.Tables((), ())
+    return _reading.Described(bucket, graphs, 0, 0, cost, 0, 0, nothing)
+
+
+def test_shards_are_balanced_by_cost():
+    blocks = [described(i, 10, 100 if i == 3 else 10) for i in range(11)]
+    made = _scheme.make_shards(blocks, 11, 2, 1)
+    assert [shard.cost for shard in made] == [100, 100]
+    assert made[0].buckets == (3,)
+    assert [shard.min_support for shard in made] == [1, 10]
+
+
+def test_shards_are_merged_until_their_share_is_enough():
+    blocks = [described(i, 10, 10) for i in range(12)]
+    assert len(_scheme.make_shards(blocks, 60, 12, 1)) == 12
+    made = _scheme.make_shards(blocks, 60, 12, 15)
+    assert len(made) == 4
+    assert sum(shard.graphs for shard in made) == 120
+    assert len(_scheme.make_shards(blocks, 2, 12, 15)) == 1
+    assert len(_scheme.make_shards(blocks[:2], 60, 12, 1)) == 2
+    assert _scheme.make_shards([], 60, 12, 1) == []
+
+
+def test_blocks_come_back_from_bytes(molecules):
+    block = _reading.block_of(
+        molecules, tuple(f"\udce9{i}" for i in range(60)), np.arange(60)
+    )
+    again = _blocks.Block.from_bytes(block.to_bytes())
+    assert again.sources == block.sources
+    assert again.numbers.tolist() == block.numbers.tolist()
+    assert again.tables == block.tables
+    rebuilt = _blocks.database_of([again], block.tables)
+    theirs = molecules._native.to_arrays()
+    for name, array in rebuilt.to_arrays().items():
+        assert np.array_equal(array, theirs[name])
+
+
+def test_buckets_hold_each_graph_once(molecules):
+    block = _reading.block_of(molecules, ("a",), np.arange(60))
+    parts = dict(_blocks.into_buckets(block, 7))
+    assert sorted(n for part in parts.values() for n in part.numbers) == list(range(60))
+    for bucket, part in parts.items():
+        assert {_blocks.bucket_of("a", n, 7) for n in part.numbers.tolist()} == {bucket}
+
+
+@pytest.mark.parametrize("labels", [9, 2**16 + 1])
+def test_keys_come_back(molecules, labels):
+    found = kestro.mine(molecules, min_support=12)._patterns._packed
+    tables = _blocks.Tables(tuple(map(str, range(labels))), ())
+    packed = _keys.packed_of(found, tables)
+    keys = _keys.keys_of(packed)
+    assert len(set(keys)) == len(keys)
+    width = 2 if labels < 2**16 else 4
+    assert len(keys[0]) == width * (1 + 2 + 3)
+    for ours, theirs in zip(_keys.patterns_of(keys, tables), packed, strict=True):
+        assert np.array_equal(ours, theirs)
