@@ -46,13 +46,15 @@ def test_help_and_version(capsys):
         (["convert", "{smi}", "-o", "{smi}/x"], 4, "cannot write"),
         (["convert", "{smi}", "-o", "x.txt.gz"], 2, "compressed"),
         (["convert", "{txt}", "--charge"], 2, "--charge"),
-        (["convert", "{smi}", "--class-column", "y"], 3, "column 'y'"),
+        (["convert", "{csv}", "--class-column", "y"], 3, "column 'y'"),
     ],
 )
 def test_exit_codes(argv, code, told, smi, tmp_path, three_text, capsys):
     txt = tmp_path / "three.txt"
     txt.write_text(three_text)
-    assert main([x.format(smi=smi, txt=txt) for x in argv]) == code
+    csv = tmp_path / "a.csv"
+    csv.write_text("smiles\nCCO\n")
+    assert main([x.format(smi=smi, txt=txt, csv=csv) for x in argv]) == code
     assert told in capsys.readouterr().err
 
 

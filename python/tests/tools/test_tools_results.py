@@ -169,3 +169,26 @@ def test_a_report_with_classes(tmp_path, capsys):
     expected = io.StringIO()
     kestro.mine(db, min_support=2).report(expected, title="a")
     assert (tmp_path / "a.html").read_text() == expected.getvalue()
+
+
+@pytest.mark.parametrize(
+    ("mined", "options", "told"),
+    [
+        ([], ["--charge"], ["--charge"]),
+        ([], ["--charge", "--hydrogens"], ["--charge", "--hydrogens"]),
+        (["--charge"], ["--charge"], []),
+        (["--charge"], [], []),
+    ],
+)
+def test_labels_other_than_those_of_the_result_are_told(
+    mined, options, told, tmp_path, capsys
+):
+    file, to = tmp_path / "a.smi", str(tmp_path)
+    file.write_text("CCO\nCCO\n")
+    argv = ["mine", str(file), "-s", "2", *mined, "-o", to, "-f", "jsonl"]
+    assert main(argv) == 0
+    capsys.readouterr()
+    assert main(["match", f"{to}/a.jsonl", str(file), *options]) == 0
+    assert capsys.readouterr().err == "".join(
+        f"warning: {x} changes nothing: the result is without\n" for x in told
+    )
