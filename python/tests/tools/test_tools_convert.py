@@ -164,7 +164,7 @@ def test_a_folder_with_files_of_others_stays(files, named, smi, tmp_path, capsys
     for name, text in files.items():
         (folder / name).write_text(text)
     assert main(["convert", str(smi), "-o", str(folder)]) == 4
-    assert f"convert wrote: {named}\n" in capsys.readouterr().err
+    assert f"cannot write {folder}: {named} would" in capsys.readouterr().err
     assert held(folder) == files
 
 
