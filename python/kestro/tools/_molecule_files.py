@@ -57,7 +57,7 @@ def _smiles(
         return
     rows = _read_rows(text, delimiter_of(source.name, args.delimiter))
     head = rows[0].cells
-    at = head.index(args.smiles_column)
+    at = head.index(_reading.smiles_column(args))
     column = name_column([*head[:at], *head[at + 1 :]])
     for record in kept:
         cells = rows[record + 1].cells
@@ -98,7 +98,7 @@ def _columns(
     if source.form == "csv":
         sign = delimiter_of(source.name, args.delimiter)
         rows = [row.cells for row in _read_rows(read_text(source.again())[0], sign)]
-        at = rows[0].index(args.smiles_column)
+        at = rows[0].index(_reading.smiles_column(args))
         names, *values = (
             [*cells[:at], *cells[at + 1 :]]
             for cells in (rows[0], *(rows[record + 1] for record in kept))

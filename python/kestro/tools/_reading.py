@@ -27,6 +27,18 @@ from kestro.tools._source import STDIN, Again, called, file_name, kept
 from kestro.tools._status import UsageError
 from kestro.tools._terminal import Terminal
 
+# Which formats an option says something of; of others it would change nothing.
+_OF_FORMATS = {
+    "smiles_column": ("csv",),
+    "delimiter": ("csv",),
+    "class_column": ("csv", "sdf", "parquet"),
+    "charge": MOLECULES,
+    "hydrogens": MOLECULES,
+    "vertex_label": ("graphml", "tu"),
+    "edge_label": ("graphml", "tu"),
+}
+_SMILES = "smiles"
+
 
 class Input(NamedTuple):
     """What was read.
@@ -68,9 +80,8 @@ def add_arguments(parser: argparse.ArgumentParser, what: str = "input") -> None:
     )
     group.add_argument(
         "--smiles-column",
-        default="smiles",
         metavar="NAME",
-        help="the column of a CSV file with the SMILES (smiles)",
+        help=f"the column of a CSV file with the SMILES ({_SMILES})",
     )
     group.add_argument(
         "--delimiter",
@@ -80,7 +91,7 @@ def add_arguments(parser: argparse.ArgumentParser, what: str = "input") -> None:
     group.add_argument(
         "--class-column",
         metavar="NAME",
-        help="the column of a CSV or SD file with the class of each molecule",
+        help="the column of a CSV, SD or Parquet file with the class of each graph",
     )
     group.add_argument(
         "--charge", action="store_true", help="labels of atoms tell the charge"
@@ -112,7 +123,8 @@ def read(
 ) -> Input:
     """Return the graphs of a file, a folder or standard input; tell what is skipped.
 
-    With a result that tells it, labels of atoms are like those of its patterns.
+    With a result that tells it, labels of atoms are like those of its patterns;
+    options that say otherwise are warned of.
 
     Raises
     ------
@@ -124,9 +136,8 @@ def read(
     form = format_of(name, args.form)
     if form == "tu" and name == STDIN:
         raise UsageError("a TU data set is a folder, not standard input")
+    _check_options(form, args)
     labels = AtomLabels(args.charge, args.hydrogens)
-    if form not in MOLECULES and any(labels):
-        raise UsageError(f"--charge and --hydrogens are for molecules, not for {form}")
     if like is not None and form in MOLECULES:
         labels = _labels_like(like, labels, terminal)
     terminal.passing(f"reading {called(name)}")
@@ -152,17 +163,27 @@ def read(
     return Input(db, form, again, called(name))
 
 
-def _labels_like(like: Result, asked: AtomLabels, terminal: Terminal) -> AtomLabels:
-    """Return the labels of a result, where it tells; warn where others are asked."""
+def smiles_column(args: argparse.Namespace) -> str:
+    """Return the name of the column with the SMILES."""
+    name: str | None = args.smiles_column
+    return _SMILES if name is None else name
+
+
+def _check_options(form: str, args: argparse.Namespace) -> None:
+    for option, forms in _OF_FORMATS.items():
+        if getattr(args, option) not in (None, False) and form not in forms:
+            name = option.replace("_", "-")
+            raise UsageError(f"--{name} is for {', '.join(forms)}, not for {form}")
+
+
+def _labels_like(like: Result, labels: AtomLabels, terminal: Terminal) -> AtomLabels:
+    """Return the labels of the result where it tells them, else those given."""
     own = like._patterns.summary.atom_labels
     if own is None:
-        return asked
-    for what, wanted, has in (
-        ("charges", asked.charge, own.charge),
-        ("hydrogens", asked.hydrogens, own.hydrogens),
-    ):
-        if wanted and not has:
-            terminal.warn(f"the molecules are read without {what}, as those mined were")
+        return labels
+    for option, told, used in zip(AtomLabels._fields, labels, own, strict=True):
+        if told and not used:
+            terminal.warn(f"--{option} changes nothing: the result is without")
     return own
 
 
@@ -172,7 +193,7 @@ def _check_form(form: str, again: Again, name: str, args: argparse.Namespace) ->
         check_transactions(again, name, args.form)
     if form == "csv":
         sign = delimiter_of(name, args.delimiter)
-        check_column(again, called(name), args.smiles_column, sign)
+        check_column(again, called(name), smiles_column(args), sign)
 
 
 def _read(
@@ -195,7 +216,7 @@ def _read(
     if form == "csv":
         return kestro.from_csv(
             source,
-            smiles_column=args.smiles_column,
+            smiles_column=smiles_column(args),
             delimiter=delimiter_of(name, args.delimiter),
             **of_atoms,
             on_error=on_error,

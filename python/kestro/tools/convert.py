@@ -162,8 +162,8 @@ def _tu(source: _reading.Input, args: argparse.Namespace) -> None:
         in_the_way = _tu_files.in_the_way(folder, start.name, set(lines))
         if in_the_way:
             raise OutputError(
-                f"cannot write {args.output}: what is there is no data set of the "
-                f"same files that convert wrote: {', '.join(in_the_way)}"
+                f"cannot write {args.output}: {', '.join(in_the_way)} would stay or "
+                f"be lost; only the same files that convert wrote are written over"
             )
         write_all_aside(lines)
 

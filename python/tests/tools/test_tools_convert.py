@@ -46,13 +46,15 @@ def test_help_and_version(capsys):
         (["convert", "{smi}", "-o", "{smi}/x"], 4, "cannot write"),
         (["convert", "{smi}", "-o", "x.txt.gz"], 2, "compressed"),
         (["convert", "{txt}", "--charge"], 2, "--charge"),
-        (["convert", "{smi}", "--class-column", "y"], 3, "column 'y'"),
+        (["convert", "{csv}", "--class-column", "y"], 3, "column 'y'"),
     ],
 )
 def test_exit_codes(argv, code, told, smi, tmp_path, three_text, capsys):
     txt = tmp_path / "three.txt"
     txt.write_text(three_text)
-    assert main([x.format(smi=smi, txt=txt) for x in argv]) == code
+    csv = tmp_path / "a.csv"
+    csv.write_text("smiles\nCCO\n")
+    assert main([x.format(smi=smi, txt=txt, csv=csv) for x in argv]) == code
     assert told in capsys.readouterr().err
 
 
@@ -162,7 +164,7 @@ def test_a_folder_with_files_of_others_stays(files, named, smi, tmp_path, capsys
     for name, text in files.items():
         (folder / name).write_text(text)
     assert main(["convert", str(smi), "-o", str(folder)]) == 4
-    assert f"convert wrote: {named}\n" in capsys.readouterr().err
+    assert f"cannot write {folder}: {named} would" in capsys.readouterr().err
     assert held(folder) == files
 
 

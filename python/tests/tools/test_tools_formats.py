@@ -163,3 +163,36 @@ def test_many_blanks(blank):
     assert (lone.line, lone.column) == (4, 6)
     assert lone.text == "a carriage return that ends no line"
     assert merged.text.startswith("2 vertex labels are read as one, 'C'")
+
+
+@pytest.mark.parametrize(
+    ("name", "options", "told"),
+    [
+        ("a.smi", ["--vertex-label", "x"], "--vertex-label is for graphml, tu, not"),
+        ("a.smi", ["--edge-label", "x"], "--edge-label is for graphml, tu, not for"),
+        ("a.smi", ["--smiles-column", "smiles"], "--smiles-column is for csv, not"),
+        ("a.smi", ["--delimiter", ","], "--delimiter is for csv, not for smi"),
+        ("a.smi", ["--class-column", "y"], "is for csv, sdf, parquet, not for smi"),
+        ("a.txt", ["--charge"], "--charge is for smi, sdf, csv, not for transactions"),
+        ("a.txt", ["--hydrogens"], "--hydrogens is for smi, sdf, csv, not for"),
+        ("a.csv", ["--vertex-label", ""], "--vertex-label is for graphml, tu, not"),
+        ("tu", ["--class-column", "y"], "--class-column is for csv, sdf, parquet"),
+        ("a.graphml", ["--delimiter", ";"], "--delimiter is for csv, not for graphml"),
+    ],
+)
+@pytest.mark.parametrize("command", [["mine", "-s", "1"], ["convert"], ["suggest"]])
+def test_options_that_do_not_fit_the_format(
+    command, name, options, told, folder, capsys
+):
+    (folder / "tu").mkdir()
+    assert main([*command, name, *options]) == 2
+    assert told in capsys.readouterr().err
+
+
+def test_options_that_fit_the_format(folder):
+    (folder / "a.csv").write_text("s;y\nCCO;1\n")
+    of_csv = ["--smiles-column", "s", "--delimiter", ";", "--class-column", "y"]
+    assert main(["convert", "a.csv", *of_csv, "--charge", "-o", "tu/"]) == 0
+    of_labels = ["--vertex-label", "x", "--edge-label", "y"]
+    assert main(["convert", "tu", *of_labels, "-o", "a.parquet"]) == 0
+    assert main(["convert", "a.parquet", "--class-column", "y", "-o", "a.txt"]) == 3

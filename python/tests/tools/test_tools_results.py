@@ -193,17 +193,24 @@ def test_a_report_with_classes(tmp_path, capsys):
     assert (tmp_path / "a.html").read_text() == expected.getvalue()
 
 
-@pytest.mark.parametrize("command", ["match", "report"])
-def test_labels_that_were_not_mined_are_warned_of(command, found, examples, tmp_path):
-    data, out = str(examples / "molecules.smi"), str(tmp_path / "out")
-    argv = [command, str(tmp_path / "m.jsonl"), data, "-o", out, "--charge"]
-    screen = io.StringIO()
-    with contextlib.redirect_stderr(screen):
-        assert main(argv) == 0
-    assert "are read without" not in screen.getvalue()  # charges were mined
-    with contextlib.redirect_stderr(screen):
-        assert main([*argv, "--hydrogens"]) == 0
-    assert (
-        "warning: the molecules are read without hydrogens, as those mined were\n"
-        in screen.getvalue()
+@pytest.mark.parametrize(
+    ("mined", "options", "told"),
+    [
+        ([], ["--charge"], ["--charge"]),
+        ([], ["--charge", "--hydrogens"], ["--charge", "--hydrogens"]),
+        (["--charge"], ["--charge"], []),
+        (["--charge"], [], []),
+    ],
+)
+def test_labels_other_than_those_of_the_result_are_told(
+    mined, options, told, tmp_path, capsys
+):
+    file, to = tmp_path / "a.smi", str(tmp_path)
+    file.write_text("CCO\nCCO\n")
+    argv = ["mine", str(file), "-s", "2", *mined, "-o", to, "-f", "jsonl"]
+    assert main(argv) == 0
+    capsys.readouterr()
+    assert main(["match", f"{to}/a.jsonl", str(file), *options]) == 0
+    assert capsys.readouterr().err == "".join(
+        f"warning: {x} changes nothing: the result is without\n" for x in told
     )
