@@ -11,7 +11,7 @@ from numpy.typing import NDArray
 from kestro import _graph_drawing, _matching, _molecule_drawing
 from kestro._arguments import Index, position, whole_number
 from kestro._atoms import import_rdkit
-from kestro._database import Graph, GraphDatabase, number_of
+from kestro._database import AtomLabels, Graph, GraphDatabase, number_of
 from kestro._errors import KestroError
 from kestro._pattern import Pattern
 from kestro._pattern_sequence import PatternSequence
@@ -56,18 +56,30 @@ def _chosen(result: Result, chosen: Any) -> list[Pattern]:
         return list(result[: whole_number("patterns", chosen, 0)])
     if isinstance(chosen, (str, Pattern)):
         chosen = [chosen]
-    elif isinstance(chosen, (Iterator, PatternSequence)):
+    elif isinstance(chosen, Iterator):
         chosen = list(chosen)
+    elif isinstance(chosen, PatternSequence):
+        chosen = list(chosen) or slice(0)  # a result may be empty
+    if isinstance(chosen, (list, tuple)) and not chosen:
+        raise ValueError("there is no pattern to draw")
     if not isinstance(chosen, (list, tuple)) or not any(
         isinstance(x, Pattern) for x in chosen
     ):
         return list(result[chosen])
-    for pattern in chosen:
-        if not isinstance(pattern, Pattern):
-            raise TypeError(f"not all are patterns: {pattern!r}")
-        if pattern._all is not result._patterns:
-            raise KestroError("the pattern is of another run")
-    return list(chosen)
+    return [_pattern(result, x) for x in chosen]
+
+
+def _pattern(result: Result, chosen: Any) -> Pattern:
+    """Return a pattern of a list that holds patterns, ids and positions."""
+    if not isinstance(chosen, Pattern):
+        if isinstance(chosen, (bool, np.bool_)) or not isinstance(
+            chosen, (str, int, np.integer)
+        ):
+            raise TypeError(f"neither a pattern nor an id or a position: {chosen!r}")
+        return result[chosen]
+    if chosen._all is not result._patterns:
+        raise KestroError("the pattern is of another run")
+    return chosen
 
 
 def highlight(
@@ -83,7 +95,10 @@ def highlight(
     name = "a graph" if labels is None else "a molecule"
     if isinstance(graph, (int, np.integer)) and not isinstance(graph, bool):
         if db is None:
-            raise TypeError("graph must be a Graph: the result has no database")
+            raise TypeError(
+                f"graph must be {_given(labels)}: the result has no database "
+                f"to take graph {graph} from"
+            )
         tid = position(graph, len(db), "graph")
         name, g = f"{db.kind[:-1]} {tid}", db[tid]
     elif isinstance(graph, Graph):
@@ -105,6 +120,13 @@ def highlight(
     return _molecule_drawing.drawing(
         title, molecule, checked_size(size, _MOLECULE), (found, edges)
     )
+
+
+def _given(labels: AtomLabels | None) -> str:
+    """Return what a graph can be given as where there is no database."""
+    if labels is None:
+        return "a Graph or one of NetworkX's"
+    return "a molecule, as SMILES or RDKit's, or a Graph"
 
 
 def _embedding(

@@ -447,8 +447,8 @@ class Result(PatternSequence):
         patterns : int, slice, mask, or sequence of positions, ids or patterns
             How many, from the first on, or which ones, drawn in this order:
             ``result.draw_grid(p for p in result if "N" in p.graph.vertex_labels)``
-            draws those that have nitrogen.  A pattern or an id alone is drawn
-            alone.
+            draws those that have nitrogen.  Patterns may stand beside ids and
+            positions.  A pattern or an id alone is drawn alone.
         columns : int
             Pictures in a row.
         size : tuple of int, optional
@@ -457,7 +457,8 @@ class Result(PatternSequence):
         Raises
         ------
         ImportError, TypeError, ValueError
-            As `Pattern.draw` does, and when a number is none or is too small.
+            As `Pattern.draw` does, and when a number is none or is too small, or
+            a list is empty.
         IndexError, KeyError
             As for a selection of patterns.
         KestroError

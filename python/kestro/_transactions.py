@@ -61,8 +61,9 @@ def read_transactions(
     Raises
     ------
     KestroError
-        With the path and the line, for a line that cannot be read, an empty
-        one among them, and for loops, double edges and ends without a vertex.
+        With the path and the line, in the first transaction that cannot be
+        read: for a line that is none, an empty one among them, and for loops,
+        double edges and ends without a vertex.
         For a vertex or an edge with a NUL byte, which the program takes
         for the end of the label.
     OSError

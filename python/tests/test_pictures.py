@@ -235,8 +235,8 @@ def test_a_result_that_was_read_without_its_database(result, tmp_path, smiles):
     result.to_jsonl(tmp_path / "r.jsonl")
     pattern = kestro.read_result(tmp_path / "r.jsonl")["6-0"]
     assert pattern.draw() == result["6-0"].draw()
-    with pytest.raises(TypeError, match="no database"):
-        pattern.highlight(0)
+    with pytest.raises(TypeError, match=r"a molecule, as SMILES .* no database"):
+        pattern.highlight(3)
     tid = int(pattern.tids[0])
     assert "6-0" in pattern.highlight(smiles[tid]).title
 
@@ -273,6 +273,16 @@ def test_highlights_of_graphs_are_embeddings(molecules):
         ends = row[pattern.graph.edges].tolist()
         assert edges == {(min(e), max(e)) for e in ends}
         assert edges <= set(map(tuple, molecules[tid].edges.tolist()))
+
+
+def test_graphs_that_were_read_without_their_database(calls, tmp_path):
+    calls.to_jsonl(tmp_path / "r.jsonl")
+    pattern = kestro.read_result(tmp_path / "r.jsonl")[-1]
+    with pytest.raises(
+        TypeError, match=r"a Graph or one of NetworkX's: .* no database"
+    ):
+        pattern.highlight(3)
+    assert pattern.draw() == calls[-1].draw()
 
 
 def test_graphs_come_as_ours_and_as_networkxs(molecules):
@@ -343,8 +353,14 @@ def test_grids(result):
     other = kestro.mine(kestro.from_smiles(["CO"]), min_support=1)
     with pytest.raises(kestro.KestroError, match="of another run"):
         result.draw_grid(list(other))
-    with pytest.raises(TypeError, match="not all are patterns"):
-        result.draw_grid([*two, "6-0"])
+    place = [p.id for p in result].index("6-0")
+    for mixed in ([result["7-0"], "6-0"], ["7-0", two[1]], (two[0], place)):
+        assert result.draw_grid(mixed) == result.draw_grid(two)
+    with pytest.raises(TypeError, match="neither a pattern nor an id"):
+        result.draw_grid([result["7-0"], None])
+    for nothing in ([], (), iter([])):
+        with pytest.raises(ValueError, match="there is no pattern to draw"):
+            result.draw_grid(nothing)
     assert parsed(result.draw_grid(0)) is not None
     assert parsed(result[:0].draw_grid()) is not None
     with pytest.raises(ValueError):

@@ -84,7 +84,8 @@ def parser() -> argparse.ArgumentParser:
             "-q",
             "--quiet",
             action="store_true",
-            help="tell problems alone, on a terminal, too",
+            help="tell problems alone: neither progress nor what goes well; the output "
+            "stays",
         )
         sub.set_defaults(run=module.run)
     return top

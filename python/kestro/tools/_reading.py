@@ -155,9 +155,12 @@ def read(
                 _check_form(form, again, name, args)
     finally:
         terminal.clear()
+    is_strange = len(db.skipped) > len(db)
     if args.class_column is not None:
         db = _with_classes(db, args.class_column)
     _skipped.tell(db, called(name), terminal)
+    if is_strange:
+        terminal.list([f"is this really {form}? --from names another format"])
     if db.skipped and not len(db):
         raise KestroError("not one of the records can be read", called(name))
     return Input(db, form, again, called(name))
@@ -248,7 +251,7 @@ def _with_classes(db: GraphDatabase, column: str) -> GraphDatabase:
     if db.table is None or column not in db.table.columns:
         names = [] if db.table is None else [str(x) for x in db.table.columns]
         raise KestroError(
-            f"there is no column {column!r} beside the molecules; "
+            f"there is no column {column!r} beside the {db.kind}; "
             f"there are: {', '.join(map(repr, names)) or 'none'}"
         )
     values = db.table[column]

@@ -77,9 +77,9 @@ def support(text: str) -> int | float | str:
         is_some = False
     if not is_some:
         raise argparse.ArgumentTypeError(
-            f"{text!r} is none; write a percentage above 0 such as 5%, a fraction "
-            f"above 0 and up to 1.0 such as 0.05, or a number of graphs such as 17 "
-            f"(1 finds what any graph has)"
+            f"{text!r} is no minimum support; write a percentage above 0 such as 5%, "
+            f"a fraction above 0 and up to 1.0 such as 0.05, or a number of graphs "
+            f"such as 17 (1 finds what any graph has)"
         )
     return value
 
@@ -170,7 +170,10 @@ def run(args: argparse.Namespace, terminal: Terminal) -> Status:
     if not args.output_dir and (len(wanted) > 1 or wanted[0] not in _TO_STDOUT):
         raise UsageError(f"{','.join(wanted)} needs --output-dir")
     if args.max_size is not None and args.max_size < max(1, args.min_size):
-        raise UsageError("--max-size is less than --min-size")
+        raise UsageError(
+            f"--max-size {args.max_size} is less than --min-size {args.min_size}",
+            see_help=False,
+        )
     name = name_of(args.input)
     if args.output_dir:  # before the work, not after it
         written = [x for form in wanted for x in _targets(form, args.output_dir, name)]
@@ -178,6 +181,8 @@ def run(args: argparse.Namespace, terminal: Terminal) -> Status:
         with _writing.output_errors():
             Path(args.output_dir).mkdir(parents=True, exist_ok=True)
     source = _reading.read(args.input, args, terminal)
+    if not len(source.db):
+        terminal.warn("there are no graphs")
     if "html" in wanted:  # before the work, too
         _reading.check_classes(source.db, args, terminal)
     show = Levels(terminal)

@@ -49,7 +49,7 @@ def test_measurements_that_were_asked_for_end_it(tmp_path, capsys):
     file = tmp_path / "a.csv"
     file.write_text("smiles,logp\nCCO,0.5\nCCN,0.25\n")
     of = [str(file), "--class-column", "logp"]
-    assert main(["mine", *of, "-s", "1", "-f", "csv,html", "-o", str(tmp_path)]) == 3
+    assert main(["mine", *of, "-s", "1", "-f", "html,jsonl", "-o", str(tmp_path)]) == 3
     err = capsys.readouterr().err
     assert "column 'logp' holds no classes: these are measurements" in err
     assert not (tmp_path / "a.html").exists()
@@ -90,3 +90,14 @@ def test_a_column_whose_name_parquet_needs(tmp_path, capsys):
     file.write_text("smiles,edges\nCCO,1\n")
     assert main(["convert", str(file), "-o", str(tmp_path / "a.parquet")]) == 3
     assert "columns with names in use: ['edges']" in capsys.readouterr().err
+
+
+def test_columns_stand_beside_graphs_or_molecules(measured, tmp_path, capsys):
+    file = tmp_path / "a.csv"
+    file.write_text("smiles,logp\nCCO,0.5\n")
+    for source, told in (
+        (measured, "beside the graphs; there are: none"),
+        (file, "beside the molecules; there are: 'logp'"),
+    ):
+        assert main(["mine", str(source), "--class-column", "foo", "-s", "1"]) == 3
+        assert f"there is no column 'foo' {told}\n" in capsys.readouterr().err

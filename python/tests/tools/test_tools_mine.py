@@ -162,3 +162,58 @@ def test_interrupted_while_writing(first, smi, tmp_path, monkeypatch, capsys):
     else:
         assert names == {".jsonl"}
         assert "warning: not written: csv, parquet\nerror: interrupted\n" in err
+
+
+@pytest.mark.parametrize("extension", ["smi", "sdf", "txt"])
+def test_an_empty_input_is_told(extension, tmp_path, capsys):
+    file = tmp_path / f"a.{extension}"
+    file.write_text("")
+    assert main(["mine", str(file), "-s", "1"]) == 1
+    assert capsys.readouterr().err == "warning: there are no graphs\n"
+
+
+@pytest.mark.parametrize(
+    ("text", "told"),
+    [
+        ("", "the file is empty ({})"),
+        ("\n\n", "the file is empty ({})"),
+        ("\nCCO\n", "the row with the names of columns is empty ({}, line 1)"),
+    ],
+)
+def test_a_table_without_columns_is_told(text, told, tmp_path, capsys):
+    file = tmp_path / "a.csv"
+    file.write_text(text)
+    assert main(["mine", str(file), "-s", "1"]) == 3
+    assert capsys.readouterr().err == f"error: {told.format(file)}\n"
+
+
+@pytest.mark.parametrize(("wrong", "is_asked"), [(2, False), (3, True), (9, True)])
+def test_another_format_is_asked_for(wrong, is_asked, tmp_path, capsys):
+    file = tmp_path / "a.smi"
+    file.write_text("CCO\nCCN\n" + "nothing\n" * wrong)
+    assert main(["mine", str(file), "-s", "1"]) == 0
+    told = "  is this really smi? --from names another format\n"
+    assert (told in capsys.readouterr().err) == is_asked
+
+
+@pytest.mark.parametrize(
+    ("argv", "told"),
+    [
+        (["-s", "1.5"], "-s/--support: '1.5' is no minimum support; write a percent"),
+        (
+            ["-s", "1", "--min-size", "3", "--max-size", "2"],
+            "error: --max-size 2 is less than --min-size 3\n",
+        ),
+    ],
+)
+def test_what_is_wrong_with_numbers(argv, told, smi, capsys):
+    assert main(["mine", smi, *argv]) == 2
+    assert told in capsys.readouterr().err
+
+
+def test_quiet_keeps_the_output(smi, capsys):
+    assert main(["mine", smi, "-s", "50%", "-q"]) == 0
+    assert capsys.readouterr().out.startswith("size,id,")
+    assert main(["mine", "--help"]) == 0
+    told = " ".join(capsys.readouterr().out.split())
+    assert "problems alone: neither progress nor what goes well; the output" in told
