@@ -1,6 +1,5 @@
 """Sub-commands that take results: match and diff."""
 
-import contextlib
 import csv
 import io
 import re
