@@ -1,6 +1,7 @@
 """Classes of graphs, and what stands in their place without being classes."""
 
 import kestro
+import pyarrow.parquet
 import pytest
 from kestro.tools.__main__ import main
 
@@ -92,12 +93,13 @@ def test_a_column_whose_name_parquet_needs(tmp_path, capsys):
     assert "columns with names in use: ['edges']" in capsys.readouterr().err
 
 
-def test_columns_stand_beside_graphs_or_molecules(measured, tmp_path, capsys):
-    file = tmp_path / "a.csv"
-    file.write_text("smiles,logp\nCCO,0.5\n")
+def test_columns_stand_beside_graphs_or_molecules(molecules, tmp_path, capsys):
+    graphs, table = tmp_path / "a.parquet", tmp_path / "a.csv"
+    pyarrow.parquet.write_table(molecules.to_arrow(), graphs)
+    table.write_text("smiles,logp\nCCO,0.5\n")
     for source, told in (
-        (measured, "beside the graphs; there are: none"),
-        (file, "beside the molecules; there are: 'logp'"),
+        (graphs, "beside the graphs; there are: none"),
+        (table, "beside the molecules; there are: 'logp'"),
     ):
         assert main(["mine", str(source), "--class-column", "foo", "-s", "1"]) == 3
         assert f"there is no column 'foo' {told}\n" in capsys.readouterr().err
