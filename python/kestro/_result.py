@@ -37,6 +37,7 @@ if TYPE_CHECKING:
     import pyarrow as pa
     import scipy.sparse
     from matplotlib.axes import Axes
+    from pyspark.sql import DataFrame, SparkSession
 
 
 class Result(PatternSequence):
@@ -129,6 +130,28 @@ class Result(PatternSequence):
             Without pyarrow, which ``pip install kestro[arrow]`` brings.
         """
         return _pattern_table.table(self._patterns, self.positions)
+
+    def to_spark(self, spark: SparkSession | None = None) -> DataFrame:
+        """Return a DataFrame of Spark's with a row per pattern.
+
+        Parameters
+        ----------
+        spark : SparkSession, optional
+            The session; None is the one that is active.
+
+        Returns
+        -------
+        pyspark.sql.DataFrame
+            The columns of `to_arrow`.
+
+        Raises
+        ------
+        ImportError
+            Without PySpark, which ``pip install kestro[spark]`` brings.
+        """
+        from kestro.spark._session import session_of
+
+        return session_of(spark).createDataFrame(self.to_arrow())
 
     def __arrow_c_stream__(self, requested_schema: object | None = None) -> object:
         """Return the stream of `to_arrow`, for libraries that read Arrow."""

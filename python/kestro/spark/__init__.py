@@ -1,5 +1,6 @@
 """Mining on a Spark cluster, in two passes."""
 
-from kestro.spark._mine import mine
+from kestro.spark._mine import mine, plan
+from kestro.spark._plan import Plan
 
-__all__ = ["mine"]
+__all__ = ["Plan", "mine", "plan"]

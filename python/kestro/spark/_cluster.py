@@ -21,6 +21,7 @@ from kestro.spark._blocks import Block, Tables
 from kestro.spark._reading import Described, Fault, describe
 from kestro.spark._scheme import CountedShard, MinedShard, Shard, Union
 from kestro.spark._tasks import Caps, Wanted, count_patterns, find_patterns, mine_shard
+from kestro.spark._watching import Advanced, watching
 
 if TYPE_CHECKING:
     from pyspark.sql import DataFrame, SparkSession
@@ -85,8 +86,9 @@ class SparkEngine:
         tables: Tables,
         max_size: int | None,
         caps: Caps,
+        advanced: Advanced | None = None,
     ) -> list[MinedShard]:
-        """Mine every shard."""
+        """Mine these shards."""
         self._shards, self._tables = shards, tables
         self._keys = _partition_keys(self._spark, len(shards))
         key_of = {
@@ -104,7 +106,8 @@ class SparkEngine:
                 lambda key, table: mine(key, table), _MINED
             )
         )
-        return self._reports(self._mined)
+        with watching(self._spark, advanced, len(shards)):
+            return self._reports(self._mined)
 
     def _reports(self, frame: DataFrame) -> list[Any]:
         rows = frame.where("told is not null").select("told").toArrow()
@@ -138,7 +141,7 @@ class SparkEngine:
         kept = self._reported.count()
         return Union(int(union.get["reported"]), kept)
 
-    def count(self) -> list[CountedShard]:
+    def count(self, advanced: Advanced | None = None) -> list[CountedShard]:
         """Count what is left in the shards that did not report it."""
         silent = self._reported.select("shards", "key", "parents").mapInArrow(
             partial(_silent, self._keys), _SILENT
@@ -150,7 +153,8 @@ class SparkEngine:
             .cogroup(silent.repartition(len(self._keys), "shard").groupBy("shard"))
             .applyInArrow(lambda key, held, wanted: count(key, held, wanted), _COUNTED)
         )
-        return self._reports(self._counted)
+        with watching(self._spark, advanced, len(self._keys)):
+            return self._reports(self._counted)
 
     def supports(self, min_support: int) -> tuple[list[bytes], NDArray[np.int64]]:
         """Return the keys that reach the minimum support, and their supports."""
@@ -169,12 +173,12 @@ class SparkEngine:
         return rows["key"].to_pylist(), rows["support"].to_numpy()
 
     def find(
-        self, wanted: Sequence[Wanted]
+        self, wanted: Sequence[Wanted], advanced: Advanced | None = None
     ) -> Iterable[tuple[str, int, NDArray[np.int32]]]:
         """Return of every graph its id and the positions of its patterns."""
-        rows = self._held.mapInArrow(
-            partial(_find, self._tables, wanted), _FOUND
-        ).toArrow()
+        found = self._held.mapInArrow(partial(_find, self._tables, wanted), _FOUND)
+        with watching(self._spark, advanced, len(self._keys)):
+            rows = found.toArrow()
         for source, number, patterns in zip(
             *(rows[name].to_pylist() for name in ("source", "number", "patterns")),
             strict=True,
@@ -243,10 +247,12 @@ def _hold(
     key_of: dict[int, int], batches: Iterable[pa.RecordBatch]
 ) -> Iterator[pa.RecordBatch]:
     for batch in batches:
-        keys = [key_of[bucket] for bucket in batch.column("bucket").to_pylist()]
-        yield pa.RecordBatch.from_arrays(
-            [pa.array(keys, pa.int32()), batch.column("data")], names=["shard", "data"]
-        )
+        rows = [
+            (key_of[bucket], data)
+            for bucket, data in _columns(batch, "bucket", "data")
+            if bucket in key_of
+        ]
+        yield _batch(rows, shard=pa.int32(), data=pa.binary())
 
 
 def _mine(
@@ -270,6 +276,7 @@ def _mine(
         mined.capped,
         mined.last_size,
         mined.seconds,
+        mined.memory,
         sent,
     )
     supports = np.array(mined.supports[:n], np.int64)

@@ -3,7 +3,7 @@
 from __future__ import annotations
 
 import os
-from typing import TYPE_CHECKING, Any
+from typing import TYPE_CHECKING
 
 from kestro._arguments import (
     MinSupport,
@@ -19,13 +19,16 @@ from kestro._progress import ProgressCallback
 from kestro._result import Result
 from kestro.spark import _sources
 from kestro.spark._cluster import SparkEngine
+from kestro.spark._plan import Plan, make_plan
 from kestro.spark._run import Division, run
+from kestro.spark._session import session_of, tasks_at_once
 from kestro.spark._tasks import Caps
 
 if TYPE_CHECKING:
     from pyspark.sql import DataFrame, SparkSession
 
 _MOST_SHARDS = 1 << 14
+_MOST_PATTERNS = 2_000_000
 
 
 def mine(
@@ -49,7 +52,7 @@ def mine(
     tids: bool = False,
     shards: int | None = None,
     min_local_support: int = 30,
-    max_local_patterns: int | None = 2_000_000,
+    max_local_patterns: int | None = _MOST_PATTERNS,
     max_local_memory: int | None = None,
 ) -> Result:
     """Find every connected subgraph that occurs in enough graphs, on a cluster.
@@ -73,7 +76,10 @@ def mine(
     n_jobs : int, optional
         Threads of the driver's own work; None is 1.
     progress : callable, optional
-        Is called with a `Progress` while the driver looks supports up.
+        Is called with a `Progress`: of size 0 and the step "mining shards",
+        "counting in shards" or "finding in shards" while Spark works, perhaps by
+        another thread, then as `kestro.mine` does.  What it raises ends the run
+        after the pass.
     time_limit : float, optional
         Seconds for the driver's own work, after the two passes.
     form : "exact"
@@ -129,34 +135,90 @@ def mine(
         time_limit=time_limit,
         max_patterns=max_patterns,
     )
-    caps = Caps(
-        optional_number("max_local_patterns", max_local_patterns, 1, 2**63 - 1),
-        optional_number("max_local_memory", max_local_memory, 1, 2**63 - 1),
-    )
-    count = optional_number("shards", shards, 1, _MOST_SHARDS)
-    least = whole_number("min_local_support", min_local_support, 1)
     callback = receiver(progress)
     with_tids = truth("tids", tids)
     session = session_of(spark)
+    atoms = AtomLabels(truth("charge", charge), truth("hydrogens", hydrogens))
+    division = _division(
+        session, shards, min_local_support, max_local_patterns, max_local_memory
+    )
     rows, reader, labels = _sources.reading(
-        session,
-        source,
-        smiles=smiles,
-        id_col=id_col,
-        atom_labels=AtomLabels(truth("charge", charge), truth("hydrogens", hydrogens)),
+        session, source, smiles=smiles, id_col=id_col, atom_labels=atoms
     )
     engine = SparkEngine(session, rows, reader)
     try:
         return run(
             engine,
             wanted,
-            Division(count or 2 * _tasks_at_once(session), least, caps),
+            division,
             with_tids=with_tids,
             atom_labels=labels,
             callback=callback,
         )
     finally:
         engine.close()
+
+
+def plan(
+    source: str | os.PathLike[str] | DataFrame,
+    spark: SparkSession | None = None,
+    *,
+    min_support: MinSupport,
+    max_size: int | None = None,
+    smiles: str | None = None,
+    id_col: str | None = None,
+    charge: bool = False,
+    hydrogens: bool = False,
+    shards: int | None = None,
+    min_local_support: int = 30,
+    max_local_patterns: int | None = _MOST_PATTERNS,
+    max_local_memory: int | None = None,
+) -> Plan:
+    """Return what `mine` would come to with the same arguments.
+
+    All graphs are read, and three of the shards are mined; what these report
+    tells how fast their union grows.
+
+    Returns
+    -------
+    Plan
+        The numbers of graphs, shards and patterns, seconds, memory and bytes.
+
+    Raises
+    ------
+    KestroError, TypeError, ValueError
+        As `mine` does, but for a cap, which ``Plan.capped`` tells of.
+    """
+    wanted = request(min_support=min_support, max_size=max_size)
+    session = session_of(spark)
+    atoms = AtomLabels(truth("charge", charge), truth("hydrogens", hydrogens))
+    division = _division(
+        session, shards, min_local_support, max_local_patterns, max_local_memory
+    )
+    rows, reader, _ = _sources.reading(
+        session, source, smiles=smiles, id_col=id_col, atom_labels=atoms
+    )
+    engine = SparkEngine(session, rows, reader)
+    try:
+        return make_plan(engine, wanted, division)
+    finally:
+        engine.close()
+
+
+def _division(
+    spark: SparkSession,
+    shards: int | None,
+    min_local_support: int,
+    max_local_patterns: int | None,
+    max_local_memory: int | None,
+) -> Division:
+    caps = Caps(
+        optional_number("max_local_patterns", max_local_patterns, 1, 2**63 - 1),
+        optional_number("max_local_memory", max_local_memory, 1, 2**63 - 1),
+    )
+    count = optional_number("shards", shards, 1, _MOST_SHARDS)
+    least = whole_number("min_local_support", min_local_support, 1)
+    return Division(count or 2 * tasks_at_once(spark), least, caps)
 
 
 def check_form(form: object) -> None:
@@ -168,28 +230,3 @@ def check_form(form: object) -> None:
             "depend on the graphs that are mined together, so that shards would "
             "not speak of the same patterns"
         )
-
-
-def session_of(spark: Any) -> SparkSession:
-    """Return the session, or the one that is active."""
-    try:
-        from pyspark.sql import SparkSession
-    except ImportError as e:
-        raise ImportError("this needs PySpark: pip install 'kestro[spark]'") from e
-    if spark is None:
-        spark = SparkSession.getActiveSession()
-        if spark is None:
-            raise ValueError("spark must be given: no session is active")
-    if not hasattr(spark, "range") or not hasattr(spark, "read"):
-        raise TypeError(f"spark must be a SparkSession, not {type(spark).__name__}")
-    session: SparkSession = spark
-    return session
-
-
-def _tasks_at_once(spark: SparkSession) -> int:
-    """Return how many parts Spark makes of something by itself."""
-    from pyspark.sql import functions as f
-
-    # Spark Connect does not tell, but does it.
-    parts = spark.range(1 << 16).select(f.spark_partition_id().alias("part"))
-    return parts.distinct().count()

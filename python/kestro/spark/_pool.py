@@ -2,7 +2,7 @@
 
 from __future__ import annotations
 
-from collections.abc import Callable, Iterable, Sequence
+from collections.abc import Callable, Iterable, Iterator, Sequence
 from typing import Any
 
 import numpy as np
@@ -21,6 +21,7 @@ from kestro.spark._scheme import (
     may_be_frequent,
 )
 from kestro.spark._tasks import Caps, Wanted, count_patterns, find_patterns, mine_shard
+from kestro.spark._watching import Advanced
 
 
 class PoolEngine:
@@ -65,6 +66,7 @@ class PoolEngine:
         tables: Tables,
         max_size: int | None,
         caps: Caps,
+        advanced: Advanced | None = None,
     ) -> list[MinedShard]:
         self._shards, self._tables = shards, tables
         tasks = [
@@ -72,7 +74,8 @@ class PoolEngine:
             for shard in shards
         ]
         told = []
-        for shard, mined in zip(shards, self._run(mine_shard, tasks), strict=True):
+        done = _told(self._run(mine_shard, tasks), len(shards), advanced)
+        for shard, mined in zip(shards, done, strict=True):
             for key, support, parents in zip(
                 mined.keys, mined.supports, mined.parents, strict=True
             ):
@@ -87,6 +90,7 @@ class PoolEngine:
                     mined.capped,
                     mined.last_size,
                     mined.seconds,
+                    mined.memory,
                     sum(map(len, mined.keys))
                     + sum(len(key) for own in mined.parents for key in own),
                 )
@@ -102,7 +106,7 @@ class PoolEngine:
         }
         return Union(everything, len(self._reported))
 
-    def count(self) -> list[CountedShard]:
+    def count(self, advanced: Advanced | None = None) -> list[CountedShard]:
         wanted = [
             [
                 Wanted(key, reported.parents)
@@ -117,9 +121,8 @@ class PoolEngine:
         ]
         self._counted = {key: one.support for key, one in self._reported.items()}
         told = []
-        for shard, own, counted in zip(
-            self._shards, wanted, self._run(count_patterns, tasks), strict=True
-        ):
+        done = _told(self._run(count_patterns, tasks), len(tasks), advanced)
+        for shard, own, counted in zip(self._shards, wanted, done, strict=True):
             for w, support in zip(own, counted.supports.tolist(), strict=True):
                 self._counted[w.key] += support
             sent = sum(len(w.key) + sum(map(len, w.parents)) for w in own)
@@ -135,16 +138,26 @@ class PoolEngine:
         return list(frequent), np.array(list(frequent.values()), np.int64)
 
     def find(
-        self, wanted: Sequence[Wanted]
+        self, wanted: Sequence[Wanted], advanced: Advanced | None = None
     ) -> Iterable[tuple[str, int, NDArray[np.int32]]]:
         tasks = [(self._held(shard), self._tables, wanted) for shard in self._shards]
-        for found in self._run(_find, tasks):
+        for found in _told(self._run(_find, tasks), len(tasks), advanced):
             yield from found
 
     def close(self) -> None:
         self._blocks.clear()
         self._reported.clear()
         self._counted.clear()
+
+
+def _told(
+    answers: Iterable[Any], shards: int, advanced: Advanced | None
+) -> Iterator[Any]:
+    """Return the answers, and tell how many there were."""
+    for done, answer in enumerate(answers, 1):
+        yield answer
+        if advanced is not None:
+            advanced(done, shards)
 
 
 def _read(path: str, buckets: int) -> list[tuple[Described, bytes]]:

@@ -28,8 +28,11 @@ from kestro.spark._scheme import (
     refuse_capped,
 )
 from kestro.spark._tasks import Caps, Wanted
+from kestro.spark._watching import Advanced
 
 LOG = logging.getLogger("kestro.spark")
+
+Callback = Callable[[int, str, int, int, int], object]
 
 _MAX_BUCKETS = 1 << 14
 
@@ -55,9 +58,12 @@ def run(
     *,
     with_tids: bool,
     atom_labels: AtomLabels | None = None,
-    callback: Callable[[int, str, int, int, int], object] | None = None,
+    callback: Callback | None = None,
 ) -> Result:
-    """Mine what the engine reads."""
+    """Mine what the engine reads.
+
+    The callback is that of the extension; of passes it is told as of size 0.
+    """
     before = os.times().user
     blocks = engine.read(division.buckets)
     totals = Totals.of(blocks)
@@ -73,7 +79,7 @@ def run(
         max((s.graphs for s in shards), default=0),
     )
     keys, supports = _known(
-        engine, shards, totals.tables, min_support, wanted, division.caps
+        engine, shards, totals.tables, min_support, wanted, division.caps, callback
     )
     known = _native.database_of(patterns_of(keys, totals.tables), all_labels=True)
     packed, told, raised = _core.mine_known(
@@ -89,7 +95,7 @@ def run(
         callback,
     )
     if with_tids:
-        packed |= _tids(engine, packed, totals.tables)
+        packed |= _tids(engine, packed, totals.tables, callback)
     summary = summary_of(
         wanted,
         told,
@@ -113,11 +119,13 @@ def _known(
     min_support: int,
     wanted: Request,
     caps: Caps,
+    callback: Callback | None,
 ) -> tuple[list[bytes], NDArray[np.int64]]:
     """Return all frequent patterns and their supports: the two passes."""
     if not shards:
         return [], np.zeros(0, np.int64)
-    mined = engine.mine(shards, tables, wanted.max_size, caps)
+    told = _of_pass(callback, "mining shards")
+    mined = engine.mine(shards, tables, wanted.max_size, caps, told)
     refuse_capped(mined, shards, caps)
     union = engine.bound(min_support)
     LOG.info(
@@ -130,7 +138,7 @@ def _known(
         median(one.seconds for one in mined),
         sum(one.bytes_sent for one in mined),
     )
-    counted = engine.count()
+    counted = engine.count(_of_pass(callback, "counting in shards"))
     keys, supports = engine.supports(min_support)
     LOG.info(
         "pass 2: %d counts in %d shards, %d frequent, union over frequent %.2f, "
@@ -146,8 +154,17 @@ def _known(
     return keys, supports
 
 
+def _of_pass(callback: Callback | None, step: str) -> Advanced | None:
+    if callback is None:
+        return None
+    return lambda done, known: callback(0, step, done, known, 0)
+
+
 def _tids(
-    engine: Engine, packed: dict[str, NDArray[Any]], tables: Tables
+    engine: Engine,
+    packed: dict[str, NDArray[Any]],
+    tables: Tables,
+    callback: Callback | None,
 ) -> dict[str, NDArray[Any]]:
     """Return the TID lists: ranks of ids among those of all graphs."""
     keys = keys_of(packed_of(packed, tables))
@@ -157,7 +174,10 @@ def _tids(
         Wanted(key, [keys[p] for p in flat[a:b]])
         for key, a, b in zip(keys, ends[:-1], ends[1:], strict=True)
     ]
-    found = sorted(engine.find(wanted), key=lambda graph: graph[:2])
+    found = sorted(
+        engine.find(wanted, _of_pass(callback, "finding in shards")),
+        key=lambda graph: graph[:2],
+    )
     nothing = np.zeros(0, np.int32)
     columns = np.concatenate([nothing, *(columns for _, _, columns in found)])
     counts = [len(columns) for _, _, columns in found]

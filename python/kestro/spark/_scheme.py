@@ -25,6 +25,7 @@ from kestro._summary import Described as Header
 from kestro.spark._blocks import Tables
 from kestro.spark._reading import Described
 from kestro.spark._tasks import Caps, Wanted
+from kestro.spark._watching import Advanced
 
 
 @dataclass(frozen=True)
@@ -135,6 +136,7 @@ class MinedShard(NamedTuple):
     capped: str | None
     last_size: int
     seconds: float  # of the processor
+    memory: int  # bytes, the most that the process has held
     bytes_sent: int
 
 
@@ -170,20 +172,21 @@ class Engine(Protocol):
         tables: Tables,
         max_size: int | None,
         caps: Caps,
+        advanced: Advanced | None = None,
     ) -> list[MinedShard]:
-        """Mine every shard."""
+        """Mine these shards."""
 
     def bound(self, min_support: int) -> Union:
         """Drop what cannot reach the minimum support."""
 
-    def count(self) -> list[CountedShard]:
+    def count(self, advanced: Advanced | None = None) -> list[CountedShard]:
         """Count what is left in the shards that did not report it."""
 
     def supports(self, min_support: int) -> tuple[list[bytes], NDArray[np.int64]]:
         """Return the keys that reach the minimum support, and their supports."""
 
     def find(
-        self, wanted: Sequence[Wanted]
+        self, wanted: Sequence[Wanted], advanced: Advanced | None = None
     ) -> Iterable[tuple[str, int, NDArray[np.int32]]]:
         """Return of every graph its id and the positions of its patterns."""
 

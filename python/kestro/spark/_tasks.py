@@ -43,6 +43,7 @@ class Mined(NamedTuple):
     capped: str | None  # which cap ended it: "patterns" or "memory"
     last_size: int
     seconds: float  # of the processor
+    memory: int  # bytes, the most that the process has held
 
 
 class Wanted(NamedTuple):
@@ -104,6 +105,7 @@ def mine_shard(
         capped,
         told["last_size"],
         time.process_time() - before,
+        1024 * resource.getrusage(resource.RUSAGE_SELF).ru_maxrss,
     )
 
 

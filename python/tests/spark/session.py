@@ -118,6 +118,24 @@ def rows(spark, examples, folder):
     )
 
 
+def told(spark, examples, folder):
+    """How far it is, what it would come to, and a table of what was found."""
+    seen = []
+    path = str(examples / "molecules.txt")
+    wanted = {"min_support": "20%", "shards": 3, "min_local_support": 1}
+    found = kestro.spark.mine(path, spark, progress=seen.append, **wanted)
+    passes = [(now.step, now.done) for now in seen if now.size == 0]
+    assert ("mining shards", 3) in passes
+    assert ("counting in shards", 3) in passes
+    assert seen[-1].step == "complete"
+    frame = found.to_spark(spark)
+    assert frame.count() == len(found)
+    assert frame.columns[:3] == ["size", "id", "support"]
+    plan = kestro.spark.plan(path, spark, **wanted)
+    assert (plan.graphs, plan.shards, plan.sampled) == (60, 3, 3)
+    assert plan.union >= len(found)
+
+
 def bad_input(spark, examples, folder):
     """Told once, with path and line, and what a shard may come to."""
     path = folder / "bad.txt"
@@ -144,7 +162,7 @@ def main():
     master, examples, folder = sys.argv[1], *map(pathlib.Path, sys.argv[2:])
     warnings.simplefilter("ignore")  # of PySpark's on versions of pandas
     spark = session_of(master)
-    for check in (files, rows, bad_input):
+    for check in (files, rows, told, bad_input):
         check(spark, examples, folder)
         print(f"{check.__name__}: as on one machine", flush=True)
     spark.stop()

@@ -9,6 +9,7 @@ import pytest
 from kestro._mine import request
 from kestro._summary import describe
 from kestro.spark import _blocks, _keys, _reading, _scheme
+from kestro.spark._plan import grown, make_plan
 from kestro.spark._pool import PoolEngine
 from kestro.spark._run import Division, run
 from kestro.spark._tasks import Caps
@@ -167,6 +168,71 @@ def test_a_cap_ends_the_run(examples):
         in_parts(
             [examples / "molecules.txt"], 16, min_support="40%", caps=Caps(memory=1)
         )
+
+
+def test_progress_by_pass_and_shard(examples):
+    told = []
+    engine = PoolEngine([str(examples / "molecules.txt")])
+    run(
+        engine,
+        request(min_support="20%"),
+        Division(3, 1, Caps()),
+        with_tids=True,
+        callback=lambda *now: told.append(now),
+    )
+    passes = [now for now in told if now[0] == 0]
+    assert passes == [
+        (0, step, done, 3, 0)
+        for step in ("mining shards", "counting in shards", "finding in shards")
+        for done in (1, 2, 3)
+    ]
+    assert [now[0] for now in told if now[1] == "complete"] == list(range(1, 10))
+
+
+def test_what_the_callback_raises_ends_the_run(examples):
+    def stop(*_now):
+        raise kestro.StopMining
+
+    with pytest.raises(kestro.StopMining):
+        run(
+            PoolEngine([str(examples / "molecules.txt")]),
+            request(min_support="20%"),
+            Division(3, 1, Caps()),
+            with_tids=False,
+            callback=stop,
+        )
+
+
+def test_a_plan_tells_what_the_shards_report(examples):
+    wanted, division = request(min_support="20%"), Division(3, 1, Caps())
+    path = str(examples / "molecules.txt")
+    plan = make_plan(PoolEngine([path]), wanted, division)
+    engine = PoolEngine([path])
+    run(engine, wanted, division, with_tids=False)
+    reported = len(engine._reported)
+    assert (plan.graphs, plan.min_support, plan.shards, plan.sampled) == (60, 12, 3, 3)
+    assert plan.min_local_support == 4
+    assert reported <= plan.union
+    assert 0 < plan.local_patterns <= plan.union
+    assert plan.memory > 1 << 20
+    assert plan.capped is None
+    capped = make_plan(PoolEngine([path]), wanted, Division(3, 1, Caps(patterns=5)))
+    assert capped.capped == "patterns"
+
+
+def test_a_plan_without_graphs(tmp_path):
+    (tmp_path / "none.txt").write_text("")
+    engine = PoolEngine([str(tmp_path / "none.txt")])
+    plan = make_plan(engine, request(min_support=1), Division(3, 1, Caps()))
+    assert (plan.graphs, plan.shards, plan.union) == (0, 0, 0)
+
+
+def test_unions_grow_as_a_power_of_their_parts():
+    assert grown([100, 100, 100], 300, 10) == 1000  # nothing in common
+    assert grown([100, 100, 100], 100, 10) == 100  # everything
+    assert grown([100, 100, 100, 100], 200, 16) == 400
+    assert grown([100], 100, 10) == 100
+    assert grown([], 0, 10) == 0
 
 
 def test_shares_are_rounded_up_in_integers():

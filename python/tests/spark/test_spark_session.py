@@ -28,5 +28,5 @@ def test_session(master, examples, tmp_path):
     )
     assert done.returncode == 0, done.stderr[-5000:]
     assert done.stdout.splitlines() == [
-        f"{name}: as on one machine" for name in ("files", "rows", "bad_input")
+        f"{name}: as on one machine" for name in ("files", "rows", "told", "bad_input")
     ]
