@@ -27,6 +27,9 @@ from kestro.spark._keys import (
 )
 
 
+_AT_ONCE = 1024  # graphs that are matched between two sums
+
+
 class Caps(NamedTuple):
     """What one shard may come to; None is no cap."""
 
@@ -139,7 +142,8 @@ def count_patterns(
     lattice, positions, steps = _lattice(wanted, tables)
     db = database_of(map(Block.from_bytes, blocks), tables)
     found = np.zeros(len(wanted) + steps, np.int64)
-    for _, columns in _contained(lattice, db):
+    for first in range(0, len(db), _AT_ONCE):
+        _, columns = lattice.contained(db, first, min(first + _AT_ONCE, len(db)))
         found += np.bincount(columns, minlength=len(found))
     return Counted(found[positions], steps, time.process_time() - before)
 
@@ -156,18 +160,14 @@ def find_patterns(
     place[positions] = np.arange(len(positions), dtype=np.int32)
     for data in blocks:
         block = Block.from_bytes(data)
-        db = database_of([block], tables)
-        numbers = block.numbers.tolist()
-        for tid, columns in _contained(lattice, db):
-            yield block.source(tid), numbers[tid], np.sort(place[columns])
-
-
-def _contained(
-    lattice: _core.LatticeMatcher, db: _core.Database
-) -> Iterable[tuple[int, NDArray[np.int32]]]:
-    for tid in range(len(db)):
-        _, columns = lattice.contained(db, tid, tid + 1)
-        yield tid, columns
+        # Where labels are others, the matcher compares their texts.
+        known = set(block.tables.vertex) <= set(tables.vertex) and set(
+            block.tables.edge
+        ) <= set(tables.edge)
+        db = database_of([block], tables if known else Tables.of([block.tables]))
+        for tid, number in enumerate(block.numbers.tolist()):
+            _, columns = lattice.contained(db, tid, tid + 1)
+            yield block.source(tid), number, np.sort(place[columns])
 
 
 def _lattice(
