@@ -27,22 +27,25 @@ if TYPE_CHECKING:
 _CHUNK = 8
 
 
-def pattern_database(patterns: Patterns, chosen: NDArray[np.int64]) -> _core.Database:
-    """Return these patterns as graphs of a database."""
+def pattern_arrays(patterns: Patterns, chosen: NDArray[np.int64]) -> Arrays:
+    """Return these patterns as graphs, with all labels of the run."""
     p = patterns
     vertices, vertex_offsets = places(p.vertex_offsets, chosen)
     edges, edge_offsets = places(p.edge_offsets, chosen)
-    return database_of(
-        Arrays(
-            vertex_counts=np.diff(vertex_offsets),
-            edge_counts=np.diff(edge_offsets),
-            vertex_labels=p.vertex_labels[vertices],
-            edges=p.edges[edges].astype(np.int64),
-            edge_labels=p.edge_labels[edges],
-            vertex_table=p.vertex_table,
-            edge_table=p.edge_table,
-        )
+    return Arrays(
+        vertex_counts=np.diff(vertex_offsets),
+        edge_counts=np.diff(edge_offsets),
+        vertex_labels=p.vertex_labels[vertices],
+        edges=p.edges[edges].astype(np.int64),
+        edge_labels=p.edge_labels[edges],
+        vertex_table=p.vertex_table,
+        edge_table=p.edge_table,
     )
+
+
+def pattern_database(patterns: Patterns, chosen: NDArray[np.int64]) -> _core.Database:
+    """Return these patterns as graphs of a database."""
+    return database_of(pattern_arrays(patterns, chosen))
 
 
 class Lattice:
@@ -58,7 +61,7 @@ class Lattice:
 
     def __init__(self, patterns: Patterns, chosen: NDArray[np.int64]) -> None:
         distinct, columns = np.unique(chosen, return_inverse=True)
-        first, parents = _parents_among(patterns, distinct)
+        first, parents = parents_among(patterns, distinct)
         self._matcher = _core.LatticeMatcher(
             pattern_database(patterns, distinct), first, parents
         )
@@ -171,7 +174,7 @@ def embeddings(
     return _core.embeddings(pattern, native, tid, -1 if most is None else most)
 
 
-def _parents_among(
+def parents_among(
     patterns: Patterns, chosen: NDArray[np.int64]
 ) -> tuple[NDArray[np.int64], NDArray[np.int32]]:
     """Return offsets and places of the parents that are chosen, too."""

@@ -342,7 +342,7 @@ def _find(
 ) -> Iterator[pa.RecordBatch]:
     types = {"source": pa.binary(), "number": pa.int64(), "patterns": pa.binary()}
     for batch in batches:
-        blocks = batch.column("data").to_pylist()
+        blocks = map(Block.from_bytes, batch.column("data").to_pylist())
         rows = [
             (source.encode("utf-8", "surrogateescape"), number, patterns.tobytes())
             for source, number, patterns in find_patterns(blocks, tables, wanted)

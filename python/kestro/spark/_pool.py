@@ -10,7 +10,7 @@ from numpy.typing import NDArray
 
 from kestro._files import read_bytes
 from kestro._workers import in_order
-from kestro.spark._blocks import Tables
+from kestro.spark._blocks import Block, Tables
 from kestro.spark._reading import Described, describe, read_file
 from kestro.spark._scheme import (
     CountedShard,
@@ -168,5 +168,7 @@ def _read(path: str, buckets: int) -> list[tuple[Described, bytes]]:
     ]
 
 
-def _find(*task: Any) -> list[tuple[str, int, NDArray[np.int32]]]:
-    return list(find_patterns(*task))
+def _find(
+    blocks: Iterable[bytes], tables: Tables, wanted: Sequence[Wanted]
+) -> list[tuple[str, int, NDArray[np.int32]]]:
+    return list(find_patterns(map(Block.from_bytes, blocks), tables, wanted))

@@ -19,7 +19,7 @@ from kestro._patterns import Patterns
 from kestro._ragged import offsets_of
 from kestro._result import Result
 from kestro.spark._blocks import Tables
-from kestro.spark._keys import keys_of, packed_of, parents_of, patterns_of
+from kestro.spark._keys import packed_of, parents_of, patterns_of
 from kestro.spark._scheme import (
     Engine,
     Shard,
@@ -27,7 +27,7 @@ from kestro.spark._scheme import (
     make_shards,
     refuse_capped,
 )
-from kestro.spark._tasks import Caps, Wanted
+from kestro.spark._tasks import Caps, wanted_of
 from kestro.spark._watching import Advanced
 
 LOG = logging.getLogger("kestro.spark")
@@ -167,13 +167,7 @@ def _tids(
     callback: Callback | None,
 ) -> dict[str, NDArray[Any]]:
     """Return the TID lists: ranks of ids among those of all graphs."""
-    keys = keys_of(packed_of(packed, tables))
-    offsets, parents = parents_of(packed)
-    ends, flat = offsets.tolist(), parents.tolist()
-    wanted = [
-        Wanted(key, [keys[p] for p in flat[a:b]])
-        for key, a, b in zip(keys, ends[:-1], ends[1:], strict=True)
-    ]
+    wanted = wanted_of(packed_of(packed, tables), *parents_of(packed))
     found = sorted(
         engine.find(wanted, _of_pass(callback, "finding in shards")),
         key=lambda graph: graph[:2],
@@ -183,5 +177,5 @@ def _tids(
     counts = [len(columns) for _, _, columns in found]
     tids = np.repeat(np.arange(len(found), dtype=np.int32), counts)
     order = np.argsort(columns, kind="stable")
-    lengths = np.bincount(columns, minlength=len(keys))
+    lengths = np.bincount(columns, minlength=len(wanted))
     return {"tid_offsets": offsets_of(lengths), "tids": tids[order]}

@@ -10,13 +10,14 @@ import itertools
 import resource
 import time
 from collections.abc import Iterable, Sequence
-from typing import NamedTuple
+from typing import Any, NamedTuple
 
 import numpy as np
 from numpy.typing import NDArray
 
 from kestro import _core, _native
 from kestro._errors import StopMining
+from kestro._native import Arrays
 from kestro._ragged import offsets_of
 from kestro.spark._blocks import Block, Tables, database_of
 from kestro.spark._keys import (
@@ -25,7 +26,6 @@ from kestro.spark._keys import (
     parents_of,
     patterns_of,
 )
-
 
 _AT_ONCE = 1024  # graphs that are matched between two sums
 
@@ -149,17 +149,16 @@ def count_patterns(
 
 
 def find_patterns(
-    blocks: Iterable[bytes], tables: Tables, wanted: Sequence[Wanted]
+    blocks: Iterable[Block], tables: Tables, wanted: Sequence[Wanted]
 ) -> Iterable[tuple[str, int, NDArray[np.int32]]]:
-    """Return of each graph of a shard its id and the positions of its patterns.
+    """Return of each graph its id and the positions of its patterns.
 
     Patterns come after their parents.
     """
     lattice, positions, _ = _lattice(wanted, tables)
     place = np.empty(len(positions), np.int32)
     place[positions] = np.arange(len(positions), dtype=np.int32)
-    for data in blocks:
-        block = Block.from_bytes(data)
+    for block in blocks:
         # Where labels are others, the matcher compares their texts.
         known = set(block.tables.vertex) <= set(tables.vertex) and set(
             block.tables.edge
@@ -168,6 +167,21 @@ def find_patterns(
         for tid, number in enumerate(block.numbers.tolist()):
             _, columns = lattice.contained(db, tid, tid + 1)
             yield block.source(tid), number, np.sort(place[columns])
+
+
+def wanted_of(
+    patterns: Arrays, offsets: NDArray[np.int64], parents: NDArray[np.integer[Any]]
+) -> list[Wanted]:
+    """Return patterns with those of their parents that are among them.
+
+    The parents of pattern i are at ``parents[offsets[i]]`` and on.
+    """
+    keys = keys_of(patterns)
+    flat = parents.tolist()
+    return [
+        Wanted(key, [keys[p] for p in flat[a:b]])
+        for key, (a, b) in zip(keys, itertools.pairwise(offsets.tolist()), strict=True)
+    ]
 
 
 def _lattice(

@@ -131,6 +131,12 @@ def told(spark, examples, folder):
     frame = found.to_spark(spark)
     assert frame.count() == len(found)
     assert frame.columns[:3] == ["size", "id", "support"]
+    pairs = kestro.spark.occurrences(found[found.size > 4], path, spark).toArrow()
+    assert pairs.column_names == ["pattern", "path", "record"]
+    expected = kestro.mine(kestro.read_transactions(path), min_support="20%")
+    assert sorted(
+        zip(pairs["pattern"].to_pylist(), pairs["record"].to_pylist(), strict=True)
+    ) == sorted((p.id, tid) for p in expected if p.size > 4 for tid in p.tids.tolist())
     plan = kestro.spark.plan(path, spark, **wanted)
     assert (plan.graphs, plan.shards, plan.sampled) == (60, 3, 3)
     assert plan.union >= len(found)

@@ -1,0 +1,108 @@
+"""Which graphs contain which pattern, as rows that stay on the cluster."""
+
+from __future__ import annotations
+
+import os
+from collections.abc import Iterable, Iterator, Sequence
+from functools import partial
+from typing import TYPE_CHECKING
+
+import numpy as np
+import pyarrow as pa
+
+from kestro._database import AtomLabels
+from kestro._matching import parents_among, pattern_arrays
+from kestro._result import Result
+from kestro._summary import check_atom_labels
+from kestro.spark import _sources
+from kestro.spark._blocks import Tables
+from kestro.spark._cluster import Reader
+from kestro.spark._session import session_of
+from kestro.spark._tasks import Wanted, find_patterns, wanted_of
+
+if TYPE_CHECKING:
+    from pyspark.sql import DataFrame, SparkSession
+
+
+def occurrences(
+    result: Result,
+    source: str | os.PathLike[str] | DataFrame,
+    spark: SparkSession | None = None,
+    *,
+    smiles: str | None = None,
+    id_col: str | None = None,
+) -> DataFrame:
+    """Return which graphs contain which pattern, a row for each pair.
+
+    Nothing is done until the rows are asked for, and nothing is collected.
+
+    Parameters
+    ----------
+    result : Result
+        Patterns of any run, all or some of them.
+    source, smiles, id_col
+        The graphs that were mined, or others, as `kestro.spark.mine` takes them.
+        Molecules are read with charges and hydrogens as those mined were.
+    spark : SparkSession, optional
+        The session; None is the one that is active.
+
+    Returns
+    -------
+    pyspark.sql.DataFrame
+        Columns ``pattern``, the id, and ``path`` and ``record``, from 0 on in its
+        file, or that of the ids.
+
+    Raises
+    ------
+    TypeError, ValueError, KestroError
+        For arguments that make no sense.  What cannot be read ends the job.
+    """
+    if not isinstance(result, Result):
+        raise TypeError(f"result must be a Result, not {type(result).__name__}")
+    session = session_of(spark)
+    patterns = result._patterns
+    labels = patterns.summary.atom_labels
+    rows, reader, read_with = _sources.reading(
+        session,
+        source,
+        smiles=smiles,
+        id_col=id_col,
+        atom_labels=labels or AtomLabels(False, False),
+    )
+    check_atom_labels(labels, read_with)
+    tables = Tables(tuple(patterns.vertex_table), tuple(patterns.edge_table))
+    if id_col is None:
+        schema = "pattern string, path string, record bigint"
+    else:
+        kind = "string" if dict(rows.dtypes)[id_col] == "string" else "bigint"
+        schema = f"pattern string, `{id_col.replace('`', '``')}` {kind}"
+    chosen = np.unique(result.positions)
+    wanted = wanted_of(
+        pattern_arrays(patterns, chosen), *parents_among(patterns, chosen)
+    )
+    names = patterns.names(chosen)
+    return rows.mapInArrow(
+        partial(_pairs, reader, wanted, names, tables, id_col), schema
+    )
+
+
+def _pairs(
+    reader: Reader,
+    wanted: Sequence[Wanted],
+    names: Sequence[str],
+    tables: Tables,
+    id_col: str | None,
+    batches: Iterable[pa.RecordBatch],
+) -> Iterator[pa.RecordBatch]:
+    texts = pa.array(names, pa.string())
+    blocks = (block for _, block in reader(batches, 1))
+    for source, number, found in find_patterns(blocks, tables, wanted):
+        here = np.full(len(found), number)
+        told = texts.take(pa.array(found))
+        path = pa.array([source] * len(found), pa.string())
+        if id_col is None:
+            columns, heads = [told, path, pa.array(here)], ["pattern", "path", "record"]
+        else:
+            columns = [told, path if source else pa.array(here)]
+            heads = ["pattern", id_col]
+        yield pa.RecordBatch.from_arrays(columns, names=heads)
