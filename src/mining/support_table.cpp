@@ -39,7 +39,7 @@ static void refuse_repeats(const sg_set *level) {
 support_table::support_table(const graph_list *patterns,
                              std::span<const int> supports, int minsup,
                              int jobs, const interruption *stop)
-    : minsup_(minsup), jobs_(jobs), stop_(stop) {
+    : jobs_(jobs), stop_(stop) {
   interruption_poll poll(stop);
   for (int i = 0; i < patterns->count; i++) {
     poll.step();

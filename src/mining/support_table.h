@@ -37,7 +37,6 @@ private:
   // The known patterns of so many edges, sorted; null for none.
   const sg_set *known(int size) const;
 
-  int minsup_;
   int jobs_;
   const interruption *stop_;
   xvector<sg_set_ptr> levels_; // by edges; those that are frequent
