@@ -480,6 +480,18 @@ def test_axe_finds_nothing_serious(open_page, molecules_page, width):
     assert wide <= width
 
 
+@pytest.mark.parametrize("width", [360, 320])
+def test_nothing_is_wider_than_a_small_phone(open_page, molecules_page, width):
+    page = open_page(molecules_page, "#3-4", viewport={"width": width, "height": 800})
+    page.wait_for_selector("#examples ellipse")
+    # Supports of four digits, as in larger databases.
+    page.evaluate(
+        "document.querySelectorAll('#patterns td.number').forEach("
+        "e => { e.innerText = e.innerText.replace(/^/, '3,356 (67.3 %) ') })"
+    )
+    assert page.evaluate("document.documentElement.scrollWidth") <= width
+
+
 def test_paper(open_page, molecules_page):
     page = open_page(molecules_page, "#3-4")
     page.emulate_media(media="print")
