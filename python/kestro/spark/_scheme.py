@@ -13,6 +13,7 @@ looks them up.
 
 from __future__ import annotations
 
+import heapq
 from collections.abc import Iterable, Sequence
 from dataclasses import dataclass
 from typing import NamedTuple, Protocol
@@ -95,7 +96,11 @@ def make_shards(
         cost[block.bucket] = cost.get(block.bucket, 0) + block.cost
     whole = sum(graphs.values())
     order = sorted(graphs, key=lambda bucket: (-cost[bucket], bucket))
-    for count in range(min(shards, len(order)), 0, -1):
+    most = min(shards, len(order))
+    if min_local_support > 1:
+        # Shares are rounded up by less than a graph each.
+        most = min(most, max(1, min_support // (min_local_support - 1)))
+    for count in range(most, 0, -1):
         made = _share_out(order, graphs, cost, count, min_support, whole)
         if count == 1 or all(s.min_support >= min_local_support for s in made):
             return made
@@ -112,10 +117,12 @@ def _share_out(
 ) -> list[Shard]:
     held: list[list[int]] = [[] for _ in range(count)]
     costs = [0] * count
+    cheapest = [(0, number) for number in range(count)]  # a heap
     for bucket in order:
-        cheapest = min(range(count), key=lambda i: (costs[i], i))
-        held[cheapest].append(bucket)
-        costs[cheapest] += cost[bucket]
+        number = cheapest[0][1]
+        held[number].append(bucket)
+        costs[number] += cost[bucket]
+        heapq.heapreplace(cheapest, (costs[number], number))
     return [
         Shard(
             number,

@@ -267,6 +267,17 @@ def test_shards_are_merged_until_their_share_is_enough():
     assert _scheme.make_shards([], 60, 12, 1) == []
 
 
+def test_many_shards_are_made_of_many_buckets():
+    blocks = [described(i, 1 + i % 3, 1 + i % 7) for i in range(1 << 14)]
+    made = _scheme.make_shards(blocks, 30_000, 1000, 60)
+    assert all(shard.min_support >= 60 for shard in made)
+    # Shards of equal cost hold about equally many graphs, so few less would do.
+    assert 400 < len(made) <= 500
+    costs = [shard.cost for shard in made]
+    assert max(costs) - min(costs) <= 7
+    assert sorted(b for shard in made for b in shard.buckets) == list(range(1 << 14))
+
+
 def test_blocks_come_back_from_bytes(molecules):
     block = _reading.block_of(
         molecules, tuple(f"\udce9{i}" for i in range(60)), np.arange(60)
