@@ -155,6 +155,19 @@ KESTRO_API mining_summary mine_known(const database &patterns,
                                      std::span<const int> supports, int graphs,
                                      const mine_options &options, listener &to);
 
+// Mines only patterns that are sought and what is contained in them: the
+// patterns of mine() over the same database that are connected subgraphs of one
+// of these, in the order of that run, with ids and parents among themselves.
+// All others are dropped before they are counted.
+//
+// Patterns without an edge are passed over.  Throws error for another form than
+// the exact one, for other labels than the database's (database_builder's
+// labels given), and for a pattern that is not connected.
+KESTRO_API mining_summary mine_sought(const database &db,
+                                      const database &patterns,
+                                      const mine_options &options,
+                                      listener &to);
+
 struct result_data;
 
 // All patterns of a run, in memory.  Copies share them; there is no move, so

@@ -334,7 +334,19 @@ static nb::tuple mine_known(const kestro::database &patterns,
       std::move(callback), false);
 }
 
-// What both return, as a stub tells it.
+static nb::tuple mine_sought(const kestro::database &db,
+                             const kestro::database &patterns, int jobs) {
+  return run_to_end(
+      [db, patterns](const kestro::mine_options &options,
+                     kestro::listener &to) {
+        return kestro::mine_sought(db, patterns, options, to);
+      },
+      options_of("count", 1, 1, std::nullopt, jobs, true, std::nullopt,
+                 std::nullopt),
+      nb::none(), true);
+}
+
+// What all return, as a stub tells it.
 #define KESTRO_PACKED_RUN                                                      \
   "tuple[dict[str, numpy.typing.NDArray[typing.Any]], dict[str, typing.Any], " \
   "BaseException | None]"
@@ -366,6 +378,11 @@ void bind_mine(nb::module_ &m) {
               "callback: " KESTRO_CALLBACK ") -> " KESTRO_PACKED_RUN),
       "Mines by known supports, with supports in place of TIDs; the minimum "
       "support is a number of graphs.");
+  m.def("mine_sought", &mine_sought, nb::arg("db"), nb::arg("patterns"),
+        nb::arg("jobs"),
+        nb::sig("def mine_sought(db: Database, patterns: Database, jobs: int) "
+                "-> " KESTRO_PACKED_RUN),
+        "Mines those of these patterns and their parts that are in any graph.");
   m.def(
       "min_support",
       [](const std::string &unit, double amount, int graphs) {

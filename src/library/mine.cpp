@@ -9,8 +9,10 @@
 #include <algorithm>
 #include <climits>
 #include <exception>
+#include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include <kestro/error.h>
 
@@ -18,6 +20,7 @@
 #include "library/access.h"
 #include "library/level_data.h"
 #include "mining/level_loop.h"
+#include "mining/sought_patterns.h"
 #include "mining/statistics.h"
 #include "mining/support_table.h"
 #include "mining/transaction_counter.h"
@@ -158,16 +161,23 @@ static mining_summary search(const database &db, int graphs,
   return summary;
 }
 
+static transaction_counter counter_of(const database &db, int min_support,
+                                      int jobs, const interruption *stop) {
+  const label_set *const labels = access::label_set(db);
+  return {access::transactions(db),
+          label_set_edge_labels(labels),
+          label_set_vertex_labels(labels),
+          min_support,
+          jobs,
+          stop};
+}
+
 mining_summary mine(const database &from, const mine_options &options,
                     listener &to) {
   const database db = from; // which the listener may change meanwhile
-  const label_set *const labels = access::label_set(db);
   return search(db, db.size(), options, &to,
                 [&](int min_support, const interruption *stop) {
-                  return transaction_counter(access::transactions(db),
-                                             label_set_edge_labels(labels),
-                                             label_set_vertex_labels(labels),
-                                             min_support, options.jobs, stop);
+                  return counter_of(db, min_support, options.jobs, stop);
                 });
 }
 
@@ -223,6 +233,38 @@ mining_summary mine_known(const database &from, std::span<const int> supports,
              });
   check_found(summary, known);
   return summary;
+}
+
+static bool have_equal_labels(const labels &a, const labels &b) {
+  if (a.vertex_labels() != b.vertex_labels() ||
+      a.edge_labels() != b.edge_labels())
+    return false;
+  for (int i = 0; i < a.vertex_labels(); i++)
+    if (a.vertex_label(i) != b.vertex_label(i))
+      return false;
+  for (int i = 0; i < a.edge_labels(); i++)
+    if (a.edge_label(i) != b.edge_label(i))
+      return false;
+  return true;
+}
+
+mining_summary mine_sought(const database &from, const database &sought,
+                           const mine_options &options, listener &to) {
+  if (options.kind != form::exact)
+    throw error("sought patterns are in the exact form only");
+  if (!have_equal_labels(from.label_set(), sought.label_set()))
+    throw error("the patterns have other labels than the graphs");
+  const database db = from;
+  const database patterns = sought;
+  return search(db, db.size(), options, &to,
+                [&](int min_support, const interruption *stop) {
+                  return sought_counter(
+                      access::transactions(patterns),
+                      options.stabilizer_threshold,
+                      std::make_unique<transaction_counter>(
+                          counter_of(db, min_support, options.jobs, stop)),
+                      stop);
+                });
 }
 
 } // namespace kestro
