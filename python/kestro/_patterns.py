@@ -82,7 +82,7 @@ class Patterns:
 
     def _wanted(self, name: str, what: str) -> NDArray[Any]:
         if name not in self._packed:
-            raise KestroError(f"the {what} are unknown: the files had none")
+            raise KestroError(f"the {what} are unknown: this result is without them")
         return self._packed[name]
 
     @property

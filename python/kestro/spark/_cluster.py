@@ -20,7 +20,7 @@ from kestro._errors import KestroError
 from kestro.spark._blocks import Block, Tables
 from kestro.spark._reading import Described, Fault, describe
 from kestro.spark._scheme import CountedShard, MinedShard, Shard, Union
-from kestro.spark._tasks import Caps, Wanted, count_patterns, find_patterns, mine_shard
+from kestro.spark._tasks import Caps, Found, count_patterns, find_patterns, mine_shard
 from kestro.spark._watching import Advanced, watching
 
 if TYPE_CHECKING:
@@ -31,13 +31,10 @@ Reader = Callable[[Iterable[pa.RecordBatch], int], Iterator[tuple[int, Block]]]
 
 _BLOCKS = "bucket int, data binary, told binary, fault string"
 _HELD = "shard int, data binary"
-_MINED = (
-    "shard int, key binary, support bigint, gain bigint, parents array<binary>, "
-    "told binary"
-)
-_SILENT = "shard int, key binary, parents array<binary>"
+_MINED = "shard int, key binary, support bigint, gain bigint, told binary"
+_SILENT = "shard int, key binary"
 _COUNTED = "key binary, support bigint, told binary"
-_FOUND = "source binary, number bigint, patterns binary"
+_FOUND = "found binary"
 
 
 class SparkEngine:
@@ -131,7 +128,6 @@ class SparkEngine:
                 f.sum("support").alias("support"),
                 f.sum("gain").alias("gain"),
                 f.collect_set("shard").alias("shards"),
-                f.first("parents").alias("parents"),
             )
             .observe(union, f.count(f.lit(1)).alias("reported"))
         )
@@ -143,7 +139,7 @@ class SparkEngine:
 
     def count(self, advanced: Advanced | None = None) -> list[CountedShard]:
         """Count what is left in the shards that did not report it."""
-        silent = self._reported.select("shards", "key", "parents").mapInArrow(
+        silent = self._reported.select("shards", "key").mapInArrow(
             partial(_silent, self._keys), _SILENT
         )
         number_of = {key: number for number, key in enumerate(self._keys)}
@@ -173,21 +169,16 @@ class SparkEngine:
         return rows["key"].to_pylist(), rows["support"].to_numpy()
 
     def find(
-        self, wanted: Sequence[Wanted], advanced: Advanced | None = None
-    ) -> Iterable[tuple[str, int, NDArray[np.int32]]]:
-        """Return of every graph its id and the positions of its patterns."""
-        found = self._held.mapInArrow(partial(_find, self._tables, wanted), _FOUND)
+        self, wanted: Sequence[bytes], advanced: Advanced | None = None
+    ) -> Iterable[Found]:
+        """Find the patterns of these keys in every shard."""
+        find = partial(_find, self._tables, wanted)
+        found = self._held.groupBy("shard").applyInArrow(
+            lambda key, held: find(key, held), _FOUND
+        )
         with watching(self._spark, advanced, len(self._keys)):
             rows = found.toArrow()
-        for source, number, patterns in zip(
-            *(rows[name].to_pylist() for name in ("source", "number", "patterns")),
-            strict=True,
-        ):
-            yield (
-                source.decode("utf-8", "surrogateescape"),
-                number,
-                np.frombuffer(patterns, np.int32),
-            )
+        return map(pickle.loads, rows["found"].to_pylist())
 
     def close(self) -> None:
         """Free all that is kept."""
@@ -269,7 +260,6 @@ def _mine(
     blocks = sorted(table.column("data").to_pylist())
     mined = mine_shard(blocks, tables, shard.min_support, max_size, caps)
     n = 0 if mined.capped else len(mined.keys)
-    sent = sum(map(len, mined.keys)) + sum(len(k) for own in mined.parents for k in own)
     told = MinedShard(
         shard.number,
         len(mined.keys),
@@ -277,7 +267,7 @@ def _mine(
         mined.last_size,
         mined.seconds,
         mined.memory,
-        sent,
+        sum(map(len, mined.keys)),
     )
     supports = np.array(mined.supports[:n], np.int64)
     return pa.table(
@@ -288,7 +278,6 @@ def _mine(
             "gain": pa.array(
                 [*(supports - (shard.min_support - 1)).tolist(), None], pa.int64()
             ),
-            "parents": pa.array([*mined.parents[:n], None], pa.list_(pa.binary())),
             "told": pa.array([None] * n + [pickle.dumps(told)], pa.binary()),
         }
     )
@@ -297,19 +286,14 @@ def _mine(
 def _silent(
     keys: Sequence[int], batches: Iterable[pa.RecordBatch]
 ) -> Iterator[pa.RecordBatch]:
-    types = {
-        "shard": pa.int32(),
-        "key": pa.binary(),
-        "parents": pa.list_(pa.binary()),
-    }
     for batch in batches:
         rows = [
-            (shard, key, parents)
-            for shards, key, parents in _columns(batch, "shards", "key", "parents")
+            (shard, key)
+            for shards, key in _columns(batch, "shards", "key")
             for shard in keys
             if shard not in shards
         ]
-        yield _batch(rows, **types)
+        yield _batch(rows, shard=pa.int32(), key=pa.binary())
 
 
 def _count(
@@ -319,18 +303,19 @@ def _count(
     held: pa.Table,
     silent: pa.Table,
 ) -> pa.Table:
-    wanted = [Wanted(*row) for row in _columns(silent, "key", "parents")]
     # In an order that does not depend on which row came first.
-    wanted.sort(key=lambda w: w.key)
+    wanted = sorted(silent.column("key").to_pylist())
     counted = count_patterns(held.column("data").to_pylist(), tables, wanted)
-    sent = sum(len(w.key) + sum(map(len, w.parents)) for w in wanted)
     told = CountedShard(
-        number_of[key[0].as_py()], len(wanted), counted.steps, counted.seconds, sent
+        number_of[key[0].as_py()],
+        len(wanted),
+        counted.seconds,
+        sum(map(len, wanted)),
     )
     n = len(wanted)
     return pa.table(
         {
-            "key": pa.array([*(w.key for w in wanted), None], pa.binary()),
+            "key": pa.array([*wanted, None], pa.binary()),
             "support": pa.array([*counted.supports.tolist(), None], pa.int64()),
             "told": pa.array([None] * n + [pickle.dumps(told)], pa.binary()),
         }
@@ -338,13 +323,10 @@ def _count(
 
 
 def _find(
-    tables: Tables, wanted: Sequence[Wanted], batches: Iterable[pa.RecordBatch]
-) -> Iterator[pa.RecordBatch]:
-    types = {"source": pa.binary(), "number": pa.int64(), "patterns": pa.binary()}
-    for batch in batches:
-        blocks = map(Block.from_bytes, batch.column("data").to_pylist())
-        rows = [
-            (source.encode("utf-8", "surrogateescape"), number, patterns.tobytes())
-            for source, number, patterns in find_patterns(blocks, tables, wanted)
-        ]
-        yield _batch(rows, **types)
+    tables: Tables,
+    wanted: Sequence[bytes],
+    _key: tuple[pa.Scalar, ...],
+    held: pa.Table,
+) -> pa.Table:
+    found = find_patterns(held.column("data").to_pylist(), tables, wanted)
+    return pa.table({"found": pa.array([pickle.dumps(found)], pa.binary())})

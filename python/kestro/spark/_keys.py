@@ -82,22 +82,3 @@ def packed_of(found: dict[str, NDArray[Any]], tables: Tables) -> Arrays:
         found["edge_labels"],
         *tables,
     )
-
-
-def parents_of(
-    found: dict[str, NDArray[Any]],
-) -> tuple[NDArray[np.int64], NDArray[np.int64]]:
-    """Return offsets and positions of the parents of a run's patterns.
-
-    Those of the first size, which are not among the patterns, are left out.
-    """
-    ends = found["level_ends"]
-    offsets = found["parent_offsets"]
-    if not len(ends):
-        return offsets, np.zeros(0, np.int64)
-    left_out = offsets[ends[0]]
-    starts = np.concatenate([np.zeros(2, np.int64), ends])[: len(ends)]
-    # The level below begins where the one before it ended.
-    below = np.repeat(starts, np.diff(ends, prepend=0))
-    parents = found["parents"] + np.repeat(below, np.diff(offsets))
-    return np.maximum(offsets - left_out, 0), parents[left_out:]

@@ -9,16 +9,18 @@ from typing import TYPE_CHECKING
 
 import numpy as np
 import pyarrow as pa
+from numpy.typing import NDArray
 
+from kestro import _core, _native
 from kestro._database import AtomLabels
 from kestro._matching import parents_among, pattern_arrays
+from kestro._native import Arrays
 from kestro._result import Result
 from kestro._summary import check_atom_labels
 from kestro.spark import _sources
-from kestro.spark._blocks import Tables
+from kestro.spark._blocks import Block, Tables, database_of
 from kestro.spark._cluster import Reader
 from kestro.spark._session import session_of
-from kestro.spark._tasks import Wanted, find_patterns, wanted_of
 
 if TYPE_CHECKING:
     from pyspark.sql import DataFrame, SparkSession
@@ -70,33 +72,31 @@ def occurrences(
         atom_labels=labels or AtomLabels(False, False),
     )
     check_atom_labels(labels, read_with)
-    tables = Tables(tuple(patterns.vertex_table), tuple(patterns.edge_table))
     if id_col is None:
         schema = "pattern string, path string, record bigint"
     else:
         kind = "string" if dict(rows.dtypes)[id_col] == "string" else "bigint"
         schema = f"pattern string, `{id_col.replace('`', '``')}` {kind}"
     chosen = np.unique(result.positions)
-    wanted = wanted_of(
-        pattern_arrays(patterns, chosen), *parents_among(patterns, chosen)
-    )
+    arrays = pattern_arrays(patterns, chosen)
+    lattice = (arrays, *parents_among(patterns, chosen))
     names = patterns.names(chosen)
-    return rows.mapInArrow(
-        partial(_pairs, reader, wanted, names, tables, id_col), schema
-    )
+    return rows.mapInArrow(partial(_pairs, reader, lattice, names, id_col), schema)
 
 
 def _pairs(
     reader: Reader,
-    wanted: Sequence[Wanted],
+    lattice: tuple[Arrays, NDArray[np.int64], NDArray[np.int32]],
     names: Sequence[str],
-    tables: Tables,
     id_col: str | None,
     batches: Iterable[pa.RecordBatch],
 ) -> Iterator[pa.RecordBatch]:
     texts = pa.array(names, pa.string())
-    blocks = (block for _, block in reader(batches, 1))
-    for source, number, found in find_patterns(blocks, tables, wanted):
+    patterns, offsets, parents = lattice
+    matcher = _core.LatticeMatcher(
+        _native.database_of(patterns, all_labels=True), offsets, parents
+    )
+    for source, number, found in _found(matcher, reader(batches, 1)):
         here = np.full(len(found), number)
         told = texts.take(pa.array(found))
         path = pa.array([source] * len(found), pa.string())
@@ -106,3 +106,14 @@ def _pairs(
             columns = [told, path if source else pa.array(here)]
             heads = ["pattern", id_col]
         yield pa.RecordBatch.from_arrays(columns, names=heads)
+
+
+def _found(
+    matcher: _core.LatticeMatcher, blocks: Iterable[tuple[int, Block]]
+) -> Iterator[tuple[str, int, NDArray[np.int32]]]:
+    """Return of each graph its id and the positions of its patterns."""
+    for _, block in blocks:
+        db = database_of([block], Tables.of([block.tables]))
+        for tid, number in enumerate(block.numbers.tolist()):
+            _, found = matcher.contained(db, tid, tid + 1)
+            yield block.source(tid), number, found

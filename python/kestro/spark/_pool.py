@@ -10,7 +10,7 @@ from numpy.typing import NDArray
 
 from kestro._files import read_bytes
 from kestro._workers import in_order
-from kestro.spark._blocks import Block, Tables
+from kestro.spark._blocks import Tables
 from kestro.spark._reading import Described, describe, read_file
 from kestro.spark._scheme import (
     CountedShard,
@@ -20,7 +20,7 @@ from kestro.spark._scheme import (
     Union,
     may_be_frequent,
 )
-from kestro.spark._tasks import Caps, Wanted, count_patterns, find_patterns, mine_shard
+from kestro.spark._tasks import Caps, Found, count_patterns, find_patterns, mine_shard
 from kestro.spark._watching import Advanced
 
 
@@ -76,12 +76,10 @@ class PoolEngine:
         told = []
         done = _told(self._run(mine_shard, tasks), len(shards), advanced)
         for shard, mined in zip(shards, done, strict=True):
-            for key, support, parents in zip(
-                mined.keys, mined.supports, mined.parents, strict=True
-            ):
-                before = self._reported.get(key, Reported(0, frozenset(), parents))
+            for key, support in zip(mined.keys, mined.supports, strict=True):
+                before = self._reported.get(key, Reported(0, frozenset()))
                 self._reported[key] = Reported(
-                    before.support + support, before.shards | {shard.number}, parents
+                    before.support + support, before.shards | {shard.number}
                 )
             told.append(
                 MinedShard(
@@ -91,8 +89,7 @@ class PoolEngine:
                     mined.last_size,
                     mined.seconds,
                     mined.memory,
-                    sum(map(len, mined.keys))
-                    + sum(len(key) for own in mined.parents for key in own),
+                    sum(map(len, mined.keys)),
                 )
             )
         return told
@@ -109,7 +106,7 @@ class PoolEngine:
     def count(self, advanced: Advanced | None = None) -> list[CountedShard]:
         wanted = [
             [
-                Wanted(key, reported.parents)
+                key
                 for key, reported in self._reported.items()
                 if shard.number not in reported.shards
             ]
@@ -123,14 +120,10 @@ class PoolEngine:
         told = []
         done = _told(self._run(count_patterns, tasks), len(tasks), advanced)
         for shard, own, counted in zip(self._shards, wanted, done, strict=True):
-            for w, support in zip(own, counted.supports.tolist(), strict=True):
-                self._counted[w.key] += support
-            sent = sum(len(w.key) + sum(map(len, w.parents)) for w in own)
-            told.append(
-                CountedShard(
-                    shard.number, len(own), counted.steps, counted.seconds, sent
-                )
-            )
+            for key, support in zip(own, counted.supports.tolist(), strict=True):
+                self._counted[key] += support
+            sent = sum(map(len, own))
+            told.append(CountedShard(shard.number, len(own), counted.seconds, sent))
         return told
 
     def supports(self, min_support: int) -> tuple[list[bytes], NDArray[np.int64]]:
@@ -138,11 +131,10 @@ class PoolEngine:
         return list(frequent), np.array(list(frequent.values()), np.int64)
 
     def find(
-        self, wanted: Sequence[Wanted], advanced: Advanced | None = None
-    ) -> Iterable[tuple[str, int, NDArray[np.int32]]]:
+        self, wanted: Sequence[bytes], advanced: Advanced | None = None
+    ) -> Iterable[Found]:
         tasks = [(self._held(shard), self._tables, wanted) for shard in self._shards]
-        for found in _told(self._run(_find, tasks), len(tasks), advanced):
-            yield from found
+        return _told(self._run(find_patterns, tasks), len(tasks), advanced)
 
     def close(self) -> None:
         self._blocks.clear()
@@ -166,9 +158,3 @@ def _read(path: str, buckets: int) -> list[tuple[Described, bytes]]:
         (describe(bucket, block), block.to_bytes())
         for bucket, block in read_file(path, data, buckets)
     ]
-
-
-def _find(
-    blocks: Iterable[bytes], tables: Tables, wanted: Sequence[Wanted]
-) -> list[tuple[str, int, NDArray[np.int32]]]:
-    return list(find_patterns(map(Block.from_bytes, blocks), tables, wanted))

@@ -19,7 +19,7 @@ from kestro._patterns import Patterns
 from kestro._ragged import offsets_of
 from kestro._result import Result
 from kestro.spark._blocks import Tables
-from kestro.spark._keys import packed_of, parents_of, patterns_of
+from kestro.spark._keys import keys_of, packed_of, patterns_of
 from kestro.spark._scheme import (
     Engine,
     Shard,
@@ -27,7 +27,7 @@ from kestro.spark._scheme import (
     make_shards,
     refuse_capped,
 )
-from kestro.spark._tasks import Caps, wanted_of
+from kestro.spark._tasks import Caps, Found
 from kestro.spark._watching import Advanced
 
 LOG = logging.getLogger("kestro.spark")
@@ -167,15 +167,29 @@ def _tids(
     callback: Callback | None,
 ) -> dict[str, NDArray[Any]]:
     """Return the TID lists: ranks of ids among those of all graphs."""
-    wanted = wanted_of(packed_of(packed, tables), *parents_of(packed))
-    found = sorted(
-        engine.find(wanted, _of_pass(callback, "finding in shards")),
-        key=lambda graph: graph[:2],
+    wanted = keys_of(packed_of(packed, tables))
+    found = list(engine.find(wanted, _of_pass(callback, "finding in shards")))
+    graphs = sum(len(one.numbers) for one in found)
+    numbers = np.arange(len(wanted)) * graphs
+    pairs = np.concatenate(
+        [np.zeros(0, np.int64)]
+        + [
+            np.repeat(numbers, one.counts) + ranks[one.tids]
+            for one, ranks in zip(found, _ranks(found), strict=True)
+        ]
     )
-    nothing = np.zeros(0, np.int32)
-    columns = np.concatenate([nothing, *(columns for _, _, columns in found)])
-    counts = [len(columns) for _, _, columns in found]
-    tids = np.repeat(np.arange(len(found), dtype=np.int32), counts)
-    order = np.argsort(columns, kind="stable")
-    lengths = np.bincount(columns, minlength=len(wanted))
-    return {"tid_offsets": offsets_of(lengths), "tids": tids[order]}
+    pairs.sort()
+    patterns, tids = np.divmod(pairs, max(1, graphs))
+    lengths = np.bincount(patterns, minlength=len(wanted))
+    return {"tid_offsets": offsets_of(lengths), "tids": tids.astype(np.int32)}
+
+
+def _ranks(found: Sequence[Found]) -> list[NDArray[np.int64]]:
+    """Return of each shard's graphs the ranks of their ids among all."""
+    sources = [source for one in found for source in one.sources]
+    place = {source: at for at, source in enumerate(sorted(set(sources)))}
+    places = np.array([place[source] for source in sources], np.int64)
+    numbers = np.concatenate([np.zeros(0, np.int64), *(one.numbers for one in found)])
+    ranks = np.empty(len(numbers), np.int64)
+    ranks[np.lexsort((numbers, places))] = np.arange(len(numbers))
+    return np.split(ranks, np.cumsum([len(one.numbers) for one in found]))[:-1]

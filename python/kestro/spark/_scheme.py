@@ -25,7 +25,7 @@ from kestro._errors import KestroError
 from kestro._summary import Described as Header
 from kestro.spark._blocks import Tables
 from kestro.spark._reading import Described
-from kestro.spark._tasks import Caps, Wanted
+from kestro.spark._tasks import Caps, Found
 from kestro.spark._watching import Advanced
 
 
@@ -152,7 +152,6 @@ class CountedShard(NamedTuple):
 
     shard: int
     patterns: int
-    steps: int
     seconds: float  # of the processor
     bytes_sent: int
 
@@ -193,9 +192,9 @@ class Engine(Protocol):
         """Return the keys that reach the minimum support, and their supports."""
 
     def find(
-        self, wanted: Sequence[Wanted], advanced: Advanced | None = None
-    ) -> Iterable[tuple[str, int, NDArray[np.int32]]]:
-        """Return of every graph its id and the positions of its patterns."""
+        self, wanted: Sequence[bytes], advanced: Advanced | None = None
+    ) -> Iterable[Found]:
+        """Find the patterns of these keys in every shard."""
 
     def close(self) -> None:
         """Free all that is kept."""
@@ -206,7 +205,6 @@ class Reported(NamedTuple):
 
     support: int  # in these shards
     shards: frozenset[int]
-    parents: Sequence[bytes]
 
 
 def may_be_frequent(
