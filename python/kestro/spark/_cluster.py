@@ -18,7 +18,7 @@ from numpy.typing import NDArray
 
 from kestro._errors import KestroError
 from kestro.spark._blocks import Block, Tables
-from kestro.spark._reading import Described, Fault, describe
+from kestro.spark._reading import Described, Fault, Passed, Read, Tally
 from kestro.spark._scheme import CountedShard, MinedShard, Shard, Union
 from kestro.spark._tasks import Caps, Found, count_patterns, find_patterns, mine_shard
 from kestro.spark._watching import Advanced, watching
@@ -26,8 +26,9 @@ from kestro.spark._watching import Advanced, watching
 if TYPE_CHECKING:
     from pyspark.sql import DataFrame, SparkSession
 
-# A reader takes batches of its source's rows, and returns blocks by bucket.
-Reader = Callable[[Iterable[pa.RecordBatch], int], Iterator[tuple[int, Block]]]
+# A reader takes batches of its source's rows and a number of buckets, and returns
+# blocks by bucket.
+Reader = Callable[[Iterable[pa.RecordBatch], int], Iterator[tuple[int, Block] | Passed]]
 
 _BLOCKS = "bucket int, data binary, told binary, fault string"
 _HELD = "shard int, data binary"
@@ -64,7 +65,7 @@ class SparkEngine:
         self._kept.append(kept)
         return kept
 
-    def read(self, buckets: int) -> list[Described]:
+    def read(self, buckets: int) -> Read:
         """Read the graphs; raise KestroError for what cannot be read."""
         self._blocks = self._keep(
             self._source.mapInArrow(partial(_read, self._reader, buckets), _BLOCKS)
@@ -75,7 +76,10 @@ class SparkEngine:
             raise min(
                 faults, key=lambda fault: (fault.path or "", fault.line or 0)
             ).error()
-        return [pickle.loads(told) for told in rows["told"].drop_null().to_pylist()]
+        told = [pickle.loads(told) for told in rows["told"].drop_null().to_pylist()]
+        described = [one for one in told if isinstance(one, Described)]
+        passed = [one for one in told if isinstance(one, Passed)]
+        return Read(Described.of(described, buckets), passed)
 
     def mine(
         self,
@@ -223,10 +227,16 @@ def _read(
         "told": pa.binary(),
         "fault": pa.string(),
     }
+    tally = Tally(buckets)
     try:
-        for bucket, block in reader(batches, buckets):
-            told = pickle.dumps(describe(bucket, block))
-            yield _batch([(bucket, block.to_bytes(), told, None)], **types)
+        for read in reader(batches, buckets):
+            if isinstance(read, Passed):
+                yield _batch([(None, None, pickle.dumps(read), None)], **types)
+                continue
+            bucket, block = read
+            tally.add(bucket, block)
+            yield _batch([(bucket, block.to_bytes(), None, None)], **types)
+        yield _batch([(None, None, pickle.dumps(tally.described()), None)], **types)
     except KestroError as e:
         # Told, not raised: Spark would only try it again.
         yield _batch([(None, None, None, Fault.of(e).to_json())], **types)

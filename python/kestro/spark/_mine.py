@@ -7,6 +7,7 @@ from typing import TYPE_CHECKING
 
 from kestro._arguments import (
     MinSupport,
+    OnError,
     check_choice,
     optional_number,
     truth,
@@ -49,6 +50,7 @@ def mine(
     id_col: str | None = None,
     charge: bool = False,
     hydrogens: bool = False,
+    on_error: OnError = "raise",
     tids: bool = False,
     shards: int | None = None,
     min_local_support: int = 30,
@@ -92,6 +94,9 @@ def mine(
         text: the order of the ids is that of the TIDs.
     charge, hydrogens : bool
         As `kestro.from_smiles` takes them.
+    on_error : {"raise", "skip"}
+        What to do with a row that is no graph: end the run, or leave it out and
+        say in the log how many there were.  A file's faults end the run.
     tids : bool
         Whether it is to be found out, in a third pass, which graphs contain each
         pattern.
@@ -143,7 +148,12 @@ def mine(
         session, shards, min_local_support, max_local_patterns, max_local_memory
     )
     rows, reader, labels = _sources.reading(
-        session, source, smiles=smiles, id_col=id_col, atom_labels=atoms
+        session,
+        source,
+        smiles=smiles,
+        id_col=id_col,
+        atom_labels=atoms,
+        on_error=on_error,
     )
     engine = SparkEngine(session, rows, reader)
     try:
@@ -169,6 +179,7 @@ def plan(
     id_col: str | None = None,
     charge: bool = False,
     hydrogens: bool = False,
+    on_error: OnError = "raise",
     shards: int | None = None,
     min_local_support: int = 30,
     max_local_patterns: int | None = _MOST_PATTERNS,
@@ -196,7 +207,12 @@ def plan(
         session, shards, min_local_support, max_local_patterns, max_local_memory
     )
     rows, reader, _ = _sources.reading(
-        session, source, smiles=smiles, id_col=id_col, atom_labels=atoms
+        session,
+        source,
+        smiles=smiles,
+        id_col=id_col,
+        atom_labels=atoms,
+        on_error=on_error,
     )
     engine = SparkEngine(session, rows, reader)
     try:

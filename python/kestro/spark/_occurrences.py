@@ -12,6 +12,7 @@ import pyarrow as pa
 from numpy.typing import NDArray
 
 from kestro import _core, _native
+from kestro._arguments import OnError
 from kestro._database import AtomLabels
 from kestro._matching import parents_among, pattern_arrays
 from kestro._native import Arrays
@@ -20,6 +21,7 @@ from kestro._summary import check_atom_labels
 from kestro.spark import _sources
 from kestro.spark._blocks import Block, Tables, database_of
 from kestro.spark._cluster import Reader
+from kestro.spark._reading import Passed
 from kestro.spark._session import session_of
 
 if TYPE_CHECKING:
@@ -33,6 +35,7 @@ def occurrences(
     *,
     smiles: str | None = None,
     id_col: str | None = None,
+    on_error: OnError = "raise",
 ) -> DataFrame:
     """Return which graphs contain which pattern, a row for each pair.
 
@@ -42,7 +45,7 @@ def occurrences(
     ----------
     result : Result
         Patterns of any run, all or some of them.
-    source, smiles, id_col
+    source, smiles, id_col, on_error
         The graphs that were mined, or others, as `kestro.spark.mine` takes them.
         Molecules are read with charges and hydrogens as those mined were.
     spark : SparkSession, optional
@@ -70,6 +73,7 @@ def occurrences(
         smiles=smiles,
         id_col=id_col,
         atom_labels=labels or AtomLabels(False, False),
+        on_error=on_error,
     )
     check_atom_labels(labels, read_with)
     if id_col is None:
@@ -109,10 +113,13 @@ def _pairs(
 
 
 def _found(
-    matcher: _core.LatticeMatcher, blocks: Iterable[tuple[int, Block]]
+    matcher: _core.LatticeMatcher, read: Iterable[tuple[int, Block] | Passed]
 ) -> Iterator[tuple[str, int, NDArray[np.int32]]]:
     """Return of each graph its id and the positions of its patterns."""
-    for _, block in blocks:
+    for one in read:
+        if isinstance(one, Passed):
+            continue
+        _, block = one
         db = database_of([block], Tables.of([block.tables]))
         for tid, number in enumerate(block.numbers.tolist()):
             _, found = matcher.contained(db, tid, tid + 1)

@@ -59,11 +59,11 @@ class Plan(NamedTuple):
 
 def make_plan(engine: Engine, wanted: Request, division: Division) -> Plan:
     """Read what the engine reads, and mine some of the shards."""
-    blocks = engine.read(division.buckets)
-    totals = Totals.of(blocks)
+    whole, _ = engine.read(division.buckets)
+    totals = Totals.of(whole)
     min_support = _core.min_support(wanted.unit, wanted.amount, totals.graphs)
     shards = make_shards(
-        blocks, min_support, division.shards, division.min_local_support
+        whole, min_support, division.shards, division.min_local_support
     )
     sample = shards[:_SAMPLED]
     mined: Sequence[MinedShard] = []

@@ -11,7 +11,7 @@ from numpy.typing import NDArray
 from kestro._files import read_bytes
 from kestro._workers import in_order
 from kestro.spark._blocks import Tables
-from kestro.spark._reading import Described, describe, read_file
+from kestro.spark._reading import Described, Read, Tally, read_file
 from kestro.spark._scheme import (
     CountedShard,
     MinedShard,
@@ -49,13 +49,14 @@ class PoolEngine:
     ) -> Iterable[Any]:
         return in_order(task, arguments, self._jobs)
 
-    def read(self, buckets: int) -> list[Described]:
+    def read(self, buckets: int) -> Read:
         told = []
-        for read in self._run(_read, [(path, buckets) for path in self._paths]):
-            for described, data in read:
-                told.append(described)
-                self._blocks.setdefault(described.bucket, []).append(data)
-        return told
+        files = [(path, buckets) for path in self._paths]
+        for described, blocks in self._run(_read, files):
+            told.append(described)
+            for bucket, data in blocks:
+                self._blocks.setdefault(bucket, []).append(data)
+        return Read(Described.of(told, buckets), [])
 
     def _held(self, shard: Shard) -> list[bytes]:
         return [data for bucket in shard.buckets for data in self._blocks[bucket]]
@@ -152,9 +153,11 @@ def _told(
             advanced(done, shards)
 
 
-def _read(path: str, buckets: int) -> list[tuple[Described, bytes]]:
+def _read(path: str, buckets: int) -> tuple[Described, list[tuple[int, bytes]]]:
     data, _ = read_bytes(path)
-    return [
-        (describe(bucket, block), block.to_bytes())
-        for bucket, block in read_file(path, data, buckets)
-    ]
+    tally = Tally(buckets)
+    blocks = []
+    for bucket, block in read_file(path, data, buckets):
+        tally.add(bucket, block)
+        blocks.append((bucket, block.to_bytes()))
+    return tally.described(), blocks

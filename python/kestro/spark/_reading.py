@@ -3,7 +3,7 @@
 from __future__ import annotations
 
 import json
-from collections.abc import Iterator
+from collections.abc import Iterator, Sequence
 from typing import NamedTuple
 
 import numpy as np
@@ -17,16 +17,78 @@ from kestro.spark._blocks import Block, Tables, into_buckets
 
 
 class Described(NamedTuple):
-    """What a block has, in numbers."""
+    """What was read, in numbers."""
 
-    bucket: int
-    graphs: int
+    graphs: NDArray[np.int64]  # by bucket
+    cost: NDArray[np.int64]  # by bucket: about how long mining takes, in no unit
     vertices: int
     edges: int
-    cost: int  # about how long it takes to mine, in no unit
     max_vertices: int  # of a graph
     max_edges: int
-    tables: Tables  # labels of the source
+    tables: Tables
+
+    @classmethod
+    def of(cls, parts: Sequence[Described], buckets: int) -> Described:
+        """Add up what parts have."""
+        zeros = np.zeros(buckets, np.int64)
+        return cls(
+            sum((part.graphs for part in parts), zeros),
+            sum((part.cost for part in parts), zeros),
+            sum(part.vertices for part in parts),
+            sum(part.edges for part in parts),
+            max((part.max_vertices for part in parts), default=0),
+            max((part.max_edges for part in parts), default=0),
+            Tables.of(part.tables for part in parts),
+        )
+
+
+class Tally:
+    """Adds up what blocks have."""
+
+    def __init__(self, buckets: int) -> None:
+        self._graphs = np.zeros(buckets, np.int64)
+        self._cost = np.zeros(buckets, np.int64)
+        self._vertices = self._edges = 0
+        self._max_vertices = self._max_edges = 0
+        self._tables: set[Tables] = set()
+
+    def add(self, bucket: int, block: Block) -> None:
+        """Add a block."""
+        vertices, edges = block.arrays.vertex_counts, block.arrays.edge_counts
+        self._graphs[bucket] += len(block)
+        # Embeddings grow faster than graphs; any such figure spreads large ones.
+        self._cost[bucket] += (1 + edges + edges**2 // 32).sum()
+        self._vertices += int(vertices.sum())
+        self._edges += int(edges.sum())
+        self._max_vertices = max(self._max_vertices, int(vertices.max(initial=0)))
+        self._max_edges = max(self._max_edges, int(edges.max(initial=0)))
+        self._tables.add(block.tables)
+
+    def described(self) -> Described:
+        """Return what all of them have."""
+        return Described(
+            self._graphs,
+            self._cost,
+            self._vertices,
+            self._edges,
+            self._max_vertices,
+            self._max_edges,
+            Tables.of(self._tables),
+        )
+
+
+class Passed(NamedTuple):
+    """Rows that are passed over."""
+
+    rows: int
+    first: str  # id and reason of one of them
+
+
+class Read(NamedTuple):
+    """What reading gave."""
+
+    whole: Described
+    passed: list[Passed]
 
 
 class Fault(NamedTuple):
@@ -78,19 +140,3 @@ def block_of(
     vertex_table, edge_table = db._native.labels()
     packed |= {"vertex_table": vertex_table, "edge_table": edge_table}
     return Block(sources, numbers, Arrays(**packed))
-
-
-def describe(bucket: int, block: Block) -> Described:
-    """Return what a block has, in numbers."""
-    a = block.arrays
-    return Described(
-        bucket,
-        len(block),
-        int(a.vertex_counts.sum()),
-        int(a.edge_counts.sum()),
-        # Embeddings grow faster than graphs; any such figure spreads large ones.
-        int((1 + a.edge_counts + a.edge_counts**2 // 32).sum()),
-        int(a.vertex_counts.max(initial=0)),
-        int(a.edge_counts.max(initial=0)),
-        block.tables,
-    )

@@ -48,7 +48,7 @@ class Division:
     @property
     def buckets(self) -> int:
         """How many buckets graphs are mixed into, from which shards are made."""
-        return min(max(256, 64 * self.shards), _MAX_BUCKETS)
+        return min(max(256, 8 * self.shards), _MAX_BUCKETS)
 
 
 def run(
@@ -65,11 +65,17 @@ def run(
     The callback is that of the extension; of passes it is told as of size 0.
     """
     before = os.times().user
-    blocks = engine.read(division.buckets)
-    totals = Totals.of(blocks)
+    whole, passed = engine.read(division.buckets)
+    totals = Totals.of(whole)
+    if passed:
+        LOG.warning(
+            "%d rows are skipped, such as %s",
+            sum(one.rows for one in passed),
+            min(one.first for one in passed),
+        )
     min_support = _core.min_support(wanted.unit, wanted.amount, totals.graphs)
     shards = make_shards(
-        blocks, min_support, division.shards, division.min_local_support
+        whole, min_support, division.shards, division.min_local_support
     )
     LOG.info(
         "read: %d graphs in %d shards of %s to %s",

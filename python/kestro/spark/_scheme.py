@@ -24,7 +24,7 @@ from numpy.typing import NDArray
 from kestro._errors import KestroError
 from kestro._summary import Described as Header
 from kestro.spark._blocks import Tables
-from kestro.spark._reading import Described
+from kestro.spark._reading import Described, Read
 from kestro.spark._tasks import Caps, Found
 from kestro.spark._watching import Advanced
 
@@ -49,26 +49,23 @@ class Totals:
     header: Header
 
     @classmethod
-    def of(cls, blocks: Sequence[Described]) -> Totals:
-        """Add up what there is."""
-        tables = Tables.of(block.tables for block in blocks)
-        graphs = sum(block.graphs for block in blocks)
+    def of(cls, whole: Described) -> Totals:
+        """Return the numbers as they are told."""
+        graphs = int(whole.graphs.sum())
 
         def average(total: int) -> str:
             return f"{total / graphs:.0f}" if graphs else "-nan"
 
         return cls(
             graphs,
-            tables,
+            whole.tables,
             Header(
-                edge_labels=str(len(tables.edge)),
-                vertex_labels=str(len(tables.vertex)),
-                average_edges=average(sum(block.edges for block in blocks)),
-                average_vertices=average(sum(block.vertices for block in blocks)),
-                max_edges=str(max((block.max_edges for block in blocks), default=0)),
-                max_vertices=str(
-                    max((block.max_vertices for block in blocks), default=0)
-                ),
+                edge_labels=str(len(whole.tables.edge)),
+                vertex_labels=str(len(whole.tables.vertex)),
+                average_edges=average(whole.edges),
+                average_vertices=average(whole.vertices),
+                max_edges=str(whole.max_edges),
+                max_vertices=str(whole.max_vertices),
             ),
         )
 
@@ -79,7 +76,7 @@ def share(min_support: int, part: int, whole: int) -> int:
 
 
 def make_shards(
-    blocks: Sequence[Described],
+    whole: Described,
     min_support: int,
     shards: int,
     min_local_support: int,
@@ -89,19 +86,18 @@ def make_shards(
     Shards without a graph are dropped.  While the share of one is below
     min_local_support, there is one shard fewer.
     """
-    graphs: dict[int, int] = {}
-    cost: dict[int, int] = {}
-    for block in blocks:
-        graphs[block.bucket] = graphs.get(block.bucket, 0) + block.graphs
-        cost[block.bucket] = cost.get(block.bucket, 0) + block.cost
-    whole = sum(graphs.values())
-    order = sorted(graphs, key=lambda bucket: (-cost[bucket], bucket))
+    graphs, cost = whole.graphs.tolist(), whole.cost.tolist()
+    everything = sum(graphs)
+    order = sorted(
+        np.flatnonzero(whole.graphs).tolist(),
+        key=lambda bucket: (-cost[bucket], bucket),
+    )
     most = min(shards, len(order))
     if min_local_support > 1:
         # Shares are rounded up by less than a graph each.
         most = min(most, max(1, min_support // (min_local_support - 1)))
     for count in range(most, 0, -1):
-        made = _share_out(order, graphs, cost, count, min_support, whole)
+        made = _share_out(order, graphs, cost, count, min_support, everything)
         if count == 1 or all(s.min_support >= min_local_support for s in made):
             return made
     return []
@@ -109,8 +105,8 @@ def make_shards(
 
 def _share_out(
     order: Sequence[int],
-    graphs: dict[int, int],
-    cost: dict[int, int],
+    graphs: Sequence[int],
+    cost: Sequence[int],
     count: int,
     min_support: int,
     whole: int,
@@ -169,7 +165,7 @@ class Engine(Protocol):
     Calls come in this order, each once, but for `close`, which frees all.
     """
 
-    def read(self, buckets: int) -> list[Described]:
+    def read(self, buckets: int) -> Read:
         """Read the graphs; raise KestroError for what cannot be read."""
 
     def mine(

@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 import os
+import warnings
 from collections.abc import Iterable, Iterator, Sequence
 from functools import partial
 from typing import TYPE_CHECKING, Any
@@ -10,6 +11,7 @@ from typing import TYPE_CHECKING, Any
 import numpy as np
 import pyarrow as pa
 
+from kestro._arguments import OnError, check_choice
 from kestro._arrow import from_arrow
 from kestro._database import AtomLabels, GraphDatabase
 from kestro._errors import KestroError, printable
@@ -17,7 +19,7 @@ from kestro._files import unpacked
 from kestro._molecules import from_smiles
 from kestro.spark._blocks import Block, into_buckets
 from kestro.spark._cluster import Reader
-from kestro.spark._reading import block_of, read_file
+from kestro.spark._reading import Passed, block_of, read_file
 
 if TYPE_CHECKING:
     from pyspark.sql import DataFrame, SparkSession
@@ -32,9 +34,13 @@ def reading(
     smiles: str | None,
     id_col: str | None,
     atom_labels: AtomLabels,
+    on_error: OnError,
 ) -> tuple[DataFrame, Reader, AtomLabels | None]:
     """Return the rows that are read, how, and what labels tell of atoms."""
+    check_choice("on_error", on_error, ("raise", "skip"))
     if isinstance(source, (str, os.PathLike)):
+        if on_error == "skip":
+            raise ValueError("on_error is of the rows of DataFrames, not of files")
         if smiles is not None or id_col is not None:
             raise ValueError("smiles and id_col are of DataFrames, not of files")
         files = spark.read.format("binaryFile").load(os.fspath(source))
@@ -55,8 +61,8 @@ def reading(
     _check_ids(source, id_col)
     rows = source.select(id_col, *data)
     if smiles is None:
-        return rows, read_packed, None
-    return rows, partial(read_smiles, atom_labels), atom_labels
+        return rows, partial(read_packed, on_error), None
+    return rows, partial(read_smiles, on_error, atom_labels), atom_labels
 
 
 def _check_ids(source: DataFrame, id_col: str) -> None:
@@ -78,7 +84,7 @@ def _check_ids(source: DataFrame, id_col: str) -> None:
 
 def read_files(
     batches: Iterable[pa.RecordBatch], buckets: int
-) -> Iterator[tuple[int, Block]]:
+) -> Iterator[tuple[int, Block] | Passed]:
     """Return the graphs of transaction files."""
     for batch in batches:
         for path, content in zip(
@@ -90,33 +96,45 @@ def read_files(
 
 
 def read_smiles(
-    atom_labels: AtomLabels, batches: Iterable[pa.RecordBatch], buckets: int
-) -> Iterator[tuple[int, Block]]:
+    on_error: OnError,
+    atom_labels: AtomLabels,
+    batches: Iterable[pa.RecordBatch],
+    buckets: int,
+) -> Iterator[tuple[int, Block] | Passed]:
     """Return the molecules of rows of an id and a SMILES."""
     for batch in batches:
-        ids = batch.column(0).to_pylist()
-        db = from_smiles(
-            batch.column(1).to_pylist(), on_error="skip", **atom_labels._asdict()
-        )
-        _refuse_skipped(db, ids)
-        yield from into_buckets(block_of(db, *_names(ids)), buckets)
+        texts = batch.column(1).to_pylist()
+        with warnings.catch_warnings():
+            warnings.simplefilter("ignore", UserWarning)  # that nothing is left
+            db = from_smiles(texts, on_error="skip", **atom_labels._asdict())
+        yield from _rows(db, batch.column(0).to_pylist(), on_error, buckets)
 
 
 def read_packed(
-    batches: Iterable[pa.RecordBatch], buckets: int
-) -> Iterator[tuple[int, Block]]:
+    on_error: OnError, batches: Iterable[pa.RecordBatch], buckets: int
+) -> Iterator[tuple[int, Block] | Passed]:
     """Return the graphs of rows of an id and the packed columns."""
     for batch in batches:
-        ids = batch.column(0).to_pylist()
-        db = from_arrow(pa.Table.from_batches([batch.select(_PACKED)]), on_error="skip")
-        _refuse_skipped(db, ids)
-        yield from into_buckets(block_of(db, *_names(ids)), buckets)
+        table = pa.Table.from_batches([batch.select(_PACKED)])
+        with warnings.catch_warnings():
+            warnings.simplefilter("ignore", UserWarning)  # that nothing is left
+            db = from_arrow(table, on_error="skip")
+        yield from _rows(db, batch.column(0).to_pylist(), on_error, buckets)
 
 
-def _refuse_skipped(db: GraphDatabase, ids: Sequence[Any]) -> None:
+def _rows(
+    db: GraphDatabase, ids: Sequence[Any], on_error: OnError, buckets: int
+) -> Iterator[tuple[int, Block] | Passed]:
+    """Return graphs by bucket, and tell of the rows that are none."""
     if db.skipped:
         record, reason = db.skipped[0]
-        raise KestroError(printable(f"id {ids[record]!r}: {reason}"))
+        first = printable(f"id {ids[record]!r}: {reason}")
+        if on_error == "raise":
+            raise KestroError(first)
+        yield Passed(len(db.skipped), first)
+        left_out = {record for record, _ in db.skipped}
+        ids = [own for record, own in enumerate(ids) if record not in left_out]
+    yield from into_buckets(block_of(db, *_names(ids)), buckets)
 
 
 def _names(

@@ -112,10 +112,21 @@ def rows(spark, examples, folder):
     assert "'a' more than once" in refusal(
         lambda: kestro.spark.mine(twice, spark, id_col="n", **wanted)
     )
-    bad = spark.createDataFrame([("a", "CC"), ("b", "C(")], "n string, s string")
+    bad = spark.createDataFrame(
+        [("a", "CC"), ("b", "C("), ("c", "CCO")], "n string, s string"
+    )
     assert "id 'b'" in refusal(
         lambda: kestro.spark.mine(bad, spark, id_col="n", **wanted)
     )
+    found = kestro.spark.mine(bad, spark, id_col="n", on_error="skip", **wanted)
+    same(found, kestro.mine(kestro.from_smiles(["CC", "CCO"]), min_support=2))
+    pairs = kestro.spark.occurrences(
+        found, bad, spark, smiles="s", id_col="n", on_error="skip"
+    )
+    assert [row.asDict() for row in pairs.sort("n").collect()] == [
+        {"pattern": "1-0", "n": "a"},
+        {"pattern": "1-0", "n": "c"},
+    ]
 
 
 def told(spark, examples, folder):

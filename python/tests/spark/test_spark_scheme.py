@@ -243,33 +243,37 @@ def test_shares_are_rounded_up_in_integers():
     assert _scheme.share(large, large - 1, large) == large - 1
 
 
-def described(bucket, graphs, cost):
+def described(graphs, cost):
+    """Return what is told of buckets with so many graphs, of that cost."""
     nothing = _blocks.Tables((), ())
-    return _reading.Described(bucket, graphs, 0, 0, cost, 0, 0, nothing)
+    return _reading.Described(np.array(graphs), np.array(cost), 0, 0, 0, 0, nothing)
 
 
 def test_shards_are_balanced_by_cost():
-    blocks = [described(i, 10, 100 if i == 3 else 10) for i in range(11)]
-    made = _scheme.make_shards(blocks, 11, 2, 1)
+    whole = described([10] * 11, [100 if i == 3 else 10 for i in range(11)])
+    made = _scheme.make_shards(whole, 11, 2, 1)
     assert [shard.cost for shard in made] == [100, 100]
     assert made[0].buckets == (3,)
     assert [shard.min_support for shard in made] == [1, 10]
 
 
 def test_shards_are_merged_until_their_share_is_enough():
-    blocks = [described(i, 10, 10) for i in range(12)]
-    assert len(_scheme.make_shards(blocks, 60, 12, 1)) == 12
-    made = _scheme.make_shards(blocks, 60, 12, 15)
+    whole = described([10] * 12, [10] * 12)
+    assert len(_scheme.make_shards(whole, 60, 12, 1)) == 12
+    made = _scheme.make_shards(whole, 60, 12, 15)
     assert len(made) == 4
     assert sum(shard.graphs for shard in made) == 120
-    assert len(_scheme.make_shards(blocks, 2, 12, 15)) == 1
-    assert len(_scheme.make_shards(blocks[:2], 60, 12, 1)) == 2
-    assert _scheme.make_shards([], 60, 12, 1) == []
+    assert len(_scheme.make_shards(whole, 2, 12, 15)) == 1
+    few = described([10, 0, 10, 0], [10, 0, 10, 0])
+    made = _scheme.make_shards(few, 60, 12, 1)
+    assert [shard.buckets for shard in made] == [(0,), (2,)]
+    assert _scheme.make_shards(described([0] * 9, [0] * 9), 60, 12, 1) == []
 
 
 def test_many_shards_are_made_of_many_buckets():
-    blocks = [described(i, 1 + i % 3, 1 + i % 7) for i in range(1 << 14)]
-    made = _scheme.make_shards(blocks, 30_000, 1000, 60)
+    number = np.arange(1 << 14)
+    whole = described(1 + number % 3, 1 + number % 7)
+    made = _scheme.make_shards(whole, 30_000, 1000, 60)
     assert all(shard.min_support >= 60 for shard in made)
     # Shards of equal cost hold about equally many graphs, so few less would do.
     assert 400 < len(made) <= 500
