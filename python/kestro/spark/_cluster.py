@@ -31,7 +31,6 @@ if TYPE_CHECKING:
 Reader = Callable[[Iterable[pa.RecordBatch], int], Iterator[tuple[int, Block] | Passed]]
 
 _BLOCKS = "bucket int, data binary, told binary, fault string"
-_HELD = "shard int, data binary"
 _MINED = "shard int, key binary, support bigint, gain bigint, told binary"
 _SILENT = "shard int, key binary"
 _COUNTED = "key binary, support bigint, told binary"
@@ -90,14 +89,21 @@ class SparkEngine:
         advanced: Advanced | None = None,
     ) -> list[MinedShard]:
         """Mine these shards."""
+        from pyspark.sql import functions as f
+
         self._shards, self._tables = shards, tables
         self._keys = _partition_keys(self._spark, len(shards))
-        key_of = {
-            bucket: self._keys[shard.number]
+        of_bucket = [
+            (bucket, self._keys[shard.number])
             for shard in shards
             for bucket in shard.buckets
-        }
-        held = self._blocks.mapInArrow(partial(_hold, key_of), _HELD)
+        ]
+        places = self._spark.createDataFrame(
+            pa.Table.from_batches(
+                [_batch(of_bucket, bucket=pa.int32(), shard=pa.int32())]
+            )
+        )
+        held = self._blocks.join(f.broadcast(places), "bucket").select("shard", "data")
         self._held = self._keep(held.repartition(len(shards), "shard"))
         by_key = {self._keys[shard.number]: shard for shard in shards}
         mine = partial(_mine, by_key, tables, max_size, caps)
@@ -108,7 +114,9 @@ class SparkEngine:
             )
         )
         with watching(self._spark, advanced, len(shards)):
-            return self._reports(self._mined)
+            reports = self._reports(self._mined)
+        self._blocks.unpersist()  # held by shard now
+        return reports
 
     def _reports(self, frame: DataFrame) -> list[Any]:
         rows = frame.where("told is not null").select("told").toArrow()
@@ -242,18 +250,6 @@ def _read(
         yield _batch([(None, None, None, Fault.of(e).to_json())], **types)
     for _ in batches:
         pass  # a task that leaves input unread loses its process
-
-
-def _hold(
-    key_of: dict[int, int], batches: Iterable[pa.RecordBatch]
-) -> Iterator[pa.RecordBatch]:
-    for batch in batches:
-        rows = [
-            (key_of[bucket], data)
-            for bucket, data in _columns(batch, "bucket", "data")
-            if bucket in key_of
-        ]
-        yield _batch(rows, shard=pa.int32(), data=pa.binary())
 
 
 def _mine(

@@ -14,6 +14,7 @@ from numpy.typing import NDArray
 
 from kestro import _core, _native
 from kestro._database import AtomLabels
+from kestro._errors import KestroError
 from kestro._mine import Request, settle, summary_of
 from kestro._patterns import Patterns
 from kestro._ragged import offsets_of
@@ -35,6 +36,7 @@ LOG = logging.getLogger("kestro.spark")
 Callback = Callable[[int, str, int, int, int], object]
 
 _MAX_BUCKETS = 1 << 14
+_MAX_GRAPHS = 2**31 - 1
 
 
 @dataclass(frozen=True)
@@ -72,6 +74,10 @@ def run(
             "%d rows are skipped, such as %s",
             sum(one.rows for one in passed),
             min(one.first for one in passed),
+        )
+    if totals.graphs > _MAX_GRAPHS:
+        raise KestroError(
+            f"{totals.graphs} graphs; {_MAX_GRAPHS} are the most that can be counted"
         )
     min_support = _core.min_support(wanted.unit, wanted.amount, totals.graphs)
     shards = make_shards(

@@ -70,7 +70,21 @@ def files(spark, examples, folder):
     wanted = {"min_support": "20%", "shards": 3, "min_local_support": 1}
     same(kestro.spark.mine(str(parts), spark, tids=True, **wanted), expected)
     path = str(examples / "molecules.txt")
+    found = kestro.spark.mine(path, spark, tids=True, **wanted)
+    assert written(found, folder / "ours") == written(expected, folder / "theirs")
     same(kestro.spark.mine(path, spark, **wanted), expected, tids=False)
+
+
+def written(result, folder):
+    """Return the lines of the files, but for those of times."""
+    folder.mkdir()
+    result.write(folder, "found", tids=True, parents=True)
+    return [
+        line
+        for suffix in ("fp", "tid", "pc")
+        for line in (folder / f"found.{suffix}").read_text().splitlines()
+        if "Elapsed" not in line and "CPU" not in line
+    ]
 
 
 def rows(spark, examples, folder):

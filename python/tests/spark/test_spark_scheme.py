@@ -120,6 +120,45 @@ def test_two_processes_and_several_files(molecules, tmp_path):
     same(in_parts(paths, 3, min_support="20%", n_jobs=2), expected, molecules)
 
 
+class Doubled(PoolEngine):
+    """Every task is done twice, in processes side by side; the later one counts."""
+
+    def _run(self, task, arguments):
+        twice = [one for one in arguments for _ in range(2)]
+        answers = list(super()._run(task, twice))
+        self.tasks = getattr(self, "tasks", 0) + len(twice)
+        return answers[1::2]
+
+
+def test_tasks_that_are_delivered_twice(examples, molecules):
+    engine = Doubled([str(examples / "molecules.txt")], 2)
+    found = run(
+        engine,
+        request(min_support="20%"),
+        Division(3, 1, Caps()),
+        with_tids=True,
+    )
+    same(found, kestro.mine(molecules, min_support="20%"), molecules)
+    assert engine.tasks == 2 * (1 + 3 + 3 + 3)
+
+
+def test_more_graphs_than_can_be_counted(examples):
+    class Endless(PoolEngine):
+        def read(self, buckets):
+            read = super().read(buckets)
+            return read._replace(
+                whole=read.whole._replace(graphs=read.whole.graphs * 2**31)
+            )
+
+    with pytest.raises(kestro.KestroError, match="2147483647 are the most"):
+        run(
+            Endless([str(examples / "molecules.txt")]),
+            request(min_support=2),
+            Division(3, 1, Caps()),
+            with_tids=False,
+        )
+
+
 def test_filters_and_sizes(molecules, examples):
     for wanted in (
         {"min_support": 0.3, "closed": True},
