@@ -85,8 +85,10 @@ class Block(NamedTuple):
             encoded = [_as_bytes(text) for text in texts]
             _write(out, np.array([len(text) for text in encoded], np.int64))
             out.write(b"".join(encoded))
-        for array in (self.numbers, *self.arrays[:5]):
-            _write(out, array)
+        _write(out, self.numbers)
+        for array in self.arrays[:5]:
+            # In as few bytes as hold the largest number: mostly one.
+            _write(out, array.astype(np.min_scalar_type(array.max(initial=0))))
         return out.getvalue()
 
     @classmethod
@@ -99,7 +101,8 @@ class Block(NamedTuple):
             texts.append([_as_text(source.read(n)) for n in lengths.tolist()])
         sources, vertex_table, edge_table = texts
         numbers, vertex_counts, edge_counts, vertex_labels, edges, edge_labels = (
-            np.lib.format.read_array(source, allow_pickle=False) for _ in range(6)
+            np.lib.format.read_array(source, allow_pickle=False).astype(kind)
+            for kind in (np.int64, np.int64, np.int64, np.int32, np.int64, np.int32)
         )
         return cls(
             tuple(sources),

@@ -323,7 +323,7 @@ def test_many_shards_are_made_of_many_buckets():
 
 def test_blocks_come_back_from_bytes(molecules):
     block = _reading.block_of(
-        molecules, tuple(f"\udce9{i}" for i in range(60)), np.arange(60)
+        molecules, tuple(f"\udce9{i}" for i in range(60)), np.arange(60) - 30
     )
     again = _blocks.Block.from_bytes(block.to_bytes())
     assert again.sources == block.sources
