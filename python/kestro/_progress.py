@@ -13,12 +13,14 @@ class Progress(NamedTuple):
     Attributes
     ----------
     size : int
-        Edges of the patterns that are being looked for.
+        Edges of the patterns that are being looked for; 0 for the passes over a
+        cluster.
     step : str
-        "joining", "bounding", "counting" or "complete".
+        "joining", "bounding", "counting" or "complete"; of a pass "mining shards",
+        "counting in shards" or "finding in shards".
     done, known : int
         Items of this step, done and in all: patterns that are joined,
-        candidates that are bounded or counted, patterns found.
+        candidates that are bounded or counted, patterns found, shards.
     candidates : int
         Candidates of this size; 0 while joining.
     """
@@ -59,9 +61,8 @@ class ProgressBar:
             self._patterns += now.done
         if now.known == 0:
             return
-        self._bar.set_description(
-            f"size {now.size}, {now.step}, {self._patterns} patterns", refresh=False
-        )
+        told = f"size {now.size}, {now.step}, {self._patterns} patterns"
+        self._bar.set_description(told if now.size else now.step, refresh=False)
         # What notebooks show has to be told of another total.
         if self._bar.total != now.known:
             self._bar.reset(now.known)

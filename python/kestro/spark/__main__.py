@@ -5,10 +5,13 @@ from __future__ import annotations
 import argparse
 import logging
 import os
+import signal
 import sys
+import tempfile
 from pathlib import Path
 
 from kestro._errors import KestroError
+from kestro._mine import request
 from kestro.spark import mine
 
 _DESCRIPTION = """\
@@ -38,6 +41,7 @@ def _parser() -> argparse.ArgumentParser:
         "-s",
         "--support",
         required=True,
+        type=_support,
         help="minimum support: 17 graphs, 5%%, or 0.05 of them",
     )
     parser.add_argument("--min-size", type=int, default=1, help="edges")
@@ -62,9 +66,14 @@ def _parser() -> argparse.ArgumentParser:
 
 
 def _support(text: str) -> int | float | str:
-    if text.endswith("%"):
-        return text
-    return float(text) if "." in text else int(text)
+    try:
+        number: int | float | str = text
+        if not text.endswith("%"):
+            number = float(text) if set(text) & set(".e") else int(text)
+        request(min_support=number)
+    except (TypeError, ValueError) as e:
+        raise argparse.ArgumentTypeError(str(e)) from None
+    return number
 
 
 def main(arguments: list[str] | None = None) -> None:
@@ -77,6 +86,14 @@ def main(arguments: list[str] | None = None) -> None:
         os.environ.setdefault("PYSPARK_PYTHON", sys.executable)
     from pyspark.sql import SparkSession
 
+    folder = Path(args.output_dir)
+    try:
+        folder.mkdir(parents=True, exist_ok=True)
+        # Now, rather than when all is done.
+        with tempfile.TemporaryFile(dir=folder):
+            pass
+    except OSError as e:
+        sys.exit(f"kestro.spark: {e}")
     builder = SparkSession.builder.appName("kestro")
     if args.master:
         builder = builder.master(args.master)
@@ -85,17 +102,17 @@ def main(arguments: list[str] | None = None) -> None:
         result = mine(
             args.source,
             spark,
-            min_support=_support(args.support),
+            min_support=args.support,
             min_size=args.min_size,
             max_size=args.max_size,
             shards=args.shards,
             min_local_support=args.min_local_support,
             tids=args.tids,
         )
-        folder = Path(args.output_dir)
-        folder.mkdir(parents=True, exist_ok=True)
         result.write(folder, args.name, tids=args.tids, parents=args.parents)
         print(result)
+    except KeyboardInterrupt:
+        sys.exit(128 + signal.SIGINT)
     except (KestroError, OSError, ValueError) as e:
         sys.exit(f"kestro.spark: {e}")
     finally:

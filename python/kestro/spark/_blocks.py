@@ -3,7 +3,7 @@
 from __future__ import annotations
 
 import io
-from collections.abc import Iterable
+from collections.abc import Iterable, Mapping, Sequence
 from hashlib import blake2b
 from typing import Any, NamedTuple
 
@@ -50,7 +50,7 @@ class Block(NamedTuple):
 
     @property
     def tables(self) -> Tables:
-        """The labels that occur."""
+        """The labels that the ids are of."""
         return Tables(tuple(self.arrays.vertex_table), tuple(self.arrays.edge_table))
 
     def source(self, i: int) -> str:
@@ -58,10 +58,12 @@ class Block(NamedTuple):
         return self.sources[i if len(self.sources) > 1 else 0]
 
     def select(self, chosen: NDArray[np.int64]) -> Block:
-        """Return a block of these graphs; labels that are left over stay."""
+        """Return a block of these graphs, with the labels that occur in them."""
         a = self.arrays
         vertices, _ = places(offsets_of(a.vertex_counts), chosen)
         edges, _ = places(offsets_of(a.edge_counts), chosen)
+        vertex_labels, vertex_table = _used(a.vertex_labels[vertices], a.vertex_table)
+        edge_labels, edge_table = _used(a.edge_labels[edges], a.edge_table)
         return Block(
             tuple(self.sources[i] for i in chosen.tolist())
             if len(self.sources) > 1
@@ -70,11 +72,11 @@ class Block(NamedTuple):
             Arrays(
                 a.vertex_counts[chosen],
                 a.edge_counts[chosen],
-                a.vertex_labels[vertices],
+                vertex_labels,
                 a.edges[edges],
-                a.edge_labels[edges],
-                a.vertex_table,
-                a.edge_table,
+                edge_labels,
+                vertex_table,
+                edge_table,
             ),
         )
 
@@ -119,6 +121,14 @@ class Block(NamedTuple):
         )
 
 
+def _used(
+    ids: NDArray[np.int32], table: Sequence[str]
+) -> tuple[NDArray[np.int32], list[str]]:
+    """Return ids of the labels that are used, and their texts."""
+    used, own = np.unique(ids, return_inverse=True)
+    return own.astype(np.int32), [table[i] for i in used.tolist()]
+
+
 def _write(out: io.BytesIO, array: NDArray[Any]) -> None:
     np.lib.format.write_array(out, np.ascontiguousarray(array), allow_pickle=False)
 
@@ -155,9 +165,11 @@ def into_buckets(block: Block, buckets: int) -> list[tuple[int, Block]]:
 def database_of(blocks: Iterable[Block], tables: Tables) -> _core.Database:
     """Return the graphs of all blocks with the ids of these labels."""
     nothing, no_labels = np.zeros(0, np.int64), np.zeros(0, np.int32)
+    vertex_ids = {text: i for i, text in enumerate(tables.vertex)}
+    edge_ids = {text: i for i, text in enumerate(tables.edge)}
     parts = [
         Arrays(nothing, nothing, no_labels, nothing.reshape(0, 2), no_labels, (), ()),
-        *(_with_ids(block, tables) for block in blocks),
+        *(_with_ids(block, vertex_ids, edge_ids) for block in blocks),
     ]
     return _native.database_of(
         Arrays(
@@ -173,15 +185,12 @@ def database_of(blocks: Iterable[Block], tables: Tables) -> _core.Database:
     )
 
 
-def _with_ids(block: Block, tables: Tables) -> Arrays:
-    own = block.tables
+def _with_ids(
+    block: Block, vertex_ids: Mapping[str, int], edge_ids: Mapping[str, int]
+) -> Arrays:
     a = block.arrays
+    vertex = np.array([vertex_ids[text] for text in a.vertex_table], np.int32)
+    edge = np.array([edge_ids[text] for text in a.edge_table], np.int32)
     return a._replace(
-        vertex_labels=_places(own.vertex, tables.vertex)[a.vertex_labels],
-        edge_labels=_places(own.edge, tables.edge)[a.edge_labels],
+        vertex_labels=vertex[a.vertex_labels], edge_labels=edge[a.edge_labels]
     )
-
-
-def _places(own: tuple[str, ...], everything: tuple[str, ...]) -> NDArray[np.int32]:
-    place = {text: i for i, text in enumerate(everything)}
-    return np.array([place[text] for text in own], np.int32)

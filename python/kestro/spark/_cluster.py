@@ -19,7 +19,14 @@ from numpy.typing import NDArray
 from kestro._errors import KestroError
 from kestro.spark._blocks import Block, Tables
 from kestro.spark._reading import Described, Fault, Passed, Read, Tally
-from kestro.spark._scheme import CountedShard, MinedShard, Shard, Union
+from kestro.spark._scheme import (
+    CAPPED,
+    CountedShard,
+    MinedShard,
+    Shard,
+    Union,
+    refuse_lost,
+)
 from kestro.spark._tasks import Caps, Found, count_patterns, find_patterns, mine_shard
 from kestro.spark._watching import Advanced, watching
 
@@ -32,9 +39,10 @@ Reader = Callable[[Iterable[pa.RecordBatch], int], Iterator[tuple[int, Block] | 
 
 _BLOCKS = "bucket int, data binary, told binary, fault string"
 _MINED = "shard int, key binary, support bigint, gain bigint, told binary"
-_SILENT = "shard int, key binary"
 _COUNTED = "key binary, support bigint, told binary"
 _FOUND = "found binary"
+
+_IN_ALL_GRAPHS = 1 << 40
 
 
 class SparkEngine:
@@ -151,8 +159,11 @@ class SparkEngine:
 
     def count(self, advanced: Advanced | None = None) -> list[CountedShard]:
         """Count what is left in the shards that did not report it."""
-        silent = self._reported.select("shards", "key").mapInArrow(
-            partial(_silent, self._keys), _SILENT
+        from pyspark.sql import functions as f
+
+        others = f.array_except(f.lit(self._keys), "shards")
+        silent = self._reported.where(f.length("key") > 0).select(
+            f.explode(others).alias("shard"), "key"
         )
         number_of = {key: number for number, key in enumerate(self._keys)}
         count = partial(_count, number_of, self._tables)
@@ -178,7 +189,9 @@ class SparkEngine:
             .where(f.col("support") >= min_support)
             .toArrow()
         )
-        return rows["key"].to_pylist(), rows["support"].to_numpy()
+        keys = rows["key"].to_pylist()
+        refuse_lost(keys)
+        return keys, rows["support"].to_numpy()
 
     def find(
         self, wanted: Sequence[bytes], advanced: Advanced | None = None
@@ -265,7 +278,10 @@ def _mine(
     # In an order that does not depend on which block came first.
     blocks = sorted(table.column("data").to_pylist())
     mined = mine_shard(blocks, tables, shard.min_support, max_size, caps)
-    n = 0 if mined.capped else len(mined.keys)
+    keys, supports = mined.keys, mined.supports
+    if mined.capped:
+        keys, supports = [CAPPED], [_IN_ALL_GRAPHS]
+    binary = table.schema.field("data").type  # of two types, as the session says
     told = MinedShard(
         shard.number,
         len(mined.keys),
@@ -275,31 +291,16 @@ def _mine(
         mined.memory,
         sum(map(len, mined.keys)),
     )
-    supports = np.array(mined.supports[:n], np.int64)
+    gain = [support - (shard.min_support - 1) for support in supports]
     return pa.table(
         {
-            "shard": pa.array([own] * n + [own], pa.int32()),
-            "key": pa.array([*mined.keys[:n], None], pa.binary()),
-            "support": pa.array([*supports.tolist(), None], pa.int64()),
-            "gain": pa.array(
-                [*(supports - (shard.min_support - 1)).tolist(), None], pa.int64()
-            ),
-            "told": pa.array([None] * n + [pickle.dumps(told)], pa.binary()),
+            "shard": pa.array([own] * (len(keys) + 1), pa.int32()),
+            "key": pa.array([*keys, None], binary),
+            "support": pa.array([*supports, None], pa.int64()),
+            "gain": pa.array([*gain, None], pa.int64()),
+            "told": pa.array([None] * len(keys) + [pickle.dumps(told)], binary),
         }
     )
-
-
-def _silent(
-    keys: Sequence[int], batches: Iterable[pa.RecordBatch]
-) -> Iterator[pa.RecordBatch]:
-    for batch in batches:
-        rows = [
-            (shard, key)
-            for shards, key in _columns(batch, "shards", "key")
-            for shard in keys
-            if shard not in shards
-        ]
-        yield _batch(rows, shard=pa.int32(), key=pa.binary())
 
 
 def _count(
@@ -319,11 +320,12 @@ def _count(
         sum(map(len, wanted)),
     )
     n = len(wanted)
+    binary = held.schema.field("data").type
     return pa.table(
         {
-            "key": pa.array([*wanted, None], pa.binary()),
+            "key": pa.array([*wanted, None], binary),
             "support": pa.array([*counted.supports.tolist(), None], pa.int64()),
-            "told": pa.array([None] * n + [pickle.dumps(told)], pa.binary()),
+            "told": pa.array([None] * n + [pickle.dumps(told)], binary),
         }
     )
 
@@ -335,4 +337,5 @@ def _find(
     held: pa.Table,
 ) -> pa.Table:
     found = find_patterns(held.column("data").to_pylist(), tables, wanted)
-    return pa.table({"found": pa.array([pickle.dumps(found)], pa.binary())})
+    binary = held.schema.field("data").type
+    return pa.table({"found": pa.array([pickle.dumps(found)], binary)})

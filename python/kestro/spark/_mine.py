@@ -3,6 +3,8 @@
 from __future__ import annotations
 
 import os
+from collections.abc import Iterator
+from contextlib import contextmanager
 from typing import TYPE_CHECKING
 
 from kestro._arguments import (
@@ -16,13 +18,13 @@ from kestro._arguments import (
 from kestro._database import AtomLabels
 from kestro._errors import KestroError
 from kestro._mine import receiver, request
-from kestro._progress import ProgressCallback
+from kestro._progress import ProgressBar, ProgressCallback
 from kestro._result import Result
 from kestro.spark import _sources
 from kestro.spark._cluster import SparkEngine
 from kestro.spark._plan import Plan, make_plan
 from kestro.spark._run import Division, run
-from kestro.spark._session import session_of, tasks_at_once
+from kestro.spark._session import session_of, sparks_errors, tasks_at_once
 from kestro.spark._tasks import Caps
 
 if TYPE_CHECKING:
@@ -42,7 +44,7 @@ def mine(
     maximal: bool = False,
     closed: bool = False,
     n_jobs: int | None = None,
-    progress: ProgressCallback | None = None,
+    progress: bool | ProgressCallback | None = None,
     time_limit: float | None = None,
     max_patterns: int | None = None,
     form: str = "exact",
@@ -67,21 +69,23 @@ def mine(
     Parameters
     ----------
     source : path, glob or DataFrame
-        Transaction files on a file system that Spark reads; what is compressed by
-        gzip is unpacked.  Graphs are numbered along the names of the files, then
-        as they come in them.  Or a DataFrame with a column of SMILES, or with the
-        columns of ``GraphDatabase.to_arrow``.
+        Transaction files on a file system that Spark reads, but for names that
+        begin with a dot or an underscore, which Spark takes for hidden, and for
+        those in folders below; what is compressed by gzip is unpacked.  Graphs are
+        numbered along the names of the files, then as they come in them.  Or a
+        DataFrame with a column of SMILES, or with the columns of
+        ``GraphDatabase.to_arrow``.
     spark : SparkSession, optional
         The session, classic or of Spark Connect; None is the one that is active.
     min_support, min_size, max_size, maximal, closed, max_patterns
         As `kestro.mine` takes them.
     n_jobs : int, optional
         Threads of the driver's own work; None is 1.
-    progress : callable, optional
-        Is called with a `Progress`: of size 0 and the step "mining shards",
-        "counting in shards" or "finding in shards" while Spark works, perhaps by
-        another thread, then as `kestro.mine` does.  What it raises ends the run
-        after the pass.
+    progress : bool or callable, optional
+        True shows a bar.  A callable is called with a `Progress`: of size 0 and the
+        step "mining shards" or "counting in shards" while Spark works, perhaps by
+        another thread, then as `kestro.mine` does, last of size 0 and "finding in
+        shards" for TIDs.  What it raises ends the run after the pass.
     time_limit : float, optional
         Seconds for the driver's own work, after the two passes.
     form : "exact"
@@ -91,7 +95,8 @@ def mine(
         The column of SMILES.
     id_col : str, optional
         The column of a DataFrame that tells graphs apart, of whole numbers or
-        text: the order of the ids is that of the TIDs.
+        text, which every DataFrame needs: the order of the ids is that of the TIDs.
+        Ids have to be the same each time the rows are computed.
     charge, hydrogens : bool
         As `kestro.from_smiles` takes them.
     on_error : {"raise", "skip"}
@@ -99,7 +104,9 @@ def mine(
         say in the log how many there were.  A file's faults end the run.
     tids : bool
         Whether it is to be found out, in a third pass, which graphs contain each
-        pattern.
+        pattern.  They come to the driver, eight bytes each, as far as Spark's
+        ``spark.driver.maxResultSize`` allows; `occurrences` leaves them where they
+        are.
     shards : int, optional
         How many; None is twice the number of tasks that Spark runs at once.  Empty
         ones are dropped.
@@ -109,7 +116,9 @@ def mine(
     max_local_patterns : int, optional
         A shard with more patterns ends the run with an error.
     max_local_memory : int, optional
-        So does one whose process holds more bytes.
+        So does one whose process holds more bytes, some 150 million of which are
+        the interpreter's; and in any case one that leaves less than a sixteenth of
+        its machine's memory, or of its container's.
 
     Returns
     -------
@@ -140,33 +149,32 @@ def mine(
         time_limit=time_limit,
         max_patterns=max_patterns,
     )
-    callback = receiver(progress)
     with_tids = truth("tids", tids)
     session = session_of(spark)
-    atoms = AtomLabels(truth("charge", charge), truth("hydrogens", hydrogens))
     division = _division(
         session, shards, min_local_support, max_local_patterns, max_local_memory
     )
-    rows, reader, labels = _sources.reading(
-        session,
-        source,
-        smiles=smiles,
-        id_col=id_col,
-        atom_labels=atoms,
-        on_error=on_error,
-    )
-    engine = SparkEngine(session, rows, reader)
-    try:
-        return run(
+    bar = ProgressBar() if progress is True else None
+    callback = receiver(bar if bar else progress)
+    with (
+        sparks_errors(),
+        _engine(session, source, smiles, id_col, charge, hydrogens, on_error) as (
             engine,
-            wanted,
-            division,
-            with_tids=with_tids,
-            atom_labels=labels,
-            callback=callback,
-        )
-    finally:
-        engine.close()
+            labels,
+        ),
+    ):
+        try:
+            return run(
+                engine,
+                wanted,
+                division,
+                with_tids=with_tids,
+                atom_labels=labels,
+                callback=callback,
+            )
+        finally:
+            if bar:
+                bar.close()
 
 
 def plan(
@@ -202,21 +210,41 @@ def plan(
     """
     wanted = request(min_support=min_support, max_size=max_size)
     session = session_of(spark)
-    atoms = AtomLabels(truth("charge", charge), truth("hydrogens", hydrogens))
     division = _division(
         session, shards, min_local_support, max_local_patterns, max_local_memory
     )
-    rows, reader, _ = _sources.reading(
-        session,
+    with (
+        sparks_errors(),
+        _engine(session, source, smiles, id_col, charge, hydrogens, on_error) as (
+            engine,
+            _,
+        ),
+    ):
+        return make_plan(engine, wanted, division)
+
+
+@contextmanager
+def _engine(
+    spark: SparkSession,
+    source: str | os.PathLike[str] | DataFrame,
+    smiles: str | None,
+    id_col: str | None,
+    charge: bool,
+    hydrogens: bool,
+    on_error: OnError,
+) -> Iterator[tuple[SparkEngine, AtomLabels | None]]:
+    """Lend who reads and mines the source; tell what labels say of atoms."""
+    rows, reader, labels = _sources.reading(
+        spark,
         source,
         smiles=smiles,
         id_col=id_col,
-        atom_labels=atoms,
+        atom_labels=AtomLabels(truth("charge", charge), truth("hydrogens", hydrogens)),
         on_error=on_error,
     )
-    engine = SparkEngine(session, rows, reader)
+    engine = SparkEngine(spark, rows, reader)
     try:
-        return make_plan(engine, wanted, division)
+        yield engine, labels
     finally:
         engine.close()
 

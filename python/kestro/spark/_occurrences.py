@@ -39,7 +39,8 @@ def occurrences(
 ) -> DataFrame:
     """Return which graphs contain which pattern, a row for each pair.
 
-    Nothing is done until the rows are asked for, and nothing is collected.
+    Of a DataFrame the ids are looked at; all else is done when the rows are asked
+    for, and nothing is collected.
 
     Parameters
     ----------
@@ -76,16 +77,18 @@ def occurrences(
         on_error=on_error,
     )
     check_atom_labels(labels, read_with)
-    if id_col is None:
-        schema = "pattern string, path string, record bigint"
-    else:
-        kind = "string" if dict(rows.dtypes)[id_col] == "string" else "bigint"
-        schema = f"pattern string, `{id_col.replace('`', '``')}` {kind}"
+    kind = None
+    schema = "pattern string, path string, record bigint"
+    if id_col is not None:
+        kind = "string" if dict(rows.dtypes)["id"] == "string" else "bigint"
+        schema = f"pattern string, {_sources.quoted(id_col)} {kind}"
     chosen = np.unique(result.positions)
     arrays = pattern_arrays(patterns, chosen)
     lattice = (arrays, *parents_among(patterns, chosen))
     names = patterns.names(chosen)
-    return rows.mapInArrow(partial(_pairs, reader, lattice, names, id_col), schema)
+    return rows.mapInArrow(
+        partial(_pairs, reader, lattice, names, id_col, kind), schema
+    )
 
 
 def _pairs(
@@ -93,6 +96,7 @@ def _pairs(
     lattice: tuple[Arrays, NDArray[np.int64], NDArray[np.int32]],
     names: Sequence[str],
     id_col: str | None,
+    kind: str | None,
     batches: Iterable[pa.RecordBatch],
 ) -> Iterator[pa.RecordBatch]:
     texts = pa.array(names, pa.string())
@@ -107,7 +111,7 @@ def _pairs(
         if id_col is None:
             columns, heads = [told, path, pa.array(here)], ["pattern", "path", "record"]
         else:
-            columns = [told, path if source else pa.array(here)]
+            columns = [told, path if kind == "string" else pa.array(here)]
             heads = ["pattern", id_col]
         yield pa.RecordBatch.from_arrays(columns, names=heads)
 

@@ -40,8 +40,8 @@ class Plan(NamedTuple):
     bytes_sent : int
         By all shards, in pass 1.
     capped : str or None
-        Which cap a sampled shard has reached: "patterns" or "memory"; the figures
-        are too small then.
+        Which cap a sampled shard has reached: "patterns", "memory" or "machine";
+        the figures are too small then.
     """
 
     graphs: int
@@ -70,7 +70,10 @@ def make_plan(engine: Engine, wanted: Request, division: Division) -> Plan:
     union = 0
     if sample:
         mined = engine.mine(sample, totals.tables, wanted.max_size, division.caps)
-        union = engine.bound(0).reported
+        # A shard that has reached a cap reports no pattern.
+        union = max(
+            engine.bound(0).reported, max((one.patterns for one in mined), default=0)
+        )
     return Plan(
         totals.graphs,
         min_support,

@@ -15,6 +15,8 @@ from kestro._native import Arrays
 from kestro._transactions import parse_transactions
 from kestro.spark._blocks import Block, Tables, into_buckets
 
+_GIANT = 1000  # edges
+
 
 class Described(NamedTuple):
     """What was read, in numbers."""
@@ -56,8 +58,9 @@ class Tally:
         """Add a block."""
         vertices, edges = block.arrays.vertex_counts, block.arrays.edge_counts
         self._graphs[bucket] += len(block)
-        # Embeddings grow faster than graphs; any such figure spreads large ones.
-        self._cost[bucket] += (1 + edges + edges**2 // 32).sum()
+        # A giant counts for less than it costs: all of its subgraphs would be
+        # frequent where it has a shard of its own.
+        self._cost[bucket] += (1 + np.minimum(edges, _GIANT)).sum()
         self._vertices += int(vertices.sum())
         self._edges += int(edges.sum())
         self._max_vertices = max(self._max_vertices, int(vertices.max(initial=0)))

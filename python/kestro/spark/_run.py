@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import itertools
 import logging
 import os
 from collections.abc import Callable, Sequence
@@ -14,7 +15,7 @@ from numpy.typing import NDArray
 
 from kestro import _core, _native
 from kestro._database import AtomLabels
-from kestro._errors import KestroError
+from kestro._errors import KestroError, StopMining
 from kestro._mine import Request, settle, summary_of
 from kestro._patterns import Patterns
 from kestro._ragged import offsets_of
@@ -83,9 +84,12 @@ def run(
     shards = make_shards(
         whole, min_support, division.shards, division.min_local_support
     )
+    if not totals.graphs:
+        LOG.warning("there are no graphs")
     LOG.info(
-        "read: %d graphs in %d shards of %s to %s",
+        "read: %d graphs, minimum support %d, in %d shards of %s to %s",
         totals.graphs,
+        min_support,
         len(shards),
         min((s.graphs for s in shards), default=0),
         max((s.graphs for s in shards), default=0),
@@ -106,7 +110,7 @@ def run(
         wanted.max_patterns,
         callback,
     )
-    if with_tids:
+    if with_tids and (raised is None or isinstance(raised, StopMining)):
         packed |= _tids(engine, packed, totals.tables, callback)
     summary = summary_of(
         wanted,
@@ -180,20 +184,21 @@ def _tids(
 ) -> dict[str, NDArray[Any]]:
     """Return the TID lists: ranks of ids among those of all graphs."""
     wanted = keys_of(packed_of(packed, tables))
-    found = list(engine.find(wanted, _of_pass(callback, "finding in shards")))
-    graphs = sum(len(one.numbers) for one in found)
-    numbers = np.arange(len(wanted)) * graphs
-    pairs = np.concatenate(
-        [np.zeros(0, np.int64)]
-        + [
-            np.repeat(numbers, one.counts) + ranks[one.tids]
-            for one, ranks in zip(found, _ranks(found), strict=True)
-        ]
-    )
-    pairs.sort()
-    patterns, tids = np.divmod(pairs, max(1, graphs))
-    lengths = np.bincount(patterns, minlength=len(wanted))
-    return {"tid_offsets": offsets_of(lengths), "tids": tids.astype(np.int32)}
+    found: list[Found] = []
+    if wanted:
+        found += engine.find(wanted, _of_pass(callback, "finding in shards"))
+    lengths = sum((one.counts for one in found), np.zeros(len(wanted), np.int64))
+    offsets = offsets_of(lengths)
+    tids = np.empty(offsets[-1], np.int32)
+    free = offsets[:-1].copy()  # of each pattern: where the next shard's go
+    for one, ranks in zip(found, _ranks(found), strict=True):
+        starts = free - offsets_of(one.counts)[:-1]
+        tids[np.repeat(starts, one.counts) + np.arange(len(one.tids))] = ranks[one.tids]
+        free += one.counts
+    for first, end in itertools.pairwise(offsets.tolist()):
+        tids[first:end].sort()
+    LOG.info("TIDs: %d of %d patterns", len(tids), len(wanted))
+    return {"tid_offsets": offsets, "tids": tids}
 
 
 def _ranks(found: Sequence[Found]) -> list[NDArray[np.int64]]:

@@ -84,7 +84,7 @@ def make_shards(
     """Share the buckets out, the costliest first, always to the cheapest shard.
 
     Shards without a graph are dropped.  While the share of one is below
-    min_local_support, there is one shard fewer.
+    min_local_support, there is one shard fewer, or one of 64.
     """
     graphs, cost = whole.graphs.tolist(), whole.cost.tolist()
     everything = sum(graphs)
@@ -96,10 +96,12 @@ def make_shards(
     if min_local_support > 1:
         # Shares are rounded up by less than a graph each.
         most = min(most, max(1, min_support // (min_local_support - 1)))
-    for count in range(most, 0, -1):
+    count = most
+    while count > 0:
         made = _share_out(order, graphs, cost, count, min_support, everything)
         if count == 1 or all(s.min_support >= min_local_support for s in made):
             return made
+        count -= max(1, count // 64)
     return []
 
 
@@ -131,12 +133,18 @@ def _share_out(
     ]
 
 
+# What a shard that has reached a cap reports in place of patterns, as if it were in
+# all graphs.  Another shard cannot be taken for silent then, should these rows be
+# made once more, when nobody looks at what else the task tells.
+CAPPED = b""
+
+
 class MinedShard(NamedTuple):
     """How mining one shard went."""
 
     shard: int
     patterns: int
-    capped: str | None
+    capped: str | None  # by what: "patterns", "memory" or "machine"
     last_size: int
     seconds: float  # of the processor
     memory: int  # bytes, the most that the process has held
@@ -223,14 +231,30 @@ def refuse_capped(
         if one.capped is None:
             continue
         shard = shards[one.shard]
-        what = (
-            f"more than {caps.patterns} patterns"
-            if one.capped == "patterns"
-            else f"more than {caps.memory} bytes of memory"
-        )
+        what = {
+            "patterns": f"more than {caps.patterns} patterns",
+            "memory": f"more than {caps.memory} bytes of memory",
+            "machine": "the end of its machine's memory",
+        }[one.capped]
+        advice = "ask for a higher minimum support, or a bound on the size"
+        if one.capped == "patterns" and len(shards) > 1:
+            advice = f"ask for fewer shards, {advice.removeprefix('ask for ')}"
+        elif one.capped != "patterns":
+            advice += (
+                "; where it is the graphs that take it, for more shards, and where it "
+                "is patterns that are frequent in this shard alone, for fewer"
+            )
         raise KestroError(
             f"shard {one.shard} of {len(shards)}, {shard.graphs} graphs at a local "
             f"minimum support of {shard.min_support}, has come to {what} at "
-            f"{one.last_size} edges; ask for fewer shards, a higher minimum support, "
-            f"or a bound on the size"
+            f"{one.last_size} edges with {one.patterns} patterns; {advice}"
+        )
+
+
+def refuse_lost(keys: Sequence[bytes]) -> None:
+    """Raise where a shard was mined again, as its rows were lost, up to a cap."""
+    if CAPPED in keys:
+        raise KestroError(
+            "rows of a shard were lost, and mining it again has come to the end of "
+            "the memory that it may hold; ask for tasks with more memory"
         )

@@ -2,7 +2,11 @@
 
 from __future__ import annotations
 
+from collections.abc import Iterator
+from contextlib import contextmanager
 from typing import TYPE_CHECKING, Any
+
+from kestro._errors import KestroError
 
 if TYPE_CHECKING:
     from pyspark.sql import SparkSession
@@ -22,6 +26,38 @@ def session_of(spark: Any) -> SparkSession:
         raise TypeError(f"spark must be a SparkSession, not {type(spark).__name__}")
     session: SparkSession = spark
     return session
+
+
+@contextmanager
+def sparks_errors() -> Iterator[None]:
+    """Raise in the words of this package what Spark tells in its own.
+
+    An interrupt that meets Spark at work comes out of it as one of its errors.
+    """
+    try:
+        yield
+    except Exception as e:
+        if _is_interrupt(e):
+            raise KeyboardInterrupt from e
+        if "No module named 'kestro" in str(e):
+            raise KestroError(
+                "the Python of Spark's workers lacks kestro; PYSPARK_PYTHON names the "
+                "interpreter that has it"
+            ) from e
+        if "needs RDKit" in str(e):
+            raise KestroError(
+                "the Python of Spark's workers lacks RDKit: pip install "
+                "'kestro[rdkit]' there"
+            ) from e
+        raise
+
+
+def _is_interrupt(e: BaseException | None) -> bool:
+    while e is not None:
+        if isinstance(e, KeyboardInterrupt):
+            return True
+        e = e.__context__
+    return False
 
 
 def tasks_at_once(spark: SparkSession) -> int:

@@ -24,6 +24,8 @@ from kestro.spark._reading import Passed, block_of, read_file
 if TYPE_CHECKING:
     from pyspark.sql import DataFrame, SparkSession
 
+_AT_ONCE = 1 << 16  # rows that are read before they are mixed
+
 _PACKED = ("vertex_labels", "edges", "edge_labels")
 
 
@@ -43,43 +45,65 @@ def reading(
             raise ValueError("on_error is of the rows of DataFrames, not of files")
         if smiles is not None or id_col is not None:
             raise ValueError("smiles and id_col are of DataFrames, not of files")
-        files = spark.read.format("binaryFile").load(os.fspath(source))
-        return files.select("path", "content"), read_files, None
+        return _files(spark, os.fspath(source)), read_files, None
     if not hasattr(source, "mapInArrow"):
         raise TypeError(
-            f"source must be a path or a DataFrame, not {type(source).__name__}"
+            "source must be a path, a glob or a DataFrame of Spark's, not "
+            f"{type(source).__module__}.{type(source).__name__}"
         )
     if id_col is None:
-        raise ValueError("id_col must name the column that tells graphs apart")
-    data = _PACKED if smiles is None else (smiles,)
-    missing = [name for name in (id_col, *data) if name not in source.columns]
+        raise ValueError("id_col must name a column that tells graphs apart")
+    names = [(id_col, "id")]  # and what they become
+    names += [(n, n) for n in _PACKED] if smiles is None else [(smiles, "smiles")]
+    missing = [name for name, _ in names if name not in source.columns]
     if missing:
         raise KestroError(
             f"no column {', '.join(map(repr, missing))}; there are "
             f"{', '.join(map(repr, source.columns))}"
         )
-    _check_ids(source, id_col)
-    rows = source.select(id_col, *data)
+    from pyspark.sql import functions as f
+
+    # In quotes, as a name may hold a dot.
+    rows = source.select(*(f.col(quoted(name)).alias(new) for name, new in names))
+    _check_ids(rows, id_col)
     if smiles is None:
         return rows, partial(read_packed, on_error), None
     return rows, partial(read_smiles, on_error, atom_labels), atom_labels
 
 
-def _check_ids(source: DataFrame, id_col: str) -> None:
+def quoted(name: str) -> str:
+    """Return the name of a column as Spark's expressions take it."""
+    return "`" + name.replace("`", "``") + "`"
+
+
+def _files(spark: SparkSession, path: str) -> DataFrame:
+    """Return paths and contents of files; raise KestroError where there are none."""
+    from pyspark.errors import AnalysisException
+
+    try:
+        files = spark.read.format("binaryFile").load(path).select("path", "content")
+        files.schema  # noqa: B018  (Spark Connect looks for files only now)
+    except AnalysisException as e:
+        if e.getCondition() != "PATH_NOT_FOUND":
+            raise
+        raise KestroError("there is no such file", path) from None
+    return files
+
+
+def _check_ids(rows: DataFrame, id_col: str) -> None:
     """Raise for ids of another type, that are missing or come twice."""
-    kind = dict(source.dtypes)[id_col]
+    kind = dict(rows.dtypes)["id"]
     if kind not in ("tinyint", "smallint", "int", "bigint", "string"):
         raise KestroError(
             f"column {id_col!r} must be of whole numbers or text, not {kind}"
         )
-    ids = source.select(id_col)
-    if ids.where(ids[id_col].isNull()).limit(1).count():
-        raise KestroError(f"column {id_col!r} lacks the id of a row")
-    twice = ids.groupBy(id_col).count().where("count > 1").limit(1).toArrow()
-    if len(twice):
-        raise KestroError(
-            f"column {id_col!r} has {twice[id_col][0].as_py()!r} more than once"
-        )
+    rows_of = rows.groupBy("id").count()
+    wrong = rows_of.where("id is null or `count` > 1").limit(1).toArrow()
+    if len(wrong):
+        own = wrong["id"][0].as_py()
+        if own is None:
+            raise KestroError(f"column {id_col!r} lacks the id of a row")
+        raise KestroError(f"column {id_col!r} has {own!r} more than once")
 
 
 def read_files(
@@ -102,24 +126,35 @@ def read_smiles(
     buckets: int,
 ) -> Iterator[tuple[int, Block] | Passed]:
     """Return the molecules of rows of an id and a SMILES."""
-    for batch in batches:
-        texts = batch.column(1).to_pylist()
+    for table in _gathered(batches):
+        texts = table.column(1).to_pylist()
         with warnings.catch_warnings():
             warnings.simplefilter("ignore", UserWarning)  # that nothing is left
             db = from_smiles(texts, on_error="skip", **atom_labels._asdict())
-        yield from _rows(db, batch.column(0).to_pylist(), on_error, buckets)
+        yield from _rows(db, table.column(0).to_pylist(), on_error, buckets)
 
 
 def read_packed(
     on_error: OnError, batches: Iterable[pa.RecordBatch], buckets: int
 ) -> Iterator[tuple[int, Block] | Passed]:
     """Return the graphs of rows of an id and the packed columns."""
-    for batch in batches:
-        table = pa.Table.from_batches([batch.select(_PACKED)])
+    for table in _gathered(batches):
         with warnings.catch_warnings():
             warnings.simplefilter("ignore", UserWarning)  # that nothing is left
-            db = from_arrow(table, on_error="skip")
-        yield from _rows(db, batch.column(0).to_pylist(), on_error, buckets)
+            db = from_arrow(table.select(_PACKED), on_error="skip")
+        yield from _rows(db, table.column(0).to_pylist(), on_error, buckets)
+
+
+def _gathered(batches: Iterable[pa.RecordBatch]) -> Iterator[pa.Table]:
+    """Return the rows in fewer batches: many buckets of few graphs take long."""
+    held: list[pa.RecordBatch] = []
+    for batch in batches:
+        held.append(batch)
+        if sum(one.num_rows for one in held) >= _AT_ONCE:
+            yield pa.Table.from_batches(held)
+            held = []
+    if held:
+        yield pa.Table.from_batches(held)
 
 
 def _rows(

@@ -19,10 +19,14 @@ from kestro._errors import StopMining
 from kestro._ragged import places
 from kestro.spark._blocks import Block, Tables, database_of
 from kestro.spark._keys import keys_of, packed_of, patterns_of
+from kestro.spark._memory import is_memory_scarce, resident_bytes
 
 
 class Caps(NamedTuple):
-    """What one shard may come to; None is no cap."""
+    """What one shard may come to; None is no cap.
+
+    All but a sixteenth of the machine's memory is a cap in any case.
+    """
 
     patterns: int | None = None
     memory: int | None = None  # bytes of the process
@@ -33,7 +37,7 @@ class Mined(NamedTuple):
 
     keys: list[bytes]
     supports: list[int]
-    capped: str | None  # which cap ended it: "patterns" or "memory"
+    capped: str | None  # which cap ended it: "patterns", "memory" or "machine"
     last_size: int
     seconds: float  # of the processor
     memory: int  # bytes, the most that the process has held
@@ -79,14 +83,13 @@ def mine_shard(
         exact=True,
         time_limit=None,
         pattern_limit=caps.patterns,
-        callback=None if caps.memory is None else watch,
+        callback=watch,
     )
     if raised is not None and not isinstance(raised, StopMining):
         raise raised
-    capped = None
-    if watch.exceeded:
-        capped = "memory"
-    elif caps.patterns is not None and len(found["vertex_offsets"]) - 1 > caps.patterns:
+    capped = watch.exceeded
+    patterns = len(found["vertex_offsets"]) - 1
+    if capped is None and caps.patterns is not None and patterns > caps.patterns:
         capped = "patterns"
     return Mined(
         keys_of(packed_of(found, tables)),
@@ -99,21 +102,19 @@ def mine_shard(
 
 
 class _MemoryWatch:
-    """Ends a run that holds more memory than it may."""
+    """Ends a run that holds more memory than it may, or than there is."""
 
     def __init__(self, most: int | None) -> None:
         self._most = most
-        self.exceeded = False
+        self.exceeded: str | None = None
 
     def __call__(self, *_now: object) -> None:
-        if self._most is not None and _resident_bytes() > self._most:
-            self.exceeded = True
+        if self._most is not None and resident_bytes() > self._most:
+            self.exceeded = "memory"
+        elif is_memory_scarce():
+            self.exceeded = "machine"
+        if self.exceeded is not None:
             raise StopMining
-
-
-def _resident_bytes() -> int:
-    with open("/proc/self/statm", "rb") as f:
-        return int(f.read().split()[1]) * resource.getpagesize()
 
 
 def count_patterns(

@@ -98,6 +98,47 @@ def workers(spark, path, folder, expected):
         print(f"{name}: one task more, the same result", flush=True)
 
 
+def short_of_memory(task, lost):
+    """Return a task that finds no memory once rows are lost, but for shard 0."""
+
+    def run(shards, tables, max_size, caps, key, table):
+        if lost.exists() and shards[key[0].as_py()].number != 0:
+            caps = caps._replace(memory=1)
+        return task(shards, tables, max_size, caps, key, table)
+
+    return run
+
+
+def rows_lost(spark, path, folder, expected):
+    """Lose what is kept after the first pass, with and without memory left."""
+    task, bound = _cluster._mine, _cluster.SparkEngine.bound
+    lost = folder / "lost"
+
+    def losing(engine, min_support):
+        kept = spark.sparkContext._jsc.getPersistentRDDs()
+        assert len(kept) > 1
+        for number in kept:
+            kept[number].unpersist()
+        lost.touch()
+        return bound(engine, min_support)
+
+    wanted = {"min_support": "20%", "shards": SHARDS, "min_local_support": 1}
+    _cluster.SparkEngine.bound = losing
+    try:
+        same(kestro.spark.mine(path, spark, tids=True, **wanted), expected)
+        lost.unlink()
+        _cluster._mine = short_of_memory(task, lost)
+        try:
+            kestro.spark.mine(path, spark, **wanted)
+        except kestro.KestroError as e:
+            assert "rows of a shard were lost" in str(e), e
+        else:
+            raise AssertionError("nothing was raised")
+    finally:
+        _cluster._mine, _cluster.SparkEngine.bound = task, bound
+    print("lost rows: mined again, or refused", flush=True)
+
+
 def executors(spark, path, folder, expected):
     """Kill an executor, with all that it keeps."""
     for name in ("mining", "counting"):
@@ -115,6 +156,8 @@ def main():
     expected = kestro.mine(kestro.read_transactions(path), min_support="20%")
     kill = executors if master.startswith("local-cluster") else workers
     kill(spark, path, folder, expected)
+    if kill is workers:
+        rows_lost(spark, path, folder, expected)
     spark.stop()
 
 

@@ -143,6 +143,32 @@ def rows(spark, examples, folder):
     ]
 
 
+def odd(spark, examples, folder):
+    """No graphs, no file, names and ids that are odd, and cells of another type."""
+    path = folder / "none.txt"
+    path.write_text("")
+    found = kestro.spark.mine(str(path), spark, min_support=1, tids=True)
+    assert (len(found), found.graphs) == (0, 0)
+    told = refusal(
+        lambda: kestro.spark.mine(str(folder / "nowhere"), spark, min_support=1)
+    )
+    assert told.startswith("there is no such file"), told
+    frame = spark.createDataFrame(
+        [("", "CC"), ("b", "CCO")], "count string, `a.b` string"
+    )
+    wanted = {"smiles": "a.b", "id_col": "count"}
+    expected = kestro.mine(kestro.from_smiles(["CC", "CCO"]), min_support=2)
+    large = "spark.sql.execution.arrow.useLargeVarTypes"
+    for value in ("true", "false"):
+        spark.conf.set(large, value)
+        found = kestro.spark.mine(
+            frame, spark, min_support=2, min_local_support=1, tids=True, **wanted
+        )
+        same(found, expected)
+        pairs = kestro.spark.occurrences(found, frame, spark, **wanted)
+        assert sorted(row["count"] for row in pairs.collect()) == ["", "b"]
+
+
 def told(spark, examples, folder):
     """How far it is, what it would come to, and a table of what was found."""
     seen = []
@@ -193,7 +219,7 @@ def main():
     master, examples, folder = sys.argv[1], *map(pathlib.Path, sys.argv[2:])
     warnings.simplefilter("ignore")  # of PySpark's on versions of pandas
     spark = session_of(master)
-    for check in (files, rows, told, bad_input):
+    for check in (files, rows, odd, told, bad_input):
         check(spark, examples, folder)
         print(f"{check.__name__}: as on one machine", flush=True)
     spark.stop()

@@ -7,8 +7,19 @@ import kestro
 import numpy as np
 import pytest
 from kestro._mine import request
+from kestro._native import Arrays
 from kestro._summary import describe
-from kestro.spark import _blocks, _keys, _reading, _scheme
+from kestro.spark import (
+    __main__,
+    _blocks,
+    _keys,
+    _memory,
+    _reading,
+    _scheme,
+    _session,
+    _tasks,
+    _watching,
+)
 from kestro.spark._plan import grown, make_plan
 from kestro.spark._pool import PoolEngine
 from kestro.spark._run import Division, run
@@ -319,6 +330,97 @@ def test_many_shards_are_made_of_many_buckets():
     costs = [shard.cost for shard in made]
     assert max(costs) - min(costs) <= 7
     assert sorted(b for shard in made for b in shard.buckets) == list(range(1 << 14))
+
+
+def test_a_giant_does_not_make_few_shards_of_many():
+    tally = _reading.Tally(256)
+    edges = np.full(400, 30)
+    for bucket in range(256):
+        edges[0] = 100_000 if bucket == 7 else 30
+        nothing = np.zeros(0, np.int32)
+        arrays = Arrays(edges, edges, nothing, nothing, nothing, [], [])
+        tally.add(bucket, _blocks.Block(("a",), np.arange(400), arrays))
+    made = _scheme.make_shards(tally.described(), 2048, 32, 30)
+    assert len(made) == 32
+    assert min(shard.graphs for shard in made) > 2800
+
+
+def test_few_shards_are_found_among_many_in_no_time():
+    draw = np.random.default_rng(1)
+    whole = described([60] * (1 << 14), draw.lognormal(3, 1, 1 << 14).astype(int))
+    made = _scheme.make_shards(whole, 49_152, 2000, 90)
+    assert all(shard.min_support >= 90 for shard in made)
+    assert len(made) > 300
+
+
+def test_memory_is_scarce_below_a_sixteenth(tmp_path):
+    machine, group = tmp_path / "meminfo", tmp_path / "group"
+    machine.write_text("MemTotal: 1600 kB\nMemFree: 1 kB\nMemAvailable: 100 kB\n")
+    assert not _memory.is_memory_scarce(machine, group)
+    group.mkdir()
+    (group / "memory.max").write_text("max\n")
+    assert not _memory.is_memory_scarce(machine, group)
+    (group / "memory.max").write_text("1600\n")
+    (group / "memory.current").write_text("1550\n")
+    (group / "memory.stat").write_text("anon 3\ninactive_file 60\n")
+    assert not _memory.is_memory_scarce(machine, group)
+    (group / "memory.stat").write_text("anon 3\ninactive_file 40\n")
+    assert _memory.is_memory_scarce(machine, group)
+    machine.write_text("MemTotal: 1600 kB\nMemAvailable: 99 kB\n")
+    assert _memory.is_memory_scarce(machine, tmp_path / "none")
+    assert not _memory.is_memory_scarce(tmp_path / "none", tmp_path / "none")
+    assert _memory.resident_bytes() > 1 << 20
+
+
+def test_the_end_of_the_machine_s_memory_ends_the_run(examples, monkeypatch):
+    monkeypatch.setattr(_tasks, "is_memory_scarce", lambda: True)
+    with pytest.raises(kestro.KestroError, match="end of its machine's memory"):
+        in_parts([examples / "molecules.txt"], 2, min_support="20%")
+
+
+def test_rows_that_were_made_again_in_vain_are_refused():
+    _scheme.refuse_lost([b"some", b"keys"])
+    with pytest.raises(kestro.KestroError, match="were lost"):
+        _scheme.refuse_lost([b"some", _scheme.CAPPED])
+
+
+def test_stages_of_a_task_for_each_shard_tell_how_far_a_pass_is():
+    told = []
+    teller = _watching._Teller(lambda *now: told.append(now), 3)
+    teller.stages([(5, 9), (1, 3)])
+    teller.stages([(9, 9)])
+    teller.stages([(1, 3)])
+    teller.tell(3)
+    assert told == [(1, 3), (3, 3)]
+
+
+def test_an_interrupt_comes_out_of_spark_as_one():
+    with pytest.raises(KeyboardInterrupt), _session.sparks_errors():
+        try:
+            raise KeyboardInterrupt
+        finally:
+            raise RuntimeError("o76.getResult")
+    for text, told in (
+        ("ModuleNotFoundError: No module named 'kestro.spark'", "PYSPARK_PYTHON"),
+        ("ImportError: this needs RDKit: ...", "lacks RDKit"),
+    ):
+        with pytest.raises(kestro.KestroError, match=told), _session.sparks_errors():
+            raise RuntimeError(text)
+    with pytest.raises(RuntimeError, match="another"), _session.sparks_errors():
+        raise RuntimeError("another")
+
+
+@pytest.mark.parametrize("text", ["5%", "0.05", "1e-2", "17"])
+def test_the_command_takes_supports(text):
+    args = __main__._parser().parse_args(["graphs.txt", "-s", text, "-o", "found"])
+    assert str(args.support) == {"1e-2": "0.01"}.get(text, text)
+
+
+@pytest.mark.parametrize("text", ["0.5.5", "abc%", "many", "1.5"])
+def test_the_command_refuses_supports(text, capsys):
+    with pytest.raises(SystemExit):
+        __main__._parser().parse_args(["graphs.txt", "-s", text, "-o", "found"])
+    assert "argument -s/--support" in capsys.readouterr().err
 
 
 def test_blocks_come_back_from_bytes(molecules):

@@ -33,7 +33,8 @@ def printed(script, master, examples, folder):
 @pytest.mark.parametrize("master", ["local[2]", "local-cluster[2,1,1024]", "connect"])
 def test_session(master, examples, tmp_path):
     assert printed("session.py", master, examples, tmp_path) == [
-        f"{name}: as on one machine" for name in ("files", "rows", "told", "bad_input")
+        f"{name}: as on one machine"
+        for name in ("files", "rows", "odd", "told", "bad_input")
     ]
 
 
@@ -42,7 +43,7 @@ def test_workers_that_are_killed(examples, tmp_path):
     assert printed("faults.py", "local[2,4]", examples, tmp_path) == [
         f"{name}: one task more, the same result"
         for name in ("reading", "mining", "counting", "finding")
-    ]
+    ] + ["lost rows: mined again, or refused"]
 
 
 def test_executors_that_are_killed(examples, tmp_path):
