@@ -158,7 +158,7 @@ KESTRO_API mining_summary mine_known(const database &patterns,
 // Mines only patterns that are sought and what is contained in them: the
 // patterns of mine() over the same database that are connected subgraphs of one
 // of these, in the order of that run, with ids and parents among themselves.
-// All others are dropped before they are counted.
+// From three edges on all others are dropped before they are counted.
 //
 // Patterns without an edge are passed over.  Throws error for another form than
 // the exact one, for other labels than the database's (database_builder's

@@ -2,8 +2,9 @@
 //
 // What is contained in a sought pattern is sought, too: a level-wise search
 // comes to a pattern only through its parts.  With them the list is closed
-// downward, so every sought pattern that occurs comes up as a candidate.  All
-// others are dropped before their transactions are looked at.
+// downward, so every sought pattern that occurs comes up as a candidate.  Other
+// candidates are dropped before their transactions are looked at; edges and
+// paths of two are counted all at once, and dropped afterwards.
 
 #include "mining/sought_patterns.h"
 
