@@ -103,18 +103,17 @@ class Block(NamedTuple):
             texts.append([_as_text(source.read(n)) for n in lengths.tolist()])
         sources, vertex_table, edge_table = texts
         numbers, vertex_counts, edge_counts, vertex_labels, edges, edge_labels = (
-            np.lib.format.read_array(source, allow_pickle=False).astype(kind)
-            for kind in (np.int64, np.int64, np.int64, np.int32, np.int64, np.int32)
+            np.lib.format.read_array(source, allow_pickle=False) for _ in range(6)
         )
         return cls(
             tuple(sources),
             numbers,
             Arrays(
-                vertex_counts,
-                edge_counts,
-                vertex_labels,
-                edges,
-                edge_labels,
+                vertex_counts.astype(np.int64),
+                edge_counts.astype(np.int64),
+                vertex_labels.astype(np.int32),
+                edges.astype(np.int64),
+                edge_labels.astype(np.int32),
                 vertex_table,
                 edge_table,
             ),
