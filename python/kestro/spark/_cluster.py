@@ -225,12 +225,6 @@ def _partition_keys(spark: SparkSession, count: int) -> list[int]:
         tried *= 2
 
 
-def _columns(
-    table: pa.Table | pa.RecordBatch, *names: str
-) -> Iterator[tuple[Any, ...]]:
-    return zip(*(table.column(name).to_pylist() for name in names), strict=True)
-
-
 def _batch(rows: Sequence[tuple[Any, ...]], **types: pa.DataType) -> pa.RecordBatch:
     columns = list(zip(*rows, strict=True)) or [()] * len(types)
     return pa.RecordBatch.from_arrays(

@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import sys
 from collections.abc import Iterator
 from contextlib import contextmanager
 from typing import TYPE_CHECKING, Any
@@ -34,10 +35,11 @@ def sparks_errors() -> Iterator[None]:
 
     An interrupt that meets Spark at work comes out of it as one of its errors.
     """
+    before = sys.exc_info()[1]  # what the caller is handling, if anything
     try:
         yield
     except Exception as e:
-        if _is_interrupt(e):
+        if _is_interrupt(e, before):
             raise KeyboardInterrupt from e
         if "No module named 'kestro" in str(e):
             raise KestroError(
@@ -52,8 +54,8 @@ def sparks_errors() -> Iterator[None]:
         raise
 
 
-def _is_interrupt(e: BaseException | None) -> bool:
-    while e is not None:
+def _is_interrupt(e: BaseException | None, before: BaseException | None) -> bool:
+    while e is not None and e is not before:
         if isinstance(e, KeyboardInterrupt):
             return True
         e = e.__context__
